@@ -1,0 +1,45 @@
+# What every target of this project is compiled with. Only our own targets ask for it, so code that
+# is merely included, and clients, are not held to these warnings.
+
+set(KPT_WARNINGS
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Wshadow
+    -Wconversion
+    -Wsign-conversion
+    -Wold-style-cast
+    -Wnon-virtual-dtor
+    -Woverloaded-virtual
+    -Wcast-align
+    -Wcast-qual
+    -Wformat=2
+    -Wimplicit-fallthrough
+    -Wundef
+    -Wvla
+    -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND KPT_WARNINGS -Wduplicated-cond -Wduplicated-branches -Wlogical-op)
+endif()
+
+set(KPT_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all)
+
+if(KPT_TIDY)
+  find_program(KPT_CLANG_TIDY NAMES clang-tidy clang-tidy-14 REQUIRED)
+endif()
+
+function(kpt_target_defaults target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_options(${target} PRIVATE ${KPT_WARNINGS})
+  if(KPT_SANITIZE)
+    target_compile_options(${target} PRIVATE ${KPT_SANITIZERS} -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE ${KPT_SANITIZERS})
+  endif()
+  if(KPT_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=single)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+  if(KPT_TIDY)
+    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${KPT_CLANG_TIDY};--quiet")
+  endif()
+endfunction()

@@ -1,0 +1,99 @@
+// Memory services of the host.
+//
+// Ownership: a block belongs to whoever asked for it, until it is given back through
+// delete_wrapper. Trackers live as long as the process and are never freed.
+#ifndef H_MEM_ALLOC_SYS_H
+#define H_MEM_ALLOC_SYS_H
+
+#include <cstddef>
+#include <limits>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+
+// Every symbol of the host is visible: one process holds one host, whatever libraries call it.
+#define KPT_HOST_API __attribute__((visibility("default")))
+
+/// The account of one allocated type. All zero until the type's first allocation, when the
+/// caller sets m_type; the counters are the host's to keep.
+struct KPT_HOST_API MEM_TRACKER_THUNK {
+  const std::type_info* m_type;
+  unsigned long m_live_bytes;
+  unsigned long m_live_blocks;
+  unsigned long m_peak_bytes;
+  unsigned long m_peak_blocks;
+};
+
+/// One tracker per allocated type. The numbers identify the library that allocates.
+template <class T, int MODULE, int KIND>
+class KPT_HOST_API MEM_TRACKER_TEMPLATE_KPT {
+ public:
+  inline static MEM_TRACKER_THUNK s_thunk{};
+};
+
+class KPT_HOST_API MEM_MANAGER {
+ public:
+  /// Returns `size` bytes, aligned for std::max_align_t and charged to `thunk`, whose m_type is
+  /// set. `file` is the path of the allocating header. Never null, also for size 0: throws
+  /// std::bad_alloc when memory runs out.
+  static void* new_wrapper(unsigned long size, MEM_TRACKER_THUNK* thunk, const char* file);
+
+  /// Takes back a block of new_wrapper and discharges its tracker. Null is ignored. `tag` is the
+  /// module that gives the block back. Never fails.
+  static void delete_wrapper(void* p, const char* tag);
+};
+
+/// A static object of each library: its construction announces the library to the host's memory
+/// system when the library is loaded, its destruction withdraws it at unload. The host may be
+/// called for memory before the one and after the other. `tag` is a literal, not copied.
+class KPT_HOST_API MEM_INITIALIZER {
+ public:
+  explicit MEM_INITIALIZER(const char* tag);
+  ~MEM_INITIALIZER();
+  MEM_INITIALIZER(const MEM_INITIALIZER&) = delete;
+  MEM_INITIALIZER& operator=(const MEM_INITIALIZER&) = delete;
+};
+
+/// The allocator of every container. It has no state, so all instances are equal and containers
+/// swap and move freely.
+template <class T>
+class KPT_HOST_API MEM_STL_ALLOCATOR {
+ public:
+  using value_type = T;
+  using is_always_equal = std::true_type;
+  using propagate_on_container_move_assignment = std::true_type;
+
+  MEM_STL_ALLOCATOR() noexcept = default;
+  template <class U>
+  MEM_STL_ALLOCATOR(const MEM_STL_ALLOCATOR<U>&)
+  noexcept {}
+
+  /// The tracker of T, bound to T's type record on first use.
+  static MEM_TRACKER_THUNK* tracker() noexcept {
+    MEM_TRACKER_THUNK& thunk = MEM_TRACKER_TEMPLATE_KPT<T, 1255, 1>::s_thunk;
+    if (thunk.m_type == nullptr) {
+      thunk.m_type = &typeid(T);
+    }
+    return &thunk;
+  }
+
+  [[nodiscard]] T* allocate(std::size_t n) {
+    static_assert(alignof(T) <= alignof(std::max_align_t), "the host aligns no further");
+    if (n > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+      throw std::bad_array_new_length();
+    }
+    return static_cast<T*>(MEM_MANAGER::new_wrapper(n * sizeof(T), tracker(), "h/mem_alloc_sys"));
+  }
+
+  void deallocate(T* p, std::size_t) noexcept { MEM_MANAGER::delete_wrapper(p, "KPT"); }
+
+  template <class U>
+  friend bool operator==(const MEM_STL_ALLOCATOR&, const MEM_STL_ALLOCATOR<U>&) noexcept {
+    return true;
+  }
+};
+
+using MEM_STRING = std::basic_string<char, std::char_traits<char>, MEM_STL_ALLOCATOR<char>>;
+
+#endif
