@@ -14,7 +14,7 @@
 /// A destination of messages, known to the host alone. Null stands for the host's own choice.
 class MSG_REPORT;
 
-enum MSG_SEVERITY : int {
+enum MSG_SEVERITY : unsigned int {
   MSG_SEVERITY_ERROR,
   MSG_SEVERITY_INFO,
   MSG_SEVERITY_WARNING,
@@ -27,7 +27,12 @@ enum MSG_SEVERITY : int {
 inline constexpr std::array<const char*, 6> MSG_SEVERITY_NAMES{"Error", "Info",       "Warning",
                                                                "Debug", "Extra Info", "Critical Warning"};
 
-enum MSG_BUTTONS : int { MSG_BUTTONS_OK, MSG_BUTTONS_OK_CANCEL, MSG_BUTTONS_YES_NO, MSG_BUTTONS_YES_NO_CANCEL };
+enum MSG_BUTTONS : unsigned int {
+  MSG_BUTTONS_OK,
+  MSG_BUTTONS_OK_CANCEL,
+  MSG_BUTTONS_YES_NO,
+  MSG_BUTTONS_YES_NO_CANCEL
+};
 
 /// Indexed by MSG_BUTTONS: the button sets of a host that asks its user.
 inline constexpr std::array<const char*, 4> MSG_BUTTON_SETS{"OK", "OK,Cancel", "Yes,No", "Yes,No,Cancel"};
