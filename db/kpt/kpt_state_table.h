@@ -1,0 +1,43 @@
+// The state table that clients see: a value of their own.
+//
+// Ownership: unlike the handles, owns its table. A copy is independent of its
+// source, so writing into a table that a map handed out never changes the map.
+// Rows and columns count from 1.
+#ifndef KPT_STATE_TABLE_H
+#define KPT_STATE_TABLE_H
+
+#include <memory>
+
+#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_zeroed.h"
+
+class KPT_EXPORT KPT_STATE_TABLE : public KPT_ZEROED {
+ public:
+  /// All entries false.
+  KPT_STATE_TABLE(unsigned short num_states, unsigned short num_reference_registers,
+                  unsigned short num_transformed_registers);
+  KPT_STATE_TABLE(KPT_STATE_TABLE_IMPL table);
+  KPT_STATE_TABLE(const KPT_STATE_TABLE& other);
+  KPT_STATE_TABLE& operator=(const KPT_STATE_TABLE&) = delete;
+  ~KPT_STATE_TABLE();
+
+  /// False, changing nothing, for an entry outside the table.
+  bool set_reference_entry(unsigned short row, unsigned short column, bool value);
+  bool set_transformed_entry(unsigned short row, unsigned short column, bool value);
+
+  /// 0 or 1; 2 out of bounds. A column beyond the count may read on into the
+  /// rows below instead; keep to the sizes below.
+  int get_reference_entry(unsigned short row, unsigned short column) const;
+  int get_transformed_entry(unsigned short row, unsigned short column) const;
+
+  /// The number of reference registers.
+  unsigned short get_state_reference_size() const;
+  /// The number of transformed registers.
+  unsigned short get_state_transformed_size() const;
+  unsigned short get_number_of_states() const;
+
+ private:
+  std::unique_ptr<KPT_STATE_TABLE_IMPL> m_impl;
+};
+
+#endif

@@ -1,0 +1,172 @@
+#include "db/kpt/kpt_state_table_impl.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+#include <vector>
+
+#include "db/kpt/msg_kpt.h"
+
+namespace {
+
+bool is_known(KPT_SET_ENUM set) { return set == KPT_REFERENCE_SET || set == KPT_TRANSFORMED_SET; }
+
+}  // namespace
+
+KPT_STATE_TABLE_IMPL::KPT_STATE_TABLE_IMPL(unsigned short num_states, unsigned short num_reference_registers,
+                                           unsigned short num_transformed_registers)
+    : m_num_rows(num_states), m_num_r_columns(num_reference_registers), m_num_t_columns(num_transformed_registers) {}
+
+KPT_STATE_TABLE_IMPL::KPT_STATE_TABLE_IMPL(const KPT_STATE_TABLE_IMPL& other) = default;
+
+KPT_STATE_TABLE_IMPL::KPT_STATE_TABLE_IMPL(KPT_STATE_TABLE_IMPL&& other) noexcept
+    : m_num_rows(std::exchange(other.m_num_rows, 0)),
+      m_num_r_columns(std::exchange(other.m_num_r_columns, 0)),
+      m_num_t_columns(std::exchange(other.m_num_t_columns, 0)),
+      m_r_table(std::move(other.m_r_table)),
+      m_t_table(std::move(other.m_t_table)) {}
+
+KPT_STATE_TABLE_IMPL& KPT_STATE_TABLE_IMPL::operator=(const KPT_STATE_TABLE_IMPL& other) {
+  if (this != &other) {
+    *this = KPT_STATE_TABLE_IMPL(other);
+  }
+  return *this;
+}
+
+KPT_STATE_TABLE_IMPL& KPT_STATE_TABLE_IMPL::operator=(KPT_STATE_TABLE_IMPL&& other) noexcept {
+  if (this != &other) {
+    m_num_rows = std::exchange(other.m_num_rows, 0);
+    m_num_r_columns = std::exchange(other.m_num_r_columns, 0);
+    m_num_t_columns = std::exchange(other.m_num_t_columns, 0);
+    m_r_table = std::move(other.m_r_table);
+    m_t_table = std::move(other.m_t_table);
+  }
+  return *this;
+}
+
+KPT_STATE_TABLE_IMPL::~KPT_STATE_TABLE_IMPL() = default;
+
+bool KPT_STATE_TABLE_IMPL::operator==(const KPT_STATE_TABLE_IMPL& other) const {
+  return m_num_rows == other.m_num_rows && m_num_r_columns == other.m_num_r_columns &&
+         m_num_t_columns == other.m_num_t_columns && m_r_table == other.m_r_table && m_t_table == other.m_t_table;
+}
+
+bool KPT_STATE_TABLE_IMPL::set_entry(KPT_SET_ENUM set, unsigned short row, unsigned short column, bool value) {
+  if (!is_known(set)) {
+    kpt_msg_debug("Error: Unknown Set Type");
+    return false;
+  }
+  if (row == 0 || column == 0 || row > m_num_rows || column > columns(set)) {
+    const char side = set == KPT_REFERENCE_SET ? 'r' : 't';
+    kpt_msg_debug(
+        "Error: Trying to insert into a location outside \t\t\t\t\t\t\t\t of the declared size of %c "
+        "\t\t\t\t\t\t\t\t (m_num_%c_columns x m_num_rows",
+        side, side);
+    return false;
+  }
+  bits(set).set(position(set, row, column), value);
+  return true;
+}
+
+bool KPT_STATE_TABLE_IMPL::set_reference_entry(unsigned short row, unsigned short column, bool value) {
+  return set_entry(KPT_REFERENCE_SET, row, column, value);
+}
+
+bool KPT_STATE_TABLE_IMPL::set_transformed_entry(unsigned short row, unsigned short column, bool value) {
+  return set_entry(KPT_TRANSFORMED_SET, row, column, value);
+}
+
+int KPT_STATE_TABLE_IMPL::get_entry(KPT_SET_ENUM set, unsigned short row, unsigned short column) const {
+  if (!is_known(set)) {
+    return 3;
+  }
+  const std::uint64_t entries = length(set);
+  const auto product = static_cast<unsigned short>(unsigned{row} * unsigned{column});
+  if (row == 0 || column == 0 || product > entries || position(set, row, column) >= entries) {
+    // The line names the R table for either side.
+    kpt_msg_debug("Error: Trying to access outside of R table bounds");
+    return 2;
+  }
+  return bits(set).get(position(set, row, column)) ? 1 : 0;
+}
+
+int KPT_STATE_TABLE_IMPL::get_reference_entry(unsigned short row, unsigned short column) const {
+  return get_entry(KPT_REFERENCE_SET, row, column);
+}
+
+int KPT_STATE_TABLE_IMPL::get_transformed_entry(unsigned short row, unsigned short column) const {
+  return get_entry(KPT_TRANSFORMED_SET, row, column);
+}
+
+// Columns that agreed in every row so far, each taken as it differs from its
+// own entry in the first row, form a class; a row splits the classes it tells
+// apart. The table is canonical once every column is alone. That walks the set
+// bits once, and mostly stops after a few rows.
+bool KPT_STATE_TABLE_IMPL::is_table_in_canonical_form(KPT_SET_ENUM set) const {
+  const unsigned num_columns = columns(set);
+  if (num_columns < 2) {
+    return true;
+  }
+  if (!is_known(set)) {
+    return false;
+  }
+  const KPT_BIT_TABLE& table = bits(set);
+  using COUNTS = std::vector<unsigned, MEM_STL_ALLOCATOR<unsigned>>;
+  COUNTS class_of(num_columns, 0);
+  COUNTS members(num_columns, 0);
+  COUNTS set_members(num_columns, 0);
+  COUNTS split_into(num_columns, 0);
+  COUNTS set_columns;
+  COUNTS touched;
+  members[0] = num_columns;
+  unsigned num_classes = 1;
+
+  for (std::uint64_t row = 1; row < m_num_rows && num_classes < num_columns; ++row) {
+    const std::uint64_t start = row * num_columns;
+    if (start >= table.kept() + num_columns) {
+      break;  // as false throughout as the row before, so it tells nothing more apart
+    }
+    set_columns.clear();
+    touched.clear();
+    for (unsigned column = 0; column < num_columns; column += 64) {
+      const unsigned count = std::min(64U, num_columns - column);
+      for (std::uint64_t left = table.get_bits(start + column, count) ^ table.get_bits(column, count); left != 0;
+           left &= left - 1) {
+        const unsigned set_column = column + static_cast<unsigned>(std::countr_zero(left));
+        const unsigned its_class = class_of[set_column];
+        if (members[its_class] > 1) {
+          set_columns.push_back(set_column);
+          if (set_members[its_class]++ == 0) {
+            touched.push_back(its_class);
+          }
+        }
+      }
+    }
+    for (const unsigned its_class : touched) {
+      if (set_members[its_class] < members[its_class]) {
+        split_into[its_class] = num_classes;
+        members[num_classes++] = set_members[its_class];
+        members[its_class] -= set_members[its_class];
+      }
+    }
+    for (const unsigned column : set_columns) {
+      const unsigned its_class = class_of[column];
+      if (split_into[its_class] != 0) {
+        class_of[column] = split_into[its_class];
+      }
+    }
+    for (const unsigned its_class : touched) {
+      set_members[its_class] = 0;
+      split_into[its_class] = 0;
+    }
+  }
+  return num_classes == num_columns;
+}
+
+bool KPT_STATE_TABLE_IMPL::is_r_table_in_canonical_form() const {
+  return is_table_in_canonical_form(KPT_REFERENCE_SET);
+}
+
+bool KPT_STATE_TABLE_IMPL::is_t_table_in_canonical_form() const {
+  return is_table_in_canonical_form(KPT_TRANSFORMED_SET);
+}

@@ -1,0 +1,145 @@
+// The state table of a re-encoded state machine: which value every reference
+// state register and every transformed state register holds in each state.
+//
+// Ownership: owns its bits. Copies are independent; a moved-from table is the
+// empty one, without rows and columns.
+//
+// Two Boolean tables share their rows. Rows are the states; the columns of the
+// reference table are the reference registers of the map, those of the
+// transformed table the transformed registers. The entry operations count rows
+// and columns from 1; operations that count from 0 say so. Entry (row, column)
+// of a side with C columns is the bit at position (row - 1) * C + column - 1.
+//
+// Refused writes and reads are told on the debug channel, one line each.
+#ifndef KPT_STATE_TABLE_IMPL_H
+#define KPT_STATE_TABLE_IMPL_H
+
+#include <cstdint>
+
+#include "db/kpt/kpt_bit_table.h"
+#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_zeroed.h"
+
+class KPT_EXPORT KPT_STATE_TABLE_IMPL : public KPT_ZEROED {
+ public:
+  /// All entries false.
+  KPT_STATE_TABLE_IMPL(unsigned short num_states, unsigned short num_reference_registers,
+                       unsigned short num_transformed_registers);
+  KPT_STATE_TABLE_IMPL(const KPT_STATE_TABLE_IMPL& other);
+  KPT_STATE_TABLE_IMPL(KPT_STATE_TABLE_IMPL&& other) noexcept;
+  KPT_STATE_TABLE_IMPL& operator=(const KPT_STATE_TABLE_IMPL& other);
+  KPT_STATE_TABLE_IMPL& operator=(KPT_STATE_TABLE_IMPL&& other) noexcept;
+  ~KPT_STATE_TABLE_IMPL();
+
+  /// Same counts, same entries.
+  bool operator==(const KPT_STATE_TABLE_IMPL& other) const;
+
+  /// False, changing nothing, for an entry outside the table or an unknown side.
+  bool set_entry(KPT_SET_ENUM set, unsigned short row, unsigned short column, bool value);
+  bool set_reference_entry(unsigned short row, unsigned short column, bool value);
+  bool set_transformed_entry(unsigned short row, unsigned short column, bool value);
+
+  /// 0 or 1; 2 out of bounds; 3, silently, for an unknown side.
+  ///
+  /// Weaker than the check of a write: a column beyond the count reads on into
+  /// the rows below as long as the entry's position exists and row * column,
+  /// modulo 65,536, is no more than the number of entries.
+  int get_entry(KPT_SET_ENUM set, unsigned short row, unsigned short column) const;
+  int get_reference_entry(unsigned short row, unsigned short column) const;
+  int get_transformed_entry(unsigned short row, unsigned short column) const;
+
+  unsigned short get_num_states() const { return m_num_rows; }
+  unsigned short get_num_reference_registers() const { return m_num_r_columns; }
+  unsigned short get_num_transformed_registers() const { return m_num_t_columns; }
+
+  /// Whether no two columns of the side are equal or opposite in every state.
+  /// A side of one column or none is; one of several columns without a row is
+  /// not. Of an unknown side no entry can be read, so it is canonical only
+  /// where there are fewer than two transformed columns.
+  bool is_table_in_canonical_form(KPT_SET_ENUM set) const;
+  bool is_r_table_in_canonical_form() const;
+  bool is_t_table_in_canonical_form() const;
+
+  /// Inverts a transformed column, counted from 0: the bit at position
+  /// row * columns + column for every row from 0. Of a column beyond the
+  /// count that is a bit of the rows below; past the end nothing is inverted.
+  void flip_bits_of_t_column(unsigned short column);
+
+  /// The rows, from 0 and increasing, whose reference bit at position
+  /// row * TRANSFORMED columns + column is `value`; column from 0. A row whose
+  /// position does not exist is listed for neither value.
+  KPT_ROW_LIST get_row_list(unsigned short column, bool value) const;
+
+  /// Whether the reference bits at positions row_a * c and row_b * c differ
+  /// for c = column and agree for every other c below the number of reference
+  /// columns; all from 0. A bit that does not exist is false. True without
+  /// reference columns; else never for column 0, where both positions are 0.
+  bool rows_are_gray(unsigned short row_a, unsigned short row_b, unsigned short column) const;
+
+  /// True, for any table, columns and unateness: the registers of a state
+  /// machine always count as unate.
+  bool check_unateness(unsigned short r_column, unsigned short t_column, KPT_UNATE_ENUM unate) const;
+  bool check_positive_unateness(unsigned short r_column, unsigned short t_column) const;
+  bool check_negative_unateness(unsigned short r_column, unsigned short t_column) const;
+
+  /// Writes, for every state s from 1 to num_states, the text of s - 1 in the
+  /// host's base `conversion_arg` across the columns of both sides, one
+  /// character a column; the transformed entry only if the reference entry was
+  /// accepted. An entry is true only for a character of code 1, so texts of
+  /// digits write false throughout. Whether the last pair of writes was
+  /// accepted; true for no states.
+  bool update_simple_table(unsigned short num_states, unsigned short conversion_arg);
+
+  /// The table of two combined state machines: states multiplied, columns
+  /// added, each count modulo 65,536.
+  ///
+  /// State s of this table and u of the other meet in row s + u - 1, where a
+  /// later pair overwrites an earlier one, so the rows from the sum of the
+  /// states on stay false. The other's columns begin on this table's last one
+  /// and overwrite it, so the last column stays false; where this table has no
+  /// column, its first would be column 0 and is refused.
+  KPT_STATE_TABLE_IMPL cross_product_table(const KPT_STATE_TABLE_IMPL& other) const;
+
+  /// Removes one transformed column: the one named, for 0 the first, beyond
+  /// the count the last. False when there is none.
+  bool remove_t_column(unsigned short column);
+
+  /// Keeps the states in which two transformed columns read alike, out of
+  /// bounds included. Always true.
+  bool remove_invalid_rows(unsigned short keep_column, unsigned short other_column);
+
+  /// Fills one side of a state, counted from 0, from the "value" elements
+  /// below `element`; stops at the first entry outside the table. True when
+  /// all entries were accepted, also for no elements.
+  bool make_table_entries(KPT_SET_ENUM side, KPT_XML_ELEMENT element, unsigned short state);
+
+  /// Writes a "state_table" element. Always true.
+  bool save_state_table(KPT_XML_WRITER& writer) const;
+
+ private:
+  // Both sides are handled by the same code. A side other than the reference
+  // one counts as the transformed one here: the operations that refuse an
+  // unknown side have done so before they ask.
+  unsigned short columns(KPT_SET_ENUM set) const {
+    return set == KPT_REFERENCE_SET ? m_num_r_columns : m_num_t_columns;
+  }
+  const KPT_BIT_TABLE& bits(KPT_SET_ENUM set) const { return set == KPT_REFERENCE_SET ? m_r_table : m_t_table; }
+  KPT_BIT_TABLE& bits(KPT_SET_ENUM set) { return set == KPT_REFERENCE_SET ? m_r_table : m_t_table; }
+  std::uint64_t length(KPT_SET_ENUM set) const { return std::uint64_t{m_num_rows} * columns(set); }
+  std::uint64_t position(KPT_SET_ENUM set, unsigned row, unsigned column) const {
+    return std::uint64_t{row - 1} * columns(set) + (column - 1);
+  }
+
+  void place_row(KPT_SET_ENUM set, unsigned row, unsigned column, const KPT_STATE_TABLE_IMPL& source,
+                 unsigned source_row);
+  void save_side(KPT_XML_WRITER& writer, KPT_SET_ENUM set, const char* tag, unsigned row) const;
+
+  unsigned short m_num_rows;
+  unsigned short m_num_r_columns;
+  unsigned short m_num_t_columns;
+  // Bits beyond a side's rows * columns are false.
+  KPT_BIT_TABLE m_r_table;
+  KPT_BIT_TABLE m_t_table;
+};
+
+#endif
