@@ -1,0 +1,106 @@
+#include "db/kpt/kpt_register_transformation.h"
+
+#include <cassert>
+
+#include "db/kpt/kpt_register_keypoint_impl.h"
+#include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/kpt_transformation_impl.h"
+
+namespace {
+
+KPT_TRANSFORMATION_IMPL& checked(KPT_TRANSFORMATION_IMPL* map) {
+  assert(map != nullptr);
+  return *map;
+}
+
+// A keypoint that is no register has nothing to show: the handle is null.
+KPT_REGISTER_KEYPOINT handle(KPT_KEYPOINT* keypoint) {
+  return KPT_REGISTER_KEYPOINT(
+      keypoint != nullptr && keypoint->is_register() ? static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(keypoint) : nullptr);
+}
+
+KPT_REGISTER_KEYPOINT_LIST equivalents(KPT_TRANSFORMATION_IMPL* map, KPT_SET_ENUM side, unsigned short index) {
+  KPT_REGISTER_KEYPOINT_LIST list;
+  checked(map).for_each_equivalent(side, index, [&](KPT_KEYPOINT* keypoint) { list.push_back(handle(keypoint)); });
+  return list;
+}
+
+KPT_REGISTER_KEYPOINT_LIST inverted_equivalents(KPT_TRANSFORMATION_IMPL* map, KPT_SET_ENUM side, unsigned short index) {
+  KPT_REGISTER_KEYPOINT_LIST list;
+  checked(map).for_each_inverted_equivalent(side, index,
+                                            [&](KPT_KEYPOINT* keypoint) { list.push_back(handle(keypoint)); });
+  return list;
+}
+
+}  // namespace
+
+bool KPT_REGISTER_TRANSFORMATION::has_fsm() const { return checked(m_impl).map_has_fsm_transformation(); }
+
+KPT_STATE_TABLE KPT_REGISTER_TRANSFORMATION::get_state_table() const {
+  return KPT_STATE_TABLE(checked(m_impl).get_register_state_table());
+}
+
+KPT_REGISTER_KEYPOINT KPT_REGISTER_TRANSFORMATION::get_reference(unsigned short index) const {
+  return handle(checked(m_impl).get_r_representative(index));
+}
+
+KPT_REGISTER_KEYPOINT KPT_REGISTER_TRANSFORMATION::get_transformed(unsigned short index) const {
+  return handle(checked(m_impl).get_t_representative(index));
+}
+
+KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_reference_equivalents(unsigned short index) const {
+  return equivalents(m_impl, KPT_REFERENCE_SET, index);
+}
+
+KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_transformed_equivalents(unsigned short index) const {
+  return equivalents(m_impl, KPT_TRANSFORMED_SET, index);
+}
+
+KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_reference_inverted_equivalents(unsigned short index) const {
+  return inverted_equivalents(m_impl, KPT_REFERENCE_SET, index);
+}
+
+KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_transformed_inverted_equivalents(
+    unsigned short index) const {
+  return inverted_equivalents(m_impl, KPT_TRANSFORMED_SET, index);
+}
+
+bool KPT_REGISTER_TRANSFORMATION::is_positive_unate(unsigned short r_index, unsigned short t_index) const {
+  return checked(m_impl).association_is_positive_unate(r_index, t_index);
+}
+
+bool KPT_REGISTER_TRANSFORMATION::is_negative_unate(unsigned short r_index, unsigned short t_index) const {
+  return checked(m_impl).association_is_negative_unate(r_index, t_index);
+}
+
+unsigned short KPT_REGISTER_TRANSFORMATION::get_state_reference_size() const {
+  return checked(m_impl).get_num_reference_registers();
+}
+
+unsigned short KPT_REGISTER_TRANSFORMATION::get_state_transformed_size() const {
+  return checked(m_impl).get_num_transformed_registers();
+}
+
+unsigned short KPT_REGISTER_TRANSFORMATION::get_number_of_states() const {
+  return checked(m_impl).get_number_of_states();
+}
+
+bool KPT_REGISTER_TRANSFORMATION::is_stuck_at_zero() const {
+  return checked(m_impl).r_representative_is_stuck_at_zero();
+}
+
+bool KPT_REGISTER_TRANSFORMATION::is_stuck_at_one() const { return checked(m_impl).r_representative_is_stuck_at_one(); }
+
+bool KPT_REGISTER_TRANSFORMATION::has_no_fanout() const { return checked(m_impl).has_no_fanout(); }
+
+bool KPT_REGISTER_TRANSFORMATION::add_attribute(std::string_view name, std::string_view value) const {
+  return checked(m_impl).add_attribute(name, value);
+}
+
+bool KPT_REGISTER_TRANSFORMATION::remove_attribute(std::string_view name) const {
+  return checked(m_impl).remove_attribute(name);
+}
+
+KPT_STRING KPT_REGISTER_TRANSFORMATION::get_attribute(std::string_view name) const {
+  return checked(m_impl).get_attribute(name);
+}

@@ -1,0 +1,69 @@
+// The handle through which clients see a map: what became of a register.
+//
+// Ownership: none. A copy points to the same map. The handle is good until the
+// map is deleted or absorbed by a merge or a union, or its database destroyed.
+// Every call but `is_null` needs a handle that is not null; debug builds
+// assert it. Registers come back as handles, a null one for what is no register.
+//
+// An index (from 0) is one bit of the state encoding: index k is column k + 1
+// of that side of the state table. Beyond the side's size, and where nothing is
+// recorded, there is no register.
+#ifndef KPT_REGISTER_TRANSFORMATION_H
+#define KPT_REGISTER_TRANSFORMATION_H
+
+#include <string_view>
+
+#include "db/kpt/kpt_register_keypoint.h"
+#include "db/kpt/kpt_state_table.h"
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
+ public:
+  explicit KPT_REGISTER_TRANSFORMATION(KPT_TRANSFORMATION_IMPL* map = nullptr) : m_impl(map) {}
+
+  /// Whether the registers are those of a re-encoded state machine.
+  bool has_fsm() const;
+  /// An independent copy. Without a state machine: the table of a register
+  /// that is kept as it is, unless a union with a state machine left another.
+  KPT_STATE_TABLE get_state_table() const;
+
+  /// The representative of the index.
+  KPT_REGISTER_KEYPOINT get_reference(unsigned short index) const;
+  KPT_REGISTER_KEYPOINT get_transformed(unsigned short index) const;
+  /// The registers that carry the same value as the representative.
+  KPT_REGISTER_KEYPOINT_LIST get_reference_equivalents(unsigned short index) const;
+  KPT_REGISTER_KEYPOINT_LIST get_transformed_equivalents(unsigned short index) const;
+  /// The registers that carry the inverse value.
+  KPT_REGISTER_KEYPOINT_LIST get_reference_inverted_equivalents(unsigned short index) const;
+  KPT_REGISTER_KEYPOINT_LIST get_transformed_inverted_equivalents(unsigned short index) const;
+
+  /// Whether the two representatives move together, or against each other.
+  /// Both answer false for registers that stand at a further index only, and
+  /// both answer true for those of a state machine.
+  bool is_positive_unate(unsigned short r_index, unsigned short t_index) const;
+  bool is_negative_unate(unsigned short r_index, unsigned short t_index) const;
+
+  /// The number of indices of the side, modulo 65,536.
+  unsigned short get_state_reference_size() const;
+  unsigned short get_state_transformed_size() const;
+  /// 2 without a state machine.
+  unsigned short get_number_of_states() const;
+
+  bool is_stuck_at_zero() const;
+  bool is_stuck_at_one() const;
+  bool has_no_fanout() const;
+
+  /// Sets the attribute, new or not. Always true. Attributes are not saved.
+  bool add_attribute(std::string_view name, std::string_view value) const;
+  /// False when there is no such attribute.
+  bool remove_attribute(std::string_view name) const;
+  /// Empty for an absent attribute.
+  KPT_STRING get_attribute(std::string_view name) const;
+
+  bool is_null() const { return m_impl == nullptr; }
+
+ private:
+  KPT_TRANSFORMATION_IMPL* m_impl;
+};
+
+#endif

@@ -1,0 +1,415 @@
+// One map: which reference registers became which transformed registers.
+//
+// A map has two sides, each a vector of NI pairs; a map of a re-encoded state
+// machine also has the state table that relates the two encodings, with NI
+// pair k (from 0) of a side as column k + 1 of that side's table. An index
+// beyond a side's NI pairs reads as an NI pair with two empty groups.
+//
+// Ownership: the map owns its vectors, lists, table and attributes, never the
+// keypoints it lists. A listed keypoint may be null, may stand in several
+// groups and may be of a kind that is no register.
+//
+// Every operation on the r or t side, n or i group, is a door onto one
+// implementation that takes the side and the group. The sources are split by
+// concern: structure in kpt_transformation_impl.cpp, then queries, edits,
+// composition and the file's element in kpt_transformation_<concern>.cpp.
+#ifndef KPT_TRANSFORMATION_IMPL_H
+#define KPT_TRANSFORMATION_IMPL_H
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "db/kpt/kpt_attributes.h"
+#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_zeroed.h"
+
+class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
+  enum GROUP { N_GROUP, I_GROUP };
+  using KEYPOINTS = std::span<KPT_KEYPOINT* const>;
+
+ public:
+  // ---- Structure ----
+
+  /// A register kept one to one: one index a side, no state machine.
+  KPT_TRANSFORMATION_IMPL(KPT_KEYPOINT* reference, KPT_KEYPOINT* transformed);
+  /// A re-encoded state machine: one index per register, each alone in its n group.
+  KPT_TRANSFORMATION_IMPL(const KPT_KEYPOINT_LIST& reference_registers, const KPT_KEYPOINT_LIST& transformed_registers,
+                          const KPT_STATE_TABLE_IMPL& table);
+  /// Whole sides, without a state machine.
+  KPT_TRANSFORMATION_IMPL(const NI_PAIR_VECTOR& r_vector, const NI_PAIR_VECTOR& t_vector, KPT_ELIM_ENUM status);
+  KPT_TRANSFORMATION_IMPL(NI_PAIR_VECTOR&& r_vector, NI_PAIR_VECTOR&& t_vector, KPT_ELIM_ENUM status);
+  /// Whole sides, with a state machine.
+  KPT_TRANSFORMATION_IMPL(const NI_PAIR_VECTOR& r_vector, const NI_PAIR_VECTOR& t_vector,
+                          const KPT_STATE_TABLE_IMPL& table, KPT_ELIM_ENUM status);
+  KPT_TRANSFORMATION_IMPL(NI_PAIR_VECTOR&& r_vector, NI_PAIR_VECTOR&& t_vector, KPT_STATE_TABLE_IMPL&& table,
+                          KPT_ELIM_ENUM status);
+  /// Takes everything but the attributes: they are a client's notes on one
+  /// map, and a copy made for a union or a translation is another map.
+  KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other);
+  KPT_TRANSFORMATION_IMPL& operator=(const KPT_TRANSFORMATION_IMPL&) = delete;
+  ~KPT_TRANSFORMATION_IMPL();
+
+  /// Equal in kind, state table and groups. Elimination status and attributes
+  /// take no part: two maps that relate the same registers in the same way are
+  /// the same map to a caller, whatever befell the registers since.
+  bool operator==(const KPT_TRANSFORMATION_IMPL& other) const;
+
+  bool map_has_fsm_transformation() const { return m_fsm_flag == 1; }
+  KPT_ELIM_ENUM get_elim_status() const { return m_elim_status; }
+
+  NI_PAIR_VECTOR& r_vec() { return m_r_vector; }
+  NI_PAIR_VECTOR& t_vec() { return m_t_vector; }
+  const NI_PAIR_VECTOR& r_vec() const { return m_r_vector; }
+  const NI_PAIR_VECTOR& t_vec() const { return m_t_vector; }
+
+  /// The number of indices of the side, modulo 65,536.
+  unsigned short get_num_reference_registers() const { return static_cast<unsigned short>(m_r_vector.size()); }
+  unsigned short get_num_transformed_registers() const { return static_cast<unsigned short>(m_t_vector.size()); }
+  /// 2 without a state machine.
+  unsigned short get_number_of_states() const;
+
+  /// The first keypoint of the group; null when the group is empty.
+  KPT_KEYPOINT* get_r_n_first(unsigned long index) const { return first(KPT_REFERENCE_SET, N_GROUP, index); }
+  KPT_KEYPOINT* get_r_i_first(unsigned long index) const { return first(KPT_REFERENCE_SET, I_GROUP, index); }
+  KPT_KEYPOINT* get_t_n_first(unsigned long index) const { return first(KPT_TRANSFORMED_SET, N_GROUP, index); }
+  KPT_KEYPOINT* get_t_i_first(unsigned long index) const { return first(KPT_TRANSFORMED_SET, I_GROUP, index); }
+
+  /// The first of the n group, or of the i group when the n group is empty:
+  /// emptiness decides, so a null that leads the n group is the representative.
+  /// Null for an empty index, and with a debug line for another set value.
+  KPT_KEYPOINT* get_representative_kp(KPT_SET_ENUM set, unsigned long index) const;
+  KPT_KEYPOINT* get_r_representative(unsigned short index) const { return representative(KPT_REFERENCE_SET, index); }
+  KPT_KEYPOINT* get_t_representative(unsigned short index) const { return representative(KPT_TRANSFORMED_SET, index); }
+
+  bool r_representative_is_in_n_group_of_map(unsigned long index) const {
+    return representative_is_in_n_group(KPT_REFERENCE_SET, index);
+  }
+  bool t_representative_is_in_n_group_of_map(unsigned long index) const {
+    return representative_is_in_n_group(KPT_TRANSFORMED_SET, index);
+  }
+  bool r_representative_is_in_i_group_of_map(unsigned long index) const {
+    return representative_is_in_i_group(KPT_REFERENCE_SET, index);
+  }
+  bool t_representative_is_in_i_group_of_map(unsigned long index) const {
+    return representative_is_in_i_group(KPT_TRANSFORMED_SET, index);
+  }
+
+  bool keypoint_is_in_r_n_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) const {
+    return keypoint_is_in(KPT_REFERENCE_SET, N_GROUP, keypoint, index);
+  }
+  bool keypoint_is_in_r_i_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) const {
+    return keypoint_is_in(KPT_REFERENCE_SET, I_GROUP, keypoint, index);
+  }
+  bool keypoint_is_in_t_n_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) const {
+    return keypoint_is_in(KPT_TRANSFORMED_SET, N_GROUP, keypoint, index);
+  }
+  bool keypoint_is_in_t_i_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) const {
+    return keypoint_is_in(KPT_TRANSFORMED_SET, I_GROUP, keypoint, index);
+  }
+
+  /// Appends, also a keypoint that the group holds already. False, changing
+  /// nothing, beyond the side's indices.
+  bool add_keypoint_to_r_n_group_of_map(KPT_KEYPOINT* keypoint, unsigned long index) {
+    return add_keypoint(KPT_REFERENCE_SET, N_GROUP, keypoint, index);
+  }
+  bool add_keypoint_to_r_i_group_of_map(KPT_KEYPOINT* keypoint, unsigned long index) {
+    return add_keypoint(KPT_REFERENCE_SET, I_GROUP, keypoint, index);
+  }
+  bool add_keypoint_to_t_n_group_of_map(KPT_KEYPOINT* keypoint, unsigned long index) {
+    return add_keypoint(KPT_TRANSFORMED_SET, N_GROUP, keypoint, index);
+  }
+  bool add_keypoint_to_t_i_group_of_map(KPT_KEYPOINT* keypoint, unsigned long index) {
+    return add_keypoint(KPT_TRANSFORMED_SET, I_GROUP, keypoint, index);
+  }
+
+  /// Removes the first occurrence; false when there is none. Reference
+  /// registers never leave a map, so that side has no such operation.
+  bool delete_keypoint_from_t_n_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) {
+    return delete_t_keypoint(N_GROUP, keypoint, index);
+  }
+  bool delete_keypoint_from_t_i_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) {
+    return delete_t_keypoint(I_GROUP, keypoint, index);
+  }
+
+  /// Sets `*found` when the keypoint stands at index 0 of the side and returns
+  /// 0 in every case. The caller clears `*found` first: a flag that is already
+  /// set stays set, and nothing is searched.
+  unsigned short find_index_in_r_vector(const KPT_KEYPOINT* keypoint, bool* found) const {
+    return find_index(KPT_REFERENCE_SET, keypoint, found);
+  }
+  unsigned short find_index_in_t_vector(const KPT_KEYPOINT* keypoint, bool* found) const {
+    return find_index(KPT_TRANSFORMED_SET, keypoint, found);
+  }
+
+  /// Sets the attribute, new or not. Always true.
+  bool add_attribute(std::string_view name, std::string_view value) { return m_attributes.add(name, value); }
+  /// False when there is no such attribute.
+  bool remove_attribute(std::string_view name) { return m_attributes.remove(name); }
+  /// Empty for an absent attribute.
+  KPT_STRING get_attribute(std::string_view name) const { return m_attributes.get(name); }
+
+  // ---- Queries ----
+
+  /// The other members of the representative's group, in order; repeats of
+  /// the representative are left out. An empty index issues a debug line.
+  KPT_KEYPOINT_LIST get_r_representative_equivalents(unsigned short index) const {
+    return equivalents(KPT_REFERENCE_SET, index);
+  }
+  KPT_KEYPOINT_LIST get_t_representative_equivalents(unsigned short index) const {
+    return equivalents(KPT_TRANSFORMED_SET, index);
+  }
+  /// The members of the opposite group, likewise.
+  KPT_KEYPOINT_LIST get_r_representative_inverted_equivalents(unsigned short index) const {
+    return inverted_equivalents(KPT_REFERENCE_SET, index);
+  }
+  KPT_KEYPOINT_LIST get_t_representative_inverted_equivalents(unsigned short index) const {
+    return inverted_equivalents(KPT_TRANSFORMED_SET, index);
+  }
+
+  /// Whether the two representatives move together (positive) or against each
+  /// other (negative). False unless both stand at index 0.
+  bool register_association_is_unate(unsigned long r_index, unsigned long t_index, KPT_UNATE_ENUM unate) const;
+  bool association_is_positive_unate(unsigned short r_index, unsigned short t_index) const {
+    return register_association_is_unate(r_index, t_index, KPT_POSITIVE_UNATE);
+  }
+  bool association_is_negative_unate(unsigned short r_index, unsigned short t_index) const {
+    return register_association_is_unate(r_index, t_index, KPT_NEGATIVE_UNATE);
+  }
+
+  bool r_representative_is_stuck_at_zero() const { return m_elim_status == KPT_STUCK_AT_ZERO; }
+  bool r_representative_is_stuck_at_one() const { return m_elim_status == KPT_STUCK_AT_ONE; }
+  bool has_no_fanout() const { return m_elim_status == KPT_NO_FANOUT; }
+  /// True for the status "not eliminated" and for no other: whatever the name
+  /// says, callers take true to mean that the register is still there.
+  bool r_representative_is_eliminated() const { return m_elim_status == KPT_NOT_ELIMINATED; }
+
+  /// A copy of the stored table. A map that has always been plain has the
+  /// identity of one register: 2 states, one column a side.
+  KPT_STATE_TABLE_IMPL get_register_state_table() const;
+
+  // ---- Edits ----
+
+  /// The replica joins the group of `existing` on the transformed side. False
+  /// when `existing` is not found.
+  bool add_replicated_register(KPT_REGISTER_KEYPOINT_IMPL* existing, KPT_REGISTER_KEYPOINT_IMPL* replica);
+  /// Moves the register to the opposite group of its index; a state table
+  /// follows when that turns the representative's polarity.
+  bool set_inverter_retimed_register(KPT_KEYPOINT* retimed);
+  /// Takes the register out of the map for one of the reasons stuck at zero,
+  /// stuck at one and no fanout. A keypoint that is listed twice and alone
+  /// counts as the last register of its index; one occurrence remains.
+  bool set_eliminated(KPT_KEYPOINT* keypoint, KPT_ELIM_ENUM status);
+  /// Drops one index of the transformed side; neither the reference side nor
+  /// the table follows. False beyond the side's indices.
+  bool erase_entry_in_t_state_vector(unsigned short index);
+  /// Exchanges the groups of every index of the side. False, with a debug
+  /// line, for another set value.
+  bool interchange_registers_in_n_i_groups_of_map(KPT_SET_ENUM set);
+  bool interchange_registers_in_r_n_i_groups_of_map() {
+    return interchange_registers_in_n_i_groups_of_map(KPT_REFERENCE_SET);
+  }
+  bool interchange_registers_in_t_n_i_groups_of_map() {
+    return interchange_registers_in_n_i_groups_of_map(KPT_TRANSFORMED_SET);
+  }
+  /// Two transformed columns (from 1) have become one register: drops the
+  /// states in which they disagree, then column `b`. The sides stay as they are.
+  bool update_state_table(unsigned short a, unsigned short b);
+
+  // ---- Composition ----
+  // A map that is combined with itself is read as it was before the call.
+
+  /// Appends the NI pairs of `other` behind this map's, on both sides. Always true.
+  bool copy_map(const KPT_TRANSFORMATION_IMPL& other);
+  /// Adds the keypoints of the first NI pairs of `other` to this map's first
+  /// NI pairs and, when all could be added, takes over its elimination status.
+  bool make_simple_union(const KPT_TRANSFORMATION_IMPL& other);
+  /// Unites `other` into this map. Refused, with a debug line, when both carry
+  /// a state machine; with one, the tables are multiplied and the NI pairs of
+  /// `other` appended; with none it is a simple union.
+  bool make_union(const KPT_TRANSFORMATION_IMPL& other);
+
+  /// The representative, its equivalents, its inverted equivalents.
+  KPT_KEYPOINT_LIST get_r_registers_at_index(unsigned short index) const {
+    return registers_at_index(KPT_REFERENCE_SET, index);
+  }
+  KPT_KEYPOINT_LIST get_t_registers_at_index(unsigned short index) const {
+    return registers_at_index(KPT_TRANSFORMED_SET, index);
+  }
+
+  /// Swaps the groups of this whole map unless `keypoint`, on its reference
+  /// side, has the polarity that `other` gives `other_keypoint` on its
+  /// transformed side. False, changing nothing, when either is not found.
+  bool align_r_register(const KPT_KEYPOINT* keypoint, const KPT_TRANSFORMATION_IMPL* other,
+                        const KPT_KEYPOINT* other_keypoint);
+  /// The mirror: swaps the groups of `other` unless `other_keypoint`, on its
+  /// reference side, has the polarity of `keypoint` on this map's transformed
+  /// side. In both it is the map of the later stage that gives way: the
+  /// earlier stage has settled what its registers' values mean.
+  bool align_t_register(const KPT_KEYPOINT* keypoint, KPT_TRANSFORMATION_IMPL* other,
+                        const KPT_KEYPOINT* other_keypoint) const;
+
+  /// Whether `other` lists on its reference side, at whatever index and in
+  /// whatever group, a namesake of every register of this map's transformed
+  /// side, with as many indices.
+  bool t_equals_r(const KPT_TRANSFORMATION_IMPL& other) const;
+
+  /// The first signal register of that name; null when there is none.
+  static KPT_KEYPOINT* find_register_in_s_vector(const NI_PAIR_VECTOR& side, std::string_view name);
+  /// The first block instance with these three texts; null when there is none.
+  static KPT_KEYPOINT* find_register_in_s_vector(const NI_PAIR_VECTOR& side, std::string_view name,
+                                                 std::string_view entity_name, std::string_view register_type);
+
+  /// Replaces this map's transformed side by that of `other`, and takes over
+  /// its kind, elimination status and, of a state machine, the table; a table
+  /// of this map that is then without meaning stays stored. The keypoints of
+  /// the old side are appended to `left`, those of the new one to `entered`.
+  bool update_transformations(const KPT_TRANSFORMATION_IMPL& other, KPT_KEYPOINT_LIST& entered,
+                              KPT_KEYPOINT_LIST& left);
+
+  /// The ids in list order; a null keypoint has none and is skipped.
+  static KPT_ID_LIST get_ids_in_list(const KPT_KEYPOINT_LIST& keypoints);
+
+  /// The side with every register replaced by its namesake in `set`. What has
+  /// none there is dropped; every index stays, also as an empty one.
+  static NI_PAIR_VECTOR translate_vector(const NI_PAIR_VECTOR& side, const KPT_KEYPOINT_SET_IMPL& set);
+  NI_PAIR_VECTOR translate_reference_vector(const KPT_KEYPOINT_SET_IMPL& set) const {
+    return translate_vector(m_r_vector, set);
+  }
+  NI_PAIR_VECTOR translate_transformed_vector(const KPT_KEYPOINT_SET_IMPL& set) const {
+    return translate_vector(m_t_vector, set);
+  }
+
+  // ---- File ----
+
+  /// Writes the "transformation" element. False once a list could not be
+  /// written; the map's further lists are then left out.
+  bool save_transformation(KPT_XML_WRITER& writer) const;
+
+  // ---- The library's own walks ----
+  // No list is made, and the debug lines are those of the query that makes
+  // one. What is called must not change the walked groups: a walk that does so
+  // takes the list.
+
+  /// Calls `visit(KPT_KEYPOINT*)` for what get_{r,t}_registers_at_index lists.
+  template <class VISIT>
+  void for_each_register_at_index(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const;
+  /// The same for get_{r,t}_representative_equivalents.
+  template <class VISIT>
+  void for_each_equivalent(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const;
+  /// The same for get_{r,t}_representative_inverted_equivalents.
+  template <class VISIT>
+  void for_each_inverted_equivalent(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const;
+  /// Calls `visit(KPT_KEYPOINT*)` for every cell of a side: index by index, n group then i group.
+  template <class VISIT>
+  static void for_each_keypoint(const NI_PAIR_VECTOR& side, VISIT&& visit);
+
+  /// The stored table, or the one that all plain maps share.
+  const KPT_STATE_TABLE_IMPL& state_table() const;
+
+ private:
+  // The list of all maps sets and reads m_position.
+  friend class KPT_TRANSFORMATION_LIST;
+
+  const NI_PAIR_VECTOR& vec(KPT_SET_ENUM side) const { return side == KPT_REFERENCE_SET ? m_r_vector : m_t_vector; }
+  NI_PAIR_VECTOR& vec(KPT_SET_ENUM side) { return side == KPT_REFERENCE_SET ? m_r_vector : m_t_vector; }
+  // The group to change; null beyond the side's indices.
+  KPT_KEYPOINT_LIST* group_to_edit(KPT_SET_ENUM side, GROUP group, unsigned long index);
+  // The group to look at; empty beyond the side's indices.
+  KEYPOINTS group(KPT_SET_ENUM side, GROUP group, unsigned long index) const;
+  KEYPOINTS representative_group(KPT_SET_ENUM side, unsigned long index) const;
+  KEYPOINTS opposite_group(KPT_SET_ENUM side, unsigned long index) const;
+
+  KPT_KEYPOINT* first(KPT_SET_ENUM side, GROUP group, unsigned long index) const;
+  KPT_KEYPOINT* representative(KPT_SET_ENUM side, unsigned long index) const;
+  bool representative_is_in_n_group(KPT_SET_ENUM side, unsigned long index) const;
+  bool representative_is_in_i_group(KPT_SET_ENUM side, unsigned long index) const;
+  bool keypoint_is_in(KPT_SET_ENUM side, GROUP group, const KPT_KEYPOINT* keypoint, unsigned long index) const;
+  bool add_keypoint(KPT_SET_ENUM side, GROUP group, KPT_KEYPOINT* keypoint, unsigned long index);
+  bool delete_t_keypoint(GROUP group, const KPT_KEYPOINT* keypoint, unsigned long index);
+  unsigned short find_index(KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint, bool* found) const;
+
+  KPT_KEYPOINT_LIST equivalents(KPT_SET_ENUM side, unsigned long index) const;
+  KPT_KEYPOINT_LIST inverted_equivalents(KPT_SET_ENUM side, unsigned long index) const;
+  KPT_KEYPOINT_LIST registers_at_index(KPT_SET_ENUM side, unsigned long index) const;
+  template <class VISIT>
+  static void visit_others(KEYPOINTS group, const KPT_KEYPOINT* representative, VISIT& visit);
+  static void report_empty_index(KPT_SET_ENUM side);
+
+  KPT_STATE_TABLE_IMPL& state_table_to_edit();
+  bool change_t_group(KPT_KEYPOINT* keypoint, GROUP from, GROUP to, unsigned short index);
+  bool is_last_t_register(const KPT_KEYPOINT* keypoint, unsigned long index) const;
+  bool delete_eliminated(const KPT_KEYPOINT* keypoint, unsigned long index);
+  bool set_stuck_at(const KPT_KEYPOINT* keypoint, unsigned short index, KPT_ELIM_ENUM status);
+  bool set_no_fanout(const KPT_KEYPOINT* keypoint, unsigned short index);
+
+  bool append_group(KPT_SET_ENUM side, GROUP group, const KPT_TRANSFORMATION_IMPL& other);
+  static bool is_aligned(const KPT_TRANSFORMATION_IMPL& earlier, const KPT_KEYPOINT* transformed,
+                         const KPT_TRANSFORMATION_IMPL& later, const KPT_KEYPOINT* reference, bool* found);
+
+  NI_PAIR_VECTOR m_r_vector;
+  NI_PAIR_VECTOR m_t_vector;
+  // 1 with a state machine. The unateness query takes any value but 0 for one.
+  int m_fsm_flag;
+  KPT_ELIM_ENUM m_elim_status;
+  // Made when first changed: until then a plain map has the shared identity.
+  std::unique_ptr<KPT_STATE_TABLE_IMPL> m_state_table;
+  KPT_ATTRIBUTES m_attributes;
+  // The map's place in the order of creation of its set; 0 outside a set.
+  std::uint32_t m_position = 0;
+};
+
+template <class VISIT>
+void KPT_TRANSFORMATION_IMPL::for_each_register_at_index(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const {
+  const KEYPOINTS own = representative_group(side, index);
+  if (!own.empty()) {
+    visit(own.front());
+  }
+  for_each_equivalent(side, index, visit);
+  for_each_inverted_equivalent(side, index, visit);
+}
+
+template <class VISIT>
+void KPT_TRANSFORMATION_IMPL::for_each_equivalent(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const {
+  const KEYPOINTS own = representative_group(side, index);
+  if (own.empty()) {
+    report_empty_index(side);
+    return;
+  }
+  visit_others(own, own.front(), visit);
+}
+
+template <class VISIT>
+void KPT_TRANSFORMATION_IMPL::for_each_inverted_equivalent(KPT_SET_ENUM side, unsigned long index,
+                                                           VISIT&& visit) const {
+  const KEYPOINTS own = representative_group(side, index);
+  if (own.empty()) {
+    report_empty_index(side);
+    return;
+  }
+  visit_others(opposite_group(side, index), own.front(), visit);
+}
+
+template <class VISIT>
+void KPT_TRANSFORMATION_IMPL::for_each_keypoint(const NI_PAIR_VECTOR& side, VISIT&& visit) {
+  for (const NI_PAIR& pair : side) {
+    for (KPT_KEYPOINT* keypoint : pair.first) {
+      visit(keypoint);
+    }
+    for (KPT_KEYPOINT* keypoint : pair.second) {
+      visit(keypoint);
+    }
+  }
+}
+
+template <class VISIT>
+void KPT_TRANSFORMATION_IMPL::visit_others(KEYPOINTS group, const KPT_KEYPOINT* representative, VISIT& visit) {
+  for (KPT_KEYPOINT* keypoint : group) {
+    if (keypoint != representative) {
+      visit(keypoint);
+    }
+  }
+}
+
+#endif

@@ -1,0 +1,74 @@
+// How a map is written to a database file.
+#include <algorithm>
+
+#include "db/kpt/kpt_keypoint.h"
+#include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/kpt_transformation_impl.h"
+#include "db/kpt/kpt_xml_writer.h"
+
+namespace {
+
+// Empty for a value outside the list, and the attribute is then left out.
+std::string_view elim_word(KPT_ELIM_ENUM status) {
+  switch (status) {
+    case KPT_NOT_ELIMINATED:
+      return "not_eliminated";
+    case KPT_STUCK_AT_ZERO:
+      return "stuck_at_zero";
+    case KPT_STUCK_AT_ONE:
+      return "stuck_at_one";
+    case KPT_NO_FANOUT:
+      return "no_fanout";
+    case KPT_ELIMINATED:
+      return "eliminated";
+    default:
+      return "";
+  }
+}
+
+// A null keypoint has no id to be named by; a group of nothing else is left
+// out like an empty one.
+bool save_group(KPT_XML_WRITER& writer, std::string_view tag, const KPT_KEYPOINT_LIST& group) {
+  const auto has_id = [](const KPT_KEYPOINT* keypoint) { return keypoint != nullptr; };
+  if (std::none_of(group.begin(), group.end(), has_id)) {
+    return true;
+  }
+  bool saved = writer.begin_transformation_xml(tag);
+  for (const KPT_KEYPOINT* keypoint : group) {
+    if (has_id(keypoint)) {
+      saved = writer.write_kp_xml(keypoint->get_kpid()) && saved;
+    }
+  }
+  return writer.end_transformation_xml(tag) && saved;
+}
+
+// Index attributes are numbers of 16 bits, whatever the side holds.
+bool save_side(KPT_XML_WRITER& writer, std::string_view type, const NI_PAIR_VECTOR& side, bool saved) {
+  saved = writer.write_tr_set_start_xml(type) && saved;
+  unsigned short index = 0;
+  for (const NI_PAIR& pair : side) {
+    saved = writer.write_tr_state_start_xml(index) && saved;
+    saved = saved && save_group(writer, "noninverts", pair.first);
+    saved = saved && save_group(writer, "inverts", pair.second);
+    writer.space();
+    writer.end_tag("kp_state");
+    ++index;
+  }
+  writer.space();
+  writer.end_tag("kp_set");
+  return saved;
+}
+
+}  // namespace
+
+bool KPT_TRANSFORMATION_IMPL::save_transformation(KPT_XML_WRITER& writer) const {
+  bool saved = writer.write_transformation_start_xml(elim_word(m_elim_status));
+  saved = save_side(writer, "reference", m_r_vector, saved);
+  saved = save_side(writer, "transformed", m_t_vector, saved);
+  if (map_has_fsm_transformation()) {
+    state_table().save_state_table(writer);
+  }
+  writer.space();
+  writer.end_tag("transformation");
+  return saved;
+}
