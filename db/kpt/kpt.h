@@ -1,0 +1,20 @@
+// All that a client of the keypoint database needs: the manager, and the
+// handles to databases, registers, maps and state tables. XML parsing stays
+// behind it.
+//
+// Ownership: the manager owns the databases. Handles own nothing, except that
+// a KPT_STATE_TABLE is a copy of its own. One thread at a time may call.
+#ifndef KPT_H
+#define KPT_H
+
+#include "db/kpt/kpt_keypoint_set.h"
+#include "db/kpt/kpt_keypoints_db.h"
+#include "db/kpt/kpt_keypoints_manager.h"
+#include "db/kpt/kpt_register_keypoint.h"
+#include "db/kpt/kpt_register_transformation.h"
+#include "db/kpt/kpt_state_table.h"
+#include "db/kpt/kpt_transformation_set.h"
+#include "db/kpt/kpt_types.h"
+#include "db/kpt/msg_kpt.h"
+
+#endif

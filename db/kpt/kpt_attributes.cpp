@@ -1,0 +1,32 @@
+#include "db/kpt/kpt_attributes.h"
+
+#include "db/kpt/kpt_zeroed.h"
+
+struct KPT_ATTRIBUTES::STORE : KPT_ZEROED {
+  boost::unordered_flat_map<KPT_STRING, KPT_STRING, STL_CASE_SENSITIVE_HASH_COMPARE, STL_CASE_SENSITIVE_HASH_COMPARE,
+                            MEM_STL_ALLOCATOR<std::pair<const KPT_STRING, KPT_STRING>>>
+      texts;
+};
+
+KPT_ATTRIBUTES::KPT_ATTRIBUTES() noexcept = default;
+KPT_ATTRIBUTES::~KPT_ATTRIBUTES() = default;
+
+bool KPT_ATTRIBUTES::add(std::string_view name, std::string_view value) {
+  if (m_store == nullptr) {
+    m_store = std::make_unique<STORE>();
+  }
+  m_store->texts.insert_or_assign(KPT_STRING(name), KPT_STRING(value));
+  return true;
+}
+
+bool KPT_ATTRIBUTES::remove(std::string_view name) { return m_store != nullptr && m_store->texts.erase(name) > 0; }
+
+KPT_STRING KPT_ATTRIBUTES::get(std::string_view name) const {
+  if (m_store == nullptr) {
+    return {};
+  }
+  const auto found = m_store->texts.find(name);
+  return found == m_store->texts.end() ? KPT_STRING() : found->second;
+}
+
+void KPT_ATTRIBUTES::clear() noexcept { m_store.reset(); }

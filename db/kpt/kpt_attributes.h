@@ -1,0 +1,34 @@
+// Free-form attributes of a keypoint or a map: texts by name.
+//
+// Ownership: owns its store, which is made by the first add and costs one
+// pointer until then. A copy of the owner starts without attributes, so this
+// class is not copyable.
+#ifndef KPT_ATTRIBUTES_H
+#define KPT_ATTRIBUTES_H
+
+#include <memory>
+#include <string_view>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_ATTRIBUTES {
+ public:
+  KPT_ATTRIBUTES() noexcept;
+  ~KPT_ATTRIBUTES();
+  KPT_ATTRIBUTES(const KPT_ATTRIBUTES&) = delete;
+  KPT_ATTRIBUTES& operator=(const KPT_ATTRIBUTES&) = delete;
+
+  /// Sets the value of `name`, new or not. Always true.
+  bool add(std::string_view name, std::string_view value);
+  /// False when there is no such attribute.
+  bool remove(std::string_view name);
+  /// The value, or an empty text for an absent attribute. Creates nothing.
+  KPT_STRING get(std::string_view name) const;
+  void clear() noexcept;
+
+ private:
+  struct STORE;
+  std::unique_ptr<STORE> m_store;
+};
+
+#endif

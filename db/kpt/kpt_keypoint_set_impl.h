@@ -1,0 +1,105 @@
+// All registers of one netlist: the reference side or the transformed side of
+// a database. Which side it is, the set does not know.
+//
+// Ownership: the set owns its keypoints. A pointer to one is good until the
+// set is destroyed, also after the keypoint was deleted or another took over
+// its name: maps may still list it, so its texts and id stay readable and its
+// address is given to no other. Only its attributes go at once.
+//
+// Order: keypoints are walked, listed and saved in order of creation, signal
+// registers first, then block instances.
+#ifndef KPT_KEYPOINT_SET_IMPL_H
+#define KPT_KEYPOINT_SET_IMPL_H
+
+#include <string_view>
+
+#include "db/kpt/kpt_keypoint_index.h"
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
+ public:
+  KPT_KEYPOINT_SET_IMPL();
+  ~KPT_KEYPOINT_SET_IMPL();
+  KPT_KEYPOINT_SET_IMPL(const KPT_KEYPOINT_SET_IMPL&) = delete;
+  KPT_KEYPOINT_SET_IMPL& operator=(const KPT_KEYPOINT_SET_IMPL&) = delete;
+
+  /// Adds a signal register. A signal of that name leaves the set without a
+  /// word: callers ask `get_register` first. Ids are not checked.
+  KPT_REGISTER_KEYPOINT_IMPL* add_register(long id, std::string_view name);
+  /// Adds a block instance, found by name and register type. The entity is no
+  /// part of the key: an instance that differs in its entity alone takes the
+  /// place of the earlier one.
+  KPT_REGISTER_KEYPOINT_IMPL* add_register(long id, std::string_view name, std::string_view entity,
+                                           std::string_view register_type);
+
+  /// Looks among the signals alone. Null when absent.
+  KPT_REGISTER_KEYPOINT_IMPL* get_register(std::string_view name) const;
+  /// Looks among the block instances alone; the entity is ignored.
+  KPT_REGISTER_KEYPOINT_IMPL* get_register(std::string_view name, std::string_view entity,
+                                           std::string_view register_type) const;
+
+  /// False when there is no such signal.
+  bool delete_register(std::string_view name);
+  /// False when there is no such block instance; the entity is ignored.
+  bool delete_register(std::string_view name, std::string_view entity, std::string_view register_type);
+
+  KPT_KEYPOINT_LIST get_list_of_keypoints() const;
+  /// From id to keypoint; of two with one id the later in walking order wins.
+  KPT_ID_KEYPOINT_HASH get_id_keypoint_hash() const;
+  bool is_empty() const;
+
+  /// Adds every register of `other` that this set lacks, with the ids
+  /// next_id + 1, next_id + 2, ...; `next_id` is left at the last id used. Ids
+  /// and attributes of `other` are not carried over. A register of `other` is
+  /// looked up under the name that it has now.
+  bool make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id);
+
+  /// Writes the "key_points_set" element. False once a keypoint could not be
+  /// written; the rest is then left out.
+  bool save_keypoint_set(KPT_SET_ENUM set, KPT_XML_WRITER& writer) const;
+
+  /// Calls `visit(KPT_REGISTER_KEYPOINT_IMPL*)` for every keypoint that is in
+  /// the set now, in the set's order, and stops when it returns false.
+  /// Keypoints that the visits add are not walked; those that they delete may be
+  /// any. For the library's own walks: no list is made.
+  template <class VISIT>
+  void for_each_keypoint(VISIT visit) const;
+
+  /// The number of registers, signals and block instances.
+  std::size_t size() const { return m_signal_registers.size() + m_instance_registers.size(); }
+  /// Makes room for so many further signals.
+  void reserve(std::size_t signals) { m_signal_registers.reserve(m_signal_registers.size() + signals); }
+
+ private:
+  using PLACE = KPT_REGISTER_KEYPOINT_IMPL::PLACE;
+  template <class... TEXTS>
+  KPT_REGISTER_KEYPOINT_IMPL* add(KPT_KEYPOINT_INDEX& index, PLACE place, long id, TEXTS... texts);
+  static bool remove(KPT_KEYPOINT_INDEX& index, const KPT_KEYPOINT_INDEX::KEY& key);
+  template <class VISIT>
+  bool for_each_at(PLACE place, std::uint32_t end, VISIT& visit) const;
+
+  KPT_KEYPOINT_INDEX::POOL m_keypoints;
+  KPT_KEYPOINT_INDEX m_signal_registers;
+  KPT_KEYPOINT_INDEX m_instance_registers;
+};
+
+template <class VISIT>
+bool KPT_KEYPOINT_SET_IMPL::for_each_at(PLACE place, std::uint32_t end, VISIT& visit) const {
+  for (std::uint32_t k = 0; k < end; ++k) {
+    KPT_REGISTER_KEYPOINT_IMPL* keypoint = m_keypoints.at(k);
+    if (keypoint->m_place == place && !visit(keypoint)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class VISIT>
+void KPT_KEYPOINT_SET_IMPL::for_each_keypoint(VISIT visit) const {
+  const std::uint32_t end = m_keypoints.count();
+  if (for_each_at(PLACE::AMONG_SIGNALS, end, visit) && m_instance_registers.size() > 0) {
+    for_each_at(PLACE::AMONG_INSTANCES, end, visit);
+  }
+}
+
+#endif

@@ -1,0 +1,89 @@
+// The handle through which passes and consumers use a keypoint database.
+//
+// Ownership: none; the manager owns the database. A copy points to the same
+// database, and all copies are dead once it is destroyed: only the handle on
+// which `delete_keypoints_db` was called, and the manager's own, become null.
+// Every call but `is_null` and `delete_keypoints_db` needs a handle that is
+// not null; debug builds assert it.
+#ifndef KPT_KEYPOINTS_DB_H
+#define KPT_KEYPOINTS_DB_H
+
+#include <string_view>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_KEYPOINT_SET;
+class KPT_TRANSFORMATION_SET;
+
+class KPT_EXPORT KPT_KEYPOINTS_DB {
+ public:
+  explicit KPT_KEYPOINTS_DB(KPT_KEYPOINTS_DB_IMPL* db = nullptr) : m_impl(db) {}
+
+  // Recording. Each answers whether the event was recorded; a reason, where
+  // there is one, is a debug line under the tag "KPT".
+
+  /// A register kept 1:1; each side is a signal, or a block instance with its
+  /// entity and register type. False, changing nothing, when either exists.
+  bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name) const;
+  bool associate_registers_signal_to_instance(std::string_view r_name, std::string_view t_name,
+                                              std::string_view t_entity, std::string_view t_register_type) const;
+  bool associate_registers_instance_to_signal(std::string_view r_name, std::string_view r_entity,
+                                              std::string_view r_register_type, std::string_view t_name) const;
+  bool associate_registers_instance_to_instance(std::string_view r_name, std::string_view r_entity,
+                                                std::string_view r_register_type, std::string_view t_name,
+                                                std::string_view t_entity, std::string_view t_register_type) const;
+  /// A re-encoded state machine: the k-th name of each side is column k
+  /// (from 1) of that side of the table. At most 65,535 names a side.
+  bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
+                                       const KPT_STATE_TABLE& table) const;
+
+  // The events below name transformed signal registers; block instances are
+  // not found by name alone.
+
+  /// "%s does not exist in T", "%s already exists in T", or on success
+  /// "Replicated register: %s is a replicate of %s".
+  bool set_replicated_registers(std::string_view t_name, std::string_view replica_name) const;
+  /// "Error: Can't find %s in T set", or "Merged registers: %s <- %s" whatever the result.
+  bool set_merged_registers(std::string_view kept_name, std::string_view merged_name) const;
+  /// "Error: Can't find %s in T set", or "Inverter retimed register %s".
+  bool set_inverter_retimed_register(std::string_view t_name) const;
+  /// "Eliminated register stuck_at_zero %s", and so on, before anything is looked up.
+  bool set_eliminated_register_stuck_at_zero(std::string_view t_name) const;
+  bool set_eliminated_register_stuck_at_one(std::string_view t_name) const;
+  bool set_eliminated_register_no_fanout(std::string_view t_name) const;
+  /// An elimination without a reason is always refused, and the register is
+  /// then found through its transformed name no more.
+  bool set_eliminated_register(std::string_view t_name) const;
+
+  KPT_TRANSFORMATION_SET get_transformation_set() const;
+  const KPT_STRING& get_name() const;
+  KPT_KEYPOINT_SET get_reference_set() const;
+  KPT_KEYPOINT_SET get_transformed_set() const;
+
+  /// Appends the database of the next stage, which is left as it was.
+  bool unite(const KPT_KEYPOINTS_DB& other) const;
+  /// Writes the database file in place; false when it cannot be opened.
+  bool save(std::string_view file_name) const;
+  /// Writes the database file beside its target and renames it; refuses names
+  /// that could not be read back. On failure an earlier file is untouched.
+  bool save_atomically(std::string_view file_name) const;
+
+  /// The map of a signal register, or a null handle.
+  KPT_REGISTER_TRANSFORMATION get_reference_register_transformation(std::string_view name) const;
+  KPT_REGISTER_TRANSFORMATION get_transformed_register_transformation(std::string_view name) const;
+
+  /// Destroys the database and makes this handle null. False when it is null
+  /// already. Clients leave this to KPT_KEYPOINTS_MANAGER::destroy_keypoints_db,
+  /// which takes the registry entry out as well.
+  bool delete_keypoints_db();
+
+  bool is_null() const { return m_impl == nullptr; }
+
+ private:
+  friend class KPT_KEYPOINTS_MANAGER;
+  KPT_KEYPOINTS_DB_IMPL& impl() const;
+
+  KPT_KEYPOINTS_DB_IMPL* m_impl;
+};
+
+#endif

@@ -1,0 +1,149 @@
+// The keypoint database of one synthesis step: the registers before it, the
+// registers after it, and the maps between them.
+//
+// Ownership: the database owns its two keypoint sets and its transformation
+// set. It belongs to the manager that recorded it, or to whoever created it.
+//
+// Ids come from two counters that all databases of the process share, one a
+// side. They are written through the host's `int` conversions, so an id beyond
+// 2,147,483,647 does not survive a save.
+#ifndef KPT_KEYPOINTS_DB_IMPL_H
+#define KPT_KEYPOINTS_DB_IMPL_H
+
+#include <string_view>
+
+#include "db/kpt/kpt_keypoint_set_impl.h"
+#include "db/kpt/kpt_transformation_set_impl.h"
+#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_zeroed.h"
+
+class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
+ public:
+  explicit KPT_KEYPOINTS_DB_IMPL(std::string_view name);
+  ~KPT_KEYPOINTS_DB_IMPL();
+  KPT_KEYPOINTS_DB_IMPL(const KPT_KEYPOINTS_DB_IMPL&) = delete;
+  KPT_KEYPOINTS_DB_IMPL& operator=(const KPT_KEYPOINTS_DB_IMPL&) = delete;
+
+  /// The id for a new register of that side: the counter's value, which is
+  /// then raised by one. The first id of a process is 0.
+  static long get_next_r_id() { return s_r_id++; }
+  static long get_next_t_id() { return s_t_id++; }
+
+  const KPT_STRING& get_db_name() const { return m_db_name; }
+  KPT_KEYPOINT_SET_IMPL* get_reference_set() { return &m_reference_set; }
+  KPT_KEYPOINT_SET_IMPL* get_transformed_set() { return &m_transformed_set; }
+  KPT_TRANSFORMATION_SET_IMPL* get_transformation_set() { return &m_transformation_set; }
+
+  /// Adds a register with a given id to the reference set, or for any other
+  /// value of `set` to the transformed set. A register of that key leaves its set.
+  KPT_REGISTER_KEYPOINT_IMPL* add_to_register_set(KPT_SET_ENUM set, long id, std::string_view name);
+  KPT_REGISTER_KEYPOINT_IMPL* add_to_register_set(KPT_SET_ENUM set, long id, std::string_view name,
+                                                  std::string_view entity, std::string_view register_type);
+
+  /// Adds a map: a copy of what is given, or what is given itself.
+  KPT_TRANSFORMATION_IMPL* add_to_transformation_set(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t,
+                                                     const KPT_STATE_TABLE_IMPL& table, KPT_ELIM_ENUM status);
+  KPT_TRANSFORMATION_IMPL* add_to_transformation_set(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t,
+                                                     KPT_STATE_TABLE_IMPL&& table, KPT_ELIM_ENUM status);
+  KPT_TRANSFORMATION_IMPL* add_to_transformation_set(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t,
+                                                     KPT_ELIM_ENUM status);
+  KPT_TRANSFORMATION_IMPL* add_to_transformation_set(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_ELIM_ENUM status);
+
+  /// A client's table in the internal form; an entry counts as set when it reads as anything but 0.
+  KPT_STATE_TABLE_IMPL create_state_table_impl(const KPT_STATE_TABLE& table) const;
+
+  /// The map of a register, or null. Signal registers alone are found: a
+  /// block instance needs more than its name.
+  KPT_TRANSFORMATION_IMPL* get_reference_register_transformation(std::string_view name) const;
+  KPT_TRANSFORMATION_IMPL* get_transformed_register_transformation(std::string_view name) const;
+
+  // What passes report. False when the event was refused; an association, an
+  // elimination and an event on a register without a map are refused silently.
+
+  /// A register kept 1:1. False, changing nothing, when either register exists.
+  bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name);
+  bool associate_registers_signal_to_instance(std::string_view r_name, std::string_view t_name,
+                                              std::string_view t_entity, std::string_view t_register_type);
+  bool associate_registers_instance_to_signal(std::string_view r_name, std::string_view r_entity,
+                                              std::string_view r_register_type, std::string_view t_name);
+  bool associate_registers_instance_to_instance(std::string_view r_name, std::string_view r_entity,
+                                                std::string_view r_register_type, std::string_view t_name,
+                                                std::string_view t_entity, std::string_view t_register_type);
+  /// A state machine re-encoded: the k-th name of each side is bit k of its
+  /// encoding. False, changing nothing, when a name exists in its set.
+  bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
+                                       const KPT_STATE_TABLE& table);
+  /// `t_name` was duplicated into the new register `replica_name`. When the
+  /// map refuses, the replica stays in the transformed set, without a map.
+  bool set_replicated_registers(std::string_view t_name, std::string_view replica_name);
+  /// `merged_name` was folded into `kept_name`.
+  bool set_merged_registers(std::string_view kept_name, std::string_view merged_name);
+  /// An inverter was moved across the register.
+  bool set_inverter_retimed_register(std::string_view t_name);
+  bool set_eliminated_register_stuck_at_zero(std::string_view t_name);
+  bool set_eliminated_register_stuck_at_one(std::string_view t_name);
+  bool set_eliminated_register_no_fanout(std::string_view t_name);
+  /// Without a reason the map refuses: false, and the register stays in the
+  /// transformed set, but is found through the transformed index no more.
+  bool set_eliminated_register(std::string_view t_name);
+  bool set_eliminated_register(std::string_view t_name, KPT_ELIM_ENUM kind);
+
+  /// Appends the next stage: afterwards the maps run from this database's
+  /// reference registers to the transformed registers of `db2`, which is left
+  /// as it was. There is no rollback.
+  bool unite_db(KPT_KEYPOINTS_DB_IMPL& db2);
+  /// Gives this database a pass-through map for every register that `db2` starts from and that it lacks.
+  bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2);
+  /// Deletes the registers of a set that no map lists. The result is that of the last deletion.
+  bool cleanup_reference_keypoint_set();
+  bool cleanup_transformed_keypoint_set();
+
+  /// Writes the database file. False when it cannot be opened or a part
+  /// cannot be written; what the file held before is then lost.
+  bool save(std::string_view file_name);
+  /// Writes the file beside its target and renames it. False, with a debug
+  /// line, when a name could not be read back or anything cannot be written;
+  /// an earlier file of that name is then untouched.
+  bool save_atomically(std::string_view file_name);
+
+  /// Fills this database from a parsed file. False when something follows the transformations.
+  bool load_db(KPT_XML_ELEMENT& root);
+  bool parse_one_keypoint_set(KPT_XML_ELEMENT& set_element);
+  bool parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT& key_point);
+  void parse_one_transformation(KPT_XML_ELEMENT& transformation, KPT_XML_ELEMENT& state_table,
+                                KPT_ID_KEYPOINT_HASH& r_index, KPT_ID_KEYPOINT_HASH& t_index);
+  NI_PAIR parse_one_state(KPT_SET_ENUM side, KPT_XML_ELEMENT& kp_state, KPT_ID_KEYPOINT_HASH& r_index,
+                          KPT_ID_KEYPOINT_HASH& t_index);
+  KPT_KEYPOINT_LIST parse_one_keypoint_list(KPT_SET_ENUM side, KPT_XML_ELEMENT& list_element,
+                                            KPT_ID_KEYPOINT_HASH& r_index, KPT_ID_KEYPOINT_HASH& t_index);
+  KPT_STATE_TABLE_IMPL parse_state_table(KPT_XML_ELEMENT& state_table);
+
+  /// The next id of each side. Loading raises a counter to the highest signal
+  /// id that it reads, not past it: the next register then repeats that id.
+  static long s_r_id;
+  static long s_t_id;
+
+ private:
+  friend class KPT_KEYPOINTS_MANAGER;
+  struct REGISTER_TEXTS;
+
+  KPT_KEYPOINT_SET_IMPL& set_of(KPT_SET_ENUM set) {
+    return set == KPT_REFERENCE_SET ? m_reference_set : m_transformed_set;
+  }
+  KPT_REGISTER_KEYPOINT_IMPL* find(KPT_SET_ENUM set, const REGISTER_TEXTS& texts);
+  KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const REGISTER_TEXTS& texts);
+  bool associate(const REGISTER_TEXTS& r, const REGISTER_TEXTS& t);
+  bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
+  bool create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
+  bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k, KPT_KEYPOINT*& t, bool ok);
+  bool align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);
+  bool cleanup_keypoint_set(KPT_SET_ENUM set);
+
+  KPT_KEYPOINT_SET_IMPL m_reference_set;
+  KPT_KEYPOINT_SET_IMPL m_transformed_set;
+  KPT_TRANSFORMATION_SET_IMPL m_transformation_set;
+  KPT_STRING m_db_name;
+  bool m_recorded = false;  // a manager's registry has an entry for it
+};
+
+#endif

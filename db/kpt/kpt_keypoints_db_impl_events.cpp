@@ -1,0 +1,175 @@
+// What optimisation passes report: the lookups, the new keypoints and the
+// debug line of each event. What becomes of the maps is the transformation
+// set's work.
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_register_texts.h"
+#include "db/kpt/kpt_state_table.h"
+#include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/msg_kpt.h"
+
+namespace {
+
+// A debug line about one or two registers. Names come as views, which need
+// not end in a zero byte.
+void say(const char* format, std::string_view name) { kpt_msg_debug(format, KPT_STRING(name).c_str()); }
+void say(const char* format, std::string_view first, std::string_view second) {
+  kpt_msg_debug(format, KPT_STRING(first).c_str(), KPT_STRING(second).c_str());
+}
+
+}  // namespace
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::find(KPT_SET_ENUM set, const REGISTER_TEXTS& texts) {
+  return texts.is_signal ? set_of(set).get_register(texts.name)
+                         : set_of(set).get_register(texts.name, texts.entity, texts.register_type);
+}
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, const REGISTER_TEXTS& texts) {
+  const long id = set == KPT_REFERENCE_SET ? get_next_r_id() : get_next_t_id();
+  return texts.is_signal ? add_to_register_set(set, id, texts.name)
+                         : add_to_register_set(set, id, texts.name, texts.entity, texts.register_type);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::associate(const REGISTER_TEXTS& r, const REGISTER_TEXTS& t) {
+  if (find(KPT_REFERENCE_SET, r) != nullptr || find(KPT_TRANSFORMED_SET, t) != nullptr) {
+    return false;
+  }
+  KPT_KEYPOINT* reference = create(KPT_REFERENCE_SET, r);
+  KPT_KEYPOINT* transformed = create(KPT_TRANSFORMED_SET, t);
+  return m_transformation_set.add_map(reference, transformed) != nullptr;
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name) {
+  return associate(r_name, t_name);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::associate_registers_signal_to_instance(std::string_view r_name, std::string_view t_name,
+                                                                   std::string_view t_entity,
+                                                                   std::string_view t_register_type) {
+  return associate(r_name, {t_name, t_entity, t_register_type});
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::associate_registers_instance_to_signal(std::string_view r_name, std::string_view r_entity,
+                                                                   std::string_view r_register_type,
+                                                                   std::string_view t_name) {
+  return associate({r_name, r_entity, r_register_type}, t_name);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::associate_registers_instance_to_instance(std::string_view r_name, std::string_view r_entity,
+                                                                     std::string_view r_register_type,
+                                                                     std::string_view t_name, std::string_view t_entity,
+                                                                     std::string_view t_register_type) {
+  return associate({r_name, r_entity, r_register_type}, {t_name, t_entity, t_register_type});
+}
+
+// Both counts are 16 bits wide, as a state table's are: of a longer vector
+// only as many names as the count holds are looked at.
+bool KPT_KEYPOINTS_DB_IMPL::any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names) {
+  const auto count = static_cast<unsigned short>(names.size());
+  for (unsigned short k = 0; k < count; ++k) {
+    if (set_of(set).get_register(names[k]) != nullptr) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The order of the names is that of the state table's columns.
+bool KPT_KEYPOINTS_DB_IMPL::create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names,
+                                           KPT_KEYPOINT_LIST& created) {
+  bool ok = true;
+  const auto count = static_cast<unsigned short>(names.size());
+  created.reserve(count);
+  for (unsigned short k = 0; k < count; ++k) {
+    KPT_KEYPOINT* keypoint = create(set, std::string_view(names[k]));
+    ok = keypoint != nullptr && ok;
+    created.push_back(keypoint);
+  }
+  return ok;
+}
+
+// A name repeated within one vector passes the check: both keypoints are
+// made, and the first is reached through the map alone.
+bool KPT_KEYPOINTS_DB_IMPL::associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names,
+                                                            const KPT_STRING_VECTOR& t_names,
+                                                            const KPT_STATE_TABLE& table) {
+  if (any_signal_exists(KPT_REFERENCE_SET, r_names) || any_signal_exists(KPT_TRANSFORMED_SET, t_names)) {
+    return false;
+  }
+  KPT_KEYPOINT_LIST r;
+  KPT_KEYPOINT_LIST t;
+  bool ok = create_signals(KPT_REFERENCE_SET, r_names, r);
+  ok = create_signals(KPT_TRANSFORMED_SET, t_names, t) && ok;
+  return m_transformation_set.add_map(r, t, create_state_table_impl(table)) != nullptr && ok;
+}
+
+// A replica that the map refuses stays in the transformed set: the register
+// exists in the netlist, whatever is known of its origin.
+bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, std::string_view replica_name) {
+  KPT_REGISTER_KEYPOINT_IMPL* existing = m_transformed_set.get_register(t_name);
+  if (existing == nullptr) {
+    say("%s does not exist in T", t_name);
+    return false;
+  }
+  if (m_transformed_set.get_register(replica_name) != nullptr) {
+    say("%s already exists in T", replica_name);
+    return false;
+  }
+  KPT_REGISTER_KEYPOINT_IMPL* replica = create(KPT_TRANSFORMED_SET, replica_name);
+  KPT_TRANSFORMATION_IMPL* map = m_transformation_set.get_map_of_t_keypoint(existing);
+  if (map == nullptr || !map->add_replicated_register(existing, replica)) {
+    return false;
+  }
+  m_transformation_set.record_replicated_keypoint_map(replica, map);
+  say("Replicated register: %s is a replicate of %s", replica_name, t_name);
+  return true;
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::set_merged_registers(std::string_view kept_name, std::string_view merged_name) {
+  KPT_REGISTER_KEYPOINT_IMPL* kept = m_transformed_set.get_register(kept_name);
+  KPT_REGISTER_KEYPOINT_IMPL* merged = m_transformed_set.get_register(merged_name);
+  if (kept == nullptr || merged == nullptr) {
+    say("Error: Can't find %s in T set", kept == nullptr ? kept_name : merged_name);
+    return false;
+  }
+  const bool recorded =
+      m_transformation_set.merge_keypoints(kept, merged) && m_transformed_set.delete_register(merged_name);
+  say("Merged registers: %s <- %s", kept_name, merged_name);  // whatever the result
+  return recorded;
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::set_inverter_retimed_register(std::string_view t_name) {
+  KPT_REGISTER_KEYPOINT_IMPL* retimed = m_transformed_set.get_register(t_name);
+  if (retimed == nullptr) {
+    say("Error: Can't find %s in T set", t_name);
+    return false;
+  }
+  say("Inverter retimed register %s", t_name);
+  return m_transformation_set.set_inverter_retimed_register(retimed);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register_stuck_at_zero(std::string_view t_name) {
+  say("Eliminated register stuck_at_zero %s", t_name);
+  return set_eliminated_register(t_name, KPT_STUCK_AT_ZERO);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register_stuck_at_one(std::string_view t_name) {
+  say("Eliminated register stuck_at_one %s", t_name);
+  return set_eliminated_register(t_name, KPT_STUCK_AT_ONE);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register_no_fanout(std::string_view t_name) {
+  say("Eliminated register no_fanout %s", t_name);
+  return set_eliminated_register(t_name, KPT_NO_FANOUT);
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name) {
+  say("Eliminated register %s", t_name);
+  return set_eliminated_register(t_name, KPT_ELIMINATED);
+}
+
+// The register leaves the transformed set; its map tells what became of it.
+bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name, KPT_ELIM_ENUM kind) {
+  KPT_REGISTER_KEYPOINT_IMPL* eliminated = m_transformed_set.get_register(t_name);
+  return eliminated != nullptr && m_transformation_set.set_eliminated_map(eliminated, kind) &&
+         m_transformed_set.delete_register(t_name);
+}

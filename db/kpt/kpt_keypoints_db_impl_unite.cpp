@@ -1,0 +1,91 @@
+// The union of two databases: what it does to the keypoint sets, round the
+// union of the maps.
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_ticks.h"
+#include "db/kpt/msg_kpt.h"
+
+// The second database is read only: its maps are translated onto the
+// keypoints of this one, and the translation is what the union consumes.
+bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2) {
+  kpt_msg_debug("TIME: Start unite at : %s", gen_get_current_time().c_str());
+  const unsigned long start = gen_get_tick_count();
+  make_complete_db(db2);
+  KPT_TRANSFORMATION_SET_IMPL second(KPT_INDEX_APART);
+  const bool ok = m_transformed_set.make_union(db2.m_transformed_set, s_t_id) &&
+                  second.translate_map_set(db2.m_transformation_set, m_transformed_set) &&
+                  m_transformation_set.unite(second) && cleanup_reference_keypoint_set() &&
+                  cleanup_transformed_keypoint_set();
+  kpt_msg_debug("TIME: Unite time: %s", kpt_ticks_since(start).c_str());
+  kpt_msg_debug("TIME: End unite at : %s", gen_get_current_time().c_str());
+  return ok;
+}
+
+// `t` is the last register that had to be added, and is not forgotten between
+// the steps: a register that this database has already is aligned against the
+// pass-through before it. Stages recorded with such neighbours rely on the
+// polarity that comes of it.
+bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
+  bool ok = true;
+  KPT_KEYPOINT* t = nullptr;
+  db2.m_reference_set.for_each_keypoint([&](KPT_REGISTER_KEYPOINT_IMPL* k) {
+    ok = add_pass_through(*k, t, ok);
+    if (t != nullptr && ok) {
+      ok = align_pass_through(t, db2, k);
+    }
+    return true;
+  });
+  return ok;
+}
+
+// Answers for the register that it adds, and `ok` for one that is there: a
+// later success hides an earlier failure.
+bool KPT_KEYPOINTS_DB_IMPL::add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k, KPT_KEYPOINT*& t, bool ok) {
+  const KPT_STRING& n = k.get_element_name();
+  if (k.register_is_signal()) {
+    if (m_transformed_set.get_register(n) == nullptr) {
+      ok = associate_registers_signal_to_signal(n, n);
+      t = m_transformed_set.get_register(n);
+    }
+    return ok;
+  }
+  const KPT_STRING& entity = k.get_entity_name();
+  const KPT_STRING& type = k.get_register_type();
+  if (m_transformed_set.get_register(n, entity, type) == nullptr) {
+    ok = associate_registers_instance_to_instance(n, entity, type, n, entity, type);
+    t = m_transformed_set.get_register(n, entity, type);
+  }
+  return ok;
+}
+
+// A keypoint at an index above 0 counts as not in the non-inverting group.
+bool KPT_KEYPOINTS_DB_IMPL::align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k) {
+  KPT_TRANSFORMATION_IMPL* map1 = m_transformation_set.get_map_of_t_keypoint(t);
+  KPT_TRANSFORMATION_IMPL* map2 = db2.m_transformation_set.get_map_of_r_keypoint(k);
+  if (map1 == nullptr || map2 == nullptr ||
+      map1->keypoint_is_in_t_n_group_of_map(t, 0) == map2->keypoint_is_in_r_n_group_of_map(k, 0)) {
+    return true;
+  }
+  return map1->interchange_registers_in_t_n_i_groups_of_map() && map1->interchange_registers_in_r_n_i_groups_of_map();
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::cleanup_reference_keypoint_set() { return cleanup_keypoint_set(KPT_REFERENCE_SET); }
+
+bool KPT_KEYPOINTS_DB_IMPL::cleanup_transformed_keypoint_set() { return cleanup_keypoint_set(KPT_TRANSFORMED_SET); }
+
+// Each deletion overwrites the result: it tells whether the set ended as
+// expected, not whether every step went well.
+bool KPT_KEYPOINTS_DB_IMPL::cleanup_keypoint_set(KPT_SET_ENUM set) {
+  KPT_KEYPOINT_SET_IMPL& keypoints = set_of(set);
+  bool ok = true;
+  keypoints.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
+    const KPT_TRANSFORMATION_IMPL* map = set == KPT_REFERENCE_SET ? m_transformation_set.get_map_of_r_keypoint(k)
+                                                                  : m_transformation_set.get_map_of_t_keypoint(k);
+    if (map == nullptr) {
+      ok = k->register_is_signal()
+               ? keypoints.delete_register(k->get_element_name())
+               : keypoints.delete_register(k->get_element_name(), k->get_entity_name(), k->get_register_type());
+    }
+    return true;
+  });
+  return ok;
+}

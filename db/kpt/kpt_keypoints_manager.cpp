@@ -1,0 +1,94 @@
+#include "db/kpt/kpt_keypoints_manager.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_xml_reader.h"
+#include "db/kpt/msg_kpt.h"
+
+KPT_KEYPOINTS_MANAGER* KPT_KEYPOINTS_MANAGER::get_instance() {
+  static KPT_KEYPOINTS_MANAGER s_instance;
+  return &s_instance;
+}
+
+KPT_KEYPOINTS_MANAGER::KPT_KEYPOINTS_MANAGER() = default;
+
+KPT_KEYPOINTS_MANAGER::~KPT_KEYPOINTS_MANAGER() {
+  for (KPT_KEYPOINTS_DB& db : m_databases) {
+    db.delete_keypoints_db();
+  }
+}
+
+void KPT_KEYPOINTS_MANAGER::forget(const KPT_KEYPOINTS_DB_IMPL* db) {
+  for (KPT_KEYPOINTS_DB& entry : get_instance()->m_databases) {
+    if (entry.m_impl == db) {
+      entry.m_impl = nullptr;
+    }
+  }
+}
+
+KPT_KEYPOINTS_MANAGER::DATABASES::iterator KPT_KEYPOINTS_MANAGER::find(std::string_view name) {
+  return std::find_if(m_databases.begin(), m_databases.end(),
+                      [&](const KPT_KEYPOINTS_DB& db) { return !db.is_null() && db.get_name() == name; });
+}
+
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::create_keypoints_db(std::string_view name) {
+  record_new_db(create_keypoints_db_impl(name));
+  return get_keypoints_db(name);
+}
+
+KPT_KEYPOINTS_DB_IMPL* KPT_KEYPOINTS_MANAGER::create_keypoints_db_impl(std::string_view name) {
+  return new KPT_KEYPOINTS_DB_IMPL(name);
+}
+
+bool KPT_KEYPOINTS_MANAGER::record_new_db(KPT_KEYPOINTS_DB_IMPL* db) {
+  if (db == nullptr) {
+    return false;
+  }
+  m_databases.emplace_back(db);
+  db->m_recorded = true;
+  return true;
+}
+
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::get_keypoints_db(std::string_view name) {
+  const auto found = find(name);
+  return found == m_databases.end() ? nullptr : &*found;
+}
+
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
+  KPT_XML_READER reader;
+  const KPT_STRING name = reader.get_db_name(file_name);
+  if (name.empty()) {
+    return nullptr;
+  }
+  if (get_keypoints_db(name) != nullptr) {
+    kpt_msg_debug("DB called %s already exists\n", name.c_str());
+    return nullptr;
+  }
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db(create_keypoints_db_impl(name));
+  if (!reader.load_kpt_xml(file_name, db.get())) {
+    return nullptr;
+  }
+  record_new_db(db.release());
+  return get_keypoints_db(name);
+}
+
+bool KPT_KEYPOINTS_MANAGER::save_db(std::string_view name, std::string_view file_name) {
+  const KPT_KEYPOINTS_DB* db = get_keypoints_db(name);
+  if (db == nullptr) {
+    kpt_msg_debug("database named %s doesn't exist", KPT_STRING(name).c_str());
+    return false;
+  }
+  return db->save(file_name);
+}
+
+bool KPT_KEYPOINTS_MANAGER::destroy_keypoints_db(std::string_view name) {
+  const auto found = find(name);
+  if (found == m_databases.end()) {
+    return false;
+  }
+  found->delete_keypoints_db();
+  m_databases.erase(found);
+  return true;
+}

@@ -1,0 +1,89 @@
+// Zero-filled places for many objects of one class, in blocks.
+//
+// Ownership: the pool owns the memory, its user owns the objects and destroys
+// each of them before the pool goes. A place keeps its address for the life of
+// the pool, so a pointer to a destroyed object still reads zeros or a later
+// object of the class, never foreign memory.
+#ifndef KPT_POOL_H
+#define KPT_POOL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "h/mem_alloc_sys.h"
+
+template <class T>
+class KPT_POOL {
+ public:
+  KPT_POOL() = default;
+  KPT_POOL(const KPT_POOL&) = delete;
+  KPT_POOL& operator=(const KPT_POOL&) = delete;
+  ~KPT_POOL() {
+    for (PLACE* block : m_blocks) {
+      std::free(block);
+    }
+  }
+
+  /// Builds an object in the place that was given back last, else in the next
+  /// of all. The place counts as taken only once the object stands.
+  template <class... A>
+  T* construct(A&&... arguments) {
+    if (m_free == nullptr && m_count == m_blocks.size() * BLOCK) {
+      add_block();
+    }
+    PLACE* place = m_free != nullptr ? m_free : place_at(m_count);
+    PLACE* next = nullptr;
+    std::memcpy(&next, place, sizeof next);
+    T* object = std::construct_at(reinterpret_cast<T*>(place), std::forward<A>(arguments)...);
+    m_count += m_free == nullptr ? 1U : 0U;
+    m_free = next;
+    return object;
+  }
+
+  /// Destroys the object and gives its place, zero-filled, to a later one.
+  void destroy(T* object) noexcept {
+    std::destroy_at(object);
+    auto* place = reinterpret_cast<PLACE*>(object);
+    std::memset(static_cast<void*>(place), 0, sizeof(PLACE));
+    std::memcpy(static_cast<void*>(place), &m_free, sizeof m_free);
+    m_free = place;
+  }
+
+  /// How many places were ever taken.
+  std::uint32_t count() const noexcept { return m_count; }
+  /// The object at the k-th place (from 0). Where none was ever destroyed,
+  /// this is the order of creation.
+  T* at(std::uint32_t k) const noexcept { return std::launder(reinterpret_cast<T*>(place_at(k))); }
+
+ private:
+  static constexpr std::uint32_t BLOCK = 256;
+  struct alignas(T) PLACE {
+    std::byte bytes[sizeof(T)];
+  };
+  static_assert(sizeof(PLACE) >= sizeof(void*));
+
+  PLACE* place_at(std::uint32_t k) const noexcept { return m_blocks[k / BLOCK] + k % BLOCK; }
+
+  void add_block() {
+    if (m_blocks.size() == m_blocks.capacity()) {
+      m_blocks.reserve(2 * m_blocks.size() + 1);
+    }
+    auto* block = static_cast<PLACE*>(std::calloc(BLOCK, sizeof(PLACE)));
+    if (block == nullptr) {
+      throw std::bad_alloc();
+    }
+    m_blocks.push_back(block);
+  }
+
+  std::vector<PLACE*, MEM_STL_ALLOCATOR<PLACE*>> m_blocks;
+  PLACE* m_free = nullptr;  // each free place begins with the address of the next
+  std::uint32_t m_count = 0;
+};
+
+#endif

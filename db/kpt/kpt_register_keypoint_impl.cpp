@@ -1,0 +1,150 @@
+#include "db/kpt/kpt_register_keypoint_impl.h"
+
+#include "db/kpt/kpt_attributes.h"
+#include "db/kpt/kpt_xml_writer.h"
+#include "h/gen_sys.h"
+
+static_assert(sizeof(KPT_REGISTER_KEYPOINT_IMPL) <= 72);
+
+struct KPT_REGISTER_KEYPOINT_IMPL::EXTRAS : KPT_ZEROED {
+  struct KEY : KPT_ZEROED {
+    KPT_STRING name;
+    KPT_STRING register_type;
+  };
+  KPT_STRING entity;
+  KPT_STRING register_type;
+  KPT_ATTRIBUTES attributes;
+  std::unique_ptr<KEY> key;  // set once the keypoint is no longer called as its set knows it
+};
+
+namespace {
+
+// What a signal answers for its entity and register type.
+const KPT_STRING& no_text() {
+  static const KPT_STRING empty;
+  return empty;
+}
+
+}  // namespace
+
+KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(long id, std::string_view name)
+    : KPT_KEYPOINT(KPT_REGISTER_TYPE, id, name), m_register_kind(SIGNAL) {}
+
+KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(long id, std::string_view name, std::string_view entity,
+                                                       std::string_view register_type)
+    : KPT_KEYPOINT(KPT_REGISTER_TYPE, id, name), m_register_kind(BLOCK_INSTANCE) {
+  extras().entity = entity;
+  extras().register_type = register_type;
+}
+
+KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(const KPT_REGISTER_KEYPOINT_IMPL& other)
+    : KPT_KEYPOINT(other), m_register_kind(other.register_is_signal() ? SIGNAL : BLOCK_INSTANCE) {
+  if (register_is_blockinstance()) {
+    extras().entity = other.get_entity_name();
+    extras().register_type = other.get_register_type();
+  }
+}
+
+KPT_REGISTER_KEYPOINT_IMPL::~KPT_REGISTER_KEYPOINT_IMPL() = default;
+
+KPT_REGISTER_KEYPOINT_IMPL::EXTRAS& KPT_REGISTER_KEYPOINT_IMPL::extras() {
+  if (m_extras == nullptr) {
+    m_extras = std::make_unique<EXTRAS>();
+  }
+  return *m_extras;
+}
+
+bool KPT_REGISTER_KEYPOINT_IMPL::is_register() const { return true; }
+
+void KPT_REGISTER_KEYPOINT_IMPL::set_element_name(std::string_view name) {
+  keep_key();
+  KPT_KEYPOINT::set_element_name(name);
+}
+
+const KPT_STRING& KPT_REGISTER_KEYPOINT_IMPL::get_entity_name() const {
+  return m_extras == nullptr ? no_text() : m_extras->entity;
+}
+
+const KPT_STRING& KPT_REGISTER_KEYPOINT_IMPL::get_register_type() const {
+  return m_extras == nullptr ? no_text() : m_extras->register_type;
+}
+
+bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_signal(std::string_view name) {
+  if (!register_is_signal() && !register_is_blockinstance()) {
+    return false;
+  }
+  set_element_name(name);
+  if (register_is_blockinstance()) {
+    m_register_kind = SIGNAL;
+    extras().entity.clear();
+    extras().register_type.clear();
+  }
+  return true;
+}
+
+// The texts are set before the kind is looked at: a caller that gets false
+// relies on reading back what it asked for.
+bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_instance(std::string_view name, std::string_view entity,
+                                                          std::string_view register_type) {
+  set_element_name(name);
+  extras().entity = entity;
+  extras().register_type = register_type;
+  if (register_is_signal()) {
+    m_register_kind = BLOCK_INSTANCE;
+    return true;
+  }
+  return register_is_blockinstance();
+}
+
+bool KPT_REGISTER_KEYPOINT_IMPL::add_attribute(std::string_view name, std::string_view value) {
+  return extras().attributes.add(name, value);
+}
+
+bool KPT_REGISTER_KEYPOINT_IMPL::remove_attribute(std::string_view name) {
+  return m_extras != nullptr && m_extras->attributes.remove(name);
+}
+
+KPT_STRING KPT_REGISTER_KEYPOINT_IMPL::get_attribute(std::string_view name) const {
+  return m_extras == nullptr ? KPT_STRING() : m_extras->attributes.get(name);
+}
+
+bool KPT_REGISTER_KEYPOINT_IMPL::operator!=(const KPT_REGISTER_KEYPOINT_IMPL& other) const {
+  return KPT_KEYPOINT::operator!=(other) || get_entity_name() != other.get_entity_name() ||
+         get_register_type() != other.get_register_type();
+}
+
+bool KPT_REGISTER_KEYPOINT_IMPL::save_register(KPT_XML_WRITER& writer) const {
+  const KPT_STRING id = gen_itoa(static_cast<int>(m_kpid), 10);
+  if (register_is_signal()) {
+    return writer.write_keypoint_xml(id, "register", get_element_name());
+  }
+  return writer.write_keypoint_xml(id, "register", get_element_name(), get_entity_name(), get_register_type());
+}
+
+// A set finds a keypoint under the texts it was added with. They are kept
+// here when the keypoint is first renamed, so that a keypoint that keeps its
+// name, as nearly every one does, pays nothing for it.
+void KPT_REGISTER_KEYPOINT_IMPL::keep_key() {
+  if (m_place == OUTSIDE || (m_extras != nullptr && m_extras->key != nullptr)) {
+    return;
+  }
+  auto key = std::make_unique<EXTRAS::KEY>();
+  key->name = m_element_name;
+  key->register_type = get_register_type();
+  extras().key = std::move(key);
+}
+
+std::string_view KPT_REGISTER_KEYPOINT_IMPL::key_name() const {
+  return m_extras == nullptr || m_extras->key == nullptr ? m_element_name : m_extras->key->name;
+}
+
+std::string_view KPT_REGISTER_KEYPOINT_IMPL::key_register_type() const {
+  return m_extras == nullptr || m_extras->key == nullptr ? get_register_type() : m_extras->key->register_type;
+}
+
+void KPT_REGISTER_KEYPOINT_IMPL::retire() noexcept {
+  m_place = RETIRED;
+  if (m_extras != nullptr) {
+    m_extras->attributes.clear();
+  }
+}

@@ -1,0 +1,91 @@
+// The maps of a transformation set, in order of creation.
+//
+// Ownership: none; the set owns the maps. Iterators stay good while maps are
+// added or deleted: a deleted map is passed over.
+//
+// A map's position (from 1) is given out once and never again, so an index
+// that names a position leads to that map or, once it is deleted, to none.
+#ifndef KPT_TRANSFORMATION_LIST_H
+#define KPT_TRANSFORMATION_LIST_H
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <vector>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_TRANSFORMATION_LIST {
+ public:
+  class ITERATOR {
+   public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = KPT_TRANSFORMATION_IMPL*;
+    using difference_type = std::ptrdiff_t;
+    using pointer = KPT_TRANSFORMATION_IMPL* const*;
+    using reference = KPT_TRANSFORMATION_IMPL*;
+
+    ITERATOR() = default;
+    ITERATOR(const KPT_TRANSFORMATION_LIST* list, std::size_t cell) : m_list(list), m_cell(cell) { skip(); }
+    KPT_TRANSFORMATION_IMPL* operator*() const { return m_list->m_cells[m_cell]; }
+    ITERATOR& operator++() {
+      ++m_cell;
+      skip();
+      return *this;
+    }
+    ITERATOR operator++(int) {
+      ITERATOR before = *this;
+      ++*this;
+      return before;
+    }
+    // Two iterators that have run off the end are equal, wherever the end was.
+    friend bool operator==(const ITERATOR& a, const ITERATOR& b) {
+      return a.m_cell == b.m_cell || (a.done() && b.done());
+    }
+
+   private:
+    bool done() const { return m_list == nullptr || m_cell >= m_list->m_cells.size(); }
+    void skip() {
+      while (!done() && m_list->m_cells[m_cell] == nullptr) {
+        ++m_cell;
+      }
+    }
+    const KPT_TRANSFORMATION_LIST* m_list = nullptr;
+    std::size_t m_cell = 0;
+  };
+  using value_type = KPT_TRANSFORMATION_IMPL*;
+  using iterator = ITERATOR;
+  using const_iterator = ITERATOR;
+
+  KPT_TRANSFORMATION_LIST() = default;
+  KPT_TRANSFORMATION_LIST(const KPT_TRANSFORMATION_LIST&) = delete;
+  KPT_TRANSFORMATION_LIST& operator=(const KPT_TRANSFORMATION_LIST&) = delete;
+
+  ITERATOR begin() const { return {this, 0}; }
+  ITERATOR end() const { return {this, m_cells.size()}; }
+  std::size_t size() const { return m_size; }
+  bool empty() const { return m_size == 0; }
+  /// Null when the list is empty.
+  KPT_TRANSFORMATION_IMPL* front() const { return empty() ? nullptr : *begin(); }
+  KPT_TRANSFORMATION_IMPL* back() const;
+
+  /// The map at a position (from 1), or null when it was deleted or never was.
+  KPT_TRANSFORMATION_IMPL* at(std::uint32_t position) const {
+    return position - 1U < m_cells.size() ? m_cells[position - 1U] : nullptr;
+  }
+
+  /// The position of a map in the list that holds it; 0 when none does.
+  static std::uint32_t position_of(const KPT_TRANSFORMATION_IMPL& map);
+
+ private:
+  friend class KPT_TRANSFORMATION_SET_IMPL;
+  // Makes room for one more, so that the next append cannot fail.
+  void make_room(std::size_t more = 1);
+  void append(KPT_TRANSFORMATION_IMPL* map);
+  bool contains(const KPT_TRANSFORMATION_IMPL* map) const;
+  void remove(const KPT_TRANSFORMATION_IMPL* map);
+  std::vector<KPT_TRANSFORMATION_IMPL*, MEM_STL_ALLOCATOR<KPT_TRANSFORMATION_IMPL*>> m_cells;
+  std::size_t m_size = 0;
+};
+
+#endif

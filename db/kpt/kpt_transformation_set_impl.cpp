@@ -1,0 +1,156 @@
+#include "db/kpt/kpt_transformation_set_impl.h"
+
+#include <utility>
+
+#include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/kpt_xml_writer.h"
+
+KPT_TRANSFORMATION_SET_IMPL::KPT_TRANSFORMATION_SET_IMPL() : KPT_TRANSFORMATION_SET_IMPL(KPT_INDEX_IN_KEYPOINTS) {}
+
+KPT_TRANSFORMATION_SET_IMPL::KPT_TRANSFORMATION_SET_IMPL(KPT_INDEX_KIND kind) : m_r_index(kind), m_t_index(kind) {}
+
+KPT_TRANSFORMATION_SET_IMPL::~KPT_TRANSFORMATION_SET_IMPL() {
+  for (KPT_TRANSFORMATION_IMPL* map : m_maps) {
+    std::destroy_at(map);
+  }
+}
+
+// Room in the list first: once the map stands, appending it cannot fail.
+template <class... A>
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::create_map(A&&... arguments) {
+  m_maps.make_room();
+  KPT_TRANSFORMATION_IMPL* map = m_pool.construct(std::forward<A>(arguments)...);
+  m_maps.append(map);
+  return map;
+}
+
+// Enters everything that the map lists.
+void KPT_TRANSFORMATION_SET_IMPL::reenter(KPT_TRANSFORMATION_IMPL* map) {
+  make_keypoint_mapping_hash_entries(KPT_REFERENCE_SET, map->r_vec(), map);
+  make_keypoint_mapping_hash_entries(KPT_TRANSFORMED_SET, map->t_vec(), map);
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::entered(KPT_TRANSFORMATION_IMPL* map) {
+  reenter(map);
+  return map;
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(KPT_KEYPOINT* r, KPT_KEYPOINT* t) {
+  return entered(create_map(r, t));
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const KPT_KEYPOINT_LIST& r, const KPT_KEYPOINT_LIST& t,
+                                                              const KPT_STATE_TABLE_IMPL& st) {
+  return entered(create_map(r, t, st));
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t,
+                                                              const KPT_STATE_TABLE_IMPL& st, KPT_ELIM_ENUM elim) {
+  return entered(create_map(r, t, st, elim));
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t,
+                                                              KPT_STATE_TABLE_IMPL&& st, KPT_ELIM_ENUM elim) {
+  return entered(create_map(std::move(r), std::move(t), std::move(st), elim));
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t,
+                                                              KPT_ELIM_ENUM elim) {
+  return entered(create_map(r, t, elim));
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t,
+                                                              KPT_ELIM_ENUM elim) {
+  return entered(create_map(std::move(r), std::move(t), elim));
+}
+
+// The walk is that of the map's own register lists, so an empty pair of the
+// source is reported on the debug channel here as it is to a client.
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const KPT_TRANSFORMATION_IMPL& m) {
+  KPT_TRANSFORMATION_IMPL* map = create_map(m);
+  const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(*map);
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    KPT_MAP_INDEX& entries = index(side);
+    for_each_register(m, side, [&](KPT_KEYPOINT* k) { entries.set(k, position); });
+  }
+  return map;
+}
+
+bool KPT_TRANSFORMATION_SET_IMPL::make_keypoint_mapping_hash_entries(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v,
+                                                                     KPT_TRANSFORMATION_IMPL* m) {
+  if (m_maps.contains(m)) {
+    KPT_MAP_INDEX& entries = index(side);
+    const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(*m);
+    KPT_TRANSFORMATION_IMPL::for_each_keypoint(v, [&](KPT_KEYPOINT* k) { entries.set(k, position); });
+  }
+  return true;
+}
+
+// By key alone: an entry goes also when it points to a newer map, whose
+// keypoint is then found no more. Merging and uniting rely on it: they enter
+// the surviving map anew afterwards.
+void KPT_TRANSFORMATION_SET_IMPL::erase_entries(KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map) {
+  KPT_MAP_INDEX& entries = index(side);
+  for_each_register(map, side, [&](KPT_KEYPOINT* k) { entries.erase(k); });
+}
+
+bool KPT_TRANSFORMATION_SET_IMPL::delete_map(KPT_TRANSFORMATION_IMPL* m) {
+  if (!m_maps.contains(m)) {
+    return false;
+  }
+  erase_entries(KPT_REFERENCE_SET, *m);
+  erase_entries(KPT_TRANSFORMED_SET, *m);
+  m_maps.remove(m);
+  m_pool.destroy(m);
+  return true;
+}
+
+bool KPT_TRANSFORMATION_SET_IMPL::record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m) {
+  if (m_maps.contains(m)) {
+    m_t_index.set(replica, KPT_TRANSFORMATION_LIST::position_of(*m));
+  }
+  return true;
+}
+
+// The walk does not stop at a match: the newest of several matching maps is the one in force.
+KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::find_eq_transformation_in_set(
+    const KPT_TRANSFORMATION_IMPL& m) const {
+  KPT_TRANSFORMATION_IMPL* found = nullptr;
+  for (KPT_TRANSFORMATION_IMPL* map : m_maps) {
+    if (map->t_equals_r(m)) {
+      found = map;
+    }
+  }
+  return found;
+}
+
+bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source,
+                                                    KPT_KEYPOINT_SET_IMPL& keypoints) {
+  const std::size_t more = source.m_maps.size();
+  m_maps.make_room(more);
+  m_r_index.reserve(m_r_index.size() + more);
+  m_t_index.reserve(m_t_index.size() + more);
+  for (const KPT_TRANSFORMATION_IMPL* map : source.m_maps) {
+    NI_PAIR_VECTOR r = map->translate_reference_vector(keypoints);
+    NI_PAIR_VECTOR t = map->translate_transformed_vector(keypoints);
+    if (map->map_has_fsm_transformation()) {
+      add_map(std::move(r), std::move(t), map->get_register_state_table(), map->get_elim_status());
+    } else {
+      add_map(std::move(r), std::move(t), map->get_elim_status());
+    }
+  }
+  return true;  // add_map answers no null: out of memory, it throws
+}
+
+bool KPT_TRANSFORMATION_SET_IMPL::save_transformation_set(KPT_XML_WRITER& writer) const {
+  bool ok = true;
+  writer.space();
+  writer.start_tag("transformations_set");
+  writer.new_line();
+  for (const KPT_TRANSFORMATION_IMPL* map : m_maps) {
+    ok = map->save_transformation(writer);
+  }
+  writer.space();
+  writer.end_tag("transformations_set");
+  return ok;
+}

@@ -1,0 +1,133 @@
+// All maps of one database, and the two indexes from a keypoint to its map.
+//
+// Ownership: the set owns its maps, never the keypoints. A map lives from the
+// `add_map` that made it until `delete_map` or the set's end; pointers and
+// handles to it are good that long.
+//
+// The indexes are last writer wins: entering a keypoint never looks for an
+// earlier entry, so a keypoint leads to the newest map that was made for it
+// while older maps may still list it. Passes rely on it when they record a
+// register anew. Null keypoints are entered nowhere. An entry never leads to
+// a deleted map: looked up, it is absent.
+//
+// Cost: finding a map from a keypoint, adding a map and deleting one are
+// constant time on average, whatever the number of maps.
+#ifndef KPT_TRANSFORMATION_SET_IMPL_H
+#define KPT_TRANSFORMATION_SET_IMPL_H
+
+#include "db/kpt/kpt_map_index.h"
+#include "db/kpt/kpt_pool.h"
+#include "db/kpt/kpt_transformation_impl.h"
+#include "db/kpt/kpt_transformation_list.h"
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL {
+ public:
+  KPT_TRANSFORMATION_SET_IMPL();
+  /// A set that lives beside another over the same keypoints, for a while.
+  explicit KPT_TRANSFORMATION_SET_IMPL(KPT_INDEX_KIND kind);
+  ~KPT_TRANSFORMATION_SET_IMPL();
+  KPT_TRANSFORMATION_SET_IMPL(const KPT_TRANSFORMATION_SET_IMPL&) = delete;
+  KPT_TRANSFORMATION_SET_IMPL& operator=(const KPT_TRANSFORMATION_SET_IMPL&) = delete;
+
+  /// The set's own list, in order of creation.
+  const KPT_TRANSFORMATION_LIST& get_list_of_register_transformations() const { return m_maps; }
+
+  /// A 1:1 map.
+  KPT_TRANSFORMATION_IMPL* add_map(KPT_KEYPOINT* r, KPT_KEYPOINT* t);
+  /// A state-machine map: one index per keypoint, copies of lists and table.
+  KPT_TRANSFORMATION_IMPL* add_map(const KPT_KEYPOINT_LIST& r, const KPT_KEYPOINT_LIST& t,
+                                   const KPT_STATE_TABLE_IMPL& st);
+  /// The general forms, with and without a state machine. The second of each
+  /// pair takes what it is given over instead of copying it.
+  KPT_TRANSFORMATION_IMPL* add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t, const KPT_STATE_TABLE_IMPL& st,
+                                   KPT_ELIM_ENUM elim);
+  KPT_TRANSFORMATION_IMPL* add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_STATE_TABLE_IMPL&& st,
+                                   KPT_ELIM_ENUM elim);
+  KPT_TRANSFORMATION_IMPL* add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t, KPT_ELIM_ENUM elim);
+  KPT_TRANSFORMATION_IMPL* add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_ELIM_ENUM elim);
+  /// A copy of any map. What the source lists is entered for the copy; walking
+  /// an empty pair of it issues that side's "Info" line twice.
+  KPT_TRANSFORMATION_IMPL* add_map(const KPT_TRANSFORMATION_IMPL& m);
+
+  /// Points the entry of every keypoint in `v` to `m`: in the transformed index
+  /// for the transformed side, in the reference index for any other value.
+  /// Always true. `m` must be a map of this set; otherwise nothing is entered.
+  bool make_keypoint_mapping_hash_entries(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v, KPT_TRANSFORMATION_IMPL* m);
+
+  /// Deletes the map and the entries of all keypoints that it lists. False,
+  /// changing nothing, when it is not of this set.
+  bool delete_map(KPT_TRANSFORMATION_IMPL* m);
+
+  /// Null when the keypoint is null, was never entered, or its map is gone.
+  KPT_TRANSFORMATION_IMPL* get_map_of_r_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_r_index.find(k)); }
+  KPT_TRANSFORMATION_IMPL* get_map_of_t_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_t_index.find(k)); }
+
+  /// Points the transformed entry of `replica` to `m`. The map is not touched. Always true.
+  bool record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m);
+
+  /// The last map whose transformed side names the registers of `m`'s reference side, or null.
+  KPT_TRANSFORMATION_IMPL* find_eq_transformation_in_set(const KPT_TRANSFORMATION_IMPL& m) const;
+
+  /// Records that `merged` was folded into `orig`; see the source for the
+  /// refusals and their lines. False when either has no map.
+  bool merge_keypoints(KPT_REGISTER_KEYPOINT_IMPL* orig, KPT_REGISTER_KEYPOINT_IMPL* merged);
+  /// Takes `k` out of one group of the map's transformed side and out of the
+  /// transformed index. False when it was not in the group, or had no entry.
+  bool delete_merged_keypoint(KPT_TRANSFORMATION_IMPL* map, KPT_KEYPOINT* k, unsigned long index, bool in_n_group);
+  /// False when `k` has no map.
+  bool set_inverter_retimed_register(KPT_REGISTER_KEYPOINT_IMPL* k);
+  /// Records the elimination in the map and drops the transformed entry of `k`,
+  /// also when the map refuses. False when `k` has no map or the map refuses.
+  bool set_eliminated_map(KPT_REGISTER_KEYPOINT_IMPL* k, KPT_ELIM_ENUM status);
+
+  /// Rewrites this set so that its maps run on to the transformed registers of
+  /// `db2`, whose maps speak of the same keypoint objects. `db2` is consumed.
+  bool unite(KPT_TRANSFORMATION_SET_IMPL& db2);
+  /// Appends a copy of every map of `source`, each keypoint replaced by its
+  /// namesake in `keypoints`; one without a namesake is dropped.
+  bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, KPT_KEYPOINT_SET_IMPL& keypoints);
+
+  /// Writes the "transformations_set" element. The result is that of the last map.
+  bool save_transformation_set(KPT_XML_WRITER& writer) const;
+
+  /// The number of entries of an index, dead ones included.
+  std::size_t index_size(KPT_SET_ENUM side) const { return index(side).size(); }
+
+ private:
+  KPT_MAP_INDEX& index(KPT_SET_ENUM side) { return side == KPT_TRANSFORMED_SET ? m_t_index : m_r_index; }
+  const KPT_MAP_INDEX& index(KPT_SET_ENUM side) const { return side == KPT_TRANSFORMED_SET ? m_t_index : m_r_index; }
+  KPT_TRANSFORMATION_IMPL* map_of(KPT_SET_ENUM side, const KPT_KEYPOINT* k) const {
+    return m_maps.at(index(side).find(k));
+  }
+
+  // Every register of one side, index by index, as the map's own register
+  // lists have them and with the lines that these issue; no list is made.
+  template <class F>
+  static void for_each_register(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, F f) {
+    const unsigned short end =
+        side == KPT_TRANSFORMED_SET ? map.get_num_transformed_registers() : map.get_num_reference_registers();
+    for (unsigned short i = 0; i < end; ++i) {
+      map.for_each_register_at_index(side, i, f);
+    }
+  }
+
+  template <class... A>
+  KPT_TRANSFORMATION_IMPL* create_map(A&&... arguments);
+  KPT_TRANSFORMATION_IMPL* entered(KPT_TRANSFORMATION_IMPL* map);
+  void reenter(KPT_TRANSFORMATION_IMPL* map);
+  void erase_entries(KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map);
+
+  bool merge_between_maps(KPT_TRANSFORMATION_IMPL& a, KPT_TRANSFORMATION_IMPL& b, KPT_KEYPOINT* orig,
+                          KPT_KEYPOINT* merged);
+  bool merge_within_map(KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* orig, KPT_KEYPOINT* merged);
+
+  friend class KPT_UNITE;
+
+  KPT_MAP_INDEX m_r_index;
+  KPT_MAP_INDEX m_t_index;
+  KPT_TRANSFORMATION_LIST m_maps;
+  KPT_POOL<KPT_TRANSFORMATION_IMPL> m_pool;
+};
+
+#endif

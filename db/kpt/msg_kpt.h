@@ -1,0 +1,35 @@
+// The library's messages and its debug line.
+//
+// Ownership: a MSG_KPT function returns a new message object that the caller
+// posts and then deletes. Nothing is kept.
+#ifndef MSG_KPT_H
+#define MSG_KPT_H
+
+#include "h/msg_sys.h"
+#include "kpt_export.h"
+
+/// The module tag of every debug line, internal error and allocation.
+inline constexpr char KPT_TAG[] = "KPT";
+
+namespace MSG_KPT {
+namespace E {
+
+/// "\"NAME\" does not exist in the transformed set". For clients: the library itself never raises it.
+KPT_EXPORT MSG_E* REGNAME_NOT_IN_T_SET(const char* name);
+
+/// "Syntax error in XML Keypoint Database FILE at line number L, column number C : TEXT".
+/// Lines and columns count from 1. Raised once for every error that the XML parser reports.
+KPT_EXPORT MSG_E* PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(const char* file, int line, int column, const char* text);
+
+}  // namespace E
+
+/// A debug message with a printf format, filed under "KPT".
+KPT_EXPORT MSG_D* DEBUG_MSG(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+}  // namespace MSG_KPT
+
+/// Hands one debug line (printf format) to the host under the tag "KPT" and
+/// returns the host's answer. The host alone decides whether it is shown.
+KPT_EXPORT bool kpt_msg_debug(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+#endif
