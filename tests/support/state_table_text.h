@@ -1,0 +1,68 @@
+// State tables as people write them: one text per state, the reference bits,
+// a blank, the transformed bits. "10 1" is a state with two reference
+// registers, the first true, and one transformed register, true.
+//
+// Ownership: results are values of the caller.
+#ifndef TESTS_SUPPORT_STATE_TABLE_TEXT_H
+#define TESTS_SUPPORT_STATE_TABLE_TEXT_H
+
+#include <string>
+#include <vector>
+
+#include "db/kpt/kpt_state_table_impl.h"
+
+namespace kpt_test {
+
+inline constexpr char REFUSED_R_WRITE[] =
+    "Error: Trying to insert into a location outside \t\t\t\t\t\t\t\t of the declared size of r "
+    "\t\t\t\t\t\t\t\t (m_num_r_columns x m_num_rows";
+inline constexpr char REFUSED_T_WRITE[] =
+    "Error: Trying to insert into a location outside \t\t\t\t\t\t\t\t of the declared size of t "
+    "\t\t\t\t\t\t\t\t (m_num_t_columns x m_num_rows";
+inline constexpr char REFUSED_READ[] = "Error: Trying to access outside of R table bounds";
+inline constexpr char UNKNOWN_SIDE[] = "Error: Unknown Set Type";
+
+using STATES = std::vector<std::string>;
+
+/// All states have as many registers as the first; at least one state.
+inline KPT_STATE_TABLE_IMPL make_table(const STATES& states) {
+  const std::size_t blank = states.front().find(' ');
+  const std::size_t num_t = states.front().size() - blank - 1;
+  KPT_STATE_TABLE_IMPL table(static_cast<unsigned short>(states.size()), static_cast<unsigned short>(blank),
+                             static_cast<unsigned short>(num_t));
+  for (std::size_t s = 0; s < states.size(); ++s) {
+    const auto row = static_cast<unsigned short>(s + 1);
+    for (std::size_t c = 0; c < states[s].size(); ++c) {
+      if (states[s][c] == '1') {
+        if (c < blank) {
+          table.set_reference_entry(row, static_cast<unsigned short>(c + 1), true);
+        } else {
+          table.set_transformed_entry(row, static_cast<unsigned short>(c - blank), true);
+        }
+      }
+    }
+  }
+  return table;
+}
+
+inline STATES states_of(const KPT_STATE_TABLE_IMPL& table) {
+  STATES states;
+  for (unsigned row = 1; row <= table.get_num_states(); ++row) {
+    std::string state;
+    for (unsigned c = 1; c <= table.get_num_reference_registers(); ++c) {
+      state +=
+          std::to_string(table.get_reference_entry(static_cast<unsigned short>(row), static_cast<unsigned short>(c)));
+    }
+    state += ' ';
+    for (unsigned c = 1; c <= table.get_num_transformed_registers(); ++c) {
+      state +=
+          std::to_string(table.get_transformed_entry(static_cast<unsigned short>(row), static_cast<unsigned short>(c)));
+    }
+    states.push_back(state);
+  }
+  return states;
+}
+
+}  // namespace kpt_test
+
+#endif
