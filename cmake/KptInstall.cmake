@@ -1,1 +1,37 @@
-# Placeholder until the library's targets exist.
+# Install rules: headers below include/kpt, so that `#include "db/kpt/kpt.h"` reads alike here and
+# at a client; libraries; package files for find_package(kpt) and pkg-config.
+if(NOT TARGET kpt)
+  return()
+endif()
+
+include(CMakePackageConfigHelpers)
+
+set(kpt_headers ${CMAKE_INSTALL_INCLUDEDIR}/kpt)
+set(kpt_package ${CMAKE_INSTALL_LIBDIR}/cmake/kpt)
+
+install(DIRECTORY h db DESTINATION ${kpt_headers} FILES_MATCHING PATTERN "*.h")
+install(FILES host/kpt_host.h DESTINATION ${kpt_headers}/host)
+install(FILES ${PROJECT_BINARY_DIR}/include/kpt_export.h DESTINATION ${kpt_headers})
+
+install(TARGETS kpt kpt_host EXPORT kptTargets INCLUDES DESTINATION ${kpt_headers})
+install(EXPORT kptTargets NAMESPACE kpt:: DESTINATION ${kpt_package})
+
+configure_package_config_file(cmake/kptConfig.cmake.in ${PROJECT_BINARY_DIR}/kptConfig.cmake
+                              INSTALL_DESTINATION ${kpt_package})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/kptConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/kptConfig.cmake ${PROJECT_BINARY_DIR}/kptConfigVersion.cmake
+        DESTINATION ${kpt_package})
+
+# The package files name their directories relative to where they lie: a prefix can be moved.
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+           OUTPUT_VARIABLE kpt_up_to_prefix)
+foreach(package IN ITEMS kpt kpt_host)
+  configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
+if(TARGET kptdb)
+  file(RELATIVE_PATH kpt_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(kptdb PROPERTIES INSTALL_RPATH "$ORIGIN/${kpt_bin_to_lib}")
+  install(TARGETS kptdb)
+endif()

@@ -1,0 +1,28 @@
+// A library on the reference host, built twice under two names: it allocates a type of its own and
+// one that both share.
+#include <vector>
+
+#include "h/mem_alloc_sys.h"
+
+namespace GUEST {
+
+struct OWN {
+  double m_value;
+};
+
+}  // namespace GUEST
+
+namespace {
+
+const MEM_INITIALIZER s_initializer("KPT");
+
+using OWN_VECTOR = std::vector<GUEST::OWN, MEM_STL_ALLOCATOR<GUEST::OWN>>;
+
+}  // namespace
+
+// Takes and gives back blocks of both types.
+extern "C" __attribute__((visibility("default"))) unsigned long guest_allocates() {
+  const OWN_VECTOR own(5);
+  const MEM_STRING shared(100, 'x');
+  return own.size() + shared.size();
+}

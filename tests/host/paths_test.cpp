@@ -1,0 +1,44 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "h/fio_path.h"
+
+namespace {
+
+std::string full(const char* path) { return std::string(FIO_PATH(path).fullpath()); }
+
+TEST(PATH, NetworkPathsBeginWithTwoSeparators) {
+  EXPECT_TRUE(FIO_PATH::is_unc_path("//server/share/file"));
+  EXPECT_TRUE(FIO_PATH::is_unc_path("\\\\server\\share\\file"));
+  for (const char* const path : {"", "/", "\\", "/a//b", "a", "./a", "C:\\a", "/\\a", "\\/a"}) {
+    EXPECT_FALSE(FIO_PATH::is_unc_path(path)) << path;
+  }
+  EXPECT_FALSE(FIO_PATH::is_unc_path(nullptr));
+}
+
+TEST(PATH, FullpathBeginsAtTheRoot) {
+  EXPECT_EQ(full("/a/b.xml"), "/a/b.xml");
+  EXPECT_EQ(full("b.xml"), (std::filesystem::current_path() / "b.xml").string());
+}
+
+TEST(PATH, EmptyPathStaysEmpty) {
+  EXPECT_EQ(full(""), "");
+  EXPECT_EQ(full(nullptr), "");
+}
+
+TEST(PATH, NetworkPathOpensHereAfterItsSeparatorsChanged) {
+  FIO_PATH path("//server/share/file");
+  path.change_path_separators_for_windows_api();
+  EXPECT_EQ(path.fullpath(), "//server/share/file");
+  EXPECT_EQ(full("\\\\server\\share\\file"), "//server/share/file");
+}
+
+TEST(PATH, OtherPathsKeepTheirSeparators) {
+  FIO_PATH path("/a/b\\c");
+  path.change_path_separators_for_windows_api();
+  EXPECT_EQ(path.fullpath(), "/a/b\\c");
+}
+
+}  // namespace
