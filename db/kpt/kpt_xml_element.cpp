@@ -1,0 +1,244 @@
+#include "db/kpt/kpt_xml_element.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+#include <xercesc/util/XercesDefs.hpp>
+// Behind the definitions it needs.
+#include <xercesc/dom/DOMMemoryManager.hpp>
+
+#include "db/kpt/kpt_xml_parser.h"
+#include "h/gen_sys.h"
+
+using namespace XERCES_CPP_NAMESPACE;
+
+namespace {
+
+constexpr XMLCh NAME_KEY[] = u"kpt narrow name";
+
+DOMElement* as_element(DOMNode* node) {
+  return node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE ? static_cast<DOMElement*>(node) : nullptr;
+}
+
+// The first element from `node` on, among its siblings.
+DOMNode* element_from(DOMNode* node) {
+  while (node != nullptr && node->getNodeType() != DOMNode::ELEMENT_NODE) {
+    node = node->getNextSibling();
+  }
+  return node;
+}
+
+bool is_ascii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// A name in the parser's characters. Names of this file format are short and
+// ASCII, and then nothing is allocated.
+class WIDE_NAME {
+ public:
+  explicit WIDE_NAME(std::string_view name) {
+    if (name.size() < m_short.size() && is_ascii(name)) {
+      *std::copy(name.begin(), name.end(), m_short.begin()) = 0;
+      return;
+    }
+    try {
+      XMLCh* const transcoded = XMLString::transcode(KPT_STRING(name).c_str());
+      if (transcoded != nullptr) {
+        m_long = transcoded;
+        XMLString::release(const_cast<XMLCh**>(&transcoded));
+      }
+    } catch (const XMLException&) {
+      // No such name in the parser's characters: none is found under the empty one.
+    }
+    m_text = m_long.c_str();
+  }
+  WIDE_NAME(const WIDE_NAME&) = delete;
+  WIDE_NAME& operator=(const WIDE_NAME&) = delete;
+
+  const XMLCh* text() const { return m_text; }
+
+ private:
+  std::array<XMLCh, 32> m_short;
+  std::u16string m_long;
+  const XMLCh* m_text = m_short.data();
+};
+
+bool is_named(const DOMNode* node, std::string_view name) {
+  const XMLCh* const own = node->getNodeName();
+  std::size_t k = 0;
+  for (; own[k] != 0; ++k) {
+    if (own[k] >= 0x80) {
+      KPT_STRING narrow;
+      kpt_narrow(own, narrow);
+      return gen_strcmp(narrow.c_str(), KPT_STRING(name).c_str()) == 0;
+    }
+    if (k >= name.size() || own[k] != static_cast<unsigned char>(name[k])) {
+      return false;
+    }
+  }
+  return k == name.size();
+}
+
+bool holds_text(const DOMNode* node) {
+  const auto type = node->getNodeType();
+  return type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE;
+}
+
+// Where text is looked for further down.
+bool is_branch(const DOMNode* node) {
+  const auto type = node->getNodeType();
+  return type == DOMNode::ELEMENT_NODE || type == DOMNode::ENTITY_REFERENCE_NODE;
+}
+
+// The node behind `node` in document order that is not below it, within `root`.
+const DOMNode* next_outside(const DOMNode* node, const DOMNode* root) {
+  while (node != root) {
+    if (const DOMNode* const next = node->getNextSibling()) {
+      return next;
+    }
+    node = node->getParentNode();
+  }
+  return nullptr;
+}
+
+// Walked without recursion: a document may nest deeper than a stack is.
+void append_text_below(const DOMNode* root, KPT_STRING& out) {
+  const DOMNode* node = root->getFirstChild();
+  while (node != nullptr) {
+    if (holds_text(node)) {
+      kpt_append_narrow(node->getNodeValue(), out);
+    }
+    const DOMNode* const child = is_branch(node) ? node->getFirstChild() : nullptr;
+    node = child != nullptr ? child : next_outside(node, root);
+  }
+}
+
+}  // namespace
+
+KPT_XML_ELEMENT::KPT_XML_ELEMENT(DOMElement* element) : m_element(element) {}
+
+KPT_XML_ELEMENT::KPT_XML_ELEMENT(DOMNodeList* node_list) : m_node_list(node_list) {}
+
+KPT_XML_ELEMENT KPT_XML_ELEMENT::get_first_child(bool* ok) {
+  if (!*ok) {
+    return {};
+  }
+  m_walker = m_element;
+  DOMNode* const child = as_element(m_element) == nullptr ? nullptr : element_from(m_element->getFirstChild());
+  if (child == nullptr) {
+    *ok = false;
+    return {};
+  }
+  m_walker = child;
+  return KPT_XML_ELEMENT(child);
+}
+
+KPT_XML_ELEMENT KPT_XML_ELEMENT::get_next_sibling(bool* ok) {
+  const bool among_children = m_walker != nullptr && m_walker != m_element;
+  DOMNode* const next = among_children ? element_from(m_walker->getNextSibling()) : nullptr;
+  if (next == nullptr) {
+    *ok = false;
+    return {};
+  }
+  m_walker = next;
+  return KPT_XML_ELEMENT(next);
+}
+
+KPT_XML_ELEMENT KPT_XML_ELEMENT::get_single_child_element(std::string_view name, bool* ok) const {
+  if (!*ok) {
+    return {};
+  }
+  DOMNode* child = m_element == nullptr ? nullptr : m_element->getFirstChild();
+  while (child != nullptr && !is_named(child, name)) {
+    child = child->getNextSibling();
+  }
+  *ok = child != nullptr;
+  return KPT_XML_ELEMENT(child);
+}
+
+KPT_XML_ELEMENT KPT_XML_ELEMENT::get_child_elements(std::string_view name, bool* ok) const {
+  if (!*ok) {
+    return {};
+  }
+  const DOMElement* const element = as_element(m_element);
+  DOMNodeList* const list = element == nullptr ? nullptr : element->getElementsByTagName(WIDE_NAME(name).text());
+  if (list == nullptr || list->item(0) == nullptr) {
+    *ok = false;
+    return {};
+  }
+  return KPT_XML_ELEMENT(list);
+}
+
+KPT_XML_ELEMENT KPT_XML_ELEMENT::item(int i, bool* ok) const {
+  if (!*ok) {
+    return {};
+  }
+  DOMNode* const node = m_node_list == nullptr || i < 0 ? nullptr : m_node_list->item(static_cast<XMLSize_t>(i));
+  *ok = node != nullptr;
+  return KPT_XML_ELEMENT(node);
+}
+
+int KPT_XML_ELEMENT::size() const { return m_node_list == nullptr ? 0 : static_cast<int>(m_node_list->getLength()); }
+
+bool KPT_XML_ELEMENT::is_null() const {
+  return m_element == nullptr && (m_node_list == nullptr || m_node_list->item(0) == nullptr);
+}
+
+// The narrow name is kept with the node, in the document's memory.
+const char* KPT_XML_ELEMENT::get_node_name() const {
+  if (m_element == nullptr) {
+    return "";
+  }
+  if (const void* const kept = m_element->getUserData(NAME_KEY)) {
+    return static_cast<const char*>(kept);
+  }
+  const DOMDocument* const document = m_element->getOwnerDocument();
+  if (document == nullptr) {
+    return "";
+  }
+  KPT_STRING name;
+  kpt_narrow(m_element->getNodeName(), name);
+  void* const memory = document->getFeature(XMLUni::fgXercescInterfaceDOMMemoryManager, nullptr);
+  auto* const kept = static_cast<char*>(static_cast<DOMMemoryManager*>(memory)->allocate(name.size() + 1));
+  std::memcpy(kept, name.c_str(), name.size() + 1);
+  m_element->setUserData(NAME_KEY, kept, nullptr);
+  return kept;
+}
+
+bool KPT_XML_ELEMENT::has_name(std::string_view name) const {
+  return m_element != nullptr && is_named(m_element, name);
+}
+
+KPT_STRING KPT_XML_ELEMENT::get_attribute_by_name(std::string_view name) const {
+  KPT_STRING value;
+  attribute_into(name, value);
+  return value;
+}
+
+void KPT_XML_ELEMENT::attribute_into(std::string_view name, KPT_STRING& out) const {
+  const DOMElement* const element = as_element(m_element);
+  if (element == nullptr) {
+    out.clear();
+    return;
+  }
+  kpt_narrow(element->getAttribute(WIDE_NAME(name).text()), out);
+}
+
+KPT_STRING KPT_XML_ELEMENT::get_text_content() const {
+  KPT_STRING text;
+  text_into(text);
+  return text;
+}
+
+void KPT_XML_ELEMENT::text_into(KPT_STRING& out) const {
+  out.clear();
+  if (m_element == nullptr) {
+    return;
+  }
+  if (is_branch(m_element)) {
+    append_text_below(m_element, out);
+  } else {
+    kpt_append_narrow(m_element->getNodeValue(), out);
+  }
+}

@@ -1,0 +1,285 @@
+#include "db/kpt/kpt_xml_parser.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <memory>
+#include <string>
+#include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/sax/InputSource.hpp>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/util/BinInputStream.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
+
+#include "db/kpt/msg_kpt.h"
+#include "h/fio_path.h"
+
+using namespace XERCES_CPP_NAMESPACE;
+
+namespace {
+
+// A database file needs no entities at all. Those of a hand-written one are
+// few and short; together these bounds keep what a document can make of itself
+// to some megabytes, however it nests.
+constexpr XMLSize_t MOST_EXPANSIONS = 1000;
+constexpr XMLSize_t LONGEST_ENTITY = 4096;
+// Parameter entities are expanded without being counted, so they may hold
+// little, and no other.
+constexpr XMLSize_t LONGEST_PARAMETER_ENTITY = 64;
+// The parser recurses over the elements that an entity stands for.
+constexpr std::size_t MOST_EXPANDED_ELEMENTS = 1000;
+// Attributes that a document type adds to every element of a kind.
+constexpr std::size_t MOST_DEFAULT_CHARACTERS = std::size_t{1} << 20;
+constexpr std::size_t DEFAULT_ATTRIBUTE_COST = 64;
+
+// The file, opened by name and by nothing but its name: the parser's own
+// sources take a name for a URL where it looks like one.
+class FILE_STREAM : public BinInputStream {
+ public:
+  explicit FILE_STREAM(int descriptor) : m_descriptor(descriptor) {}
+  ~FILE_STREAM() override { ::close(m_descriptor); }
+
+  XMLFilePos curPos() const override { return m_position; }
+  const XMLCh* getContentType() const override { return nullptr; }
+  XMLSize_t readBytes(XMLByte* to, XMLSize_t size) override {
+    ssize_t count = 0;
+    do {
+      count = ::read(m_descriptor, to, size);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+      ThrowXML(XMLPlatformUtilsException, XMLExcepts::File_CouldNotReadFromFile);
+    }
+    m_position += static_cast<XMLFilePos>(count);
+    return static_cast<XMLSize_t>(count);
+  }
+
+ private:
+  int m_descriptor;
+  XMLFilePos m_position = 0;
+};
+
+class FILE_SOURCE : public InputSource {
+ public:
+  explicit FILE_SOURCE(const KPT_STRING& file_name) : m_file_name(file_name) {
+    // The parser only shows this name, in messages.
+    std::u16string shown(file_name.size(), u'\uFFFD');
+    std::transform(file_name.begin(), file_name.end(), shown.begin(), [](char c) {
+      const auto byte = static_cast<unsigned char>(c);
+      return byte < 0x80 ? static_cast<char16_t>(byte) : u'\uFFFD';
+    });
+    setSystemId(shown.c_str());
+  }
+
+  // Null when the file cannot be opened, which the parser reports.
+  BinInputStream* makeStream() const override {
+    if (m_file_name.find('\0') != KPT_STRING::npos) {
+      return nullptr;
+    }
+    int descriptor = -1;
+    do {
+      descriptor = ::open(m_file_name.c_str(), O_RDONLY | O_CLOEXEC);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor < 0 ? nullptr : new FILE_STREAM(descriptor);
+  }
+
+ private:
+  const KPT_STRING& m_file_name;
+};
+
+int as_int(XMLFileLoc place) {
+  constexpr XMLFileLoc most = std::numeric_limits<int>::max();
+  return static_cast<int>(std::min(place, most));
+}
+
+KPT_STRING narrow(const XMLCh* text) {
+  KPT_STRING out;
+  kpt_narrow(text, out);
+  return out;
+}
+
+bool is_given(const XMLCh* text) { return text != nullptr && *text != 0; }
+
+KPT_STRING path_for_parser(std::string_view file_name) {
+  KPT_STRING path(file_name);
+  if (FIO_PATH::is_unc_path(path.c_str())) {
+    FIO_PATH unc(path.c_str());
+    unc.change_path_separators_for_windows_api();
+    return unc.fullpath();
+  }
+  return path;
+}
+
+}  // namespace
+
+void kpt_narrow(const XMLCh* text, KPT_STRING& out) {
+  out.clear();
+  kpt_append_narrow(text, out);
+}
+
+void kpt_append_narrow(const XMLCh* text, KPT_STRING& out) {
+  if (!is_given(text)) {
+    return;
+  }
+  const std::size_t size = std::char_traits<XMLCh>::length(text);
+  const std::size_t start = out.size();
+  out.resize(start + size);
+  unsigned seen = 0;
+  for (std::size_t k = 0; k < size; ++k) {
+    seen |= text[k];
+    out[start + k] = static_cast<char>(text[k]);
+  }
+  if (seen < 0x80) {
+    return;
+  }
+  out.resize(start);
+  try {
+    const auto release = [](char* p) { XMLString::release(&p); };
+    const std::unique_ptr<char, decltype(release)> transcoded(XMLString::transcode(text), release);
+    if (transcoded != nullptr) {
+      out += transcoded.get();
+    }
+  } catch (const XMLException&) {
+    // No such text in the parser's narrow characters.
+  }
+}
+
+KESTOV_DOM_PARSER::~KESTOV_DOM_PARSER() = default;
+
+KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER() {
+  m_security.setEntityExpansionLimit(MOST_EXPANSIONS);
+  setSecurityManager(&m_security);
+}
+
+KPT_XML_PARSER_WRAPPER::~KPT_XML_PARSER_WRAPPER() = default;
+
+void KPT_XML_PARSER_WRAPPER::post(XMLFileLoc line, XMLFileLoc column, const char* message) const {
+  const std::unique_ptr<MSG_E> error(
+      MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(m_file_name.c_str(), as_int(line), as_int(column), message));
+  error->post();
+}
+
+void KPT_XML_PARSER_WRAPPER::error(unsigned int /*code*/, const XMLCh* /*domain*/, XMLErrorReporter::ErrTypes type,
+                                   const XMLCh* message, const XMLCh* /*public_id*/, const XMLCh* /*system_id*/,
+                                   XMLFileLoc line, XMLFileLoc column) {
+  // A warning is not counted by the parser and keeps no file from loading.
+  if (type != XMLErrorReporter::ErrType_Warning) {
+    post(line, column, narrow(message).c_str());
+  }
+}
+
+void KPT_XML_PARSER_WRAPPER::stop(const char* message) {
+  ++m_stops;
+  const Locator* place = getScanner()->getLocator();
+  post(place->getLineNumber(), place->getColumnNumber(), message);
+  throw STOPPED();
+}
+
+InputSource* KPT_XML_PARSER_WRAPPER::resolveEntity(XMLResourceIdentifier* /*identifier*/) {
+  stop("external entities are not read");
+}
+
+void KPT_XML_PARSER_WRAPPER::doctypeDecl(const DTDElementDecl& element, const XMLCh* public_id, const XMLCh* system_id,
+                                         bool has_internal_subset, bool has_external_subset) {
+  if (has_external_subset || is_given(public_id) || is_given(system_id)) {
+    stop("external document types are not read");
+  }
+  m_has_document_type = true;
+  KESTOV_DOM_PARSER::doctypeDecl(element, public_id, system_id, has_internal_subset, has_external_subset);
+}
+
+void KPT_XML_PARSER_WRAPPER::entityDecl(const DTDEntityDecl& entity, bool is_parameter_entity, bool is_ignored) {
+  const XMLCh* const value = entity.getValue();
+  if (value != nullptr) {
+    const std::basic_string_view<XMLCh> text(value, entity.getValueLen());
+    if (text.size() > LONGEST_ENTITY) {
+      stop("the entity is too long");
+    }
+    if (is_parameter_entity && (text.size() > LONGEST_PARAMETER_ENTITY || text.find(u'%') != text.npos)) {
+      stop("the parameter entity is too long or refers to another");
+    }
+  }
+  KESTOV_DOM_PARSER::entityDecl(entity, is_parameter_entity, is_ignored);
+}
+
+void KPT_XML_PARSER_WRAPPER::startEntityReference(const XMLEntityDecl& entity) {
+  ++m_open_references;
+  KESTOV_DOM_PARSER::startEntityReference(entity);
+}
+
+void KPT_XML_PARSER_WRAPPER::endEntityReference(const XMLEntityDecl& entity) {
+  --m_open_references;
+  KESTOV_DOM_PARSER::endEntityReference(entity);
+}
+
+void KPT_XML_PARSER_WRAPPER::startElement(const XMLElementDecl& element, unsigned int url_id, const XMLCh* prefix,
+                                          const RefVectorOf<XMLAttr>& attributes, XMLSize_t attribute_count,
+                                          bool is_empty, bool is_root) {
+  if (m_has_document_type) {
+    if (m_open_references > 0 && ++m_expanded_elements > MOST_EXPANDED_ELEMENTS) {
+      stop("entities stand for too many elements");
+    }
+    for (XMLSize_t k = 0; k < attribute_count; ++k) {
+      const XMLAttr* const attribute = attributes.elementAt(k);
+      if (!attribute->getSpecified()) {
+        m_default_characters += DEFAULT_ATTRIBUTE_COST + XMLString::stringLen(attribute->getValue());
+      }
+    }
+    if (m_default_characters > MOST_DEFAULT_CHARACTERS) {
+      stop("the document type adds too many attributes");
+    }
+  }
+  KESTOV_DOM_PARSER::startElement(element, url_id, prefix, attributes, attribute_count, is_empty, is_root);
+}
+
+KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
+  const KPT_STRING name(file_name);
+  try {
+    m_parser.emplace();
+    m_parser->setErrorHandler(&m_error_handler);
+    m_parser->set_file_name(name);
+    parse(name);
+  } catch (const XMLException& problem) {
+    kpt_msg_debug("Caught XMLException(error_msg: %s) while parsing file %s", narrow(problem.getMessage()).c_str(),
+                  name.c_str());
+    m_ok = false;
+  } catch (const DOMException& problem) {
+    kpt_msg_debug("Caught DOM_DOMException(code %d) while parsing file %s", static_cast<int>(problem.code),
+                  name.c_str());
+    m_ok = false;
+  } catch (const KPT_XML_PARSER_WRAPPER::STOPPED&) {
+    m_ok = false;  // reported where it was thrown
+  } catch (...) {
+    kpt_msg_debug("Caught Unknown XML exception while parsing file %s", name.c_str());
+    m_ok = false;
+  }
+  const std::size_t errors = m_parser.has_value() ? m_parser->error_count() : 0;
+  kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), static_cast<int>(errors));
+  m_ok = m_ok && errors == 0;
+}
+
+KPT_XML_PARSER::~KPT_XML_PARSER() = default;
+
+void KPT_XML_PARSER::parse(const KPT_STRING& file_name) {
+  const KPT_STRING path = path_for_parser(file_name);
+  const FILE_SOURCE source(path);
+  m_parser->parse(source);
+  m_ok = m_parser->error_count() == 0;
+  if (m_ok) {
+    m_document = m_parser->getDocument();
+  }
+}
+
+KPT_XML_ELEMENT KPT_XML_PARSER::root_element(std::string_view /*name*/, bool* ok) const {
+  if (!*ok) {
+    return {};
+  }
+  DOMElement* const root = m_document == nullptr ? nullptr : m_document->getDocumentElement();
+  *ok = root != nullptr;
+  return KPT_XML_ELEMENT(root);
+}

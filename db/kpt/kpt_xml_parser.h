@@ -1,0 +1,113 @@
+// Parses a keypoint database file into a document.
+//
+// Ownership: KPT_XML_PARSER owns the document; every element wrapper of it dies
+// with the parser object. XMLPlatformUtils must be initialised while one lives:
+// KPT_XML_READER sees to that.
+//
+// A database file is data from elsewhere, so the parser reads that one file and
+// nothing else: external entities, external document types and entities that
+// expand beyond a bound are syntax errors like any other.
+//
+// The only header of the library that needs the headers of xerces-c.
+#ifndef KPT_XML_PARSER_H
+#define KPT_XML_PARSER_H
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+
+#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_xml_element.h"
+
+/// Installed so that a handler is installed; errors are reported further down.
+class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandler {
+ public:
+  void warning(const XERCES_CPP_NAMESPACE::SAXParseException&) override {}
+  void error(const XERCES_CPP_NAMESPACE::SAXParseException&) override {}
+  void fatalError(const XERCES_CPP_NAMESPACE::SAXParseException&) override {}
+  void resetErrors() override {}
+};
+
+class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParser {
+ public:
+  ~KESTOV_DOM_PARSER() override;
+};
+
+/// Turns the parser's errors into the library's message, and stops it at
+/// whatever would make it read elsewhere or grow beyond the file.
+class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
+ public:
+  /// Thrown out of a parse that was stopped, after the message.
+  struct STOPPED {};
+
+  KPT_XML_PARSER_WRAPPER();
+  ~KPT_XML_PARSER_WRAPPER() override;
+
+  void set_file_name(std::string_view file_name) { m_file_name = file_name; }
+  /// What the parser counted, and the stop.
+  std::size_t error_count() const { return getErrorCount() + m_stops; }
+
+  // From the parser.
+  void error(unsigned int code, const XMLCh* domain, XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type,
+             const XMLCh* message, const XMLCh* public_id, const XMLCh* system_id, XMLFileLoc line,
+             XMLFileLoc column) override;
+  XERCES_CPP_NAMESPACE::InputSource* resolveEntity(XERCES_CPP_NAMESPACE::XMLResourceIdentifier* identifier) override;
+  void doctypeDecl(const XERCES_CPP_NAMESPACE::DTDElementDecl& element, const XMLCh* public_id, const XMLCh* system_id,
+                   bool has_internal_subset, bool has_external_subset) override;
+  void entityDecl(const XERCES_CPP_NAMESPACE::DTDEntityDecl& entity, bool is_parameter_entity,
+                  bool is_ignored) override;
+  void startEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entity) override;
+  void endEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entity) override;
+  void startElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& element, unsigned int url_id, const XMLCh* prefix,
+                    const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attributes,
+                    XMLSize_t attribute_count, bool is_empty, bool is_root) override;
+
+ private:
+  void post(XMLFileLoc line, XMLFileLoc column, const char* message) const;
+  [[noreturn]] void stop(const char* message);
+
+  KPT_STRING m_file_name;
+  XERCES_CPP_NAMESPACE::SecurityManager m_security;
+  std::size_t m_stops = 0;
+  bool m_has_document_type = false;
+  std::size_t m_open_references = 0;
+  std::size_t m_expanded_elements = 0;
+  std::size_t m_default_characters = 0;
+};
+
+/// One parsed file.
+class KPT_EXPORT KPT_XML_PARSER {
+ public:
+  /// Parses. Every error is posted as a message, every exception becomes a
+  /// debug line; `ok` is false after either.
+  explicit KPT_XML_PARSER(std::string_view file_name);
+  ~KPT_XML_PARSER();
+  KPT_XML_PARSER(const KPT_XML_PARSER&) = delete;
+  KPT_XML_PARSER& operator=(const KPT_XML_PARSER&) = delete;
+
+  bool ok() const { return m_ok; }
+  /// The document's element. The name is not compared: files whose root goes by
+  /// another name have always been read.
+  KPT_XML_ELEMENT root_element(std::string_view name, bool* ok) const;
+
+ private:
+  void parse(const KPT_STRING& file_name);
+
+  bool m_ok = true;
+  XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
+  KPT_XML_ERROR_HANDLER m_error_handler;
+  std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty only when there was no memory for it
+};
+
+/// The parser's text as narrow text. ASCII, which is all that a database file
+/// is expected to hold, is narrowed in place; the rest goes through the parser's
+/// own transcoder, and is left out where that fails.
+void kpt_narrow(const XMLCh* text, KPT_STRING& out);
+/// The same, behind what `out` holds.
+void kpt_append_narrow(const XMLCh* text, KPT_STRING& out);
+
+#endif

@@ -1,0 +1,47 @@
+#include "db/kpt/kpt_xml_reader.h"
+
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLException.hpp>
+
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/msg_kpt.h"
+
+namespace {
+
+// The parsed file's root, or a null wrapper.
+KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser) {
+  if (!parser.ok()) {
+    return {};
+  }
+  kpt_msg_debug("Start XML parsing");
+  bool ok = true;
+  const KPT_XML_ELEMENT root = parser.root_element("kpt_db", &ok);
+  if (!ok) {
+    kpt_msg_debug("Parse Error while extracting the root element");
+  }
+  return root;
+}
+
+}  // namespace
+
+KPT_XML_READER::KPT_XML_READER() {
+  try {
+    XERCES_CPP_NAMESPACE::XMLPlatformUtils::Initialize();
+  } catch (const XERCES_CPP_NAMESPACE::XMLException&) {
+    kpt_msg_debug("Error: the XML parser cannot be initialised");
+  }
+}
+
+KPT_XML_READER::~KPT_XML_READER() { XERCES_CPP_NAMESPACE::XMLPlatformUtils::Terminate(); }
+
+KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
+  const KPT_XML_PARSER parser(file_name);
+  return root_of(parser).get_attribute_by_name("name");
+}
+
+bool KPT_XML_READER::load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db) {
+  const KPT_XML_PARSER parser(file_name);
+  KPT_XML_ELEMENT root = root_of(parser);
+  return !root.is_null() && db->load_db(root);
+}

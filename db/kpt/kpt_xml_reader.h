@@ -1,0 +1,26 @@
+// Reads keypoint database files.
+//
+// Ownership: a reader holds nothing. While one lives, the XML parser is
+// initialised; readers may nest.
+#ifndef KPT_XML_READER_H
+#define KPT_XML_READER_H
+
+#include <string_view>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_XML_READER {
+ public:
+  KPT_XML_READER();
+  ~KPT_XML_READER();
+  KPT_XML_READER(const KPT_XML_READER&) = delete;
+  KPT_XML_READER& operator=(const KPT_XML_READER&) = delete;
+
+  /// The database name in the file; empty when there is none or the file cannot be parsed.
+  KPT_STRING get_db_name(std::string_view file_name);
+  /// Loads the file into `db`, which is new and empty. Parses the file anew. What
+  /// was loaded before a failure stays in `db`.
+  bool load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db);
+};
+
+#endif

@@ -1,0 +1,124 @@
+// The text emitter through which every class of a database writes itself to a
+// keypoint database file.
+//
+// Ownership: the writer owns its file from `start_file` until it is destroyed;
+// what was written is complete once it is. Texts are read during the call only.
+//
+// The blanks of a file follow from these call sequences alone: each operation
+// moves the indentation level by fixed steps, and some helpers indent a line
+// twice. Files are compared byte for byte with those of earlier releases, so
+// the sequences are fixed. Nothing is escaped.
+#ifndef KPT_XML_WRITER_H
+#define KPT_XML_WRITER_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_XML_WRITER {
+ public:
+  /// Opens nothing: `start_file` does.
+  explicit KPT_XML_WRITER(std::string_view file_name);
+  ~KPT_XML_WRITER();
+  KPT_XML_WRITER(const KPT_XML_WRITER&) = delete;
+  KPT_XML_WRITER& operator=(const KPT_XML_WRITER&) = delete;
+
+  // All operations but `start_file` and `outdent` return true, also when the
+  // file is not open or can take no more: what they write is then lost.
+
+  /// Creates or truncates the file. False when it cannot be opened.
+  bool start_file();
+
+  /// One blank per level.
+  bool space();
+  bool indent();
+  /// Two levels down; false, changing nothing, at a level below 2.
+  bool outdent();
+
+  /// Indentation and "<name", left open for attributes.
+  bool start_tag(std::string_view name);
+  bool write_attribute(std::string_view name, std::string_view value);
+  /// ">" and a line end. This is what closes a start tag that has a line of its own.
+  bool new_line();
+  /// "> ", without a line end.
+  bool close_tag();
+  /// "</name>" one level down. At a level below 2 there is no level to go down
+  /// to, yet the way up is taken: the level is then 2 higher than before. The
+  /// layout of the outermost elements rests on this.
+  bool end_tag(std::string_view name);
+  bool write_text_content(std::string_view text);
+  /// "<name>text</name>" and a line end, without indentation.
+  bool write_simple_text_element(std::string_view name, std::string_view text);
+  bool write_empty_content_element(std::string_view name);
+
+  bool write_db_start_xml(std::string_view db_name);
+  /// A keypoint known by its name alone.
+  bool write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name);
+  /// A block instance. It indents behind its start tag, where the one above
+  /// indents before.
+  bool write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name, std::string_view entity,
+                          std::string_view reg_type);
+  /// An empty word leaves the attribute out.
+  bool write_transformation_start_xml(std::string_view elim_type);
+  bool write_tr_set_start_xml(std::string_view type);
+  bool write_tr_state_start_xml(unsigned short index);
+  /// One group: `tag` around one "kp" element per id. `index` is not used.
+  bool write_transformation_xml(std::string_view tag, unsigned short index, const KPT_ID_LIST& ids);
+  bool write_state_index_xml(unsigned short index);
+  bool write_state_table_xml(unsigned short index, std::string_view value);
+
+  // The three steps of `write_transformation_xml`, for a caller that has
+  // keypoints and would make a list only to have it walked.
+  bool begin_transformation_xml(std::string_view tag);
+  bool write_kp_xml(long id);
+  bool end_transformation_xml(std::string_view tag);
+
+  // For a file that must be whole or not be there. The descriptor is taken
+  // over in place of `start_file`; `finish_file` hands all on to the disk,
+  // closes, and is the one that reports whether every write succeeded.
+  bool start_file_on(int descriptor);
+  bool finish_file();
+
+ private:
+  // A file behind a large block: one system call per block, however short the
+  // pieces. The first failure is kept, and nothing is written after it.
+  class STREAM {
+   public:
+    STREAM() = default;
+    ~STREAM() { close(); }
+    STREAM(const STREAM&) = delete;
+    STREAM& operator=(const STREAM&) = delete;
+
+    bool open(const KPT_STRING& file_name);
+    bool attach(int descriptor);
+    void append(std::string_view text);
+    void append(std::size_t count, char c);
+    bool sync();
+    bool close();
+
+   private:
+    bool is_open() const { return m_descriptor >= 0; }
+    bool takes_text() const { return m_good && is_open(); }
+    bool take_block();
+    void flush();
+    void write_out(const char* from, std::size_t size);
+
+    int m_descriptor = -1;
+    bool m_good = true;
+    std::unique_ptr<char[]> m_block;
+    std::size_t m_used = 0;
+  };
+
+  void write(std::string_view text) { m_stream.append(text); }
+  std::string_view itoa(long value);
+
+  KPT_STRING m_file_name;
+  STREAM m_stream;
+  std::uint16_t m_indent_level = 0;
+  KPT_STRING m_number;
+};
+
+#endif
