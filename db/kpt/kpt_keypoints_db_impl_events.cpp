@@ -9,12 +9,8 @@
 
 namespace {
 
-// A debug line about one or two registers. Names come as views, which need
-// not end in a zero byte.
-void say(const char* format, std::string_view name) { kpt_msg_debug(format, KPT_STRING(name).c_str()); }
-void say(const char* format, std::string_view first, std::string_view second) {
-  kpt_msg_debug(format, KPT_STRING(first).c_str(), KPT_STRING(second).c_str());
-}
+// A name for a debug line: names come as views, which need not end in a zero byte.
+KPT_STRING text(std::string_view name) { return KPT_STRING(name); }
 
 }  // namespace
 
@@ -107,11 +103,11 @@ bool KPT_KEYPOINTS_DB_IMPL::associate_registers_fsm_signals(const KPT_STRING_VEC
 bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, std::string_view replica_name) {
   KPT_REGISTER_KEYPOINT_IMPL* existing = m_transformed_set.get_register(t_name);
   if (existing == nullptr) {
-    say("%s does not exist in T", t_name);
+    kpt_msg_debug("%s does not exist in T", text(t_name).c_str());
     return false;
   }
   if (m_transformed_set.get_register(replica_name) != nullptr) {
-    say("%s already exists in T", replica_name);
+    kpt_msg_debug("%s already exists in T", text(replica_name).c_str());
     return false;
   }
   KPT_REGISTER_KEYPOINT_IMPL* replica = create(KPT_TRANSFORMED_SET, replica_name);
@@ -120,7 +116,7 @@ bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, st
     return false;
   }
   m_transformation_set.record_replicated_keypoint_map(replica, map);
-  say("Replicated register: %s is a replicate of %s", replica_name, t_name);
+  kpt_msg_debug("Replicated register: %s is a replicate of %s", text(replica_name).c_str(), text(t_name).c_str());
   return true;
 }
 
@@ -128,42 +124,43 @@ bool KPT_KEYPOINTS_DB_IMPL::set_merged_registers(std::string_view kept_name, std
   KPT_REGISTER_KEYPOINT_IMPL* kept = m_transformed_set.get_register(kept_name);
   KPT_REGISTER_KEYPOINT_IMPL* merged = m_transformed_set.get_register(merged_name);
   if (kept == nullptr || merged == nullptr) {
-    say("Error: Can't find %s in T set", kept == nullptr ? kept_name : merged_name);
+    kpt_msg_debug("Error: Can't find %s in T set", text(kept == nullptr ? kept_name : merged_name).c_str());
     return false;
   }
   const bool recorded =
       m_transformation_set.merge_keypoints(kept, merged) && m_transformed_set.delete_register(merged_name);
-  say("Merged registers: %s <- %s", kept_name, merged_name);  // whatever the result
+  kpt_msg_debug("Merged registers: %s <- %s", text(kept_name).c_str(),
+                text(merged_name).c_str());  // whatever the result
   return recorded;
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::set_inverter_retimed_register(std::string_view t_name) {
   KPT_REGISTER_KEYPOINT_IMPL* retimed = m_transformed_set.get_register(t_name);
   if (retimed == nullptr) {
-    say("Error: Can't find %s in T set", t_name);
+    kpt_msg_debug("Error: Can't find %s in T set", text(t_name).c_str());
     return false;
   }
-  say("Inverter retimed register %s", t_name);
+  kpt_msg_debug("Inverter retimed register %s", text(t_name).c_str());
   return m_transformation_set.set_inverter_retimed_register(retimed);
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register_stuck_at_zero(std::string_view t_name) {
-  say("Eliminated register stuck_at_zero %s", t_name);
+  kpt_msg_debug("Eliminated register stuck_at_zero %s", text(t_name).c_str());
   return set_eliminated_register(t_name, KPT_STUCK_AT_ZERO);
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register_stuck_at_one(std::string_view t_name) {
-  say("Eliminated register stuck_at_one %s", t_name);
+  kpt_msg_debug("Eliminated register stuck_at_one %s", text(t_name).c_str());
   return set_eliminated_register(t_name, KPT_STUCK_AT_ONE);
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register_no_fanout(std::string_view t_name) {
-  say("Eliminated register no_fanout %s", t_name);
+  kpt_msg_debug("Eliminated register no_fanout %s", text(t_name).c_str());
   return set_eliminated_register(t_name, KPT_NO_FANOUT);
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name) {
-  say("Eliminated register %s", t_name);
+  kpt_msg_debug("Eliminated register %s", text(t_name).c_str());
   return set_eliminated_register(t_name, KPT_ELIMINATED);
 }
 
