@@ -18,10 +18,10 @@ bool save(KPT_KEYPOINTS_MANAGER& manager, const char* file) {
 }
 
 bool load(KPT_KEYPOINTS_MANAGER& manager, const char* file) {
-  KPT_KEYPOINTS_DB* db = manager.load_db(file);
-  return db != nullptr && db->get_reference_register_transformation("count") != nullptr &&
-         db->get_transformed_register_transformation("count_reg") != nullptr &&
-         db->get_reference_register_transformation("count_reg") == nullptr;
+  const KPT_KEYPOINTS_DB* db = manager.load_db(file);
+  return db != nullptr && !db->get_reference_register_transformation("count").is_null() &&
+         !db->get_transformed_register_transformation("count_reg").is_null() &&
+         db->get_reference_register_transformation("count_reg").is_null();
 }
 
 }  // namespace
