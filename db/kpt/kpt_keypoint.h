@@ -11,13 +11,14 @@
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_zeroed.h"
 
-class KPT_MAP_INDEX;
+template <class VALUE>
+class KPT_BY_KEYPOINT;
 
 class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
  public:
   /// The type is not stored: `is_register` is the only question about it.
   KPT_KEYPOINT(KPT_TYPE_ENUM type, long id, std::string_view name);
-  /// Takes name and id. The copy stands in no index.
+  /// Takes name and id. The copy belongs to no set and stands in no index.
   KPT_KEYPOINT(const KPT_KEYPOINT& other);
   KPT_KEYPOINT& operator=(const KPT_KEYPOINT&) = delete;
 
@@ -41,13 +42,18 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
  protected:
   KPT_STRING m_element_name;
   long m_kpid;
+  static constexpr std::uint32_t OUTSIDE = 0;
+  bool is_in_set() const { return m_set != OUTSIDE; }
 
  private:
-  // The map index that found this keypoint unclaimed keeps its entry here,
-  // which saves a hash probe on nearly every query; see KPT_MAP_INDEX.
-  friend class KPT_MAP_INDEX;
-  mutable std::uint32_t m_index_id = 0;
-  mutable std::uint32_t m_index_position = 0;
+  // Which set made the keypoint, by a number that no other set of the process
+  // ever has, and as which of its keypoints (from 0): the key under which an
+  // index knows the keypoint without a hash.
+  friend class KPT_KEYPOINT_SET_IMPL;
+  template <class VALUE>
+  friend class KPT_BY_KEYPOINT;
+  std::uint32_t m_set = OUTSIDE;
+  std::uint32_t m_place = 0;
 };
 
 #endif

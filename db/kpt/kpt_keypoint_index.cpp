@@ -2,10 +2,6 @@
 
 KPT_KEYPOINT_INDEX::KPT_KEYPOINT_INDEX(const POOL& pool) : m_pool(pool), m_entries(0, HASH(), EQUAL{&pool}) {}
 
-KPT_KEYPOINT_INDEX::KEY KPT_KEYPOINT_INDEX::key_of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
-  return {keypoint.key_name(), keypoint.key_register_type()};
-}
-
 // The string hash leaves names that differ in their last bytes close
 // together; the product spreads them before half of the bits are dropped.
 KPT_KEYPOINT_INDEX::PROBE KPT_KEYPOINT_INDEX::probe_for(const KEY& key) {
@@ -18,12 +14,12 @@ bool KPT_KEYPOINT_INDEX::EQUAL::operator()(const PROBE& probe, const ENTRY& entr
   if (probe.hash != entry.hash) {
     return false;
   }
-  const KEY key = key_of(*pool->at(entry.place));
+  const KEY key = pool->at(entry.place)->key();
   return key.name == probe.key.name && key.register_type == probe.key.register_type;
 }
 
 bool KPT_KEYPOINT_INDEX::EQUAL::operator()(const ENTRY& a, const ENTRY& b) const {
-  return a.hash == b.hash && (*this)({key_of(*pool->at(a.place)), a.hash}, b);
+  return a.hash == b.hash && (*this)({pool->at(a.place)->key(), a.hash}, b);
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::find(const KEY& key) const {
@@ -32,7 +28,7 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::find(const KEY& key) const {
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::enter(std::uint32_t place) {
-  const auto [entry, is_new] = m_entries.insert({place, probe_for(key_of(*m_pool.at(place))).hash});
+  const auto [entry, is_new] = m_entries.insert({place, probe_for(m_pool.at(place)->key()).hash});
   if (is_new) {
     return nullptr;
   }

@@ -21,10 +21,7 @@ class KPT_KEYPOINT_INDEX {
  public:
   using POOL = KPT_POOL<KPT_REGISTER_KEYPOINT_IMPL>;
   /// The type is empty for signal registers: their hash is then that of the name alone.
-  struct KEY {
-    std::string_view name;
-    std::string_view register_type;
-  };
+  using KEY = KPT_REGISTER_KEYPOINT_IMPL::KEY;
 
   explicit KPT_KEYPOINT_INDEX(const POOL& pool);
 
@@ -60,7 +57,6 @@ class KPT_KEYPOINT_INDEX {
   };
   using ENTRIES = boost::unordered_flat_set<ENTRY, HASH, EQUAL, MEM_STL_ALLOCATOR<ENTRY>>;
 
-  static KEY key_of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint);
   static PROBE probe_for(const KEY& key);
 
   const POOL& m_pool;

@@ -1,8 +1,21 @@
 #include "db/kpt/kpt_keypoint_set_impl.h"
 
+#include "db/kpt/kpt_translation.h"
 #include "db/kpt/kpt_xml_writer.h"
 
-KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL() : m_signal_registers(m_keypoints), m_instance_registers(m_keypoints) {}
+namespace {
+
+// Numbers of sets begin at 1: 0 marks a keypoint outside every set.
+std::uint32_t next_set_number() {
+  static std::uint32_t s_last = 0;
+  s_last = s_last + 1 == UINT32_MAX ? 1 : s_last + 1;
+  return s_last;
+}
+
+}  // namespace
+
+KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL()
+    : m_number(next_set_number()), m_signal_registers(m_keypoints), m_instance_registers(m_keypoints) {}
 
 // In order of creation: the places lie side by side, where the order of the
 // indexes would jump about in memory.
@@ -13,27 +26,34 @@ KPT_KEYPOINT_SET_IMPL::~KPT_KEYPOINT_SET_IMPL() {
 }
 
 template <class... TEXTS>
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add(KPT_KEYPOINT_INDEX& index, PLACE place, long id,
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add(KPT_KEYPOINT_INDEX& index, STANDING standing, long id,
                                                        TEXTS... texts) {
   // Retired until it is entered: were the index to run out of memory, the
   // keypoint would stay in the pool but not in the set.
-  auto* keypoint = m_keypoints.construct(id, texts...);
-  keypoint->m_place = PLACE::RETIRED;
-  KPT_REGISTER_KEYPOINT_IMPL* earlier = index.enter(m_keypoints.count() - 1);
-  keypoint->m_place = place;
+  m_standings.push_back(RETIRED);
+  KPT_REGISTER_KEYPOINT_IMPL* keypoint = m_keypoints.construct(id, texts...);
+  keypoint->m_set = m_number;
+  keypoint->m_place = m_keypoints.count() - 1;
+  KPT_REGISTER_KEYPOINT_IMPL* earlier = index.enter(keypoint->m_place);
+  m_standings[keypoint->m_place] = standing;
   if (earlier != nullptr) {
-    earlier->retire();
+    retire(*earlier);
   }
   return keypoint;
 }
 
+void KPT_KEYPOINT_SET_IMPL::retire(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
+  m_standings[keypoint.m_place] = RETIRED;
+  keypoint.retire();
+}
+
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, std::string_view name) {
-  return add(m_signal_registers, PLACE::AMONG_SIGNALS, id, name);
+  return add(m_signal_registers, AMONG_SIGNALS, id, name);
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, std::string_view name, std::string_view entity,
                                                                 std::string_view register_type) {
-  return add(m_instance_registers, PLACE::AMONG_INSTANCES, id, name, entity, register_type);
+  return add(m_instance_registers, AMONG_INSTANCES, id, name, entity, register_type);
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view name) const {
@@ -45,12 +65,18 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view
   return m_instance_registers.find({name, register_type});
 }
 
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
+  const KPT_STRING& name = keypoint.get_element_name();
+  return keypoint.register_is_signal() ? get_register(name)
+                                       : get_register(name, keypoint.get_entity_name(), keypoint.get_register_type());
+}
+
 bool KPT_KEYPOINT_SET_IMPL::remove(KPT_KEYPOINT_INDEX& index, const KPT_KEYPOINT_INDEX::KEY& key) {
   KPT_REGISTER_KEYPOINT_IMPL* keypoint = index.remove(key);
   if (keypoint == nullptr) {
     return false;
   }
-  keypoint->retire();
+  retire(*keypoint);
   return true;
 }
 
@@ -83,20 +109,34 @@ KPT_ID_KEYPOINT_HASH KPT_KEYPOINT_SET_IMPL::get_id_keypoint_hash() const {
 
 bool KPT_KEYPOINT_SET_IMPL::is_empty() const { return size() == 0; }
 
+// The index in which the other set has the register decides what is added,
+// whatever kind the register has been made since.
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::find_or_add(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
+                                                               STANDING standing, long& next_id) {
+  const KPT_STRING& name = keypoint.get_element_name();
+  if (standing == AMONG_SIGNALS) {
+    KPT_REGISTER_KEYPOINT_IMPL* found = get_register(name);
+    return found != nullptr ? found : add_register(++next_id, name);
+  }
+  const KPT_STRING& entity = keypoint.get_entity_name();
+  const KPT_STRING& type = keypoint.get_register_type();
+  KPT_REGISTER_KEYPOINT_IMPL* found = get_register(name, entity, type);
+  return found != nullptr ? found : add_register(++next_id, name, entity, type);
+}
+
 bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id) {
+  return make_union(other, next_id, nullptr);
+}
+
+bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_TRANSLATION* translation) {
   bool ok = true;
   other.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
-    const KPT_STRING& name = keypoint->get_element_name();
-    if (keypoint->m_place == PLACE::AMONG_SIGNALS) {
-      if (get_register(name) == nullptr) {
-        ok = add_register(++next_id, name) != nullptr && ok;
-      }
-    } else {
-      const KPT_STRING& entity = keypoint->get_entity_name();
-      const KPT_STRING& type = keypoint->get_register_type();
-      if (get_register(name, entity, type) == nullptr) {
-        ok = add_register(++next_id, name, entity, type) != nullptr && ok;
-      }
+    const STANDING standing = other.m_standings[keypoint->m_place];
+    KPT_REGISTER_KEYPOINT_IMPL* namesake = find_or_add(*keypoint, standing, next_id);
+    ok = namesake != nullptr && ok;
+    if (translation != nullptr && namesake != nullptr &&
+        keypoint->register_is_signal() == (standing == AMONG_SIGNALS)) {
+      translation->remember(keypoint, namesake);
     }
     return true;
   });

@@ -11,10 +11,14 @@
 #ifndef KPT_KEYPOINT_SET_IMPL_H
 #define KPT_KEYPOINT_SET_IMPL_H
 
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "db/kpt/kpt_keypoint_index.h"
 #include "db/kpt/kpt_types.h"
+
+class KPT_TRANSLATION;
 
 class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
  public:
@@ -38,6 +42,10 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
   KPT_REGISTER_KEYPOINT_IMPL* get_register(std::string_view name, std::string_view entity,
                                            std::string_view register_type) const;
 
+  /// The register of this set that a register of any set is called after: by
+  /// its name, or for a block instance by its three texts. Null when absent.
+  KPT_REGISTER_KEYPOINT_IMPL* get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const;
+
   /// False when there is no such signal.
   bool delete_register(std::string_view name);
   /// False when there is no such block instance; the entity is ignored.
@@ -53,6 +61,8 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
   /// and attributes of `other` are not carried over. A register of `other` is
   /// looked up under the name that it has now.
   bool make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id);
+  /// The same, and tells a translation onto this set, unless null, what it found.
+  bool make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_TRANSLATION* translation);
 
   /// Writes the "key_points_set" element. False once a keypoint could not be
   /// written; the rest is then left out.
@@ -71,23 +81,27 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
   void reserve(std::size_t signals) { m_signal_registers.reserve(m_signal_registers.size() + signals); }
 
  private:
-  using PLACE = KPT_REGISTER_KEYPOINT_IMPL::PLACE;
+  // Which index has an entry for a keypoint.
+  enum STANDING : std::uint8_t { AMONG_SIGNALS, AMONG_INSTANCES, RETIRED };
   template <class... TEXTS>
-  KPT_REGISTER_KEYPOINT_IMPL* add(KPT_KEYPOINT_INDEX& index, PLACE place, long id, TEXTS... texts);
-  static bool remove(KPT_KEYPOINT_INDEX& index, const KPT_KEYPOINT_INDEX::KEY& key);
+  KPT_REGISTER_KEYPOINT_IMPL* add(KPT_KEYPOINT_INDEX& index, STANDING standing, long id, TEXTS... texts);
+  bool remove(KPT_KEYPOINT_INDEX& index, const KPT_KEYPOINT_INDEX::KEY& key);
+  void retire(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
   template <class VISIT>
-  bool for_each_at(PLACE place, std::uint32_t end, VISIT& visit) const;
+  bool for_each_of(STANDING standing, std::size_t end, VISIT& visit) const;
+  KPT_REGISTER_KEYPOINT_IMPL* find_or_add(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, STANDING standing, long& next_id);
 
+  std::uint32_t m_number;  // of this set, in the process
   KPT_KEYPOINT_INDEX::POOL m_keypoints;
+  std::vector<STANDING, MEM_STL_ALLOCATOR<STANDING>> m_standings;  // of each keypoint of the pool
   KPT_KEYPOINT_INDEX m_signal_registers;
   KPT_KEYPOINT_INDEX m_instance_registers;
 };
 
 template <class VISIT>
-bool KPT_KEYPOINT_SET_IMPL::for_each_at(PLACE place, std::uint32_t end, VISIT& visit) const {
+bool KPT_KEYPOINT_SET_IMPL::for_each_of(STANDING standing, std::size_t end, VISIT& visit) const {
   for (std::uint32_t k = 0; k < end; ++k) {
-    KPT_REGISTER_KEYPOINT_IMPL* keypoint = m_keypoints.at(k);
-    if (keypoint->m_place == place && !visit(keypoint)) {
+    if (m_standings[k] == standing && !visit(m_keypoints.at(k))) {
       return false;
     }
   }
@@ -96,9 +110,9 @@ bool KPT_KEYPOINT_SET_IMPL::for_each_at(PLACE place, std::uint32_t end, VISIT& v
 
 template <class VISIT>
 void KPT_KEYPOINT_SET_IMPL::for_each_keypoint(VISIT visit) const {
-  const std::uint32_t end = m_keypoints.count();
-  if (for_each_at(PLACE::AMONG_SIGNALS, end, visit) && m_instance_registers.size() > 0) {
-    for_each_at(PLACE::AMONG_INSTANCES, end, visit);
+  const std::size_t end = m_standings.size();
+  if (for_each_of(AMONG_SIGNALS, end, visit) && m_instance_registers.size() > 0) {
+    for_each_of(AMONG_INSTANCES, end, visit);
   }
 }
 

@@ -135,7 +135,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool associate(const REGISTER_TEXTS& r, const REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
   bool create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
-  bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k, KPT_KEYPOINT*& t, bool ok);
+  bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
+  bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);
   bool align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);
   bool cleanup_keypoint_set(KPT_SET_ENUM set);
 

@@ -2,6 +2,7 @@
 // union of the maps.
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_ticks.h"
+#include "db/kpt/kpt_translation.h"
 #include "db/kpt/msg_kpt.h"
 
 // The second database is read only: its maps are translated onto the
@@ -9,10 +10,11 @@
 bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   kpt_msg_debug("TIME: Start unite at : %s", gen_get_current_time().c_str());
   const unsigned long start = gen_get_tick_count();
-  make_complete_db(db2);
-  KPT_TRANSFORMATION_SET_IMPL second(KPT_INDEX_APART);
-  const bool ok = m_transformed_set.make_union(db2.m_transformed_set, s_t_id) &&
-                  second.translate_map_set(db2.m_transformation_set, m_transformed_set) &&
+  KPT_TRANSLATION translation(m_transformed_set);
+  make_complete_db(db2, translation);
+  KPT_TRANSFORMATION_SET_IMPL second;
+  const bool ok = m_transformed_set.make_union(db2.m_transformed_set, s_t_id, &translation) &&
+                  second.translate_map_set(db2.m_transformation_set, translation) &&
                   m_transformation_set.unite(second) && cleanup_reference_keypoint_set() &&
                   cleanup_transformed_keypoint_set();
   kpt_msg_debug("TIME: Unite time: %s", kpt_ticks_since(start).c_str());
@@ -20,15 +22,24 @@ bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   return ok;
 }
 
+bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
+  KPT_TRANSLATION translation(m_transformed_set);
+  return make_complete_db(db2, translation);
+}
+
 // `t` is the last register that had to be added, and is not forgotten between
 // the steps: a register that this database has already is aligned against the
 // pass-through before it. Stages recorded with such neighbours rely on the
-// polarity that comes of it.
-bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
+// polarity that comes of it. The result is that of the last step that did
+// anything: a later success hides an earlier failure.
+bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation) {
   bool ok = true;
   KPT_KEYPOINT* t = nullptr;
   db2.m_reference_set.for_each_keypoint([&](KPT_REGISTER_KEYPOINT_IMPL* k) {
-    ok = add_pass_through(*k, t, ok);
+    if (translation.of(k) == nullptr) {
+      ok = add_pass_through(*k);
+      t = translation.of(k);
+    }
     if (t != nullptr && ok) {
       ok = align_pass_through(t, db2, k);
     }
@@ -37,24 +48,14 @@ bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   return ok;
 }
 
-// Answers for the register that it adds, and `ok` for one that is there: a
-// later success hides an earlier failure.
-bool KPT_KEYPOINTS_DB_IMPL::add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k, KPT_KEYPOINT*& t, bool ok) {
+bool KPT_KEYPOINTS_DB_IMPL::add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k) {
   const KPT_STRING& n = k.get_element_name();
   if (k.register_is_signal()) {
-    if (m_transformed_set.get_register(n) == nullptr) {
-      ok = associate_registers_signal_to_signal(n, n);
-      t = m_transformed_set.get_register(n);
-    }
-    return ok;
+    return associate_registers_signal_to_signal(n, n);
   }
   const KPT_STRING& entity = k.get_entity_name();
   const KPT_STRING& type = k.get_register_type();
-  if (m_transformed_set.get_register(n, entity, type) == nullptr) {
-    ok = associate_registers_instance_to_instance(n, entity, type, n, entity, type);
-    t = m_transformed_set.get_register(n, entity, type);
-  }
-  return ok;
+  return associate_registers_instance_to_instance(n, entity, type, n, entity, type);
 }
 
 // A keypoint at an index above 0 counts as not in the non-inverting group.

@@ -63,7 +63,9 @@ class KPT_POOL {
 
  private:
   static constexpr std::uint32_t BLOCK = 256;
-  struct alignas(T) PLACE {
+  static constexpr std::size_t LINE = 64;
+  // An object that fills lines of the cache exactly begins at one.
+  struct alignas(sizeof(T) % LINE == 0 ? LINE : alignof(T)) PLACE {
     std::byte bytes[sizeof(T)];
   };
   static_assert(sizeof(PLACE) >= sizeof(void*));
@@ -74,11 +76,12 @@ class KPT_POOL {
     if (m_blocks.size() == m_blocks.capacity()) {
       m_blocks.reserve(2 * m_blocks.size() + 1);
     }
-    auto* block = static_cast<PLACE*>(std::calloc(BLOCK, sizeof(PLACE)));
+    void* block = std::aligned_alloc(LINE, BLOCK * sizeof(PLACE));
     if (block == nullptr) {
       throw std::bad_alloc();
     }
-    m_blocks.push_back(block);
+    std::memset(block, 0, BLOCK * sizeof(PLACE));
+    m_blocks.push_back(static_cast<PLACE*>(block));
   }
 
   std::vector<PLACE*, MEM_STL_ALLOCATOR<PLACE*>> m_blocks;

@@ -4,13 +4,14 @@
 #include "db/kpt/kpt_xml_writer.h"
 #include "h/gen_sys.h"
 
-static_assert(sizeof(KPT_REGISTER_KEYPOINT_IMPL) <= 72);
+static_assert(sizeof(KPT_REGISTER_KEYPOINT_IMPL) <= 64);
 
 struct KPT_REGISTER_KEYPOINT_IMPL::EXTRAS : KPT_ZEROED {
   struct KEY : KPT_ZEROED {
     KPT_STRING name;
     KPT_STRING register_type;
   };
+  KIND kind = SIGNAL;
   KPT_STRING entity;
   KPT_STRING register_type;
   KPT_ATTRIBUTES attributes;
@@ -28,18 +29,19 @@ const KPT_STRING& no_text() {
 }  // namespace
 
 KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(long id, std::string_view name)
-    : KPT_KEYPOINT(KPT_REGISTER_TYPE, id, name), m_register_kind(SIGNAL) {}
+    : KPT_KEYPOINT(KPT_REGISTER_TYPE, id, name) {}
 
 KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(long id, std::string_view name, std::string_view entity,
                                                        std::string_view register_type)
-    : KPT_KEYPOINT(KPT_REGISTER_TYPE, id, name), m_register_kind(BLOCK_INSTANCE) {
+    : KPT_KEYPOINT(KPT_REGISTER_TYPE, id, name) {
+  extras().kind = BLOCK_INSTANCE;
   extras().entity = entity;
   extras().register_type = register_type;
 }
 
-KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(const KPT_REGISTER_KEYPOINT_IMPL& other)
-    : KPT_KEYPOINT(other), m_register_kind(other.register_is_signal() ? SIGNAL : BLOCK_INSTANCE) {
-  if (register_is_blockinstance()) {
+KPT_REGISTER_KEYPOINT_IMPL::KPT_REGISTER_KEYPOINT_IMPL(const KPT_REGISTER_KEYPOINT_IMPL& other) : KPT_KEYPOINT(other) {
+  if (!other.register_is_signal()) {
+    extras().kind = BLOCK_INSTANCE;
     extras().entity = other.get_entity_name();
     extras().register_type = other.get_register_type();
   }
@@ -53,6 +55,8 @@ KPT_REGISTER_KEYPOINT_IMPL::EXTRAS& KPT_REGISTER_KEYPOINT_IMPL::extras() {
   }
   return *m_extras;
 }
+
+KPT_REGISTER_KEYPOINT_IMPL::KIND KPT_REGISTER_KEYPOINT_IMPL::kind_in_extras() const { return m_extras->kind; }
 
 bool KPT_REGISTER_KEYPOINT_IMPL::is_register() const { return true; }
 
@@ -75,7 +79,7 @@ bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_signal(std::string_view name) {
   }
   set_element_name(name);
   if (register_is_blockinstance()) {
-    m_register_kind = SIGNAL;
+    extras().kind = SIGNAL;
     extras().entity.clear();
     extras().register_type.clear();
   }
@@ -86,11 +90,14 @@ bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_signal(std::string_view name) {
 // relies on reading back what it asked for.
 bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_instance(std::string_view name, std::string_view entity,
                                                           std::string_view register_type) {
+  // Copies: the arguments may be texts of this very register.
+  KPT_STRING new_entity(entity);
+  KPT_STRING new_type(register_type);
   set_element_name(name);
-  extras().entity = entity;
-  extras().register_type = register_type;
+  extras().entity.swap(new_entity);
+  extras().register_type.swap(new_type);
   if (register_is_signal()) {
-    m_register_kind = BLOCK_INSTANCE;
+    extras().kind = BLOCK_INSTANCE;
     return true;
   }
   return register_is_blockinstance();
@@ -125,7 +132,7 @@ bool KPT_REGISTER_KEYPOINT_IMPL::save_register(KPT_XML_WRITER& writer) const {
 // here when the keypoint is first renamed, so that a keypoint that keeps its
 // name, as nearly every one does, pays nothing for it.
 void KPT_REGISTER_KEYPOINT_IMPL::keep_key() {
-  if (m_place == OUTSIDE || (m_extras != nullptr && m_extras->key != nullptr)) {
+  if (!is_in_set() || (m_extras != nullptr && m_extras->key != nullptr)) {
     return;
   }
   auto key = std::make_unique<EXTRAS::KEY>();
@@ -134,16 +141,14 @@ void KPT_REGISTER_KEYPOINT_IMPL::keep_key() {
   extras().key = std::move(key);
 }
 
-std::string_view KPT_REGISTER_KEYPOINT_IMPL::key_name() const {
-  return m_extras == nullptr || m_extras->key == nullptr ? m_element_name : m_extras->key->name;
-}
-
-std::string_view KPT_REGISTER_KEYPOINT_IMPL::key_register_type() const {
-  return m_extras == nullptr || m_extras->key == nullptr ? get_register_type() : m_extras->key->register_type;
+KPT_REGISTER_KEYPOINT_IMPL::KEY KPT_REGISTER_KEYPOINT_IMPL::key_in_extras() const {
+  if (m_extras->key != nullptr) {
+    return {m_extras->key->name, m_extras->key->register_type};
+  }
+  return {m_element_name, m_extras->register_type};
 }
 
 void KPT_REGISTER_KEYPOINT_IMPL::retire() noexcept {
-  m_place = RETIRED;
   if (m_extras != nullptr) {
     m_extras->attributes.clear();
   }

@@ -4,10 +4,10 @@
 #include <tuple>
 #include <vector>
 
-#include "db/kpt/kpt_keypoint_set_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
+#include "db/kpt/kpt_translation.h"
 #include "db/kpt/msg_kpt.h"
 
 namespace {
@@ -99,20 +99,23 @@ void append_pairs(NI_PAIR_VECTOR& to, const NI_PAIR_VECTOR& from) {
   }
 }
 
-KPT_KEYPOINT_LIST translate_group(const KPT_KEYPOINT_LIST& group, const KPT_KEYPOINT_SET_IMPL& set) {
-  KPT_KEYPOINT_LIST translated;
-  for (const KPT_KEYPOINT* keypoint : group) {
-    const KPT_REGISTER_KEYPOINT_IMPL* source = as_register(keypoint);
-    if (source == nullptr) {
-      continue;
+// A side with every keypoint replaced by what `namesake_of` answers for it.
+template <class F>
+NI_PAIR_VECTOR translate_side(const NI_PAIR_VECTOR& side, F namesake_of) {
+  const auto translate_group = [&](const KPT_KEYPOINT_LIST& group) {
+    KPT_KEYPOINT_LIST translated;
+    for (const KPT_KEYPOINT* keypoint : group) {
+      KPT_KEYPOINT* namesake = namesake_of(keypoint);
+      if (namesake != nullptr) {
+        translated.push_back(namesake);
+      }
     }
-    KPT_KEYPOINT* namesake =
-        source->register_is_signal()
-            ? set.get_register(source->get_element_name())
-            : set.get_register(source->get_element_name(), source->get_entity_name(), source->get_register_type());
-    if (namesake != nullptr) {
-      translated.push_back(namesake);
-    }
+    return translated;
+  };
+  NI_PAIR_VECTOR translated;
+  translated.reserve(side.size());
+  for (const NI_PAIR& pair : side) {
+    translated.emplace_back(translate_group(pair.first), translate_group(pair.second));
   }
   return translated;
 }
@@ -258,10 +261,9 @@ KPT_ID_LIST KPT_TRANSFORMATION_IMPL::get_ids_in_list(const KPT_KEYPOINT_LIST& ke
 }
 
 NI_PAIR_VECTOR KPT_TRANSFORMATION_IMPL::translate_vector(const NI_PAIR_VECTOR& side, const KPT_KEYPOINT_SET_IMPL& set) {
-  NI_PAIR_VECTOR translated;
-  translated.reserve(side.size());
-  for (const NI_PAIR& pair : side) {
-    translated.emplace_back(translate_group(pair.first, set), translate_group(pair.second, set));
-  }
-  return translated;
+  return translate_side(side, [&](const KPT_KEYPOINT* k) { return KPT_TRANSLATION::namesake_in(set, k); });
+}
+
+NI_PAIR_VECTOR KPT_TRANSFORMATION_IMPL::translate_vector(const NI_PAIR_VECTOR& side, KPT_TRANSLATION& translation) {
+  return translate_side(side, [&](const KPT_KEYPOINT* k) { return translation.of(k); });
 }

@@ -25,6 +25,8 @@
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_zeroed.h"
 
+class KPT_TRANSLATION;
+
 class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   enum GROUP { N_GROUP, I_GROUP };
   using KEYPOINTS = std::span<KPT_KEYPOINT* const>;
@@ -274,6 +276,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   /// The side with every register replaced by its namesake in `set`. What has
   /// none there is dropped; every index stays, also as an empty one.
   static NI_PAIR_VECTOR translate_vector(const NI_PAIR_VECTOR& side, const KPT_KEYPOINT_SET_IMPL& set);
+  /// The same, by a translation that remembers.
+  static NI_PAIR_VECTOR translate_vector(const NI_PAIR_VECTOR& side, KPT_TRANSLATION& translation);
   NI_PAIR_VECTOR translate_reference_vector(const KPT_KEYPOINT_SET_IMPL& set) const {
     return translate_vector(m_r_vector, set);
   }

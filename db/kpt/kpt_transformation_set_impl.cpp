@@ -3,11 +3,10 @@
 #include <utility>
 
 #include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/kpt_translation.h"
 #include "db/kpt/kpt_xml_writer.h"
 
-KPT_TRANSFORMATION_SET_IMPL::KPT_TRANSFORMATION_SET_IMPL() : KPT_TRANSFORMATION_SET_IMPL(KPT_INDEX_IN_KEYPOINTS) {}
-
-KPT_TRANSFORMATION_SET_IMPL::KPT_TRANSFORMATION_SET_IMPL(KPT_INDEX_KIND kind) : m_r_index(kind), m_t_index(kind) {}
+KPT_TRANSFORMATION_SET_IMPL::KPT_TRANSFORMATION_SET_IMPL() = default;
 
 KPT_TRANSFORMATION_SET_IMPL::~KPT_TRANSFORMATION_SET_IMPL() {
   for (KPT_TRANSFORMATION_IMPL* map : m_maps) {
@@ -125,21 +124,32 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::find_eq_transformation_in_
 }
 
 bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source,
-                                                    KPT_KEYPOINT_SET_IMPL& keypoints) {
-  const std::size_t more = source.m_maps.size();
-  m_maps.make_room(more);
-  m_r_index.reserve(m_r_index.size() + more);
-  m_t_index.reserve(m_t_index.size() + more);
-  for (const KPT_TRANSFORMATION_IMPL* map : source.m_maps) {
-    NI_PAIR_VECTOR r = map->translate_reference_vector(keypoints);
-    NI_PAIR_VECTOR t = map->translate_transformed_vector(keypoints);
-    if (map->map_has_fsm_transformation()) {
-      add_map(std::move(r), std::move(t), map->get_register_state_table(), map->get_elim_status());
-    } else {
-      add_map(std::move(r), std::move(t), map->get_elim_status());
+                                                    const KPT_KEYPOINT_SET_IMPL& keypoints) {
+  KPT_TRANSLATION translation(keypoints);
+  return translate_map_set(source, translation);
+}
+
+// The source may be this very set: the maps that are added are not walked.
+bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source,
+                                                    KPT_TRANSLATION& translation) {
+  bool ok = true;
+  const KPT_TRANSFORMATION_LIST& maps = source.m_maps;
+  const std::uint32_t end = maps.last_position();
+  m_maps.make_room(maps.size());
+  for (std::uint32_t position = 1; position <= end; ++position) {
+    const KPT_TRANSFORMATION_IMPL* map = maps.at(position);
+    if (map == nullptr) {
+      continue;
     }
+    NI_PAIR_VECTOR r = KPT_TRANSFORMATION_IMPL::translate_vector(map->r_vec(), translation);
+    NI_PAIR_VECTOR t = KPT_TRANSFORMATION_IMPL::translate_vector(map->t_vec(), translation);
+    const KPT_TRANSFORMATION_IMPL* added =
+        map->map_has_fsm_transformation()
+            ? add_map(std::move(r), std::move(t), map->get_register_state_table(), map->get_elim_status())
+            : add_map(std::move(r), std::move(t), map->get_elim_status());
+    ok = added != nullptr && ok;
   }
-  return true;  // add_map answers no null: out of memory, it throws
+  return ok;
 }
 
 bool KPT_TRANSFORMATION_SET_IMPL::save_transformation_set(KPT_XML_WRITER& writer) const {

@@ -21,11 +21,11 @@
 #include "db/kpt/kpt_transformation_list.h"
 #include "db/kpt/kpt_types.h"
 
+class KPT_TRANSLATION;
+
 class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL {
  public:
   KPT_TRANSFORMATION_SET_IMPL();
-  /// A set that lives beside another over the same keypoints, for a while.
-  explicit KPT_TRANSFORMATION_SET_IMPL(KPT_INDEX_KIND kind);
   ~KPT_TRANSFORMATION_SET_IMPL();
   KPT_TRANSFORMATION_SET_IMPL(const KPT_TRANSFORMATION_SET_IMPL&) = delete;
   KPT_TRANSFORMATION_SET_IMPL& operator=(const KPT_TRANSFORMATION_SET_IMPL&) = delete;
@@ -86,7 +86,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL {
   bool unite(KPT_TRANSFORMATION_SET_IMPL& db2);
   /// Appends a copy of every map of `source`, each keypoint replaced by its
   /// namesake in `keypoints`; one without a namesake is dropped.
-  bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, KPT_KEYPOINT_SET_IMPL& keypoints);
+  bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, const KPT_KEYPOINT_SET_IMPL& keypoints);
+  /// The same, with what the translation already knows.
+  bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, KPT_TRANSLATION& translation);
 
   /// Writes the "transformations_set" element. The result is that of the last map.
   bool save_transformation_set(KPT_XML_WRITER& writer) const;

@@ -1,0 +1,67 @@
+// A value for each of many keypoints, the default value for all others.
+//
+// Ownership: owns its values, never the keypoints. An entry outlives its
+// keypoint, but is never taken for one of another: a set's number and the
+// places in it are given out once.
+//
+// The keypoints of the first two sets that are met, which are all that an
+// index of one database ever sees, are looked up by their place in an array a
+// set: four or eight bytes a keypoint, no hash, and walks in order of creation
+// run through memory in order. All others are in a hash by address.
+#ifndef KPT_BY_KEYPOINT_H
+#define KPT_BY_KEYPOINT_H
+
+#include <array>
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstdint>
+#include <vector>
+
+#include "db/kpt/kpt_keypoint.h"
+#include "db/kpt/kpt_types.h"
+
+template <class VALUE>
+class KPT_BY_KEYPOINT {
+ public:
+  /// The keypoint's value; the default value for null.
+  VALUE find(const KPT_KEYPOINT* keypoint) const {
+    if (keypoint == nullptr) {
+      return VALUE();
+    }
+    for (const SHELF& shelf : m_shelves) {
+      if (shelf.set == keypoint->m_set) {
+        return keypoint->m_place < shelf.values.size() ? shelf.values[keypoint->m_place] : VALUE();
+      }
+    }
+    const auto found = m_others.find(keypoint);
+    return found == m_others.end() ? VALUE() : found->second;
+  }
+
+  /// The keypoint's value, to change. Requires a keypoint that is not null.
+  VALUE& at(const KPT_KEYPOINT* keypoint) {
+    for (SHELF& shelf : m_shelves) {
+      if (shelf.set == NO_SET && keypoint->m_set != KPT_KEYPOINT::OUTSIDE) {
+        shelf.set = keypoint->m_set;
+      }
+      if (shelf.set == keypoint->m_set) {
+        if (keypoint->m_place >= shelf.values.size()) {
+          shelf.values.resize(std::size_t{keypoint->m_place} + 1);
+        }
+        return shelf.values[keypoint->m_place];
+      }
+    }
+    return m_others[keypoint];
+  }
+
+ private:
+  static constexpr std::uint32_t NO_SET = UINT32_MAX;  // the number of no set
+  struct SHELF {
+    std::uint32_t set = NO_SET;
+    std::vector<VALUE, MEM_STL_ALLOCATOR<VALUE>> values;
+  };
+  std::array<SHELF, 2> m_shelves;
+  boost::unordered_flat_map<const KPT_KEYPOINT*, VALUE, boost::hash<const KPT_KEYPOINT*>, std::equal_to<>,
+                            MEM_STL_ALLOCATOR<std::pair<const KPT_KEYPOINT* const, VALUE>>>
+      m_others;
+};
+
+#endif

@@ -1,0 +1,32 @@
+// From the keypoints of any database to their namesakes in one keypoint set.
+//
+// Ownership: none; the set outlives the translation. While a translation
+// lives, registers may be added to the set, but none is deleted or renamed: an
+// answer is looked up by name once and remembered.
+#ifndef KPT_TRANSLATION_H
+#define KPT_TRANSLATION_H
+
+#include "db/kpt/kpt_by_keypoint.h"
+#include "db/kpt/kpt_keypoint_set_impl.h"
+
+class KPT_TRANSLATION {
+ public:
+  explicit KPT_TRANSLATION(const KPT_KEYPOINT_SET_IMPL& set) : m_set(set) {}
+
+  /// The register of the set with the same name, or for a block instance the
+  /// same name and register type. Null when there is none, and for a keypoint
+  /// that is null or no register.
+  KPT_REGISTER_KEYPOINT_IMPL* of(const KPT_KEYPOINT* keypoint);
+  /// The same, looked up and not remembered.
+  static KPT_REGISTER_KEYPOINT_IMPL* namesake_in(const KPT_KEYPOINT_SET_IMPL& set, const KPT_KEYPOINT* keypoint);
+  /// Remembers what `of` is to answer.
+  void remember(const KPT_KEYPOINT* keypoint, KPT_REGISTER_KEYPOINT_IMPL* namesake) {
+    m_namesakes.at(keypoint) = namesake;
+  }
+
+ private:
+  const KPT_KEYPOINT_SET_IMPL& m_set;
+  KPT_BY_KEYPOINT<KPT_REGISTER_KEYPOINT_IMPL*> m_namesakes;
+};
+
+#endif
