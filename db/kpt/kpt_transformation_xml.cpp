@@ -1,30 +1,13 @@
 // How a map is written to a database file.
 #include <algorithm>
 
+#include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_keypoint.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
 #include "db/kpt/kpt_xml_writer.h"
 
 namespace {
-
-// Empty for a value outside the list, and the attribute is then left out.
-std::string_view elim_word(KPT_ELIM_ENUM status) {
-  switch (status) {
-    case KPT_NOT_ELIMINATED:
-      return "not_eliminated";
-    case KPT_STUCK_AT_ZERO:
-      return "stuck_at_zero";
-    case KPT_STUCK_AT_ONE:
-      return "stuck_at_one";
-    case KPT_NO_FANOUT:
-      return "no_fanout";
-    case KPT_ELIMINATED:
-      return "eliminated";
-    default:
-      return "";
-  }
-}
 
 // A null keypoint has no id to be named by; a group of nothing else is left
 // out like an empty one.
@@ -62,7 +45,7 @@ bool save_side(KPT_XML_WRITER& writer, std::string_view type, const NI_PAIR_VECT
 }  // namespace
 
 bool KPT_TRANSFORMATION_IMPL::save_transformation(KPT_XML_WRITER& writer) const {
-  bool saved = writer.write_transformation_start_xml(elim_word(m_elim_status));
+  bool saved = writer.write_transformation_start_xml(kpt_elim_word(m_elim_status));
   saved = save_side(writer, "reference", m_r_vector, saved);
   saved = save_side(writer, "transformed", m_t_vector, saved);
   if (map_has_fsm_transformation()) {
