@@ -39,7 +39,7 @@ class KPT_POOL {
     }
     PLACE* place = m_free != nullptr ? m_free : place_at(m_count);
     PLACE* next = nullptr;
-    std::memcpy(&next, place, sizeof next);
+    std::memcpy(&next, static_cast<const void*>(place), sizeof next);
     T* object = std::construct_at(reinterpret_cast<T*>(place), std::forward<A>(arguments)...);
     m_count += m_free == nullptr ? 1U : 0U;
     m_free = next;

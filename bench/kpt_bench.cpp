@@ -1,0 +1,99 @@
+// Runs the workloads at sizes from 1,000 to 1,000,000 registers. Times are per
+// workload; "ns_per_register" divides them, "heap" is what the run left
+// allocated per register, "peak_MiB" what a process of its own needed at most.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+
+#include "bench/workload.h"
+
+namespace {
+
+using bench::CLOCK;
+using bench::RUN;
+using bench::WORKLOAD;
+
+double seconds(CLOCK clock) {
+  if (clock == CLOCK::WALL) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+  }
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_utime.tv_sec) + 1e-6 * static_cast<double>(usage.ru_utime.tv_usec);
+}
+
+double heap_in_use() {
+  const auto info = mallinfo2();
+  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+double peak_resident_mebibytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+// How much the run adds to the resident memory, at most, in a child.
+double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
+  const RUN run = workload.prepare(count);
+  malloc_trim(0);
+  int ends[2];
+  if (pipe(ends) != 0) {
+    return 0;
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    const double before = peak_resident_mebibytes();
+    run();
+    const double added = peak_resident_mebibytes() - before;
+    _exit(write(ends[1], &added, sizeof added) == sizeof added ? 0 : 1);
+  }
+  close(ends[1]);
+  double added = 0;
+  if (read(ends[0], &added, sizeof added) != sizeof added) {
+    added = 0;
+  }
+  close(ends[0]);
+  waitpid(child, nullptr, 0);
+  return added;
+}
+
+void measure(benchmark::State& state, const WORKLOAD& workload) {
+  const auto count = static_cast<unsigned>(state.range(0));
+  double time = 0;
+  double heap = 0;
+  for (auto _ : state) {
+    const RUN run = workload.prepare(count);
+    const double heap_before = heap_in_use();
+    const double start = seconds(workload.clock);
+    run();
+    const double spent = seconds(workload.clock) - start;
+    heap = heap_in_use() - heap_before;
+    time += spent;
+    state.SetIterationTime(spent);
+  }
+  state.counters["ns_per_register"] = 1e9 * time / (static_cast<double>(state.iterations()) * count);
+  state.counters["heap"] = heap / count;
+  if (workload.peak) {
+    state.counters["peak_MiB"] = peak_mebibytes(workload, count);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const WORKLOAD& workload : bench::all_workloads()) {
+    benchmark::RegisterBenchmark(workload.name.c_str(),
+                                 [workload](benchmark::State& state) { measure(state, workload); })
+        ->RangeMultiplier(10)
+        ->Range(1000, 1000000)
+        ->UseManualTime();
+  }
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

@@ -1,0 +1,23 @@
+// Register names as netlists have them, about 35 characters long, and orders
+// in which to go through them.
+#ifndef KPT_BENCH_NAMES_H
+#define KPT_BENCH_NAMES_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+using NAMES = std::shared_ptr<const std::vector<std::string>>;
+using ORDER = std::shared_ptr<const std::vector<unsigned>>;
+
+/// The names of one netlist ('a', 'b', ...), made once for each size.
+NAMES names(char netlist, unsigned count);
+ORDER in_order(unsigned count);
+/// The same shuffle at every call.
+ORDER shuffled(unsigned count);
+
+}  // namespace bench
+
+#endif
