@@ -27,16 +27,6 @@ enum MSG_SEVERITY : unsigned int {
 inline constexpr std::array<const char*, 6> MSG_SEVERITY_NAMES{"Error", "Info",       "Warning",
                                                                "Debug", "Extra Info", "Critical Warning"};
 
-enum MSG_BUTTONS : unsigned int {
-  MSG_BUTTONS_OK,
-  MSG_BUTTONS_OK_CANCEL,
-  MSG_BUTTONS_YES_NO,
-  MSG_BUTTONS_YES_NO_CANCEL
-};
-
-/// Indexed by MSG_BUTTONS: the button sets of a host that asks its user.
-inline constexpr std::array<const char*, 4> MSG_BUTTON_SETS{"OK", "OK,Cancel", "Yes,No", "Yes,No,Cancel"};
-
 /// A message: a text, filled once, and the tag it is filed under. Filling and posting never fail
 /// visibly; a host that cannot deliver a message drops it.
 class KPT_HOST_API MSG_BASE {
