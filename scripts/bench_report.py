@@ -1,0 +1,133 @@
+#!/usr/bin/env python3
+"""Turns the benchmarks' JSON into the tables and plots of the figures page.
+
+usage: bench_report.py RESULT.json PAGE.md FOLDER
+
+The part of PAGE between the two marker lines is replaced; the rest stays.
+"""
+
+import json
+import pathlib
+import re
+import subprocess
+import sys
+
+BEGIN = "<!-- measured by scripts/bench: begin -->"
+END = "<!-- measured by scripts/bench: end -->"
+
+# What is measured, beside whom, and the ratio to reach: "at most" for a cost
+# of ours over the other's, "at least" for the other's over ours.
+AIMS = [
+    ("record/kpt", "record/flat", "at most", 4),
+    ("record/kpt", "record/sqlite", "at least", 4),
+    ("query/kpt", "query/flat", "at most", 1.5),
+    ("query/kpt_answers", "query/flat", "at most", 2),
+    ("query/kpt", "query/sqlite", "at least", 20),
+    ("save/kpt", "save/copy_and_write", "at most", 2),
+    ("save/kpt", "save/stream_flushed_a_line", "at least", 15),
+    ("load/kpt", "load/two_dom_parses", "at most", 1.15),
+    ("unite/kpt", "unite/sqlite", "at least", 5),
+    ("unite_shuffled/kpt", "unite_shuffled/sqlite", "at least", 5),
+    ("unite/kpt", "unite/by_hand", "at most", 3),
+    ("unite_shuffled/kpt", "unite_shuffled/by_hand", "at most", 3),
+    ("destroy/kpt", "record/kpt", "at most", 0.2),
+]
+
+
+def read(path):
+    """{workload: {size: counters}}"""
+    figures = {}
+    for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
+        group, who, size = run["name"].split("/")[:3]
+        figures.setdefault(f"{group}/{who}", {})[int(size)] = run
+    return figures
+
+
+def row(cells):
+    return "| " + " | ".join(cells) + " |\n"
+
+
+def table(head, rows):
+    return row(head) + row(["---"] * len(head)) + "".join(row(r) for r in rows)
+
+
+def ratio_rows(figures, sizes):
+    for ours, other, sense, aim in AIMS:
+        cells = [f"`{ours}`", f"`{other}`", f"{sense} {aim}"]
+        for size in sizes:
+            a = figures[ours][size]["ns_per_register"]
+            b = figures[other][size]["ns_per_register"]
+            cells.append(f"{a / b if sense == 'at most' else b / a:.2f}")
+        yield cells
+
+
+def cost_rows(figures, sizes):
+    for name, runs in figures.items():
+        yield [f"`{name}`"] + [f"{runs[size]['ns_per_register']:.0f}" for size in sizes]
+
+
+def memory_rows(figures, sizes):
+    for name in ("record/kpt", "record/flat", "record/sqlite", "record/textbook"):
+        yield [f"`{name}`, bytes per register"] + [f"{figures[name][size]['heap']:.0f}" for size in sizes]
+    for name, runs in figures.items():
+        if name.startswith("load/"):
+            yield [f"`{name}`, peak MiB"] + [f"{runs[size].get('peak_MiB', 0):.0f}" for size in sizes]
+
+
+def data_block(name):
+    return "$" + re.sub("[^a-z]", "_", name)
+
+
+def plot(figures, folder):
+    """One picture: nanoseconds per register over the number of registers."""
+    folder.mkdir(parents=True, exist_ok=True)
+    ours = [name for name in figures if name.endswith("/kpt")]
+    lines = []
+    for name in ours:
+        lines.append(f"{data_block(name)} << EOD")
+        lines += [f"{size} {run['ns_per_register']}" for size, run in sorted(figures[name].items())]
+        lines.append("EOD")
+    lines += [
+        "set terminal svg size 900,560 background 'white'",
+        f"set output '{folder / 'cost.svg'}'",
+        "set logscale xy",
+        "set key outside right",
+        "set xlabel 'registers'",
+        "set ylabel 'ns per register'",
+        "set grid",
+        "plot " + ", ".join(
+            f"{data_block(name)} with linespoints title '{name.split('/')[0].replace('_', ' ')}'"
+            for name in ours),
+    ]
+    subprocess.run(["gnuplot"], input="\n".join(lines), text=True, check=True)
+
+
+def main():
+    result, page, folder = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
+    figures = read(result)
+    sizes = sorted(figures["record/kpt"])
+    heads = [f"{size:,}" for size in sizes]
+    text = "\n".join([
+        BEGIN,
+        "",
+        "Ratios, each of one run. \"At most\" is our cost over the other's, \"at least\" the other's over ours.",
+        "",
+        table(["measured", "beside", "aim"] + heads, ratio_rows(figures, sizes)),
+        "Nanoseconds per register (CPU time for loading, wall time for the rest):",
+        "",
+        table(["workload"] + heads, cost_rows(figures, sizes)),
+        "Memory:",
+        "",
+        table(["what"] + heads, memory_rows(figures, sizes)),
+        "![nanoseconds per register over the number of registers](figures/cost.svg)",
+        "",
+        END,
+    ])
+    old = page.read_text()
+    head, tail = old.split(BEGIN)[0], old.split(END)[1]
+    page.write_text(head + text + tail)
+    plot(figures, folder)
+
+
+if __name__ == "__main__":
+    main()
