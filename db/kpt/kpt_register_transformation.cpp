@@ -19,16 +19,31 @@ KPT_REGISTER_KEYPOINT handle(KPT_KEYPOINT* keypoint) {
       keypoint != nullptr && keypoint->is_register() ? static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(keypoint) : nullptr);
 }
 
-KPT_REGISTER_KEYPOINT_LIST equivalents(KPT_TRANSFORMATION_IMPL* map, KPT_SET_ENUM side, unsigned short index) {
-  KPT_REGISTER_KEYPOINT_LIST list;
-  checked(map).for_each_equivalent(side, index, [&](KPT_KEYPOINT* keypoint) { list.push_back(handle(keypoint)); });
-  return list;
+enum RELATION { EQUIVALENT, INVERTED };
+
+// The most registers that the list can come to, so that it is allocated once.
+std::size_t room_for(const NI_PAIR_VECTOR& side, unsigned short index, RELATION relation) {
+  if (index >= side.size()) {
+    return 0;
+  }
+  const NI_PAIR& pair = side[index];
+  if (relation == INVERTED) {
+    return pair.first.empty() ? 0 : pair.second.size();
+  }
+  const KPT_KEYPOINT_LIST& own = pair.first.empty() ? pair.second : pair.first;
+  return own.empty() ? 0 : own.size() - 1;
 }
 
-KPT_REGISTER_KEYPOINT_LIST inverted_equivalents(KPT_TRANSFORMATION_IMPL* map, KPT_SET_ENUM side, unsigned short index) {
+KPT_REGISTER_KEYPOINT_LIST list_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, unsigned short index,
+                                   RELATION relation) {
   KPT_REGISTER_KEYPOINT_LIST list;
-  checked(map).for_each_inverted_equivalent(side, index,
-                                            [&](KPT_KEYPOINT* keypoint) { list.push_back(handle(keypoint)); });
+  list.reserve(room_for(side == KPT_REFERENCE_SET ? map.r_vec() : map.t_vec(), index, relation));
+  const auto append = [&](KPT_KEYPOINT* keypoint) { list.push_back(handle(keypoint)); };
+  if (relation == EQUIVALENT) {
+    map.for_each_equivalent(side, index, append);
+  } else {
+    map.for_each_inverted_equivalent(side, index, append);
+  }
   return list;
 }
 
@@ -49,20 +64,20 @@ KPT_REGISTER_KEYPOINT KPT_REGISTER_TRANSFORMATION::get_transformed(unsigned shor
 }
 
 KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_reference_equivalents(unsigned short index) const {
-  return equivalents(m_impl, KPT_REFERENCE_SET, index);
+  return list_of(checked(m_impl), KPT_REFERENCE_SET, index, EQUIVALENT);
 }
 
 KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_transformed_equivalents(unsigned short index) const {
-  return equivalents(m_impl, KPT_TRANSFORMED_SET, index);
+  return list_of(checked(m_impl), KPT_TRANSFORMED_SET, index, EQUIVALENT);
 }
 
 KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_reference_inverted_equivalents(unsigned short index) const {
-  return inverted_equivalents(m_impl, KPT_REFERENCE_SET, index);
+  return list_of(checked(m_impl), KPT_REFERENCE_SET, index, INVERTED);
 }
 
 KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_transformed_inverted_equivalents(
     unsigned short index) const {
-  return inverted_equivalents(m_impl, KPT_TRANSFORMED_SET, index);
+  return list_of(checked(m_impl), KPT_TRANSFORMED_SET, index, INVERTED);
 }
 
 bool KPT_REGISTER_TRANSFORMATION::is_positive_unate(unsigned short r_index, unsigned short t_index) const {

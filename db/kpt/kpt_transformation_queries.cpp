@@ -5,18 +5,22 @@
 
 KPT_KEYPOINT_LIST KPT_TRANSFORMATION_IMPL::equivalents(KPT_SET_ENUM side, unsigned long index) const {
   KPT_KEYPOINT_LIST list;
+  const KEYPOINTS own = representative_group(side, index);
+  list.reserve(own.empty() ? 0 : own.size() - 1);
   for_each_equivalent(side, index, [&](KPT_KEYPOINT* keypoint) { list.push_back(keypoint); });
   return list;
 }
 
 KPT_KEYPOINT_LIST KPT_TRANSFORMATION_IMPL::inverted_equivalents(KPT_SET_ENUM side, unsigned long index) const {
   KPT_KEYPOINT_LIST list;
+  list.reserve(opposite_group(side, index).size());
   for_each_inverted_equivalent(side, index, [&](KPT_KEYPOINT* keypoint) { list.push_back(keypoint); });
   return list;
 }
 
 KPT_KEYPOINT_LIST KPT_TRANSFORMATION_IMPL::registers_at_index(KPT_SET_ENUM side, unsigned long index) const {
   KPT_KEYPOINT_LIST list;
+  list.reserve(representative_group(side, index).size() + opposite_group(side, index).size());
   for_each_register_at_index(side, index, [&](KPT_KEYPOINT* keypoint) { list.push_back(keypoint); });
   return list;
 }
