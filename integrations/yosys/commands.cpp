@@ -1,0 +1,252 @@
+// The commands that this plugin adds to Yosys.
+#include <fstream>
+
+#include "kernel/yosys.h"
+#include "listing.h"
+#include "proof.h"
+#include "recorder.h"
+#include "session.h"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+namespace RTLIL = Yosys::RTLIL;
+
+// Keeps exceptions of ours from Yosys, which knows only its own.
+template <class ACTION>
+void guarded(ACTION action) {
+  std::string failure;
+  try {
+    action();
+    return;
+  } catch (const std::exception& error) {
+    failure = error.what();
+  }
+  Yosys::log_cmd_error("%s\n", failure.c_str());
+}
+
+KPT_KEYPOINTS_DB* find_database(const std::string& name) {
+  KPT_KEYPOINTS_DB* const db = KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db(name);
+  if (db == nullptr) {
+    Yosys::log_cmd_error("There is no keypoint database called %s.\n", name.c_str());
+  }
+  return db;
+}
+
+// The value of an option that is followed by one.
+bool takes(const Arguments& args, std::size_t& at, const char* option, std::string& value) {
+  if (args[at] != option || at + 1 >= args.size()) {
+    return false;
+  }
+  value = args[++at];
+  return true;
+}
+
+struct KPT_TRACK : Yosys::Pass {
+  KPT_TRACK() : Pass("kpt_track", "start to follow what becomes of registers") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_track [options]\n\n"
+        "Follows every flip-flop bit of the design from here on through all passes, those inside\n"
+        "of scripts such as 'synth' too. Where processes are left, following starts with the pass\n"
+        "that turns the last one into a netlist.\n\n"
+        "    -top <module>\n        the module to look at (default: the top module)\n\n"
+        "    -name <name>\n        the name of the stage's database (default: kpt)\n\n"
+        "    -off\n        end following without recording anything\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string top;
+    std::string name = "kpt";
+    std::size_t at = 1;
+    for (; at < args.size(); ++at) {
+      if (args[at] == "-off") {
+        kpt_yosys::stop_tracking();
+        return;
+      }
+      if (!takes(args, at, "-top", top) && !takes(args, at, "-name", name)) {
+        break;
+      }
+    }
+    extra_args(args, at, design, false);
+    guarded([&] { kpt_yosys::start_tracking(design, top, name); });
+  }
+} kpt_track;
+
+struct KPT_STAGE : Yosys::Pass {
+  KPT_STAGE() : Pass("kpt_stage", "end a stage and record what became of the registers") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_stage [options]\n\n"
+        "Records what became of the registers in the stage's database, prints how many were kept,\n"
+        "merged, eliminated and so on, and ends following.\n\n"
+        "    -next <name>\n        go on with a next stage, recorded in a database of that name\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string next;
+    std::size_t at = 1;
+    while (at < args.size() && takes(args, at, "-next", next)) {
+      ++at;
+    }
+    extra_args(args, at, design, false);
+    if (kpt_yosys::current_tracker() == nullptr || !kpt_yosys::current_tracker()->started()) {
+      Yosys::log_cmd_error("No registers are being followed: use kpt_track, and have no processes left.\n");
+    }
+    const std::string name = kpt_yosys::current_stage();
+    KPT_KEYPOINTS_MANAGER* const manager = KPT_KEYPOINTS_MANAGER::get_instance();
+    if (manager->get_keypoints_db(name) != nullptr) {
+      Yosys::log_cmd_error("A keypoint database called %s exists already.\n", name.c_str());
+    }
+    guarded([&] {
+      kpt_yosys::current_tracker()->boundary(design, "");
+      const KPT_KEYPOINTS_DB& db = *manager->create_keypoints_db(name);
+      kpt_yosys::print(kpt_yosys::record(*kpt_yosys::current_tracker(), db), name);
+      Yosys::log("Following took %.3f seconds.\n", kpt_yosys::tracking_seconds());
+      if (next.empty()) {
+        kpt_yosys::stop_tracking();
+      } else {
+        kpt_yosys::next_stage(next);
+      }
+    });
+  }
+} kpt_stage;
+
+struct KPT_UNITE : Yosys::Pass {
+  KPT_UNITE() : Pass("kpt_unite", "unite the databases of successive stages") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_unite <first> <next>...\n\n"
+        "Appends the databases of the next stages to the first, in order.\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design*) override {
+    if (args.size() < 3) {
+      Yosys::log_cmd_error("Give the names of two databases or more.\n");
+    }
+    for (std::size_t i = 2; i < args.size(); ++i) {
+      const KPT_KEYPOINTS_DB* const first = find_database(args[1]);
+      const KPT_KEYPOINTS_DB* const next = find_database(args[i]);
+      bool united = false;
+      guarded([&] { united = first->unite(*next); });
+      if (!united) {
+        Yosys::log_cmd_error("%s cannot be united with %s.\n", args[i].c_str(), args[1].c_str());
+      }
+    }
+  }
+} kpt_unite;
+
+struct KPT_SAVE : Yosys::Pass {
+  KPT_SAVE() : Pass("kpt_save", "save a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_save [-name <name>] <file>\n\n"
+        "Saves a recorded database (default: kpt). A database that could not be read back, because\n"
+        "a name holds <, & or \", is refused; the file is then left as it was.\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design*) override {
+    std::string name = "kpt";
+    std::size_t at = 1;
+    while (at < args.size() && takes(args, at, "-name", name)) {
+      ++at;
+    }
+    if (at + 1 != args.size()) {
+      Yosys::log_cmd_error("Give the name of one file.\n");
+    }
+    const KPT_KEYPOINTS_DB* const db = find_database(name);
+    bool saved = false;
+    guarded([&] { saved = db->save_atomically(args[at]); });
+    if (!saved) {
+      Yosys::log_cmd_error("%s cannot be saved as %s.\n", name.c_str(), args[at].c_str());
+    }
+    Yosys::log("Saved %s as %s.\n", name.c_str(), args[at].c_str());
+  }
+} kpt_save;
+
+struct KPT_LOAD : Yosys::Pass {
+  KPT_LOAD() : Pass("kpt_load", "load a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_load <file>\n\n"
+        "Loads a database, under the name that the file gives it.\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design*) override {
+    if (args.size() != 2) {
+      Yosys::log_cmd_error("Give the name of one file.\n");
+    }
+    const KPT_KEYPOINTS_DB* db = nullptr;
+    guarded([&] { db = KPT_KEYPOINTS_MANAGER::get_instance()->load_db(args[1]); });
+    if (db == nullptr) {
+      Yosys::log_cmd_error("%s cannot be loaded.\n", args[1].c_str());
+    }
+    Yosys::log("Loaded %s.\n", db->get_name().c_str());
+  }
+} kpt_load;
+
+struct KPT_SHOW : Yosys::Pass {
+  KPT_SHOW() : Pass("kpt_show", "print what a keypoint database says") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_show [-name <name>] [-o <file>]\n\n"
+        "Prints one line for each reference register, sorted by name, to the log or a file.\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string name = "kpt";
+    std::string file;
+    std::size_t at = 1;
+    while (at < args.size() && (takes(args, at, "-name", name) || takes(args, at, "-o", file))) {
+      ++at;
+    }
+    extra_args(args, at, design, false);
+    const KPT_KEYPOINTS_DB* const db = find_database(name);
+    std::vector<std::string> lines;
+    guarded([&] { lines = kpt_yosys::listing(*db); });
+    std::ofstream out(file);
+    for (const std::string& line : lines) {
+      if (file.empty()) {
+        Yosys::log("%s\n", line.c_str());
+      } else {
+        out << line << "\n";
+      }
+    }
+    if (!file.empty() && !out.flush()) {
+      Yosys::log_cmd_error("Cannot write %s.\n", file.c_str());
+    }
+  }
+} kpt_show;
+
+struct KPT_APPLY : Yosys::Pass {
+  KPT_APPLY() : Pass("kpt_apply", "prepare an equivalence proof by a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_apply [-name <name>] -encfile <file> <gold> <gate>\n\n"
+        "Gives the registers of two flat modules, before and after synthesis, names that both\n"
+        "share, and writes the codes of state machines to the file. Then prove:\n\n"
+        "    equiv_make -encfile <file> gold gate equiv\n"
+        "    equiv_simple equiv; equiv_induct equiv; equiv_status -assert equiv\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string name = "kpt";
+    std::string file;
+    std::size_t at = 1;
+    while (at < args.size() && (takes(args, at, "-name", name) || takes(args, at, "-encfile", file))) {
+      ++at;
+    }
+    if (file.empty() || at + 2 != args.size()) {
+      Yosys::log_cmd_error("Give -encfile <file> and two modules.\n");
+    }
+    RTLIL::Module* const gold = design->module(RTLIL::escape_id(args[at]));
+    RTLIL::Module* const gate = design->module(RTLIL::escape_id(args[at + 1]));
+    if (gold == nullptr || gate == nullptr) {
+      Yosys::log_cmd_error("There is no module %s.\n", args[gold == nullptr ? at : at + 1].c_str());
+    }
+    const KPT_KEYPOINTS_DB* const db = find_database(name);
+    std::ofstream codes(file);
+    kpt_yosys::PROOF_SUMMARY done;
+    guarded([&] { done = kpt_yosys::prepare_proof(*db, gold, gate, codes); });
+    if (!codes.flush()) {
+      Yosys::log_cmd_error("Cannot write %s.\n", file.c_str());
+    }
+    Yosys::log("Matched %zu registers, %zu constants and %zu state machines; %zu drive nothing, %zu are missing.\n",
+               done.m_registers, done.m_constants, done.m_machines, done.m_no_fanout, done.m_missing);
+  }
+} kpt_apply;
+
+}  // namespace

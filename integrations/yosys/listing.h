@@ -1,0 +1,19 @@
+// What a database says of each reference register, as text.
+//
+// Ownership: the handle is used during the call only.
+#ifndef LISTING_H
+#define LISTING_H
+
+#include <string>
+#include <vector>
+
+#include "db/kpt/kpt.h"
+
+namespace kpt_yosys {
+
+/// One line for each reference register, in order of names.
+std::vector<std::string> listing(const KPT_KEYPOINTS_DB& db);
+
+}  // namespace kpt_yosys
+
+#endif

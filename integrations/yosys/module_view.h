@@ -1,0 +1,103 @@
+// The registers of one module, as they stand at one moment, and what drives each of its nets.
+//
+// Ownership: a view points into the module and is good until the module changes. What it says of
+// its registers (FLOP) points nowhere and outlives the netlist.
+#ifndef MODULE_VIEW_H
+#define MODULE_VIEW_H
+
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "kernel/sigtools.h"
+#include "kernel/yosys.h"
+#include "netlist_names.h"
+
+namespace kpt_yosys {
+
+/// A bit of a wire, by the number that Yosys gives a wire once and to no other.
+struct NET {
+  unsigned int m_wire = 0;
+  int m_bit = 0;
+};
+
+/// One bit of storage.
+struct FLOP {
+  unsigned int m_cell = 0;      // the number of the cell
+  int m_index = 0;              // among the bits of the cell
+  std::string m_cell_name;      // as Yosys spells it
+  std::string m_type;           // of a technology cell; empty for a flip-flop of Yosys
+  std::string m_port;           // likewise
+  std::string m_name;           // of the best net that carries it
+  std::vector<NET> m_nets;      // all nets that carry it
+  std::vector<NET> m_inverted;  // all nets that carry its inverse
+  NET m_uninverted_data;        // where an inverter drives its data input: that inverter's input
+  RTLIL::SigBit m_output;       // of use only with the view
+  RTLIL::SigBit m_data;         // likewise
+};
+
+/// What the value on a net is.
+enum class SOURCE_KIND { ZERO, ONE, UNDEFINED, FLOP, LOGIC };
+
+struct SOURCE {
+  SOURCE_KIND m_kind = SOURCE_KIND::LOGIC;
+  int m_flop = -1;
+  bool m_inverted = false;
+};
+
+/// The technology's registers that were met so far: "type/port".
+using TECHNOLOGY = std::set<std::string, std::less<>>;
+
+class MODULE_VIEW {
+ public:
+  MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology);
+
+  RTLIL::Module* module() const { return m_module; }
+  const std::vector<FLOP>& flops() const { return m_flops; }
+
+  /// What drives a net, through buffers and inverters; LOGIC also for a net that is no more.
+  SOURCE source(const NET& net) const;
+  SOURCE source(RTLIL::SigBit bit) const;
+
+  /// Null for a wire that is no more.
+  RTLIL::Wire* wire(unsigned int number) const;
+  /// The bit that stands for all that are connected to the net; a constant for a net that is no more.
+  RTLIL::SigBit canonical(const NET& net) const;
+  RTLIL::SigBit canonical(RTLIL::SigBit bit) const { return m_sigmap(bit); }
+
+  /// The pin, as "type/port", of a cell unknown to Yosys that drives what the flip-flop `before`
+  /// drove, through inverters; empty when there is none.
+  std::string technology_driver(const FLOP& before) const;
+
+ private:
+  struct INVERTER {
+    RTLIL::SigBit m_input;
+    bool m_inverts = false;
+  };
+
+  void read_cells(const TECHNOLOGY& technology);
+  void add_flops(RTLIL::Cell* cell);
+  void add_technology_flops(RTLIL::Cell* cell, const TECHNOLOGY& technology);
+  void add_flop(RTLIL::Cell* cell, int index, RTLIL::SigBit output, RTLIL::SigBit data);
+  void add_unary(RTLIL::Cell* cell, bool inverts);
+  void add_xor(RTLIL::Cell* cell, bool inverts);
+  void add_lut(RTLIL::Cell* cell);
+  void collect_nets();
+  void collect_net(RTLIL::SigBit bit);
+  void name_flops();
+  void find_inverted_data();
+  std::string technology_pin(RTLIL::SigBit bit, const std::string& cell_name) const;
+
+  RTLIL::Module* m_module;
+  Yosys::SigMap m_sigmap;
+  std::vector<FLOP> m_flops;
+  Yosys::dict<RTLIL::SigBit, int> m_by_output;
+  Yosys::dict<RTLIL::SigBit, INVERTER> m_inverters;
+  Yosys::dict<RTLIL::SigBit, int> m_by_inverted_output;
+  std::unordered_map<unsigned int, RTLIL::Wire*> m_wires;
+};
+
+}  // namespace kpt_yosys
+
+#endif

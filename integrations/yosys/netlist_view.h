@@ -1,0 +1,69 @@
+// All registers below a top module, as they stand at one moment: each module once, and each place
+// where it stands in the hierarchy.
+//
+// Ownership: as for MODULE_VIEW; what FLOPs say outlives the netlist.
+#ifndef NETLIST_VIEW_H
+#define NETLIST_VIEW_H
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "module_view.h"
+
+namespace kpt_yosys {
+
+/// A register: an instance of the view and a register of its module.
+struct LOCATION {
+  int m_instance = -1;
+  int m_flop = -1;
+  auto operator<=>(const LOCATION&) const = default;
+};
+
+class NETLIST_VIEW {
+ public:
+  struct INSTANCE {
+    std::string m_path;  // "u1.u2." for the module at u1.u2; empty for the top module
+    std::shared_ptr<MODULE_VIEW> m_module;
+  };
+
+  /// A net of an instance.
+  struct PLACE {
+    int m_instance = -1;
+    NET m_net;
+  };
+
+  NETLIST_VIEW(RTLIL::Module* top, const TECHNOLOGY& technology);
+
+  const std::vector<INSTANCE>& instances() const { return m_instances; }
+  const MODULE_VIEW& module(int instance) const { return *m_instances[static_cast<std::size_t>(instance)].m_module; }
+  const std::string& path(int instance) const { return m_instances[static_cast<std::size_t>(instance)].m_path; }
+  const FLOP& flop(const LOCATION& location) const;
+  /// The name of a register, with its path.
+  std::string name(const LOCATION& location) const { return path(location.m_instance) + flop(location).m_name; }
+
+  /// -1 when nothing stands there.
+  int instance(const std::string& path) const;
+  /// The net that is called so, with its path; an instance of -1 when none is.
+  PLACE find(const std::string& name) const;
+
+ private:
+  void add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology);
+  void index_names() const;
+
+  std::unordered_map<unsigned int, std::shared_ptr<MODULE_VIEW>> m_modules;
+  std::vector<INSTANCE> m_instances;
+  std::unordered_map<std::string, int> m_by_path;
+  mutable std::unordered_map<std::string, PLACE> m_by_name;  // filled by the first question
+};
+
+/// The module that a cell is an instance of, if it is one of ours and holds a netlist.
+RTLIL::Module* submodule(const RTLIL::Cell& cell);
+
+/// Whether behaviour that is no netlist yet (processes) is left anywhere below `top`.
+bool has_processes(RTLIL::Module* top);
+
+}  // namespace kpt_yosys
+
+#endif

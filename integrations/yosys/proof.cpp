@@ -1,0 +1,324 @@
+#include "proof.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "kernel/sigtools.h"
+#include "netlist_names.h"
+
+namespace kpt_yosys {
+
+namespace {
+
+using Yosys::stringf;
+
+std::string to_string(const KPT_STRING& text) { return {text.data(), text.size()}; }
+
+// The nets of a module by the names that a database gives them, and who drives them.
+class NETS {
+ public:
+  explicit NETS(RTLIL::Module* module) : m_module(module), m_sigmap(module) {
+    for (const auto& [name, wire] : module->wires_) {
+      for (int bit = 0; bit < wire->width; ++bit) {
+        m_bits.emplace(text_of(*wire, bit), RTLIL::SigBit(wire, bit));
+      }
+    }
+    for (const auto& [name, cell] : module->cells_) {
+      add_cell(cell);
+    }
+  }
+
+  RTLIL::Module* module() const { return m_module; }
+
+  /// False when the module has no such net. A pin of a cell is found by its net, or, where the cell
+  /// was flattened, by the net that is named after the pin.
+  bool find(const KPT_REGISTER_KEYPOINT& keypoint, RTLIL::SigBit& bit) const {
+    if (keypoint.is_null()) {
+      return false;
+    }
+    const std::string name = to_string(keypoint.get_name());
+    return find(keypoint.is_signal() ? name : name + "." + to_string(keypoint.get_type()), bit);
+  }
+
+  struct DRIVER {
+    RTLIL::Cell* m_cell = nullptr;
+    RTLIL::IdString m_port;
+    int m_index = 0;
+  };
+
+  /// The flip-flop that drives the net; no cell when another thing does.
+  DRIVER register_of(RTLIL::SigBit bit) const {
+    const auto found = m_registers.find(m_sigmap(bit));
+    return found != m_registers.end() ? found->second : DRIVER{};
+  }
+
+ private:
+  bool find(const std::string& name, RTLIL::SigBit& bit) const {
+    const auto found = m_bits.find(name);
+    if (found == m_bits.end()) {
+      return false;
+    }
+    bit = found->second;
+    return true;
+  }
+
+  void add_cell(RTLIL::Cell* cell) {
+    const bool is_known = cell->type.c_str()[0] == '$';
+    for (const auto& [port, signal] : cell->connections_) {
+      int index = 0;
+      for (const RTLIL::SigBit& bit : signal) {
+        if (!is_known && bit.wire != nullptr) {
+          m_bits.emplace(text_of(cell->name) + "." + text_of(port), bit);
+        }
+        if (is_known && port == Yosys::ID::Q) {
+          m_registers[m_sigmap(bit)] = {cell, port, index};
+        }
+        ++index;
+      }
+    }
+  }
+
+  RTLIL::Module* m_module;
+  Yosys::SigMap m_sigmap;
+  std::unordered_map<std::string, RTLIL::SigBit> m_bits;
+  Yosys::dict<RTLIL::SigBit, DRIVER> m_registers;
+};
+
+class PROOF {
+ public:
+  PROOF(const KPT_KEYPOINTS_DB& db, RTLIL::Module* gold, RTLIL::Module* gate, std::ostream& codes)
+      : m_db(db), m_gold(gold), m_gate(gate), m_codes(codes) {}
+  PROOF_SUMMARY run();
+
+ private:
+  // A register of the gold module and whether it holds the inverse of the map's representative.
+  struct MEMBER {
+    std::string m_name;
+    RTLIL::SigBit m_bit;
+    bool m_inverted = false;
+  };
+
+  void apply(const KPT_REGISTER_TRANSFORMATION& map);
+  std::vector<MEMBER> reference_members(const KPT_REGISTER_TRANSFORMATION& map, unsigned short index);
+  void add_member(std::vector<MEMBER>& members, const KPT_REGISTER_KEYPOINT& keypoint, bool inverted);
+  void apply_constant(const std::vector<MEMBER>& members, bool value);
+  void apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<MEMBER>& members);
+  RTLIL::SigBit put_register(RTLIL::SigBit gate_bit, const std::string& name, bool inverted);
+  void apply_machine(const KPT_REGISTER_TRANSFORMATION& map);
+  void apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
+                          const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes);
+  RTLIL::Wire* shared_wire(const NETS& nets, const std::string& name, int width);
+  void tie_gold(const MEMBER& member);
+  void hide_names();
+
+  const KPT_KEYPOINTS_DB& m_db;
+  NETS m_gold;
+  NETS m_gate;
+  std::ostream& m_codes;
+  std::set<RTLIL::Wire*> m_known;  // wires of the gold module that the database explains
+  PROOF_SUMMARY m_summary;
+};
+
+PROOF_SUMMARY PROOF::run() {
+  for (const KPT_REGISTER_TRANSFORMATION& map : m_db.get_transformation_set().get_list_of_register_transformations()) {
+    apply(map);
+  }
+  hide_names();
+  m_gold.module()->fixup_ports();
+  m_gate.module()->fixup_ports();
+  return m_summary;
+}
+
+void PROOF::apply(const KPT_REGISTER_TRANSFORMATION& map) {
+  if (map.has_fsm()) {
+    apply_machine(map);
+    return;
+  }
+  const std::vector<MEMBER> members = reference_members(map, 0);
+  if (members.empty()) {
+    return;
+  }
+  if (map.is_stuck_at_zero() || map.is_stuck_at_one()) {
+    apply_constant(members, map.is_stuck_at_one());
+  } else if (map.has_no_fanout()) {
+    m_summary.m_no_fanout += members.size();
+  } else {
+    apply_plain(map, members);
+  }
+}
+
+void PROOF::add_member(std::vector<MEMBER>& members, const KPT_REGISTER_KEYPOINT& keypoint, bool inverted) {
+  MEMBER member;
+  member.m_inverted = inverted;
+  if (keypoint.is_null()) {
+    return;
+  }
+  member.m_name = to_string(keypoint.get_name());
+  if (m_gold.find(keypoint, member.m_bit)) {
+    m_known.insert(member.m_bit.wire);
+    members.push_back(std::move(member));
+  } else {
+    ++m_summary.m_missing;
+  }
+}
+
+std::vector<PROOF::MEMBER> PROOF::reference_members(const KPT_REGISTER_TRANSFORMATION& map, unsigned short index) {
+  std::vector<MEMBER> members;
+  add_member(members, map.get_reference(index), false);
+  for (const KPT_REGISTER_KEYPOINT& keypoint : map.get_reference_equivalents(index)) {
+    add_member(members, keypoint, false);
+  }
+  for (const KPT_REGISTER_KEYPOINT& keypoint : map.get_reference_inverted_equivalents(index)) {
+    add_member(members, keypoint, true);
+  }
+  return members;
+}
+
+RTLIL::Wire* PROOF::shared_wire(const NETS& nets, const std::string& name, int width) {
+  return nets.module()->addWire(nets.module()->uniquify(RTLIL::IdString("\\kpt:" + name)), width);
+}
+
+void PROOF::tie_gold(const MEMBER& member) {
+  m_gold.module()->connect(shared_wire(m_gold, member.m_name, 1), member.m_bit);
+}
+
+// The gate side is driven by a cell of its own: a net tied to a constant would make that constant
+// one with the register wherever it is read.
+void PROOF::apply_constant(const std::vector<MEMBER>& members, bool value) {
+  for (const MEMBER& member : members) {
+    tie_gold(member);
+    const RTLIL::State constant = value != member.m_inverted ? RTLIL::State::S1 : RTLIL::State::S0;
+    m_gate.module()->addBufGate(Yosys::RTLIL::IdString(NEW_ID), constant, shared_wire(m_gate, member.m_name, 1));
+    ++m_summary.m_constants;
+  }
+}
+
+// The first register takes the place of the gate's own, in the gold side's polarity, so that all
+// that reads it reads the shared name; the others are copies.
+void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<MEMBER>& members) {
+  RTLIL::SigBit gate_bit;
+  if (!m_gate.find(map.get_transformed(0), gate_bit)) {
+    m_summary.m_missing += members.size();
+    return;
+  }
+  const bool inverted = map.is_negative_unate(0, 0) != members.front().m_inverted;
+  const RTLIL::SigBit first = put_register(gate_bit, members.front().m_name, inverted);
+  for (const MEMBER& member : members) {
+    tie_gold(member);
+    ++m_summary.m_registers;
+    if (&member == &members.front()) {
+      continue;
+    }
+    RTLIL::Wire* const copy = shared_wire(m_gate, member.m_name, 1);
+    if (member.m_inverted != members.front().m_inverted) {
+      m_gate.module()->addNotGate(NEW_ID, first, copy);
+    } else {
+      m_gate.module()->addBufGate(NEW_ID, first, copy);
+    }
+  }
+}
+
+RTLIL::SigBit PROOF::put_register(RTLIL::SigBit gate_bit, const std::string& name, bool inverted) {
+  RTLIL::Module* const module = m_gate.module();
+  RTLIL::Wire* const shared = shared_wire(m_gate, name, 1);
+  if (!inverted) {
+    module->connect(shared, gate_bit);
+    return shared;
+  }
+  const NETS::DRIVER driver = m_gate.register_of(gate_bit);
+  if (driver.m_cell == nullptr) {
+    module->addNotGate(NEW_ID, gate_bit, shared);
+    return shared;
+  }
+  RTLIL::SigSpec output = driver.m_cell->getPort(driver.m_port);
+  const RTLIL::SigBit read = output[driver.m_index];
+  RTLIL::Wire* const held = module->addWire(NEW_ID);
+  output[driver.m_index] = held;
+  driver.m_cell->setPort(driver.m_port, output);
+  module->addNotGate(NEW_ID, held, shared);
+  module->addNotGate(NEW_ID, shared, read);
+  return shared;
+}
+
+// A code that does not tell two states apart cannot be decoded: such a machine is left alone.
+void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
+  RTLIL::SigBit bit;
+  std::vector<unsigned short> r;
+  std::vector<unsigned short> t;
+  for (unsigned short i = 0; i < map.get_state_reference_size(); ++i) {
+    if (m_gold.find(map.get_reference(i), bit)) {
+      r.push_back(i);
+      m_known.insert(bit.wire);
+    }
+  }
+  for (unsigned short i = 0; i < map.get_state_transformed_size(); ++i) {
+    if (m_gate.find(map.get_transformed(i), bit)) {
+      t.push_back(i);
+    }
+  }
+  m_summary.m_missing += map.get_state_reference_size() - r.size();
+  const KPT_STATE_TABLE table = map.get_state_table();
+  std::map<std::string, std::string> codes;  // by the gate's code; the highest bit stands first
+  for (unsigned short row = 1; row <= table.get_number_of_states(); ++row) {
+    std::string gold_code;
+    std::string gate_code;
+    for (const unsigned short i : r) {
+      gold_code.insert(0, table.get_reference_entry(row, static_cast<unsigned short>(i + 1)) == 1 ? "1" : "0");
+    }
+    for (const unsigned short i : t) {
+      gate_code.insert(0, table.get_transformed_entry(row, static_cast<unsigned short>(i + 1)) == 1 ? "1" : "0");
+    }
+    if (codes.emplace(gate_code, gold_code).first->second != gold_code) {
+      Yosys::log_warning("The code of a state machine does not tell its states apart; it is left alone.\n");
+      return;
+    }
+  }
+  if (!r.empty() && !t.empty()) {
+    apply_machine_bits(map, r, t, codes);
+  }
+}
+
+void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
+                               const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes) {
+  const std::string name = "machine" + std::to_string(++m_summary.m_machines);
+  RTLIL::SigSpec gold_bits;
+  RTLIL::SigSpec gate_bits;
+  RTLIL::SigBit bit;
+  for (const unsigned short i : r) {
+    m_gold.find(map.get_reference(i), bit);
+    gold_bits.append(bit);
+  }
+  for (const unsigned short i : t) {
+    m_gate.find(map.get_transformed(i), bit);
+    gate_bits.append(bit);
+  }
+  m_gold.module()->connect(shared_wire(m_gold, name, gold_bits.size()), gold_bits);
+  m_gate.module()->connect(shared_wire(m_gate, name, gate_bits.size()), gate_bits);
+  m_codes << ".fsm " << text_of(m_gold.module()->name) << " kpt:" << name << "\n";
+  for (const auto& [gate_code, gold_code] : codes) {
+    m_codes << ".map " << gold_code << " " << gate_code << "\n";
+  }
+}
+
+// A name that both modules have is taken for the same signal. Where the database says what became
+// of a register, its own name in the gate module may mean something else.
+void PROOF::hide_names() {
+  for (const RTLIL::Wire* const known : m_known) {
+    RTLIL::Wire* const same = m_gate.module()->wire(known->name);
+    if (same != nullptr && same->port_id == 0) {
+      m_gate.module()->rename(same, NEW_ID);
+      ++m_summary.m_hidden;
+    }
+  }
+}
+
+}  // namespace
+
+PROOF_SUMMARY prepare_proof(const KPT_KEYPOINTS_DB& db, RTLIL::Module* gold, RTLIL::Module* gate, std::ostream& codes) {
+  return PROOF(db, gold, gate, codes).run();
+}
+
+}  // namespace kpt_yosys

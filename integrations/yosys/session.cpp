@@ -1,0 +1,129 @@
+#include "session.h"
+
+#include <chrono>
+#include <exception>
+#include <map>
+#include <memory>
+
+// Defined by Yosys, declared in none of its headers.
+namespace Yosys {
+extern Pass* first_queued_pass;
+}
+
+namespace kpt_yosys {
+
+namespace {
+
+struct SESSION {
+  std::unique_ptr<TRACKER> m_tracker;
+  std::string m_stage;
+  std::string m_running;  // the pass that is being executed; empty outside of passes
+  double m_seconds = 0;
+  bool m_wrapped = false;
+};
+
+// Never destroyed: a pass may run while Yosys shuts down.
+SESSION& session() {
+  static auto* const instance = new SESSION;
+  return *instance;
+}
+
+// Tells the tracker what `pass` did. A tracking that fails ends; the synthesis goes on.
+void tell(RTLIL::Design* design, const std::string& pass) {
+  SESSION& now = session();
+  if (now.m_tracker == nullptr || design != Yosys::yosys_get_design()) {
+    return;
+  }
+  const auto begin = std::chrono::steady_clock::now();
+  try {
+    now.m_tracker->boundary(design, pass);
+  } catch (const std::exception& failure) {
+    Yosys::log_warning("tracking of registers ended: %s\n", failure.what());
+    now.m_tracker.reset();
+  }
+  now.m_seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+// The pass that runs, also when a pass calls others. One that ends by an exception has done nobody
+// knows what: the next boundary names no pass.
+class RUNNING {
+ public:
+  RUNNING(RTLIL::Design* design, const std::string& pass) : m_outer(session().m_running) {
+    tell(design, m_outer);
+    session().m_running = pass;
+  }
+  ~RUNNING() { session().m_running = m_done ? m_outer : std::string(); }
+  RUNNING(const RUNNING&) = delete;
+  RUNNING& operator=(const RUNNING&) = delete;
+  void done() { m_done = true; }
+
+ private:
+  std::string m_outer;
+  bool m_done = false;
+};
+
+struct WATCHED_PASS : Yosys::Pass {
+  explicit WATCHED_PASS(Yosys::Pass* pass) : Pass(pass->pass_name, pass->short_help), m_pass(pass) {
+    call_counter = pass->call_counter;
+    runtime_ns = pass->runtime_ns;
+    experimental_flag = pass->experimental_flag;
+  }
+  void help() override { m_pass->help(); }
+  void clear_flags() override { m_pass->clear_flags(); }
+  void on_shutdown() override { m_pass->on_shutdown(); }
+  void execute(std::vector<std::string> args, RTLIL::Design* design) override {
+    RUNNING running(design, pass_name);
+    m_pass->execute(std::move(args), design);
+    experimental_flag = m_pass->experimental_flag;
+    tell(design, pass_name);
+    running.done();
+  }
+
+  Yosys::Pass* m_pass;
+};
+
+bool is_watched(const Yosys::Pass* pass) {
+  return dynamic_cast<const Yosys::Frontend*>(pass) == nullptr &&
+         dynamic_cast<const Yosys::Backend*>(pass) == nullptr && !pass->pass_name.starts_with("kpt_");
+}
+
+// Creating a pass puts it in line for registration under its name, which is taken: the line is
+// left as it was found.
+void watch_passes() {
+  Yosys::Pass* const line = Yosys::first_queued_pass;
+  for (auto& [name, pass] : Yosys::pass_register) {
+    if (is_watched(pass)) {
+      pass = new WATCHED_PASS(pass);
+    }
+  }
+  Yosys::first_queued_pass = line;
+}
+
+}  // namespace
+
+void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name) {
+  SESSION& now = session();
+  now.m_tracker.reset();
+  if (!now.m_wrapped) {
+    watch_passes();
+    now.m_wrapped = true;
+  }
+  now.m_seconds = 0;
+  now.m_stage = name;
+  now.m_tracker = std::make_unique<TRACKER>(design, top);
+}
+
+void stop_tracking() { session().m_tracker.reset(); }
+
+TRACKER* current_tracker() { return session().m_tracker.get(); }
+
+const std::string& current_stage() { return session().m_stage; }
+
+void next_stage(const std::string& name) {
+  session().m_tracker->restart();
+  session().m_stage = name;
+}
+
+double tracking_seconds() { return session().m_seconds; }
+
+}  // namespace kpt_yosys

@@ -1,0 +1,30 @@
+// The tracking that is going on in this process, and how passes are watched for it.
+//
+// Ownership: the session owns the tracker. The passes stay Yosys' own; what is put around them
+// stays for good and does nothing while no tracking goes on.
+#ifndef SESSION_H
+#define SESSION_H
+
+#include <string>
+
+#include "tracker.h"
+
+namespace kpt_yosys {
+
+/// Starts tracking `top` (empty: the design's top module); the stage's database gets that name.
+/// Ends an earlier tracking.
+void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name);
+void stop_tracking();
+
+/// Null when no tracking goes on.
+TRACKER* current_tracker();
+const std::string& current_stage();
+/// Goes on with the next stage.
+void next_stage(const std::string& name);
+
+/// The time that tracking itself took, in seconds.
+double tracking_seconds();
+
+}  // namespace kpt_yosys
+
+#endif

@@ -1,0 +1,324 @@
+#include "tracker.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+namespace kpt_yosys {
+
+namespace {
+
+// The only passes that remove a register because it drives nothing. Others that make registers
+// vanish put them into something else.
+bool removes_unused(const std::string& pass) { return pass == "opt_clean" || pass == "clean"; }
+
+// Passes that give a new net an old name, or keep a net while its meaning flips.
+bool keeps_names_only(const std::string& pass) { return pass == "opt_ffinv" || pass == "fsm_map"; }
+
+// Passes that put cells of the technology in place of flip-flops.
+bool maps_to_technology(const std::string& pass) {
+  return pass == "dfflibmap" || pass == "techmap" || pass == "extract";
+}
+
+std::size_t mixed(std::size_t a, std::size_t b) { return (a ^ b) * 0x9E3779B97F4A7C15ULL; }
+
+// Changes when an object of the module comes, goes or gets another name.
+std::size_t fingerprint_of(const RTLIL::Module& module) {
+  std::size_t objects = 0;
+  for (const auto& [name, wire] : module.wires_) {
+    objects += mixed(wire->hashidx_, static_cast<std::size_t>(wire->name.index_));
+  }
+  for (const auto& [name, cell] : module.cells_) {
+    objects += mixed(cell->hashidx_, static_cast<std::size_t>(cell->type.index_));
+  }
+  return mixed(objects + module.connections_.size(), module.hashidx_ + module.processes.size());
+}
+
+RTLIL::Module* the_only_top(RTLIL::Design* design) {
+  std::set<const RTLIL::Module*> used;
+  for (const auto& [name, module] : design->modules_) {
+    for (const auto& [cell_name, cell] : module->cells_) {
+      used.insert(design->module(cell->type));
+    }
+  }
+  RTLIL::Module* top = nullptr;
+  for (const auto& [name, module] : design->modules_) {
+    if (module->get_bool_attribute(Yosys::ID::top)) {
+      return module;
+    }
+    if (!used.contains(module) && !module->get_blackbox_attribute()) {
+      if (top != nullptr) {
+        return nullptr;
+      }
+      top = module;
+    }
+  }
+  return top;
+}
+
+}  // namespace
+
+// Notes that a connection changed, which leaves no trace in the fingerprint.
+struct TRACKER::CHANGES : RTLIL::Monitor {
+  explicit CHANGES(RTLIL::Design* design) : m_design(design) { m_design->monitors.insert(this); }
+  ~CHANGES() override { m_design->monitors.erase(this); }
+  CHANGES(const CHANGES&) = delete;
+  CHANGES& operator=(const CHANGES&) = delete;
+
+  void notify_connect(RTLIL::Cell*, const RTLIL::IdString&, const RTLIL::SigSpec&, const RTLIL::SigSpec&) override {
+    m_any = true;
+  }
+  void notify_connect(RTLIL::Module*, const RTLIL::SigSig&) override { m_any = true; }
+  void notify_connect(RTLIL::Module*, const std::vector<RTLIL::SigSig>&) override { m_any = true; }
+  void notify_blackout(RTLIL::Module*) override { m_any = true; }
+
+  RTLIL::Design* m_design;
+  bool m_any = true;
+};
+
+TRACKER::TRACKER(RTLIL::Design* design, std::string top)
+    : m_top(std::move(top)), m_changes(std::make_unique<CHANGES>(design)) {
+  boundary(design, "");
+}
+
+TRACKER::~TRACKER() = default;
+
+RTLIL::Module* TRACKER::find_top(RTLIL::Design* design) const {
+  RTLIL::Module* by_name = nullptr;
+  for (const auto& [name, module] : design->modules_) {
+    if (module->hashidx_ == m_top_number) {
+      return module;
+    }
+    if (text_of(module->name) == m_top) {
+      by_name = module;
+    }
+  }
+  return by_name == nullptr && m_top.empty() ? the_only_top(design) : by_name;
+}
+
+bool TRACKER::changed(RTLIL::Design* design, const std::string& pass) {
+  std::size_t fingerprint = 0;
+  for (const auto& [name, module] : design->modules_) {
+    fingerprint += fingerprint_of(*module);
+  }
+  // State machines are recoded within their cells, and unused nets are removed past all monitors.
+  const bool unseen = removes_unused(pass) || pass.starts_with("fsm");
+  const bool any = unseen || m_changes->m_any || fingerprint != m_fingerprint;
+  m_fingerprint = fingerprint;
+  m_changes->m_any = false;
+  return any;
+}
+
+void TRACKER::boundary(RTLIL::Design* design, const std::string& pass) {
+  if (!changed(design, pass)) {
+    return;
+  }
+  RTLIL::Module* const top = find_top(design);
+  if (top == nullptr) {
+    return;  // put aside for a while, as by "design -push"
+  }
+  if (started()) {
+    follow(top, pass);
+  } else if (!has_processes(top)) {
+    begin(top);
+  }
+}
+
+void TRACKER::begin(RTLIL::Module* top) {
+  m_top = text_of(top->name);
+  m_top_number = top->hashidx_;
+  m_view = std::make_unique<NETLIST_VIEW>(top, m_technology);
+  begin_points();
+}
+
+void TRACKER::begin_points() {
+  m_points.clear();
+  m_machines.clear();
+  for (std::size_t i = 0; i < m_view->instances().size(); ++i) {
+    const int instance = static_cast<int>(i);
+    for (std::size_t k = 0; k < m_view->module(instance).flops().size(); ++k) {
+      POINT point;
+      point.m_location = {instance, static_cast<int>(k)};
+      point.m_name = m_view->name(point.m_location);
+      m_points.push_back(std::move(point));
+    }
+  }
+  std::stable_sort(m_points.begin(), m_points.end(),
+                   [](const POINT& a, const POINT& b) { return a.m_name < b.m_name; });
+}
+
+void TRACKER::restart() {
+  if (started()) {
+    begin_points();
+  }
+}
+
+void TRACKER::follow(RTLIL::Module* top, const std::string& pass) {
+  m_top_number = top->hashidx_;
+  auto after = std::make_unique<NETLIST_VIEW>(top, m_technology);
+  if (maps_to_technology(pass) && find_technology({*m_view, *after, pass})) {
+    after = std::make_unique<NETLIST_VIEW>(top, m_technology);
+  }
+  const STEP step{*m_view, *after, pass};
+  for (POINT& point : m_points) {
+    follow_point(step, point);
+  }
+  find_machines(step);
+  for (std::size_t i = 0; i < m_machines.size(); ++i) {
+    follow_machine(step, static_cast<int>(i));
+  }
+  m_view = std::move(after);
+}
+
+void TRACKER::follow_point(const STEP& step, POINT& point) {
+  if (point.m_fate == FATE::UNKNOWN) {
+    find_again(step, point);
+    return;
+  }
+  if (point.m_fate != FATE::LIVE) {
+    return;
+  }
+  const FLOP& flop = step.m_before.flop(point.m_location);
+  const int instance = step.m_after.instance(step.m_before.path(point.m_location.m_instance));
+  if (!find_by_net(step, point, flop, instance) && !find_by_name(step, point, flop) &&
+      !find_by_cell(step, point, flop, instance)) {
+    lose(step, point);
+  }
+}
+
+bool TRACKER::find_by_net(const STEP& step, POINT& point, const FLOP& flop, int instance) {
+  if (instance < 0) {
+    return false;
+  }
+  const MODULE_VIEW& module = step.m_after.module(instance);
+  for (const NET& net : flop.m_nets) {
+    const SOURCE source = module.source(net);
+    // The pass moves an inverter from the data input to the output and keeps the output's net.
+    const bool flipped =
+        step.m_pass == "opt_ffinv" && source.m_kind == SOURCE_KIND::FLOP && flop.m_uninverted_data.m_wire != 0 &&
+        module.flops()[static_cast<std::size_t>(source.m_flop)].m_data == module.canonical(flop.m_uninverted_data);
+    if (settle(step, point, source, instance, flipped)) {
+      return true;
+    }
+  }
+  for (const NET& net : flop.m_inverted) {
+    if (settle(step, point, module.source(net), instance, true)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool TRACKER::find_by_name(const STEP& step, POINT& point, const FLOP& flop) {
+  if (keeps_names_only(step.m_pass)) {
+    return false;
+  }
+  const NETLIST_VIEW::PLACE place = step.m_after.find(step.m_before.path(point.m_location.m_instance) + flop.m_name);
+  if (place.m_instance < 0) {
+    return false;
+  }
+  const SOURCE source = step.m_after.module(place.m_instance).source(place.m_net);
+  return settle(step, point, source, place.m_instance, false);
+}
+
+bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int instance) {
+  if (keeps_names_only(step.m_pass) || instance < 0) {
+    return false;
+  }
+  const std::vector<FLOP>& flops = step.m_after.module(instance).flops();
+  const auto same = std::find_if(flops.begin(), flops.end(), [&flop](const FLOP& other) {
+    return other.m_cell == flop.m_cell && other.m_index == flop.m_index && other.m_port == flop.m_port;
+  });
+  if (same == flops.end()) {
+    return false;
+  }
+  point.m_location = {instance, static_cast<int>(same - flops.begin())};
+  return true;
+}
+
+// A register whose net is now driven by a cell that Yosys does not know: from now on that pin of
+// cells of that type is a register.
+bool TRACKER::find_technology(const STEP& step) {
+  const std::size_t known = m_technology.size();
+  for (const POINT& point : m_points) {
+    if (point.m_fate != FATE::LIVE) {
+      continue;
+    }
+    const int instance = step.m_after.instance(step.m_before.path(point.m_location.m_instance));
+    if (instance >= 0) {
+      const std::string pin = step.m_after.module(instance).technology_driver(step.m_before.flop(point.m_location));
+      if (!pin.empty()) {
+        m_technology.insert(pin);
+      }
+    }
+  }
+  return m_technology.size() != known;
+}
+
+bool TRACKER::settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted) {
+  const bool turned = point.m_inverted != inverted;
+  switch (source.m_kind) {
+    case SOURCE_KIND::LOGIC:
+      return false;
+    case SOURCE_KIND::UNDEFINED:
+      point.m_fate = FATE::UNDEFINED;
+      break;
+    case SOURCE_KIND::ZERO:
+    case SOURCE_KIND::ONE:
+      point.m_fate = (source.m_kind == SOURCE_KIND::ONE) != turned ? FATE::ONE : FATE::ZERO;
+      break;
+    case SOURCE_KIND::FLOP:
+      point.m_fate = FATE::LIVE;
+      point.m_location = {instance, source.m_flop};
+      point.m_inverted = turned != source.m_inverted;
+      return true;
+  }
+  point.m_pass = step.m_pass;
+  return true;
+}
+
+void TRACKER::lose(const STEP& step, POINT& point) {
+  const FLOP& flop = step.m_before.flop(point.m_location);
+  point.m_pass = step.m_pass;
+  point.m_path = step.m_before.path(point.m_location.m_instance);
+  if (point.m_machine >= 0) {
+    point.m_fate = FATE::IN_MACHINE;
+  } else if (removes_unused(step.m_pass)) {
+    point.m_fate = FATE::NO_FANOUT;
+  } else {
+    point.m_fate = FATE::UNKNOWN;
+    point.m_nets = flop.m_nets;
+  }
+}
+
+// A register may go into something else, as the output register of a memory does, and come back
+// on the net that carried it.
+void TRACKER::find_again(const STEP& step, POINT& point) {
+  const int instance = step.m_after.instance(point.m_path);
+  if (instance < 0) {
+    return;
+  }
+  for (const NET& net : point.m_nets) {
+    const SOURCE source = step.m_after.module(instance).source(net);
+    if (source.m_kind == SOURCE_KIND::FLOP) {
+      settle(step, point, source, instance, false);
+      return;
+    }
+  }
+}
+
+std::size_t TRACKER::count_new_registers() const {
+  std::set<LOCATION> explained;
+  for (const POINT& point : m_points) {
+    if (point.m_fate == FATE::LIVE) {
+      explained.insert(point.m_location);
+    }
+  }
+  std::size_t all = 0;
+  for (std::size_t i = 0; i < m_view->instances().size(); ++i) {
+    all += m_view->module(static_cast<int>(i)).flops().size();
+  }
+  return all - explained.size();
+}
+
+}  // namespace kpt_yosys
