@@ -1,0 +1,182 @@
+#include "db/kpt/kpt_map_index.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db/kpt/kpt_keypoint_set_impl.h"
+#include "db/kpt/kpt_register_keypoint_impl.h"
+
+namespace {
+
+// Where a keypoint may come from. An index keeps those of the first sets that
+// it meets in another way than the rest, so all are asked the same questions.
+enum ORIGIN { FIRST_SET, SECOND_SET, THIRD_SET, NO_SET };
+
+class MapIndex : public testing::TestWithParam<ORIGIN> {
+ protected:
+  MapIndex() {
+    for (int n = 0; n < 3; ++n) {
+      KPT_KEYPOINT* met = sets[n].add_register(0, "met");
+      if (GetParam() != FIRST_SET) {
+        index.set(met, 1);
+        index.erase(met);
+      }
+    }
+    if (GetParam() == NO_SET) {
+      a = &outside_a;
+      b = &outside_b;
+    } else {
+      a = sets[GetParam()].add_register(1, "a");
+      b = sets[GetParam()].add_register(2, "b");
+    }
+  }
+
+  KPT_KEYPOINT_SET_IMPL sets[3];
+  KPT_REGISTER_KEYPOINT_IMPL outside_a{1, "a"};
+  KPT_REGISTER_KEYPOINT_IMPL outside_b{2, "b"};
+  KPT_KEYPOINT* a;
+  KPT_KEYPOINT* b;
+  KPT_MAP_INDEX index;
+  KPT_MAP_INDEX second;
+};
+
+INSTANTIATE_TEST_SUITE_P(, MapIndex, testing::Values(FIRST_SET, SECOND_SET, THIRD_SET, NO_SET));
+
+TEST_P(MapIndex, StartsEmpty) {
+  EXPECT_EQ(index.size(), 0U);
+  EXPECT_EQ(index.find(a), 0U);
+  EXPECT_EQ(index.find(nullptr), 0U);
+}
+
+TEST_P(MapIndex, FindsWhatWasEntered) {
+  index.set(a, 7);
+  index.set(b, 8);
+  EXPECT_EQ(index.find(a), 7U);
+  EXPECT_EQ(index.find(b), 8U);
+  EXPECT_EQ(index.size(), 2U);
+}
+
+TEST_P(MapIndex, LastWriterWins) {
+  index.set(a, 7);
+  index.set(a, 9);
+  EXPECT_EQ(index.find(a), 9U);
+  EXPECT_EQ(index.size(), 1U);
+}
+
+TEST_P(MapIndex, NullIsNeverEntered) {
+  index.set(nullptr, 7);
+  index.set_if_absent(nullptr, 7);
+  EXPECT_EQ(index.find(nullptr), 0U);
+  EXPECT_EQ(index.size(), 0U);
+  EXPECT_FALSE(index.erase(nullptr));
+}
+
+TEST_P(MapIndex, FindingEntersNothing) {
+  EXPECT_EQ(index.find(a), 0U);
+  EXPECT_EQ(index.size(), 0U);
+}
+
+TEST_P(MapIndex, ErasedKeypointIsAbsent) {
+  index.set(a, 7);
+  EXPECT_TRUE(index.erase(a));
+  EXPECT_EQ(index.find(a), 0U);
+  EXPECT_EQ(index.size(), 0U);
+}
+
+TEST_P(MapIndex, ErasingAnAbsentKeypointIsFalse) {
+  index.set(a, 7);
+  EXPECT_FALSE(index.erase(b));
+  EXPECT_TRUE(index.erase(a));
+  EXPECT_FALSE(index.erase(a));
+}
+
+TEST_P(MapIndex, SetIfAbsentKeepsAnEarlierEntry) {
+  index.set_if_absent(a, 7);
+  index.set_if_absent(a, 8);
+  EXPECT_EQ(index.find(a), 7U);
+  index.erase(a);
+  index.set_if_absent(a, 9);
+  EXPECT_EQ(index.find(a), 9U);
+}
+
+TEST_P(MapIndex, ErasingFromOneIndexLeavesTheOthers) {
+  index.set(a, 7);
+  second.set(a, 8);
+  EXPECT_TRUE(second.erase(a));
+  EXPECT_EQ(index.find(a), 7U);
+  EXPECT_EQ(second.find(a), 0U);
+  second.set(a, 9);
+  EXPECT_TRUE(index.erase(a));
+  EXPECT_EQ(second.find(a), 9U);
+}
+
+TEST_P(MapIndex, OneKeypointStandsInSeveralIndexes) {
+  index.set(a, 7);
+  second.set(a, 8);
+  second.set(a, 9);
+  EXPECT_EQ(index.find(a), 7U);
+  EXPECT_EQ(second.find(a), 9U);
+}
+
+TEST_P(MapIndex, NamesakeIsAnotherKeypoint) {
+  const KPT_REGISTER_KEYPOINT_IMPL namesake(1, "a");
+  index.set(a, 7);
+  EXPECT_EQ(index.find(&namesake), 0U);
+  EXPECT_EQ(index.find(b), 0U);
+}
+
+TEST_P(MapIndex, CopyOfAKeypointHasNoEntry) {
+  index.set(a, 7);
+  KPT_REGISTER_KEYPOINT_IMPL copy(*static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(a));
+  EXPECT_EQ(index.find(&copy), 0U);
+  index.set(&copy, 8);
+  EXPECT_EQ(index.find(a), 7U);
+  EXPECT_EQ(index.size(), 2U);
+}
+
+TEST_P(MapIndex, EntriesOfADestroyedIndexAreDead) {
+  auto earlier = std::make_unique<KPT_MAP_INDEX>();
+  earlier->set(a, 7);
+  earlier.reset();
+  KPT_MAP_INDEX later;
+  EXPECT_EQ(later.find(a), 0U);
+  later.set(a, 8);
+  EXPECT_EQ(later.find(a), 8U);
+  EXPECT_EQ(later.size(), 1U);
+  EXPECT_TRUE(later.erase(a));
+  EXPECT_EQ(later.find(a), 0U);
+}
+
+// The keypoints of a set may lie anywhere in it, and most may never be entered.
+TEST_P(MapIndex, ManyKeypointsAreToldApart) {
+  KPT_KEYPOINT_SET_IMPL& set = sets[GetParam() == NO_SET ? 0 : GetParam()];
+  std::vector<KPT_KEYPOINT*> keypoints;
+  for (int n = 0; n < 3000; ++n) {
+    keypoints.push_back(set.add_register(n, "q" + std::to_string(n)));
+  }
+  for (std::size_t n = 3000; n > 0; n -= 3) {
+    index.set(keypoints[n - 1], static_cast<std::uint32_t>(n - 1));
+  }
+  EXPECT_EQ(index.size(), 1000U);
+  for (std::size_t n = 0; n < 3000; ++n) {
+    ASSERT_EQ(index.find(keypoints[n]), n % 3 == 2 ? n : 0U) << n;
+  }
+}
+
+TEST_P(MapIndex, KeypointThatItsSetDeletedKeepsItsEntry) {
+  if (GetParam() == NO_SET) {
+    return;
+  }
+  index.set(a, 7);
+  ASSERT_TRUE(sets[GetParam()].delete_register("a"));
+  KPT_KEYPOINT* anew = sets[GetParam()].add_register(3, "a");
+  EXPECT_EQ(index.find(a), 7U);
+  EXPECT_EQ(index.find(anew), 0U);
+}
+
+}  // namespace
