@@ -1,0 +1,81 @@
+// The commands. Each writes its result to standard output or to the file it is told, and answers
+// with its exit code; whatever stops it is thrown as a FAILURE.
+//
+// Ownership: options are read during the call only.
+#ifndef KPTDB_COMMANDS_H
+#define KPTDB_COMMANDS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "outcome.h"
+
+namespace kptdb {
+
+struct RECORD_OPTIONS {
+  std::string events;  // "-" for standard input
+  std::string output;
+  std::string name;  // of the database; empty: the file's name
+  bool keep_going = false;
+  bool json = false;
+};
+EXIT_CODE run_record(const RECORD_OPTIONS& options);
+
+struct INFO_OPTIONS {
+  std::string file;
+  bool memory = false;
+  bool json = false;
+};
+EXIT_CODE run_info(const INFO_OPTIONS& options);
+
+struct SHOW_OPTIONS {
+  std::string file;
+  std::string name;
+  std::string side;  // empty: both
+  bool json = false;
+};
+EXIT_CODE run_show(const SHOW_OPTIONS& options);
+
+struct LIST_OPTIONS {
+  std::string file;
+  std::string side;
+  std::string kind;
+  std::string status;
+  std::string glob = "*";
+  bool json = false;
+};
+EXIT_CODE run_list(const LIST_OPTIONS& options);
+
+struct DIFF_OPTIONS {
+  std::string first;
+  std::string second;
+  bool json = false;
+};
+EXIT_CODE run_diff(const DIFF_OPTIONS& options);
+
+struct CHECK_OPTIONS {
+  std::string file;
+  bool json = false;
+};
+EXIT_CODE run_check(const CHECK_OPTIONS& options);
+
+struct UNITE_OPTIONS {
+  std::vector<std::string> files;  // in the order of the stages
+  std::string output;
+  bool json = false;
+};
+EXIT_CODE run_unite(const UNITE_OPTIONS& options);
+
+struct EXPORT_OPTIONS {
+  std::string file;
+  std::string format;
+  std::string output;  // empty: standard output
+  std::string around;
+  std::string module;
+};
+EXIT_CODE run_export(const EXPORT_OPTIONS& options);
+
+}  // namespace kptdb
+
+#endif

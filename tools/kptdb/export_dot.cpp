@@ -1,0 +1,98 @@
+// A picture for Graphviz: reference registers to the left, maps in the middle, transformed
+// registers to the right.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+
+#include "export.h"
+#include "find.h"
+#include "model.h"
+#include "text.h"
+
+namespace kptdb {
+
+namespace {
+
+using MAPS = std::vector<const KPT_TRANSFORMATION_IMPL*>;
+
+std::string dot_text(std::string_view text) {
+  std::string result = "\"";
+  for (const char c : printable(text)) {
+    result += c == '"' || c == '\\' ? std::string{'\\', c} : std::string(1, c);
+  }
+  return result + '"';
+}
+
+std::string node_of(KPT_SET_ENUM side, const KPT_KEYPOINT* k) {
+  return dot_text((side == KPT_REFERENCE_SET ? "r " : "t ") + label(k));
+}
+
+MAPS wanted_maps(const DATABASE& db, const EXPORT_OPTIONS& options) {
+  const auto& all = db.maps().get_list_of_register_transformations();
+  if (options.around.empty()) {
+    return {all.begin(), all.end()};
+  }
+  const std::vector<REGISTER> found = find_registers(db, options.around, "");
+  if (found.empty()) {
+    throw FAILURE(EXIT_FOUND, not_found_text(options.file, options.around, "", close_name(db, options.around, "")));
+  }
+  MAPS result;
+  for (const REGISTER& reg : found) {
+    if (reg.map != nullptr && std::find(result.begin(), result.end(), reg.map) == result.end()) {
+      result.push_back(reg.map);
+    }
+  }
+  return result;
+}
+
+void write_register(RESULT_FILE& out, KPT_SET_ENUM side, const KPT_KEYPOINT* k, bool is_centre) {
+  out.write(fmt::format("  {} [label={}{}];\n", node_of(side, k), dot_text(label(k)), is_centre ? ", style=bold" : ""));
+}
+
+void write_edge(RESULT_FILE& out, std::size_t map, KPT_SET_ENUM side, const KPT_KEYPOINT* k, bool inverting) {
+  const std::string attributes = inverting ? " [style=dashed, label=inverted]" : "";
+  if (side == KPT_REFERENCE_SET) {
+    out.write(fmt::format("  {} -> \"map {}\"{};\n", node_of(side, k), map, attributes));
+  } else {
+    out.write(fmt::format("  \"map {}\" -> {}{};\n", map, node_of(side, k), attributes));
+  }
+}
+
+void write_map(RESULT_FILE& out, std::size_t number, const KPT_TRANSFORMATION_IMPL& map, const std::string& centre) {
+  const std::string_view reason = reason_word(map);
+  const std::string text(reason.empty() ? kind_word(kind_of(map)) : reason);
+  out.write(fmt::format("  \"map {}\" [shape=ellipse, label={}];\n", number, dot_text(text)));
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    for (const NI_PAIR& pair : side_of(map, side)) {
+      for (const bool inverting : {false, true}) {
+        for (const KPT_KEYPOINT* k : inverting ? pair.second : pair.first) {
+          if (k != nullptr) {
+            write_register(out, side, k, std::string_view(k->get_element_name()) == centre);
+            write_edge(out, number, side, k, inverting);
+          }
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& out) {
+  const MAPS maps = wanted_maps(db, options);
+  out.write(fmt::format("digraph {} {{\n  rankdir=LR;\n  node [shape=box];\n", dot_text(db.name())));
+  std::size_t number = 0;
+  for (const KPT_TRANSFORMATION_IMPL* map : maps) {
+    write_map(out, number++, *map, options.around);
+  }
+  for (const REGISTER& reg : registers_of(db)) {
+    const bool is_centre = std::string_view(reg.keypoint->get_element_name()) == options.around;
+    if (reg.map == nullptr && (options.around.empty() || is_centre)) {
+      write_register(out, reg.side, reg.keypoint, is_centre);
+    }
+  }
+  out.write("}\n");
+}
+
+}  // namespace kptdb

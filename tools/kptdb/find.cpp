@@ -1,0 +1,56 @@
+#include "find.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "text.h"
+
+namespace kptdb {
+
+std::vector<KPT_SET_ENUM> sides_named(const std::string& side) {
+  if (side.empty()) {
+    return {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET};
+  }
+  return {side == "reference" ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET};
+}
+
+std::vector<REGISTER> find_registers(const DATABASE& db, const std::string& name, const std::string& side) {
+  std::vector<REGISTER> result;
+  for (const KPT_SET_ENUM wanted : sides_named(side)) {
+    db.registers(wanted).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
+      if (std::string_view(k->get_element_name()) == name) {
+        result.push_back({wanted, k, map_of(db, wanted, k)});
+      }
+      return true;
+    });
+  }
+  return result;
+}
+
+// Near is up to a third of the name; the first of the nearest.
+std::string close_name(const DATABASE& db, const std::string& name, const std::string& side) {
+  std::string nearest;
+  std::size_t distance = std::max<std::size_t>(2, name.size() / 3 + 1);
+  for (const KPT_SET_ENUM wanted : sides_named(side)) {
+    db.registers(wanted).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
+      const std::string_view candidate = k->get_element_name();
+      const std::size_t found = edit_distance(name, candidate, distance);
+      if (found < distance) {
+        distance = found;
+        nearest = candidate;
+      }
+      return true;
+    });
+  }
+  return nearest;
+}
+
+std::string not_found_text(const std::string& file, const std::string& name, const std::string& side,
+                           const std::string& close) {
+  const std::string where = side.empty() ? "" : side + " ";
+  const std::string hint = close.empty() ? "" : fmt::format("; did you mean {}?", printable(close));
+  return fmt::format("{}: no {}register {}{}", file, where, printable(name), hint);
+}
+
+}  // namespace kptdb

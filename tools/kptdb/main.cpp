@@ -1,0 +1,145 @@
+// kptdb: the keypoint database at the command line.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <new>
+
+#include "commands.h"
+
+namespace {
+
+using RUN = std::function<kptdb::EXIT_CODE()>;
+
+const CLI::IsMember SIDES({"reference", "transformed"});
+
+CLI::App* add_command(CLI::App& app, RUN& run, const char* name, const char* text, RUN what) {
+  CLI::App* command = app.add_subcommand(name, text);
+  command->callback([&run, what = std::move(what)] { run = what; });
+  return command;
+}
+
+template <class OPTIONS>
+CLI::App* add_command(CLI::App& app, RUN& run, const char* name, const char* text, OPTIONS& options,
+                      kptdb::EXIT_CODE (*what)(const OPTIONS&)) {
+  return add_command(app, run, name, text, [&options, what] { return what(options); });
+}
+
+void add_json(CLI::App* command, bool& json) { command->add_flag("--json", json, "Print JSON for programs"); }
+
+void add_file(CLI::App* command, std::string& file) {
+  command->add_option("FILE", file, "A database file")->required();
+}
+
+struct COMMAND_LINE {
+  explicit COMMAND_LINE(CLI::App& app) {
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "kptdb " KPTDB_VERSION);
+    app.footer("Exit codes: 0 done, 1 something was found or refused, 2 wrong use, 3 unreadable input.");
+    add_record(app);
+    add_questions(app);
+    add_comparisons(app);
+    add_results(app);
+  }
+
+  void add_record(CLI::App& app) {
+    CLI::App* c =
+        add_command(app, run, "record", "Replay an event file into a new database", record, kptdb::run_record);
+    c->add_option("EVENTS", record.events, "An event file, JSON Lines; - for standard input")->required();
+    c->add_option("-o,--output", record.output, "The database file to write")->required();
+    c->add_option("--name", record.name, "The database's name (default: the event file's)");
+    c->add_flag("--keep-going", record.keep_going, "Report refused events and go on; write what was recorded");
+    add_json(c, record.json);
+  }
+
+  void add_questions(CLI::App& app) {
+    CLI::App* c = add_command(app, run, "info", "Count registers, maps and answers", info, kptdb::run_info);
+    add_file(c, info.file);
+    c->add_flag("--memory", info.memory, "Show the memory by type");
+    add_json(c, info.json);
+
+    c = add_command(app, run, "show", "Tell what became of a register", show, kptdb::run_show);
+    add_file(c, show.file);
+    c->add_option("REGISTER", show.name, "A register's name")->required();
+    c->add_option("--side", show.side, "Look on this side only")->check(SIDES);
+    add_json(c, show.json);
+
+    c = add_command(app, run, "list", "List registers", list, kptdb::run_list);
+    add_file(c, list.file);
+    c->add_option("--side", list.side, "Only this side")->check(SIDES);
+    c->add_option("--kind", list.kind, "Only this kind")->check(CLI::IsMember({"signal", "instance"}));
+    c->add_option("--status", list.status, "Only this status")
+        ->check(CLI::IsMember({"mapped", "eliminated", "unanswered"}));
+    c->add_option("--name", list.glob, "Only names that match: * is any text, ? any character");
+    add_json(c, list.json);
+  }
+
+  void add_comparisons(CLI::App& app) {
+    CLI::App* c = add_command(app, run, "diff", "Compare two databases by what they say", diff, kptdb::run_diff);
+    c->add_option("A", diff.first, "A database file")->required();
+    c->add_option("B", diff.second, "A database file")->required();
+    add_json(c, diff.json);
+
+    c = add_command(app, run, "check", "Find what a careful reader would object to", check, kptdb::run_check);
+    add_file(c, check.file);
+    add_json(c, check.json);
+  }
+
+  void add_results(CLI::App& app) {
+    CLI::App* c = add_command(app, run, "unite", "Unite successive stages into one database", unite, kptdb::run_unite);
+    c->add_option("FILES", unite.files, "Database files in the order of the stages")->required()->expected(2, 1000);
+    c->add_option("-o,--output", unite.output, "The database file to write")->required();
+    add_json(c, unite.json);
+
+    c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
+    add_file(c, export_.file);
+    CLI::Option* format = c->add_option("--format", export_.format, "json, csv, dot or encfile")
+                              ->check(CLI::IsMember({"json", "csv", "dot", "encfile"}));
+    c->add_flag_callback(
+         "--json", [this] { export_.format = "json"; }, "The same as --format json")
+        ->excludes(format);
+    c->add_option("-o,--output", export_.output, "The file to write (default: standard output)");
+    c->add_option("--around", export_.around, "With dot: only the maps of this register");
+    c->add_option("--module", export_.module, "With encfile: the module's name (default: the database's)");
+  }
+
+  RUN run;
+  kptdb::RECORD_OPTIONS record;
+  kptdb::INFO_OPTIONS info;
+  kptdb::SHOW_OPTIONS show;
+  kptdb::LIST_OPTIONS list;
+  kptdb::DIFF_OPTIONS diff;
+  kptdb::CHECK_OPTIONS check;
+  kptdb::UNITE_OPTIONS unite;
+  kptdb::EXPORT_OPTIONS export_;
+};
+
+int guarded(const RUN& run) {
+  try {
+    return run();
+  } catch (const kptdb::FAILURE& failure) {
+    fmt::print(stderr, "kptdb: {}\n", failure.what());
+    return failure.code();
+  } catch (const std::bad_alloc&) {
+    fmt::print(stderr, "kptdb: the input needs more memory than there is\n");
+    return kptdb::EXIT_UNREADABLE;
+  } catch (const std::exception& problem) {
+    fmt::print(stderr, "kptdb: {}\n", problem.what());
+    return kptdb::EXIT_UNREADABLE;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Records, inspects, compares and unites keypoint databases.", "kptdb");
+  COMMAND_LINE line(app);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& problem) {
+    return app.exit(problem) == 0 ? kptdb::EXIT_DONE : kptdb::EXIT_WRONG_USE;
+  }
+  return guarded(line.run);
+}

@@ -1,0 +1,32 @@
+// How a command ends.
+//
+// Ownership: a failure owns its text.
+#ifndef KPTDB_OUTCOME_H
+#define KPTDB_OUTCOME_H
+
+#include <stdexcept>
+#include <string>
+
+namespace kptdb {
+
+/// The exit codes. Scripts rely on them, so a code never changes its meaning.
+enum EXIT_CODE : int {
+  EXIT_DONE = 0,
+  EXIT_FOUND = 1,       // something was found, or something was refused
+  EXIT_WRONG_USE = 2,   // the command line makes no sense
+  EXIT_UNREADABLE = 3,  // an input file cannot be read or is not what it should be
+};
+
+/// Ends the command: the text goes to standard error, nothing is written.
+class FAILURE : public std::runtime_error {
+ public:
+  FAILURE(EXIT_CODE code, const std::string& text) : std::runtime_error(text), m_code(code) {}
+  EXIT_CODE code() const { return m_code; }
+
+ private:
+  EXIT_CODE m_code;
+};
+
+}  // namespace kptdb
+
+#endif
