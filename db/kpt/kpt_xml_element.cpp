@@ -38,6 +38,9 @@ bool is_ascii(std::string_view text) {
 class WIDE_NAME {
  public:
   explicit WIDE_NAME(std::string_view name) {
+    if (name.find('\0') != std::string_view::npos) {
+      name = {};  // no name of a document has one
+    }
     if (name.size() < m_short.size() && is_ascii(name)) {
       *std::copy(name.begin(), name.end(), m_short.begin()) = 0;
       return;

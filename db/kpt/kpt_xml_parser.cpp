@@ -1,6 +1,7 @@
 #include "db/kpt/kpt_xml_parser.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -85,7 +86,16 @@ class FILE_SOURCE : public InputSource {
     do {
       descriptor = ::open(m_file_name.c_str(), O_RDONLY | O_CLOEXEC);
     } while (descriptor < 0 && errno == EINTR);
-    return descriptor < 0 ? nullptr : new FILE_STREAM(descriptor);
+    if (descriptor < 0) {
+      return nullptr;
+    }
+    // A folder opens, and then fails in a way of which the parser keeps memory.
+    struct stat state {};
+    if (::fstat(descriptor, &state) != 0 || S_ISDIR(state.st_mode)) {
+      ::close(descriptor);
+      return nullptr;
+    }
+    return new FILE_STREAM(descriptor);
   }
 
  private:
@@ -154,6 +164,8 @@ KESTOV_DOM_PARSER::~KESTOV_DOM_PARSER() = default;
 KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER() {
   m_security.setEntityExpansionLimit(MOST_EXPANSIONS);
   setSecurityManager(&m_security);
+  // Without this the parser asks nobody and opens what an entity names.
+  getScanner()->setEntityHandler(this);
 }
 
 KPT_XML_PARSER_WRAPPER::~KPT_XML_PARSER_WRAPPER() = default;

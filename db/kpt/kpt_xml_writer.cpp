@@ -28,6 +28,7 @@ bool KPT_XML_WRITER::STREAM::take_block() {
 bool KPT_XML_WRITER::STREAM::open(const KPT_STRING& file_name) {
   const bool names_a_file = file_name.find('\0') == KPT_STRING::npos;
   if (is_open() || !names_a_file || !take_block()) {
+    flush();
     m_good = false;
     return false;
   }
@@ -64,7 +65,7 @@ void KPT_XML_WRITER::STREAM::write_out(const char* from, std::size_t size) {
 }
 
 void KPT_XML_WRITER::STREAM::flush() {
-  write_out(m_block.get(), m_used);
+  write_out(m_block.get(), m_used);  // nothing is used unless the file is open
   m_used = 0;
 }
 

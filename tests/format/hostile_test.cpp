@@ -1,0 +1,203 @@
+// Files that mean harm or were never databases. None may end the process, read
+// another file or cost more than its size accounts for, and the manager goes on.
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <random>
+
+#include "db/kpt/kpt.h"
+#include "db/kpt/kpt_xml_reader.h"
+#include "host/kpt_host.h"
+#include "tests/format/databases.h"
+#include "tests/format/system_calls.h"
+#include "tests/support/host_lines.h"
+#include "tests/support/seed.h"
+
+namespace {
+
+using namespace kpt_test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::string repeated(std::size_t count, const std::string& text) {
+  std::string all;
+  all.reserve(count * text.size());
+  for (std::size_t k = 0; k < count; ++k) {
+    all += text;
+  }
+  return all;
+}
+
+std::string database_of(const std::string& content) { return "<kpt_db name='hostile'>" + content + "</kpt_db>"; }
+
+class HostileFile : public testing::Test {
+ protected:
+  ~HostileFile() override {
+    m_manager->destroy_keypoints_db("hostile");
+    EXPECT_NE(m_manager->load_db(data_file("three_maps.xml")), nullptr) << "the manager no longer works";
+    EXPECT_TRUE(m_manager->destroy_keypoints_db("top"));
+  }
+
+  void expect_refused(const std::string& path) {
+    const HOST_LINES lines;
+    EXPECT_EQ(m_manager->load_db(path), nullptr);
+    EXPECT_THAT(lines.errors(), ElementsAre(StartsWith("Syntax error in XML Keypoint Database " + path + " at line")));
+  }
+
+  const KPT_KEYPOINTS_DB* expect_loaded(std::string_view file) {
+    const HOST_LINES lines;
+    const KPT_KEYPOINTS_DB* const db = m_manager->load_db(m_folder.file_of(file));
+    EXPECT_NE(db, nullptr);
+    EXPECT_TRUE(lines.errors().empty());
+    return db;
+  }
+
+  const KPT_XML_READER m_reader;  // spares every load the start of the parser
+  FOLDER m_folder;
+  KPT_KEYPOINTS_MANAGER* const m_manager = KPT_KEYPOINTS_MANAGER::get_instance();
+};
+
+TEST_F(HostileFile, that_is_cut_off_anywhere) {
+  const std::string file = read_file(data_file("three_maps.xml"));
+  for (std::size_t size = 0; size + 1 < file.size(); ++size) {
+    expect_refused(m_folder.file_of(std::string_view(file).substr(0, size)));
+  }
+}
+
+TEST_F(HostileFile, that_is_binary) {
+  std::mt19937 random(seed());
+  std::string bytes(100000, 0);
+  std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+  bytes.front() = 0x7F;
+  expect_refused(m_folder.file_of(bytes));
+}
+
+TEST_F(HostileFile, that_is_all_nul) { expect_refused(m_folder.file_of(std::string(100000, 0))); }
+
+TEST_F(HostileFile, that_is_a_folder) { expect_refused(m_folder.path()); }
+
+TEST_F(HostileFile, that_may_not_be_read) {
+  const std::string path = m_folder.file_of("<kpt_db name='hostile'/>");
+  ASSERT_EQ(::chmod(path.c_str(), 0), 0);
+  ASSERT_EQ(::chmod(m_folder.path().c_str(), 0755), 0);
+  const auto body = [](const std::string& file) {
+    const uid_t nobody = 65534;
+    if (::geteuid() == 0 && ::setuid(nobody) != 0) {
+      return 2;
+    }
+    const HOST_LINES lines;
+    return KPT_KEYPOINTS_MANAGER::get_instance()->load_db(file) == nullptr && lines.errors().size() == 1 ? 0 : 1;
+  };
+  EXPECT_EQ(in_child(body, path), 0);
+}
+
+TEST_F(HostileFile, whose_tags_do_not_match) { expect_refused(m_folder.file_of(database_of("<a></b>"))); }
+
+TEST_F(HostileFile, that_holds_two_documents) { expect_refused(m_folder.file_of(database_of("") + database_of(""))); }
+
+TEST_F(HostileFile, that_pulls_another_file_in) {
+  const std::string secret = m_folder.file_of("the secret", "secret.txt");
+  expect_refused(m_folder.file_of("<!DOCTYPE kpt_db [<!ENTITY e SYSTEM '" + secret + "'>]>" +
+                                  database_of("<key_points_set type='reference'><key_point id='1' type='register'>"
+                                              "<name>&e;</name></key_point></key_points_set>")));
+}
+
+TEST_F(HostileFile, that_multiplies_one_long_entity) {
+  expect_refused(m_folder.file_of("<!DOCTYPE kpt_db [<!ENTITY e '" + std::string(100000, 'x') + "'>]>" +
+                                  database_of(repeated(100000, "&e;"))));
+}
+
+TEST_F(HostileFile, that_nests_its_document_type) {
+  expect_loaded("<!DOCTYPE kpt_db [<!ELEMENT a " + repeated(100000, "(") + "a" + repeated(100000, ")") + ">]>" +
+                database_of(""));
+}
+
+TEST_F(HostileFile, that_nests_deep) {
+  expect_loaded(database_of(repeated(100000, "<a>") + "x" + repeated(100000, "</a>")));
+}
+
+// At every place where the loader goes down.
+TEST_F(HostileFile, that_nests_deep_inside_a_name_and_a_table) {
+  const std::string down = repeated(100000, "<value index='0'>");
+  const std::string up = "1" + repeated(100000, "</value>");
+  const KPT_KEYPOINTS_DB* const db = expect_loaded(database_of(
+      "<key_points_set type='reference'><key_point id='1' type='register'><name>" + down + up +
+      "</name></key_point></key_points_set><transformations_set><transformation><state_table num_states='1' "
+      "num_reference_registers='1' num_transformed_registers='1'><state index='0'><reference><value index='0'>" +
+      repeated(100000, "<v>") + "1" + repeated(100000, "</v>") +
+      "</value></reference></state></state_table></transformation></transformations_set>"));
+  ASSERT_NE(db, nullptr);
+  EXPECT_FALSE(db->get_reference_set().get_register("1").is_null());
+}
+
+TEST_F(HostileFile, of_a_million_comments_in_a_row) {
+  expect_loaded(database_of("<key_points_set type='reference'>" + repeated(1000000, "<!---->") + "</key_points_set>"));
+}
+
+TEST_F(HostileFile, of_many_attributes) {
+  std::string attributes;
+  for (int k = 0; k < 20000; ++k) {
+    attributes += " a" + std::to_string(k) + "=''";
+  }
+  expect_loaded("<kpt_db name='hostile'" + attributes + "/>");
+}
+
+TEST_F(HostileFile, of_a_text_of_100_megabytes) {
+  const std::string text(100 << 20, 'n');
+  const KPT_KEYPOINTS_DB* const db =
+      expect_loaded(database_of("<key_points_set type='reference'><key_point id='1' type='register'><name>" + text +
+                                "</name></key_point></key_points_set>"));
+  ASSERT_NE(db, nullptr);
+  EXPECT_FALSE(db->get_reference_set().get_register(text).is_null());
+}
+
+TEST_F(HostileFile, whose_numbers_are_none) {
+  const KPT_KEYPOINTS_DB* const db = expect_loaded(database_of(
+      "<key_points_set type='reference'><key_point id='one' type='register'><name>a</name></key_point>"
+      "<key_point id='1e9' type='register'><name>b</name></key_point></key_points_set><transformations_set>"
+      "<transformation><kp_set type='reference'><kp_state index='-'><noninverts><kp id='0x1'/></noninverts></kp_state>"
+      "</kp_set><state_table num_states='many' num_reference_registers='' num_transformed_registers='-'/>"
+      "</transformation></transformations_set>"));
+  ASSERT_NE(db, nullptr);
+  EXPECT_FALSE(db->get_reference_register_transformation("a").is_null());
+  EXPECT_TRUE(db->get_reference_register_transformation("b").is_null());
+}
+
+TEST_F(HostileFile, whose_numbers_overflow) {
+  const std::string most(1000, '9');
+  expect_loaded(database_of(
+      "<key_points_set type='reference'><key_point id='" + most +
+      "' type='register'><name>a</name></key_point>"
+      "</key_points_set><transformations_set><transformation><kp_set type='reference'><kp_state index='" +
+      most + "'><inverts><kp id='-" + most +
+      "'/></inverts></kp_state></kp_set><state_table num_states='2' "
+      "num_reference_registers='2' num_transformed_registers='2'><state index='" +
+      most +
+      "'><reference>"
+      "<value index='-" +
+      most + "'>" + most +
+      "</value></reference></state><state index='-1'><transformed>"
+      "<value index='65535'>1</value></transformed></state></state_table></transformation></transformations_set>"));
+}
+
+// The bits of the declared table are the most that it may cost: a copy while
+// loading would show.
+TEST_F(HostileFile, that_declares_the_largest_table) {
+  const KPT_KEYPOINTS_DB* const db = expect_loaded(
+      "<kpt_db name='hostile'><transformations_set><transformation><state_table num_states='65535' "
+      "num_reference_registers='65535' num_transformed_registers='65535'/></transformation></transformations_set>"
+      "</kpt_db>");
+  ASSERT_NE(db, nullptr);
+  unsigned long bytes = 0;
+  for (const kpt_host::TRACKER& tracker : kpt_host::trackers()) {
+    bytes = std::max(bytes, tracker.peak_bytes);
+  }
+  EXPECT_LE(bytes, 2UL * 65535 * 65535 / 8 + 1024);
+}
+
+}  // namespace

@@ -1,0 +1,340 @@
+// What loading makes of each deviation. Every file is small and well-formed;
+// most differ in one place from a file that the library would write.
+#include <gmock/gmock.h>
+
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_register_keypoint_impl.h"
+#include "db/kpt/kpt_transformation_impl.h"
+#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/kpt_xml_reader.h"
+#include "tests/format/databases.h"
+#include "tests/support/host_lines.h"
+
+namespace {
+
+using namespace kpt_test;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::Not;
+
+constexpr char NO_VALUES[] = "Parse error while reading statetable column number";
+
+std::vector<std::string> maps_of(const std::string& name) { return maps(*load_data(name).db); }
+std::vector<std::string> reference_registers_of(const std::string& name) {
+  return registers(*load_data(name).db->get_reference_set());
+}
+
+TEST(Load, frames_its_phases_with_timing_lines) {
+  const LOADED loaded{new_database("d"), true};
+  const HOST_LINES lines;
+  EXPECT_TRUE(KPT_XML_READER().load_kpt_xml(data_file("elim_types.xml"), loaded.db.get()));
+  EXPECT_THAT(
+      lines.debug(),
+      ElementsAre("XML parse: file: " + data_file("elim_types.xml") + ", nerrors: 0", "Start XML parsing",
+                  MatchesRegex("TIME: Load Start Time: ..*"), MatchesRegex("TIME: Register Set Load: [0-9]+"),
+                  MatchesRegex("TIME: Register Set Load: [0-9]+"),
+                  MatchesRegex("TIME: Transformation Set Load: [0-9]+"), MatchesRegex("TIME: Load End Time: ..*")));
+  EXPECT_THAT(lines.errors(), IsEmpty());
+  EXPECT_THAT(lines.internal_errors(), IsEmpty());
+}
+
+TEST(Load, reads_any_word_outside_the_list_and_none_as_not_eliminated) {
+  EXPECT_THAT(maps_of("elim_types.xml"), ElementsAre("a~ -> ", "a~ ->  (1)", "a~ ->  (2)", "a~ ->  (3)", "a~ ->  (4)",
+                                                     "a~ -> ", "a~ -> ", "a~ -> ", "a~ -> "));
+}
+
+TEST(Load, passes_over_children_of_a_transformation_without_a_type) {
+  EXPECT_THAT(maps_of("children_without_type.xml"), ElementsAre("a~ -> x~"));
+}
+
+TEST(Load, reads_a_side_of_any_other_type_as_the_transformed_one) {
+  EXPECT_THAT(maps_of("sides_of_other_types.xml"), ElementsAre("a~ -> x~|y~"));
+}
+
+TEST(Load, appends_a_further_piece_of_a_side) {
+  EXPECT_THAT(maps_of("side_in_two_pieces.xml"), ElementsAre("a~|~b -> x~"));
+}
+
+// With both a block instance, with neither a signal, with one of them nothing.
+TEST(Load, skips_a_keypoint_that_has_entity_or_register_type_alone) {
+  const HOST_LINES lines;
+  EXPECT_THAT(reference_registers_of("halves_of_block_instances.xml"),
+              ElementsAre("4:signal", "1:whole/u1/dff", "5:empty_texts//"));
+  EXPECT_THAT(lines.errors(), IsEmpty());
+}
+
+TEST(Load, skips_keypoints_of_every_type_but_register) {
+  EXPECT_THAT(reference_registers_of("other_keypoint_types.xml"), ElementsAre("2:kept"));
+}
+
+TEST(Load, keeps_the_place_of_an_unknown_id_in_its_list) {
+  EXPECT_THAT(maps_of("unknown_ids.xml"), ElementsAre("a null b~ -> ~null"));
+}
+
+TEST(Load, looks_ids_up_within_the_side_that_names_them) {
+  EXPECT_THAT(maps_of("ids_within_a_side.xml"), ElementsAre("a b~ -> x null y~"));
+}
+
+TEST(Load, reads_a_missing_id_as_0) {
+  EXPECT_THAT(reference_registers_of("missing_ids.xml"), ElementsAre("0:zero"));
+  EXPECT_THAT(maps_of("missing_ids.xml"), ElementsAre("zero zero zero~ -> "));
+}
+
+TEST(Load, reads_an_id_beyond_an_int_as_the_nearest_one) {
+  EXPECT_THAT(reference_registers_of("overflowing_ids.xml"),
+              ElementsAre("2147483647:most", "-2147483648:least", "12:twelve"));
+  EXPECT_THAT(maps_of("overflowing_ids.xml"), ElementsAre("most least twelve~ -> "));
+}
+
+// Refused as well: the sets stand behind the transformations.
+TEST(Load, gives_null_keypoints_to_transformations_that_precede_the_sets) {
+  const LOADED loaded = load_data("transformations_first.xml");
+  EXPECT_FALSE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("null~ -> null~"));
+  EXPECT_TRUE(loaded.db->get_reference_set()->is_empty());
+}
+
+TEST(Load, gives_null_keypoints_to_transformations_without_the_sets) {
+  const LOADED loaded = load_data("only_transformations_first.xml");
+  EXPECT_TRUE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("null~ -> null~"));
+}
+
+TEST(Load, takes_the_sets_in_either_order) {
+  const LOADED loaded = load_data("transformed_set_first.xml");
+  EXPECT_TRUE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
+}
+
+TEST(Load, reads_a_set_of_any_other_type_as_the_transformed_one) {
+  EXPECT_THAT(registers(*load_data("set_of_unknown_type.xml").db->get_transformed_set()), ElementsAre("1:x", "2:y"));
+  EXPECT_THAT(registers(*load_data("set_without_type.xml").db->get_transformed_set()), ElementsAre("1:x", "2:y"));
+}
+
+TEST(Load, adds_every_further_set_of_a_side) {
+  EXPECT_THAT(reference_registers_of("two_reference_sets.xml"), ElementsAre("1:a", "2:b"));
+}
+
+// The flag that the transformations lower is the one that the root's children
+// are read by. A flag of their own would read what follows, and accept files
+// that flows rely on seeing refused.
+TEST(Load, fails_when_something_follows_the_transformations) {
+  const LOADED loaded = load_data("child_behind_transformations.xml");
+  EXPECT_FALSE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
+  EXPECT_THAT(registers(*loaded.db->get_reference_set()), ElementsAre("1:a", "2:b"));
+}
+
+TEST(Load, fails_on_a_second_set_of_transformations) {
+  const LOADED loaded = load_data("two_transformations_sets.xml");
+  EXPECT_FALSE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
+}
+
+TEST(Load, takes_an_empty_set_of_transformations_at_the_end) {
+  EXPECT_TRUE(load_data("empty_transformations_last.xml").result);
+}
+
+TEST(Load, fails_when_something_follows_an_empty_set_of_transformations) {
+  const LOADED loaded = load_data("empty_transformations_then_more.xml");
+  EXPECT_FALSE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), IsEmpty());
+}
+
+TEST(Load, takes_a_root_without_children) {
+  const LOADED loaded = load_data("no_children.xml");
+  EXPECT_TRUE(loaded.result);
+  EXPECT_EQ(saved(*loaded.db), saved(*new_database("loaded")));
+}
+
+TEST(Load, does_not_ask_for_the_name_of_the_root) {
+  const LOADED loaded = load_data("another_root.xml");
+  EXPECT_TRUE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
+}
+
+TEST(Load, reports_an_unexpected_child_of_the_root_and_reads_it_as_the_transformations) {
+  const HOST_LINES lines;
+  const LOADED loaded = load_data("unexpected_child.xml");
+  EXPECT_TRUE(loaded.result);
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
+  ASSERT_EQ(lines.internal_errors().size(), 1U);
+  const INTERNAL_ERROR& error = lines.internal_errors().front();
+  EXPECT_EQ(error.condition, "strcmp(db_xml_subtree.get_node_name(), KPT_XML_STR_TRANSFORMATIONS_SET) == 0");
+  EXPECT_EQ(error.tag, "KPT");
+  EXPECT_EQ(error.file, "db/kpt/kpt_keypoints_db_impl");
+  EXPECT_EQ(error.line, 1199);
+}
+
+TEST(Load, stops_behind_an_unexpected_child_as_behind_the_transformations) {
+  const HOST_LINES lines;
+  const LOADED loaded = load_data("unexpected_child_first.xml");
+  EXPECT_FALSE(loaded.result);
+  EXPECT_TRUE(loaded.db->get_reference_set()->is_empty());
+  EXPECT_EQ(lines.internal_errors().size(), 1U);
+}
+
+TEST(Load, does_not_ask_for_the_names_of_keypoints_and_transformations) {
+  EXPECT_THAT(reference_registers_of("keypoints_by_another_name.xml"), ElementsAre("1:a", "2:b"));
+  EXPECT_THAT(maps_of("transformations_by_another_name.xml"), ElementsAre("a~ -> x~"));
+  EXPECT_THAT(maps_of("keypoints_of_a_group_by_another_name.xml"), ElementsAre("a b~ -> x~"));
+}
+
+TEST(Load, adds_a_register_without_a_name_under_the_empty_one) {
+  EXPECT_THAT(reference_registers_of("keypoint_without_name.xml"), ElementsAre("1:"));
+}
+
+TEST(Load, takes_the_first_of_two_names) {
+  EXPECT_THAT(reference_registers_of("two_names.xml"), ElementsAre("1:first"));
+}
+
+TEST(Load, joins_the_pieces_of_a_text) {
+  EXPECT_THAT(reference_registers_of("texts_in_pieces.xml"), ElementsAre("1:q[<&]89"));
+}
+
+TEST(Load, passes_over_comments_texts_and_instructions) {
+  const LOADED loaded = load_data("comments_everywhere.xml");
+  EXPECT_TRUE(loaded.result);
+  EXPECT_THAT(registers(*loaded.db->get_reference_set()), ElementsAre("1:a", "2:b"));
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
+}
+
+// Every kind of child node is known by its name, also where an element was meant.
+TEST(Load, takes_an_instruction_for_the_child_of_its_name) {
+  EXPECT_THAT(reference_registers_of("instruction_named_entity.xml"), ElementsAre("1:q/u1/dff"));
+}
+
+TEST(Load, keeps_the_later_of_two_registers_of_one_name) {
+  EXPECT_THAT(reference_registers_of("same_name_twice.xml"), ElementsAre("2:a"));
+  EXPECT_THAT(maps_of("same_name_twice.xml"), ElementsAre("null a~ -> "));
+}
+
+// To the highest signal id, not past it: the first register after a load
+// repeats that id. One past it would renumber what flows have on record.
+TEST(Load, raises_the_counters_to_the_highest_signal_id) {
+  const COUNTERS counters(0, 0);
+  const LOADED loaded = load_data("signal_ids_1_to_5.xml");
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, 5);
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_t_id, 41);
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::get_next_t_id(), 41);
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::get_next_t_id(), 42);
+}
+
+TEST(Load, leaves_the_counters_to_a_block_instance) {
+  const COUNTERS counters(0, 0);
+  EXPECT_THAT(reference_registers_of("signal_ids_1_to_5.xml"), Contains("40:i/u/dff"));
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, 5);
+}
+
+TEST(Load, never_lowers_a_counter) {
+  const COUNTERS counters(100, 100);
+  const LOADED loaded = load_data("signal_ids_1_to_5.xml");
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, 100);
+  EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_t_id, 100);
+}
+
+TEST(Load, makes_an_empty_index_of_a_state_without_groups) {
+  EXPECT_THAT(maps_of("state_without_groups.xml"), ElementsAre("a~|~ -> ~"));
+}
+
+TEST(Load, places_states_by_their_order_and_not_by_their_index) {
+  EXPECT_THAT(maps_of("states_out_of_order.xml"), ElementsAre("b~|a~ -> x~"));
+}
+
+TEST(Load, takes_the_groups_of_a_state_in_either_order) {
+  EXPECT_THAT(maps_of("groups_out_of_order.xml"), ElementsAre("a~b -> x~"));
+}
+
+TEST(Load, takes_the_first_of_two_groups_of_a_kind) {
+  EXPECT_THAT(maps_of("two_groups_of_a_kind.xml"), ElementsAre("a~ -> x~"));
+}
+
+TEST(Load, takes_sides_and_table_in_any_order) {
+  EXPECT_THAT(maps_of("table_first.xml"), ElementsAre("a~ -> x~ [1/0]"));
+}
+
+// Blanks lead, 16 bits count, and only 1 is true; text further down is text.
+TEST(Load, reads_a_value_as_true_when_its_number_is_1) {
+  EXPECT_THAT(maps_of("table_values.xml"), ElementsAre("a~ -> x~ [/110000111]"));
+}
+
+TEST(Load, does_not_read_the_states_of_a_table_of_none) {
+  const HOST_LINES lines;
+  EXPECT_THAT(maps_of("table_of_no_states.xml"), ElementsAre("a~ -> x~ []"));
+  EXPECT_THAT(lines.debug(), Not(Contains(HasSubstr("statetable"))));
+}
+
+TEST(Load, reads_a_table_without_counts_as_empty) {
+  EXPECT_THAT(maps_of("table_without_counts.xml"), ElementsAre("a~ -> x~ []"));
+}
+
+TEST(Load, counts_the_states_of_a_table_modulo_65536) {
+  EXPECT_THAT(maps_of("table_counts_beyond_16_bits.xml"), ElementsAre("a~ -> x~ [0/0 1/1]"));
+}
+
+TEST(Load, places_states_of_a_table_by_their_index) {
+  EXPECT_THAT(maps_of("fewer_states_than_counted.xml"), ElementsAre("a~ -> x~ [0/0 0/0 1/1]"));
+}
+
+TEST(Load, reads_no_more_states_than_the_table_counts) {
+  EXPECT_THAT(maps_of("more_states_than_counted.xml"), ElementsAre("a~ -> x~ [0/0 1/1]"));
+}
+
+TEST(Load, reads_the_other_states_when_one_lacks_a_side) {
+  const HOST_LINES lines;
+  EXPECT_THAT(maps_of("states_without_a_side.xml"), ElementsAre("a~ -> x~ [0/1 1/0 1/1]"));
+  EXPECT_THAT(lines.debug(), testing::Contains(NO_VALUES).Times(2));
+}
+
+TEST(Load, does_not_ask_for_the_names_of_states) {
+  EXPECT_THAT(maps_of("state_by_another_name.xml"), ElementsAre("a~ -> x~ [1/1]"));
+}
+
+TEST(Load, drops_a_state_outside_the_table) {
+  EXPECT_THAT(maps_of("state_outside_table.xml"), ElementsAre("a~ -> x~ [0/0]"));
+}
+
+TEST(Load, skips_the_rest_of_a_side_behind_an_entry_outside_the_table) {
+  EXPECT_THAT(maps_of("entry_outside_table.xml"), ElementsAre("a~ -> x~ [100/1]"));
+}
+
+TEST(Load, finds_values_at_any_depth_and_tells_of_a_side_without_any) {
+  const HOST_LINES lines;
+  EXPECT_THAT(maps_of("values_further_down.xml"), ElementsAre("a~ -> x~ [01/0]"));
+  EXPECT_THAT(lines.debug(), testing::Contains(NO_VALUES).Times(1));
+}
+
+TEST(Load, takes_the_first_of_two_tables) { EXPECT_THAT(maps_of("two_tables.xml"), ElementsAre("a~ -> x~ [1/0]")); }
+
+// A type makes a side of whatever carries it. Its states have no groups.
+TEST(Load, reads_a_table_with_a_type_also_as_a_side) {
+  EXPECT_THAT(maps_of("table_with_a_type.xml"), ElementsAre("a~|~ -> x~ [1/1]"));
+}
+
+TEST(Load, tells_whether_a_keypoint_had_a_name) {
+  const FOLDER folder;
+  const KPT_XML_READER reader;
+  const KPT_XML_PARSER parser(folder.file_of("<s><k type='register'/><k type='register'><name>a</name></k></s>"));
+  bool ok = true;
+  KPT_XML_ELEMENT root = parser.root_element("kpt_db", &ok);
+  const DATABASE db = new_database("d");
+  const COUNTERS counters(0, 0);
+  KPT_XML_ELEMENT keypoint = root.get_first_child(&ok);
+  EXPECT_FALSE(db->parse_one_keypoint(KPT_REFERENCE_SET, keypoint));
+  keypoint = root.get_next_sibling(&ok);
+  EXPECT_TRUE(db->parse_one_keypoint(KPT_REFERENCE_SET, keypoint));
+}
+
+TEST(Load, answers_for_a_set_that_it_came_to_its_end) {
+  const FOLDER folder;
+  const KPT_XML_READER reader;
+  const KPT_XML_PARSER parser(folder.file_of("<key_points_set/>"));
+  bool ok = true;
+  KPT_XML_ELEMENT root = parser.root_element("kpt_db", &ok);
+  EXPECT_TRUE(new_database("d")->parse_one_keypoint_set(root));
+}
+
+}  // namespace

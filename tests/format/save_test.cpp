@@ -1,0 +1,102 @@
+// Saving in place.
+#include <gmock/gmock.h>
+
+#include "db/kpt/kpt_register_keypoint_impl.h"
+#include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/kpt_transformation_impl.h"
+#include "db/kpt/kpt_xml_writer.h"
+#include "tests/format/databases.h"
+#include "tests/support/host_lines.h"
+
+namespace {
+
+using namespace kpt_test;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+TEST(Save, fails_without_a_word_when_the_file_cannot_be_opened) {
+  const FOLDER folder;
+  const DATABASE db = new_database("d");
+  const HOST_LINES lines;
+  EXPECT_FALSE(db->save(folder.file("missing/db.xml")));
+  EXPECT_THAT(lines.debug(), IsEmpty());
+  EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+TEST(Save, takes_the_place_of_an_earlier_file) {
+  const FOLDER folder;
+  const std::string path = folder.file_of(std::string(10000, 'x'));
+  const DATABASE db = new_database("empty");
+  EXPECT_TRUE(db->save(path));
+  EXPECT_EQ(read_file(path), read_file(data_file("empty.xml")));
+}
+
+// Nothing is escaped: the pair is save_atomically, which refuses such names.
+TEST(Save, writes_names_that_cannot_be_read_back) {
+  const FOLDER folder;
+  const DATABASE db = new_database("d");
+  db->add_to_register_set(KPT_REFERENCE_SET, 1, "a<b&c");
+  EXPECT_TRUE(db->save(folder.file("db.xml")));
+  EXPECT_THAT(read_file(folder.file("db.xml")), HasSubstr("<name>a<b&c</name>"));
+  EXPECT_FALSE(load(folder.file("db.xml")).result);
+}
+
+TEST(Save, leaves_the_word_of_a_status_outside_the_list_out) {
+  const DATABASE db = new_database("d");
+  db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, static_cast<KPT_ELIM_ENUM>(5));
+  db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, static_cast<KPT_ELIM_ENUM>(-1));
+  const std::string file = saved(*db);
+  EXPECT_THAT(file, HasSubstr("<transformation>"));
+  EXPECT_THAT(file, Not(HasSubstr("elim_type")));
+}
+
+TEST(Save, writes_the_table_of_a_state_machine_alone) {
+  const DATABASE db = new_database("d");
+  db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, KPT_NOT_ELIMINATED);
+  EXPECT_THAT(saved(*db), Not(HasSubstr("state_table")));
+  db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, KPT_STATE_TABLE_IMPL(0, 0, 0), KPT_NOT_ELIMINATED);
+  EXPECT_THAT(saved(*db), HasSubstr("<state_table num_states=\"0\" num_reference_registers=\"0\" "
+                                    "num_transformed_registers=\"0\">"));
+}
+
+TEST(Save, leaves_null_keypoints_out_and_a_group_of_nothing_else_with_them) {
+  const DATABASE db = new_database("d");
+  KPT_KEYPOINT* const a = db->add_to_register_set(KPT_REFERENCE_SET, 8, "a");
+  const KPT_KEYPOINT_LIST with_null{nullptr, a};
+  const KPT_KEYPOINT_LIST nulls(2, nullptr);
+  const NI_PAIR_VECTOR side(1, NI_PAIR(with_null, nulls));
+  db->add_to_transformation_set(side, NI_PAIR_VECTOR{}, KPT_NOT_ELIMINATED);
+  const std::string file = saved(*db);
+  EXPECT_THAT(file, HasSubstr("<kp id=\"8\">"));
+  EXPECT_THAT(file, Not(HasSubstr("id=\"0\"")));
+  EXPECT_THAT(file, Not(HasSubstr("inverts>\n      </")));
+  EXPECT_THAT(file, Not(HasSubstr("<inverts>")));
+}
+
+// A keypoint that is no register: written by a walk over base keypoints, and
+// passed over when the file is read.
+TEST(Save, writes_a_keypoint_that_is_no_register_under_its_own_type) {
+  const FOLDER folder;
+  {
+    KPT_XML_WRITER writer(folder.file("out"));
+    EXPECT_TRUE(writer.start_file());
+    const KPT_KEYPOINT keypoint(KPT_REGISTER_TYPE, 5, "k");
+    EXPECT_TRUE(keypoint.save_keypoint(writer));
+  }
+  EXPECT_EQ(read_file(folder.file("out")),
+            "    <key_point id=\"5\" type=\"keypoint\">\n    <name>k</name>\n  </key_point>\n");
+}
+
+TEST(Save, loses_an_id_beyond_an_int) {
+  const COUNTERS counters(0, 0);
+  const FOLDER folder;
+  const DATABASE db = new_database("d");
+  db->add_to_register_set(KPT_REFERENCE_SET, 2147483647L, "kept");
+  db->add_to_register_set(KPT_REFERENCE_SET, 2147483648L, "lost");
+  EXPECT_TRUE(db->save(folder.file("db.xml")));
+  EXPECT_THAT(registers(*load(folder.file("db.xml")).db->get_reference_set()),
+              testing::ElementsAre("2147483647:kept", "-2147483648:lost"));
+}
+
+}  // namespace

@@ -1,0 +1,44 @@
+// The system calls by which the library writes a file, counted and broken.
+//
+// Ownership: one object at a time watches the process.
+#ifndef TESTS_FORMAT_SYSTEM_CALLS_H
+#define TESTS_FORMAT_SYSTEM_CALLS_H
+
+#include <string>
+#include <vector>
+
+namespace kpt_test {
+
+/// While it lives, write, fsync, fchmod, linkat and renameat are noted in
+/// order, and the k-th of them (from 0) goes wrong as asked.
+class SYSTEM_CALLS {
+ public:
+  enum TROUBLE { NONE, FAILURE, KILL };
+
+  explicit SYSTEM_CALLS(TROUBLE trouble = NONE, unsigned at = 0);
+  ~SYSTEM_CALLS();
+  SYSTEM_CALLS(const SYSTEM_CALLS&) = delete;
+  SYSTEM_CALLS& operator=(const SYSTEM_CALLS&) = delete;
+
+  const std::vector<std::string>& names() const { return m_names; }
+
+  /// Whether this call is to fail. For the calls themselves.
+  bool breaks(const char* name);
+
+  /// From now on file systems have no files without a name.
+  void refuse_nameless_files() { m_refuses_nameless = true; }
+  bool refuses_nameless_files() const { return m_refuses_nameless; }
+
+ private:
+  TROUBLE m_trouble;
+  unsigned m_at;
+  bool m_refuses_nameless = false;
+  std::vector<std::string> m_names;
+};
+
+/// Runs `body` in a process of its own. What it returned, or minus the signal that ended it.
+int in_child(int (*body)(const std::string& argument), const std::string& argument);
+
+}  // namespace kpt_test
+
+#endif

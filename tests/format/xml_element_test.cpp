@@ -1,0 +1,310 @@
+// Elements and lists of a parsed document.
+#include "db/kpt/kpt_xml_element.h"
+
+#include <gmock/gmock.h>
+
+#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/kpt_xml_reader.h"
+#include "tests/format/databases.h"
+
+namespace {
+
+using namespace kpt_test;
+using testing::ElementsAre;
+
+class XmlElement : public testing::Test {
+ protected:
+  // The root of this document, which lives as long as the test.
+  KPT_XML_ELEMENT parse(std::string_view document) {
+    m_parser.emplace(m_folder.file_of(document));
+    EXPECT_TRUE(m_parser->ok());
+    bool ok = true;
+    return m_parser->root_element("kpt_db", &ok);
+  }
+
+  static std::vector<std::string> child_names(KPT_XML_ELEMENT parent) {
+    std::vector<std::string> names;
+    bool ok = true;
+    for (KPT_XML_ELEMENT c = parent.get_first_child(&ok); !c.is_null() && ok; c = parent.get_next_sibling(&ok)) {
+      names.emplace_back(c.get_node_name());
+    }
+    return names;
+  }
+
+ private:
+  FOLDER m_folder;
+  KPT_XML_READER m_reader;
+  std::optional<KPT_XML_PARSER> m_parser;
+};
+
+TEST_F(XmlElement, walks_the_child_elements_alone) {
+  EXPECT_THAT(child_names(parse("<r>text<a/><!-- c --><b><d/></b><?pi?><![CDATA[x]]><c/></r>")),
+              ElementsAre("a", "b", "c"));
+}
+
+// An entity's elements are not children of the element that refers to it.
+TEST_F(XmlElement, passes_over_what_an_entity_stands_for) {
+  EXPECT_THAT(child_names(parse("<!DOCTYPE r [<!ENTITY e '<b/>'>]><r><a/>&e;<c/></r>")), ElementsAre("a", "c"));
+}
+
+TEST_F(XmlElement, has_no_first_child_without_child_elements) {
+  bool ok = true;
+  EXPECT_TRUE(parse("<r>text<!-- c --></r>").get_first_child(&ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST_F(XmlElement, does_not_look_for_a_first_child_when_the_flag_is_down) {
+  KPT_XML_ELEMENT root = parse("<r><a/></r>");
+  bool ok = false;
+  EXPECT_TRUE(root.get_first_child(&ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST_F(XmlElement, moves_on_to_the_next_sibling_even_when_the_flag_is_down) {
+  KPT_XML_ELEMENT root = parse("<r><a/><b/><c/></r>");
+  bool ok = true;
+  root.get_first_child(&ok);
+  ok = false;
+  EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
+  EXPECT_FALSE(ok);
+  EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "c");
+}
+
+TEST_F(XmlElement, lowers_the_flag_behind_the_last_sibling_however_often) {
+  KPT_XML_ELEMENT root = parse("<r><a/></r>");
+  bool ok = true;
+  root.get_first_child(&ok);
+  for (int k = 0; k < 2; ++k) {
+    ok = true;
+    EXPECT_TRUE(root.get_next_sibling(&ok).is_null());
+    EXPECT_FALSE(ok);
+  }
+}
+
+TEST_F(XmlElement, has_no_next_sibling_before_the_first_child_was_asked_for) {
+  KPT_XML_ELEMENT root = parse("<r><a/><b/></r>");
+  bool ok = true;
+  EXPECT_TRUE(root.get_next_sibling(&ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST_F(XmlElement, has_no_next_sibling_when_there_was_no_first_child) {
+  KPT_XML_ELEMENT parent = parse("<r><a/><b/></r>");
+  bool ok = true;
+  KPT_XML_ELEMENT child = parent.get_first_child(&ok);
+  child.get_first_child(&ok);
+  ok = true;
+  EXPECT_TRUE(child.get_next_sibling(&ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST_F(XmlElement, starts_again_at_the_first_child) {
+  KPT_XML_ELEMENT root = parse("<r><a/><b/></r>");
+  bool ok = true;
+  root.get_first_child(&ok);
+  root.get_next_sibling(&ok);
+  EXPECT_STREQ(root.get_first_child(&ok).get_node_name(), "a");
+  EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
+}
+
+TEST_F(XmlElement, walks_children_while_a_child_walks_its_own) {
+  KPT_XML_ELEMENT root = parse("<r><a><x/></a><b/></r>");
+  bool ok = true;
+  KPT_XML_ELEMENT a = root.get_first_child(&ok);
+  EXPECT_STREQ(a.get_first_child(&ok).get_node_name(), "x");
+  EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
+}
+
+TEST_F(XmlElement, finds_the_first_of_two_children_of_a_name) {
+  bool ok = true;
+  EXPECT_EQ(parse("<r><a>1</a><b/><a>2</a></r>").get_single_child_element("a", &ok).get_text_content(), "1");
+  EXPECT_TRUE(ok);
+}
+
+TEST_F(XmlElement, finds_no_grandchild_as_a_child) {
+  bool ok = true;
+  EXPECT_TRUE(parse("<r><a><b/></a></r>").get_single_child_element("b", &ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST_F(XmlElement, finds_no_child_by_a_part_of_its_name) {
+  const KPT_XML_ELEMENT root = parse("<r><name/></r>");
+  for (const char* name : {"nam", "names", "Name", ""}) {
+    bool ok = true;
+    EXPECT_TRUE(root.get_single_child_element(name, &ok).is_null()) << name;
+  }
+}
+
+TEST_F(XmlElement, does_not_look_for_a_child_when_the_flag_is_down) {
+  bool ok = false;
+  EXPECT_TRUE(parse("<r><a/></r>").get_single_child_element("a", &ok).is_null());
+}
+
+TEST_F(XmlElement, finds_nodes_of_every_kind_by_their_names) {
+  const KPT_XML_ELEMENT root =
+      parse("<!DOCTYPE r [<!ENTITY e 'by entity'>]><r>text<?pi data?><!--c-->&e;<e>late</e></r>");
+  bool ok = true;
+  EXPECT_EQ(root.get_single_child_element("pi", &ok).get_text_content(), "data");
+  EXPECT_EQ(root.get_single_child_element("e", &ok).get_text_content(), "by entity");
+  EXPECT_EQ(root.get_single_child_element("#text", &ok).get_text_content(), "text");
+  EXPECT_EQ(root.get_single_child_element("#comment", &ok).get_text_content(), "c");
+  EXPECT_TRUE(ok);
+}
+
+TEST_F(XmlElement, takes_a_node_that_is_no_element_for_one_without_anything_in_it) {
+  bool ok = true;
+  KPT_XML_ELEMENT node = parse("<r><?pi data?></r>").get_single_child_element("pi", &ok);
+  EXPECT_FALSE(node.is_null());
+  EXPECT_EQ(node.get_attribute_by_name("a"), "");
+  EXPECT_TRUE(node.get_child_elements("a", &ok).is_null());
+  ok = true;
+  EXPECT_TRUE(node.get_first_child(&ok).is_null());
+  ok = true;
+  EXPECT_TRUE(node.get_single_child_element("a", &ok).is_null());
+}
+
+TEST_F(XmlElement, lists_descendants_of_a_name_in_document_order) {
+  bool ok = true;
+  const KPT_XML_ELEMENT list = parse("<r><v>1</v><x><v>2<v>3</v></v></x><w/><v>4</v></r>").get_child_elements("v", &ok);
+  ASSERT_TRUE(ok);
+  EXPECT_FALSE(list.is_null());
+  std::vector<std::string> texts;
+  for (int i = 0; i < list.size(); ++i) {
+    texts.emplace_back(list.item(i, &ok).get_text_content());
+  }
+  EXPECT_THAT(texts, ElementsAre("1", "23", "3", "4"));
+}
+
+TEST_F(XmlElement, gives_entries_of_a_list_in_any_order) {
+  bool ok = true;
+  const KPT_XML_ELEMENT list = parse("<r><v>1</v><v>2</v><v>3</v></r>").get_child_elements("v", &ok);
+  EXPECT_EQ(list.item(2, &ok).get_text_content(), "3");
+  EXPECT_EQ(list.item(0, &ok).get_text_content(), "1");
+  EXPECT_EQ(list.item(1, &ok).get_text_content(), "2");
+  EXPECT_TRUE(ok);
+}
+
+TEST_F(XmlElement, has_no_list_of_a_name_that_no_descendant_has) {
+  bool ok = true;
+  const KPT_XML_ELEMENT list = parse("<r><a/></r>").get_child_elements("r", &ok);
+  EXPECT_FALSE(ok);
+  EXPECT_TRUE(list.is_null());
+  EXPECT_EQ(list.size(), 0);
+}
+
+TEST_F(XmlElement, has_no_entry_outside_a_list) {
+  bool ok = true;
+  const KPT_XML_ELEMENT list = parse("<r><a/></r>").get_child_elements("a", &ok);
+  for (const int i : {1, -1, 1000000}) {
+    ok = true;
+    EXPECT_TRUE(list.item(i, &ok).is_null()) << i;
+    EXPECT_FALSE(ok);
+  }
+}
+
+TEST_F(XmlElement, has_neither_entries_nor_length_as_an_element) {
+  const KPT_XML_ELEMENT root = parse("<r><a/></r>");
+  bool ok = true;
+  EXPECT_TRUE(root.item(0, &ok).is_null());
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(root.size(), 0);
+}
+
+TEST_F(XmlElement, has_nothing_of_an_element_as_a_list) {
+  bool ok = true;
+  KPT_XML_ELEMENT list = parse("<r><a b='1'>t<c/></a></r>").get_child_elements("a", &ok);
+  EXPECT_STREQ(list.get_node_name(), "");
+  EXPECT_EQ(list.get_attribute_by_name("b"), "");
+  EXPECT_EQ(list.get_text_content(), "");
+  EXPECT_TRUE(list.get_first_child(&ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST_F(XmlElement, neither_lists_nor_gives_entries_when_the_flag_is_down) {
+  const KPT_XML_ELEMENT root = parse("<r><a/></r>");
+  bool ok = true;
+  const KPT_XML_ELEMENT list = root.get_child_elements("a", &ok);
+  ok = false;
+  EXPECT_TRUE(root.get_child_elements("a", &ok).is_null());
+  EXPECT_TRUE(list.item(0, &ok).is_null());
+}
+
+TEST_F(XmlElement, gives_the_value_of_an_attribute) {
+  EXPECT_EQ(parse("<r id='7' long_name_of_more_than_thirty_two_letters='x'/>").get_attribute_by_name("id"), "7");
+  EXPECT_EQ(parse("<r long_name_of_more_than_thirty_two_letters='x'/>")
+                .get_attribute_by_name("long_name_of_more_than_thirty_two_letters"),
+            "x");
+}
+
+TEST_F(XmlElement, gives_nothing_for_an_absent_attribute) {
+  EXPECT_EQ(parse("<r id='7'/>").get_attribute_by_name("i"), "");
+  EXPECT_EQ(parse("<r id='7'/>").get_attribute_by_name(""), "");
+  EXPECT_EQ(parse("<r id='7'/>").get_attribute_by_name(std::string("id\0x", 4)), "");
+}
+
+TEST_F(XmlElement, joins_all_text_below_and_leaves_comments_and_instructions_out) {
+  EXPECT_EQ(parse("<!DOCTYPE r [<!ENTITY e '5'>]><r>1<a>2<b>3</b></a><!--x--><?x y?><![CDATA[4<]]>&e;6</r>")
+                .get_text_content(),
+            "1234<56");
+}
+
+TEST_F(XmlElement, keeps_the_blanks_of_a_text) { EXPECT_EQ(parse("<r> a \n b </r>").get_text_content(), " a \n b "); }
+
+TEST_F(XmlElement, has_the_same_name_at_every_call_and_in_every_copy) {
+  const KPT_XML_ELEMENT root = parse("<some_name/>");
+  const KPT_XML_ELEMENT copy = root;
+  const char* const name = root.get_node_name();
+  EXPECT_STREQ(name, "some_name");
+  EXPECT_EQ(copy.get_node_name(), name);
+}
+
+TEST_F(XmlElement, tells_a_name_without_a_string_of_its_own) {
+  const KPT_XML_ELEMENT root = parse("<some_name/>");
+  EXPECT_TRUE(root.has_name("some_name"));
+  EXPECT_FALSE(root.has_name("some_nam"));
+  EXPECT_FALSE(KPT_XML_ELEMENT().has_name(""));
+}
+
+// What the parser's transcoder makes of such names depends on the locale; none
+// may end the process, and ASCII neighbours stay as they are.
+TEST_F(XmlElement, lives_with_names_and_texts_beyond_ascii) {
+  const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='\xE2\x82\xAC'><\xC3\xA4/>\xF0\x9F\x98\x80<a>b</a></r>");
+  bool ok = true;
+  EXPECT_EQ(root.get_single_child_element("a", &ok).get_text_content(), "b");
+  EXPECT_TRUE(ok);
+  root.get_text_content();
+  root.get_attribute_by_name("\xC3\xA4");
+  root.get_attribute_by_name("\xFF");
+  root.get_single_child_element("\xC3\xA4", &ok);
+}
+
+TEST(XmlNullElement, answers_everything_with_nothing) {
+  KPT_XML_ELEMENT null;
+  EXPECT_TRUE(null.is_null());
+  EXPECT_EQ(null.size(), 0);
+  EXPECT_STREQ(null.get_node_name(), "");
+  EXPECT_EQ(null.get_attribute_by_name("a"), "");
+  EXPECT_EQ(null.get_text_content(), "");
+  bool ok = true;
+  EXPECT_TRUE(null.get_first_child(&ok).is_null());
+  EXPECT_FALSE(ok);
+  ok = true;
+  EXPECT_TRUE(null.get_next_sibling(&ok).is_null());
+  EXPECT_FALSE(ok);
+  ok = true;
+  EXPECT_TRUE(null.get_single_child_element("a", &ok).is_null());
+  EXPECT_FALSE(ok);
+  ok = true;
+  EXPECT_TRUE(null.get_child_elements("a", &ok).is_null());
+  EXPECT_FALSE(ok);
+  ok = true;
+  EXPECT_TRUE(null.item(0, &ok).is_null());
+  EXPECT_FALSE(ok);
+}
+
+TEST(XmlNullElement, is_made_of_null_pointers_too) {
+  EXPECT_TRUE(KPT_XML_ELEMENT(static_cast<xercesc_3_2::DOMElement*>(nullptr)).is_null());
+  EXPECT_TRUE(KPT_XML_ELEMENT(static_cast<xercesc_3_2::DOMNodeList*>(nullptr)).is_null());
+}
+
+}  // namespace
