@@ -10,3 +10,11 @@ endmodule
 module NAND2(input A, input B, output Y);
   assign Y = ~(A & B);
 endmodule
+
+module NOR2(input A, input B, output Y);
+  assign Y = ~(A | B);
+endmodule
+
+module BUFF(input A, output Y);
+  assign Y = A;
+endmodule

@@ -42,8 +42,6 @@ CELL_KIND kind_of(std::string_view type) {
   return is_storage(type) ? CELL_KIND::STORAGE : CELL_KIND::OTHER;
 }
 
-NET net_of(RTLIL::SigBit bit) { return bit.wire != nullptr ? NET{bit.wire->hashidx_, bit.offset} : NET{}; }
-
 SOURCE constant(RTLIL::State value, bool inverted) {
   if (value != RTLIL::State::S0 && value != RTLIL::State::S1) {
     return {SOURCE_KIND::UNDEFINED, -1, false};
@@ -53,15 +51,25 @@ SOURCE constant(RTLIL::State value, bool inverted) {
 
 }  // namespace
 
-MODULE_VIEW::MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology) : m_module(module), m_sigmap(module) {
-  m_wires.reserve(module->wires_.size());
+MODULE_VIEW::MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked)
+    : m_module(module), m_sigmap(module) {
   for (const auto& [name, wire] : module->wires_) {
-    m_wires.emplace(wire->hashidx_, wire);
+    if (asked.contains(wire->hashidx_)) {
+      m_wires.emplace(wire->hashidx_, wire);
+    }
   }
   read_cells(technology);
   collect_nets();
   name_flops();
   find_inverted_data();
+}
+
+NET MODULE_VIEW::net_of(RTLIL::SigBit bit) {
+  if (bit.wire == nullptr) {
+    return {};
+  }
+  m_wires.emplace(bit.wire->hashidx_, bit.wire);
+  return {bit.wire->hashidx_, bit.offset};
 }
 
 void MODULE_VIEW::read_cells(const TECHNOLOGY& technology) {

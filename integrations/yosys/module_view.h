@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "kernel/sigtools.h"
@@ -49,9 +50,12 @@ struct SOURCE {
 /// The technology's registers that were met so far: "type/port".
 using TECHNOLOGY = std::set<std::string, std::less<>>;
 
+using WIRE_NUMBERS = std::unordered_set<unsigned int>;
+
 class MODULE_VIEW {
  public:
-  MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology);
+  /// Answers questions about its own registers' nets and about the wires numbered in `asked`.
+  MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked);
 
   RTLIL::Module* module() const { return m_module; }
   const std::vector<FLOP>& flops() const { return m_flops; }
@@ -76,6 +80,7 @@ class MODULE_VIEW {
     bool m_inverts = false;
   };
 
+  NET net_of(RTLIL::SigBit bit);
   void read_cells(const TECHNOLOGY& technology);
   void add_flops(RTLIL::Cell* cell);
   void add_technology_flops(RTLIL::Cell* cell, const TECHNOLOGY& technology);

@@ -23,24 +23,54 @@ bool has_processes(RTLIL::Module* top) {
   return false;
 }
 
-NETLIST_VIEW::NETLIST_VIEW(RTLIL::Module* top, const TECHNOLOGY& technology) { add(top, "", technology); }
+NETLIST_VIEW::NETLIST_VIEW(RTLIL::Module* top, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked) {
+  add(top, "", technology, asked);
+}
 
-void NETLIST_VIEW::add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology) {
+void NETLIST_VIEW::add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology,
+                       const WIRE_NUMBERS& asked) {
   std::shared_ptr<MODULE_VIEW>& view = m_modules[module->hashidx_];
   if (view == nullptr) {
-    view = std::make_shared<MODULE_VIEW>(module, technology);
+    view = std::make_shared<MODULE_VIEW>(module, technology, asked);
   }
   m_by_path.emplace(path, static_cast<int>(m_instances.size()));
   m_instances.push_back({path, view});
   for (const auto& [name, cell] : module->cells_) {
     if (RTLIL::Module* const below = submodule(*cell); below != nullptr) {
-      add(below, path + text_of(cell->name) + ".", technology);
+      add(below, path + text_of(cell->name) + ".", technology, asked);
     }
   }
 }
 
 const FLOP& NETLIST_VIEW::flop(const LOCATION& location) const {
   return module(location.m_instance).flops()[static_cast<std::size_t>(location.m_flop)];
+}
+
+WIRE_NUMBERS NETLIST_VIEW::wires() const {
+  WIRE_NUMBERS numbers;
+  for (const auto& [number, module] : m_modules) {
+    for (const FLOP& flop : module->flops()) {
+      for (const NET& net : flop.m_nets) {
+        numbers.insert(net.m_wire);
+      }
+      for (const NET& net : flop.m_inverted) {
+        numbers.insert(net.m_wire);
+      }
+      numbers.insert(flop.m_uninverted_data.m_wire);
+    }
+  }
+  return numbers;
+}
+
+bool NETLIST_VIEW::bears(const LOCATION& location, const std::string& name) const {
+  const MODULE_VIEW& module_of = module(location.m_instance);
+  for (const NET& net : flop(location).m_nets) {
+    const RTLIL::Wire* const wire = module_of.wire(net.m_wire);
+    if (wire != nullptr && path(location.m_instance) + text_of(*wire, net.m_bit) == name) {
+      return true;
+    }
+  }
+  return false;
 }
 
 int NETLIST_VIEW::instance(const std::string& path) const {
@@ -61,7 +91,7 @@ void NETLIST_VIEW::index_names() const {
     for (const auto& [id, wire] : m_instances[i].m_module->module()->wires_) {
       for (int bit = 0; bit < wire->width; ++bit) {
         m_by_name.emplace(m_instances[i].m_path + text_of(*wire, bit),
-                          PLACE{static_cast<int>(i), NET{wire->hashidx_, bit}});
+                          PLACE{static_cast<int>(i), RTLIL::SigBit(wire, bit)});
       }
     }
   }

@@ -21,6 +21,7 @@ struct LOCATION {
   auto operator<=>(const LOCATION&) const = default;
 };
 
+/// Good until the netlist changes, but for what FLOPs say and `path`.
 class NETLIST_VIEW {
  public:
   struct INSTANCE {
@@ -28,20 +29,25 @@ class NETLIST_VIEW {
     std::shared_ptr<MODULE_VIEW> m_module;
   };
 
-  /// A net of an instance.
+  /// A net of an instance, of use only with the view.
   struct PLACE {
     int m_instance = -1;
-    NET m_net;
+    RTLIL::SigBit m_bit;
   };
 
-  NETLIST_VIEW(RTLIL::Module* top, const TECHNOLOGY& technology);
+  NETLIST_VIEW(RTLIL::Module* top, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked);
 
   const std::vector<INSTANCE>& instances() const { return m_instances; }
   const MODULE_VIEW& module(int instance) const { return *m_instances[static_cast<std::size_t>(instance)].m_module; }
   const std::string& path(int instance) const { return m_instances[static_cast<std::size_t>(instance)].m_path; }
   const FLOP& flop(const LOCATION& location) const;
+  /// The wires of all registers' nets and of their inverses, and of what drives them.
+  WIRE_NUMBERS wires() const;
   /// The name of a register, with its path.
   std::string name(const LOCATION& location) const { return path(location.m_instance) + flop(location).m_name; }
+
+  /// Whether one of the register's nets is called so.
+  bool bears(const LOCATION& location, const std::string& name) const;
 
   /// -1 when nothing stands there.
   int instance(const std::string& path) const;
@@ -49,7 +55,7 @@ class NETLIST_VIEW {
   PLACE find(const std::string& name) const;
 
  private:
-  void add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology);
+  void add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked);
   void index_names() const;
 
   std::unordered_map<unsigned int, std::shared_ptr<MODULE_VIEW>> m_modules;

@@ -43,6 +43,8 @@ class NETS {
     return find(keypoint.is_signal() ? name : name + "." + to_string(keypoint.get_type()), bit);
   }
 
+  RTLIL::SigBit canonical(RTLIL::SigBit bit) const { return m_sigmap(bit); }
+
   struct DRIVER {
     RTLIL::Cell* m_cell = nullptr;
     RTLIL::IdString m_port;
@@ -106,7 +108,7 @@ class PROOF {
   void add_member(std::vector<MEMBER>& members, const KPT_REGISTER_KEYPOINT& keypoint, bool inverted);
   void apply_constant(const std::vector<MEMBER>& members, bool value);
   void apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<MEMBER>& members);
-  RTLIL::SigBit put_register(RTLIL::SigBit gate_bit, const std::string& name, bool inverted);
+  static void take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted);
   void apply_machine(const KPT_REGISTER_TRANSFORMATION& map);
   void apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
                           const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes);
@@ -182,7 +184,7 @@ RTLIL::Wire* PROOF::shared_wire(const NETS& nets, const std::string& name, int w
 }
 
 void PROOF::tie_gold(const MEMBER& member) {
-  m_gold.module()->connect(shared_wire(m_gold, member.m_name, 1), member.m_bit);
+  take_over(m_gold, member.m_bit, shared_wire(m_gold, member.m_name, 1), false);
 }
 
 // The gate side is driven by a cell of its own: a net tied to a constant would make that constant
@@ -205,7 +207,8 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
     return;
   }
   const bool inverted = map.is_negative_unate(0, 0) != members.front().m_inverted;
-  const RTLIL::SigBit first = put_register(gate_bit, members.front().m_name, inverted);
+  const RTLIL::SigBit first = shared_wire(m_gate, members.front().m_name, 1);
+  take_over(m_gate, gate_bit, first, inverted);
   for (const MEMBER& member : members) {
     tie_gold(member);
     ++m_summary.m_registers;
@@ -221,26 +224,27 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
   }
 }
 
-RTLIL::SigBit PROOF::put_register(RTLIL::SigBit gate_bit, const std::string& name, bool inverted) {
-  RTLIL::Module* const module = m_gate.module();
-  RTLIL::Wire* const shared = shared_wire(m_gate, name, 1);
-  if (!inverted) {
-    module->connect(shared, gate_bit);
-    return shared;
-  }
-  const NETS::DRIVER driver = m_gate.register_of(gate_bit);
+// Lets the flip-flop that drives `bit` drive `driven` instead, from which `bit` gets its value:
+// equiv_make looks at the net that the driver is on. Without a flip-flop there is only the value.
+void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted) {
+  RTLIL::Module* const module = nets.module();
+  const NETS::DRIVER driver = nets.register_of(bit);
   if (driver.m_cell == nullptr) {
-    module->addNotGate(NEW_ID, gate_bit, shared);
-    return shared;
+    inverted ? static_cast<void>(module->addNotGate(NEW_ID, bit, driven))
+             : module->connect(nets.canonical(bit), driven);
+    return;
   }
   RTLIL::SigSpec output = driver.m_cell->getPort(driver.m_port);
-  const RTLIL::SigBit read = output[driver.m_index];
-  RTLIL::Wire* const held = module->addWire(NEW_ID);
+  const RTLIL::SigBit before = output[driver.m_index];
+  const RTLIL::SigBit held = inverted ? RTLIL::SigBit(module->addWire(NEW_ID)) : driven;
   output[driver.m_index] = held;
   driver.m_cell->setPort(driver.m_port, output);
-  module->addNotGate(NEW_ID, held, shared);
-  module->addNotGate(NEW_ID, shared, read);
-  return shared;
+  if (inverted) {
+    module->addNotGate(NEW_ID, held, driven);
+    module->addNotGate(NEW_ID, driven, before);
+  } else {
+    module->connect(nets.canonical(before), driven);
+  }
 }
 
 // A code that does not tell two states apart cannot be decoded: such a machine is left alone.
@@ -284,22 +288,20 @@ void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
 void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
                                const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes) {
   const std::string name = "machine" + std::to_string(++m_summary.m_machines);
-  RTLIL::SigSpec gold_bits;
-  RTLIL::SigSpec gate_bits;
+  RTLIL::Wire* const gold_code = shared_wire(m_gold, name, static_cast<int>(r.size()));
+  RTLIL::Wire* const gate_code = shared_wire(m_gate, name, static_cast<int>(t.size()));
   RTLIL::SigBit bit;
-  for (const unsigned short i : r) {
-    m_gold.find(map.get_reference(i), bit);
-    gold_bits.append(bit);
+  for (std::size_t i = 0; i < r.size(); ++i) {
+    m_gold.find(map.get_reference(r[i]), bit);
+    take_over(m_gold, bit, RTLIL::SigBit(gold_code, static_cast<int>(i)), false);
   }
-  for (const unsigned short i : t) {
-    m_gate.find(map.get_transformed(i), bit);
-    gate_bits.append(bit);
+  for (std::size_t i = 0; i < t.size(); ++i) {
+    m_gate.find(map.get_transformed(t[i]), bit);
+    take_over(m_gate, bit, RTLIL::SigBit(gate_code, static_cast<int>(i)), false);
   }
-  m_gold.module()->connect(shared_wire(m_gold, name, gold_bits.size()), gold_bits);
-  m_gate.module()->connect(shared_wire(m_gate, name, gate_bits.size()), gate_bits);
   m_codes << ".fsm " << text_of(m_gold.module()->name) << " kpt:" << name << "\n";
-  for (const auto& [gate_code, gold_code] : codes) {
-    m_codes << ".map " << gold_code << " " << gate_code << "\n";
+  for (const auto& [gate_bits, gold_bits] : codes) {
+    m_codes << ".map " << gold_bits << " " << gate_bits << "\n";
   }
 }
 

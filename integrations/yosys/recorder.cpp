@@ -9,7 +9,8 @@ namespace {
 
 class RECORDER {
  public:
-  RECORDER(const TRACKER& tracker, const KPT_KEYPOINTS_DB& db) : m_tracker(tracker), m_db(db) {}
+  RECORDER(const TRACKER& tracker, const KPT_KEYPOINTS_DB& db)
+      : m_tracker(tracker), m_db(db), m_names(tracker.current_names()) {}
   TOTALS run();
 
  private:
@@ -27,12 +28,13 @@ class RECORDER {
   void record_eliminated(const POINT& point);
   void count_eliminated(const POINT& point);
   std::string passing_name(const std::string& name);
-  std::string name_at(const LOCATION& location) const { return m_tracker.view().name(location); }
+  const std::string& name_at(const LOCATION& location) const { return m_names.at(location); }
   void note(bool recorded) { m_totals.m_not_recorded += recorded ? 0 : 1; }
   const POINT& point(int index) const { return m_tracker.points()[static_cast<std::size_t>(index)]; }
 
   const TRACKER& m_tracker;
   const KPT_KEYPOINTS_DB& m_db;
+  const TRACKER::NAMES m_names;
   TOTALS m_totals;
   std::map<LOCATION, std::vector<int>> m_groups;  // reference registers that are one register now
   std::set<LOCATION> m_state_bits;                // registers of new codes, already recorded

@@ -127,21 +127,18 @@ void TRACKER::boundary(RTLIL::Design* design, const std::string& pass) {
 void TRACKER::begin(RTLIL::Module* top) {
   m_top = text_of(top->name);
   m_top_number = top->hashidx_;
-  m_view = std::make_unique<NETLIST_VIEW>(top, m_technology);
-  begin_points();
+  m_view = std::make_unique<NETLIST_VIEW>(top, m_technology, WIRE_NUMBERS());
+  begin_points(current_names());
 }
 
-void TRACKER::begin_points() {
+void TRACKER::begin_points(const NAMES& names) {
   m_points.clear();
   m_machines.clear();
-  for (std::size_t i = 0; i < m_view->instances().size(); ++i) {
-    const int instance = static_cast<int>(i);
-    for (std::size_t k = 0; k < m_view->module(instance).flops().size(); ++k) {
-      POINT point;
-      point.m_location = {instance, static_cast<int>(k)};
-      point.m_name = m_view->name(point.m_location);
-      m_points.push_back(std::move(point));
-    }
+  for (const auto& [location, name] : names) {
+    POINT point;
+    point.m_location = location;
+    point.m_name = name;
+    m_points.push_back(std::move(point));
   }
   std::stable_sort(m_points.begin(), m_points.end(),
                    [](const POINT& a, const POINT& b) { return a.m_name < b.m_name; });
@@ -149,15 +146,40 @@ void TRACKER::begin_points() {
 
 void TRACKER::restart() {
   if (started()) {
-    begin_points();
+    begin_points(current_names());
   }
+}
+
+TRACKER::NAMES TRACKER::current_names() const {
+  NAMES names;
+  for (std::size_t i = 0; i < m_view->instances().size(); ++i) {
+    const int instance = static_cast<int>(i);
+    for (std::size_t k = 0; k < m_view->module(instance).flops().size(); ++k) {
+      const LOCATION location{instance, static_cast<int>(k)};
+      names.emplace(location, m_view->name(location));
+    }
+  }
+  std::set<LOCATION> settled;
+  for (const POINT& point : m_points) {
+    if (point.m_fate == FATE::LIVE && m_view->bears(point.m_location, point.m_name) &&
+        settled.insert(point.m_location).second) {
+      names[point.m_location] = point.m_name;
+    }
+  }
+  return names;
 }
 
 void TRACKER::follow(RTLIL::Module* top, const std::string& pass) {
   m_top_number = top->hashidx_;
-  auto after = std::make_unique<NETLIST_VIEW>(top, m_technology);
+  WIRE_NUMBERS asked = m_view->wires();
+  for (const POINT& point : m_points) {
+    for (const NET& net : point.m_nets) {
+      asked.insert(net.m_wire);
+    }
+  }
+  auto after = std::make_unique<NETLIST_VIEW>(top, m_technology, asked);
   if (maps_to_technology(pass) && find_technology({*m_view, *after, pass})) {
-    after = std::make_unique<NETLIST_VIEW>(top, m_technology);
+    after = std::make_unique<NETLIST_VIEW>(top, m_technology, asked);
   }
   const STEP step{*m_view, *after, pass};
   for (POINT& point : m_points) {
@@ -217,15 +239,22 @@ bool TRACKER::find_by_name(const STEP& step, POINT& point, const FLOP& flop) {
   if (place.m_instance < 0) {
     return false;
   }
-  const SOURCE source = step.m_after.module(place.m_instance).source(place.m_net);
+  const SOURCE source = step.m_after.module(place.m_instance).source(place.m_bit);
   return settle(step, point, source, place.m_instance, false);
 }
 
+// By its cell only when its nets are gone: a pass that leaves them in place and gives the cell a
+// new one has put the register elsewhere.
 bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int instance) {
   if (keeps_names_only(step.m_pass) || instance < 0) {
     return false;
   }
-  const std::vector<FLOP>& flops = step.m_after.module(instance).flops();
+  const MODULE_VIEW& module = step.m_after.module(instance);
+  const auto is_there = [&module](const NET& net) { return module.wire(net.m_wire) != nullptr; };
+  if (std::any_of(flop.m_nets.begin(), flop.m_nets.end(), is_there)) {
+    return false;
+  }
+  const std::vector<FLOP>& flops = module.flops();
   const auto same = std::find_if(flops.begin(), flops.end(), [&flop](const FLOP& other) {
     return other.m_cell == flop.m_cell && other.m_index == flop.m_index && other.m_port == flop.m_port;
   });

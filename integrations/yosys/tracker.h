@@ -5,6 +5,7 @@
 #ifndef TRACKER_H
 #define TRACKER_H
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -60,8 +61,14 @@ class TRACKER {
   /// the registers since the last call. `pass` is who changed the netlist, empty when nobody knows.
   void boundary(RTLIL::Design* design, const std::string& pass);
 
-  /// Ends the stage: what is left of the registers becomes the reference of the next.
+  /// Ends the stage: what is left of the registers becomes the reference of the next, under the
+  /// names of current_names().
   void restart();
+
+  using NAMES = std::map<LOCATION, std::string>;
+  /// A name for each register that is there now: that of the reference register, if a net still
+  /// bears it, else the best.
+  NAMES current_names() const;
 
   bool started() const { return m_view != nullptr; }
   const std::vector<POINT>& points() const { return m_points; }
@@ -82,7 +89,7 @@ class TRACKER {
   RTLIL::Module* find_top(RTLIL::Design* design) const;
   bool changed(RTLIL::Design* design, const std::string& pass);
   void begin(RTLIL::Module* top);
-  void begin_points();
+  void begin_points(const NAMES& names);
   void follow(RTLIL::Module* top, const std::string& pass);
 
   bool find_technology(const STEP& step);
