@@ -216,10 +216,10 @@ MAP* KPT_UNITE::report_first_in_db2(const KPT_KEYPOINT_LIST& candidates_for_it) 
 }
 
 // A register that entered keeps an entry that it has: another map of the
-// first stage got there earlier. And it is the reference side of `m2`, the
-// registers between the stages, that is entered in the first stage's reference
-// index: consumers ask for a register of netlist 2 and get the map that it
-// was part of.
+// first stage got there earlier. (One that leads to a deleted map is none.)
+// And it is the reference side of `m2`, the registers between the stages, that
+// is entered in the first stage's reference index: consumers ask for a
+// register of netlist 2 and get the map that it was part of.
 void KPT_UNITE::step_from(MAP& m1, MAP& m2) {
   entered.clear();
   left.clear();
@@ -228,7 +228,9 @@ void KPT_UNITE::step_from(MAP& m1, MAP& m2) {
     db1.m_t_index.erase(k);
   }
   for (const KPT_KEYPOINT* k : entered) {
-    db1.m_t_index.set_if_absent(k, KPT_TRANSFORMATION_LIST::position_of(m1));
+    if (db1.get_map_of_t_keypoint(k) == nullptr) {
+      db1.m_t_index.set(k, KPT_TRANSFORMATION_LIST::position_of(m1));
+    }
   }
   db1.make_keypoint_mapping_hash_entries(KPT_REFERENCE_SET, m2.r_vec(), &m1);
   db2.delete_map(&m2);

@@ -1,0 +1,76 @@
+// A register that the first database has already is aligned against the
+// pass-through that was made last before it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/union/stages.h"
+
+namespace {
+
+using testing::ElementsAre;
+using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+
+class PolarityCarriedOver : public testing::Test {
+ protected:
+  void invert(const char* name) {
+    db2.get_reference_register_transformation(name)->interchange_registers_in_r_n_i_groups_of_map();
+  }
+
+  KPT_KEYPOINTS_DB_IMPL db1{"first"};
+  KPT_KEYPOINTS_DB_IMPL db2{"second"};
+};
+
+TEST_F(PolarityCarriedOver, ToARegisterThatIsThereAlready) {
+  db1.associate_registers_signal_to_signal("a", "y");
+  db2.associate_registers_signal_to_signal("x", "p");
+  db2.associate_registers_signal_to_signal("y", "q");
+  invert("y");
+  EXPECT_TRUE(db1.make_complete_db(db2));
+  // It is the pass-through of x that gives way, for y; the map of y does not.
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> y~", "~x -> ~x"));
+}
+
+TEST_F(PolarityCarriedOver, OnceForEachRegisterThatFollows) {
+  db1.associate_registers_signal_to_signal("a", "y");
+  db1.associate_registers_signal_to_signal("b", "z");
+  db2.associate_registers_signal_to_signal("x", "p");
+  db2.associate_registers_signal_to_signal("y", "q");
+  db2.associate_registers_signal_to_signal("z", "s");
+  invert("y");
+  EXPECT_TRUE(db1.make_complete_db(db2));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> y~", "b~ -> z~", "x~ -> x~"));
+}
+
+TEST_F(PolarityCarriedOver, ToNoRegisterBeforeTheFirstPassThrough) {
+  db1.associate_registers_signal_to_signal("a", "y");
+  db2.associate_registers_signal_to_signal("y", "q");
+  db2.associate_registers_signal_to_signal("x", "p");
+  invert("y");
+  EXPECT_TRUE(db1.make_complete_db(db2));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> y~", "x~ -> x~"));
+}
+
+// Whoever forgot the pass-through between the registers would give the map of
+// x other groups: a flow that has saved one database would save another.
+TEST_F(PolarityCarriedOver, AndShowsInTheGroupsOfTheUnitedMap) {
+  db1.associate_registers_signal_to_signal("a", "y");
+  db2.associate_registers_signal_to_signal("x", "p");
+  db2.associate_registers_signal_to_signal("y", "q");
+  invert("y");
+  EXPECT_TRUE(db1.unite_db(db2));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~q", "~x -> ~p"));
+}
+
+// It never turns a claim: both sides of the pass-through are swapped, so what
+// it says of x and p holds either way.
+TEST_F(PolarityCarriedOver, WithoutChangingWhatTheMapSays) {
+  db1.associate_registers_signal_to_signal("a", "y");
+  db2.associate_registers_signal_to_signal("x", "p");
+  db2.associate_registers_signal_to_signal("y", "q");
+  invert("y");
+  db1.unite_db(db2);
+  EXPECT_TRUE(db1.get_reference_register_transformation("x")->association_is_positive_unate(0, 0));
+  EXPECT_TRUE(db1.get_reference_register_transformation("a")->association_is_negative_unate(0, 0));
+}
+
+}  // namespace

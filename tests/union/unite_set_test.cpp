@@ -1,0 +1,501 @@
+// The union of two transformation sets: what becomes of the maps and of the
+// indexes, and every line told to the host.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/kpt_host.h"
+#include "tests/union/stages.h"
+
+namespace {
+
+using kpt_test::LINES;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+
+class UniteSet : public testing::Test {
+ protected:
+  ~UniteSet() override { kpt_host::clear_switches(); }
+
+  LINES debug() { return masked(lines.take_debug()); }
+
+  HOST_LINES lines;
+  REGISTERS registers;
+  SET db1{registers};
+  SET db2{registers};
+};
+
+// ---- Nothing to do ----
+
+TEST_F(UniteSet, OfTwoEmptySetsPrintsTheThreeTimesAndSucceeds) {
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
+  EXPECT_TRUE(db1.get_list_of_register_transformations().empty());
+}
+
+TEST_F(UniteSet, CountsTheTimesOfAllLoopsFromTheStart) {
+  for (int k = 0; k < 300; ++k) {
+    db1.plain("a" + std::to_string(k) + " -> x" + std::to_string(k));
+    db2.plain("x" + std::to_string(k) + " -> p" + std::to_string(k));
+  }
+  db1.unite(db2);
+  std::vector<long> times;
+  for (const std::string& line : lines.debug()) {
+    times.push_back(std::stol(line.substr(line.rfind(' ') + 1)));
+  }
+  ASSERT_EQ(times.size(), 3U);
+  EXPECT_LE(0, times[0]);
+  EXPECT_LE(times[0], times[1]);
+  EXPECT_LE(times[1], times[2]);
+}
+
+TEST_F(UniteSet, FilesEveryLineUnderTheModuleTag) {
+  db1.plain("a -> x");
+  db1.unite(db2);
+  EXPECT_THAT(lines.tags(), testing::Each(std::string("KPT")));
+}
+
+// ---- One to one ----
+
+TEST_F(UniteSet, RunsAMapOnToWhereTheSecondStageTakesIt) {
+  KPT_TRANSFORMATION_IMPL* map = db1.plain("a -> x");
+  db2.plain("x -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~"));
+  EXPECT_EQ(db1.get_map_of_r_keypoint(registers["a"]), map);
+  EXPECT_EQ(db1.get_map_of_t_keypoint(registers["p"]), map);
+  EXPECT_EQ(db1.get_map_of_t_keypoint(registers["x"]), nullptr);
+}
+
+TEST_F(UniteSet, ConsumesTheMapsOfTheSecondStageThatItComposes) {
+  db1.plain("a -> x");
+  db2.plain("x -> p");
+  db2.plain("y -> q");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db2), ElementsAre("y~ -> q~"));
+  EXPECT_EQ(db2.get_map_of_r_keypoint(registers["x"]), nullptr);
+  EXPECT_EQ(db2.get_map_of_t_keypoint(registers["p"]), nullptr);
+}
+
+TEST_F(UniteSet, ComposesInWhateverOrderTheSecondStageWasRecorded) {
+  db1.plain("a -> x");
+  db1.plain("b -> y");
+  db2.plain("y -> q");
+  db2.plain("x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~", "b~ -> q~"));
+}
+
+TEST_F(UniteSet, KeepsTheInversionThatTheSecondStageRecorded) {
+  db1.plain("a -> x");
+  db2.plain("x -> ~p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~p"));
+}
+
+TEST_F(UniteSet, SwapsTheSecondMapToThePolarityOfTheFirst) {
+  db1.plain("a -> ~x");
+  db2.plain("x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~p"));
+}
+
+TEST_F(UniteSet, UndoesAnInversionByASecondOne) {
+  db1.plain("a -> ~x");
+  db2.plain("x -> ~p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~"));
+}
+
+TEST_F(UniteSet, TakesOverWhatTheSecondStageEliminated) {
+  db1.plain("a -> x");
+  db2.plain("x -> ~", KPT_STUCK_AT_ONE);
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~ status 2"));
+}
+
+TEST_F(UniteSet, LeavesAFirstMapWithoutASuccessorAsItWas) {
+  db1.plain("a -> x");
+  db2.plain("y -> q");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2("x"), NO_SUCCESSOR, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~"));
+  EXPECT_EQ(db1.t_map("x"), "a~ -> x~");
+}
+
+// ---- Loop 1 ----
+
+TEST_F(UniteSet, MakesOneMapOfTheSecondMapsThatOneFirstIndexFeeds) {
+  db1.plain("a -> x y");
+  db2.plain("x -> p");
+  db2.plain("y -> q");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p q~"));
+  EXPECT_THAT(maps_of(db2), IsEmpty());
+}
+
+TEST_F(UniteSet, FusesIntoTheOldestSecondMapWhicheverRegisterComesFirst) {
+  db1.plain("a -> y x");
+  db2.plain("x -> p");
+  db2.plain("y -> q");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p q~"));
+}
+
+TEST_F(UniteSet, FusesThreeSecondMapsInOrderOfCreation) {
+  db1.plain("a -> z x y");
+  db2.plain("y -> q");
+  db2.plain("z -> s");
+  db2.plain("x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> q s p~"));
+}
+
+TEST_F(UniteSet, CountsASecondMapThatOneIndexFeedsTwiceOnce) {
+  db1.plain("a -> x y");
+  db2.plain("x y -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~"));
+}
+
+TEST_F(UniteSet, AlignsEachSecondMapBeforeItFusesThem) {
+  db1.plain("a -> x~y");
+  db2.plain("x -> p");
+  db2.plain("y -> q");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~q"));
+}
+
+TEST_F(UniteSet, FusesSecondMapsWithTheStatusOfTheLastOne) {
+  db1.plain("a -> x y");
+  db2.plain("x -> p");
+  db2.plain("y -> ~", KPT_NO_FANOUT);
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~ status 3"));
+}
+
+TEST_F(UniteSet, FusesSecondMapsForEachIndexOfAFirstMap) {
+  db1.plain("a|b -> v w|x y");
+  db2.plain("v -> p");
+  db2.plain("w -> q");
+  db2.plain("x -> s");
+  db2.plain("y -> u");
+  db1.unite(db2);
+  // The map itself runs on along its first index alone.
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~|b~ -> p q~"));
+  EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> s u~"));
+}
+
+TEST_F(UniteSet, FusesButDoesNotAlignWhatAFurtherIndexFeeds) {
+  db1.plain("a|b -> v|x~y");
+  db2.plain("x -> s");
+  db2.plain("y -> u");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> s u~"));
+}
+
+TEST_F(UniteSet, FusesNoSecondMapsForAStateMachine) {
+  db1.fsm("a -> x y", {"0 0", "1 1"});
+  db2.plain("x -> p");
+  db2.plain("y -> q");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db2), ElementsAre("x~ -> p~", "y~ -> q~"));
+}
+
+TEST_F(UniteSet, FusesNoStateMachineOfTheSecondStage) {
+  db1.plain("a -> x y");
+  db2.plain("x -> p");
+  db2.fsm("y -> q", {"0 0", "1 1"});
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db2), ElementsAre("x~ -> p~", "y~ -> q~ fsm"));
+}
+
+TEST_F(UniteSet, EntersWhatItFusedForTheSurvivingSecondMap) {
+  db1.fsm("b -> w", {"0 0", "1 1"});
+  db1.plain("a|c -> v|x y");
+  db2.plain("x -> p");
+  db2.plain("y -> q");
+  db1.unite(db2);
+  EXPECT_EQ(db2.r_map("y"), "x y~ -> p q~");
+  EXPECT_EQ(db2.t_map("q"), "x y~ -> p q~");
+}
+
+TEST_F(UniteSet, ReportsAnEmptyIndexEachTimeItIsWalked) {
+  db1.plain("a -> ~");
+  db1.unite(db2);
+  EXPECT_THAT(debug(),
+              ElementsAre(EMPTY_T, EMPTY_T, LOOP_1, LOOP_2, not_in_db2(""), EMPTY_T, EMPTY_T, NO_SUCCESSOR, LOOP_3));
+}
+
+TEST_F(UniteSet, ReportsASideWithoutIndicesOnlyWhereItsFirstIndexIsAskedFor) {
+  db1.plain("a ->");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2(""), EMPTY_T, EMPTY_T, NO_SUCCESSOR, LOOP_3));
+}
+
+TEST_F(UniteSet, ReportsTheEmptyReferenceSideOfASecondMap) {
+  db2.plain("~ -> p");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, EMPTY_R, EMPTY_R, LOOP_2, LOOP_3));
+}
+
+// ---- Loop 2 ----
+
+TEST_F(UniteSet, MakesOneMapOfTheFirstMapsThatFeedOneSecondIndex) {
+  KPT_TRANSFORMATION_IMPL* map = db1.plain("a -> x");
+  db1.plain("b -> y");
+  db2.plain("x y -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> p~"));
+  EXPECT_EQ(db1.get_map_of_r_keypoint(registers["b"]), map);
+  EXPECT_EQ(db1.get_map_of_t_keypoint(registers["p"]), map);
+}
+
+TEST_F(UniteSet, FusesIntoTheOldestFirstMapWhicheverRegisterComesFirst) {
+  db1.plain("a -> x");
+  db1.plain("b -> y");
+  db2.plain("y x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> p~"));
+}
+
+// The second map is swapped for each first map that disagrees with it: what
+// the last one asked for is what stays.
+TEST_F(UniteSet, AlignsASecondMapWithEachFirstMapThatFeedsIt) {
+  db1.plain("a -> x");
+  db1.plain("b -> ~y");
+  db2.plain("x y -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> ~p"));
+}
+
+TEST_F(UniteSet, FusesFirstMapsWithTheStatusOfTheLastOne) {
+  db1.plain("a -> x");
+  db1.plain("b -> y", KPT_STUCK_AT_ZERO);
+  db2.plain("x y -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> x y~ status 1"));
+}
+
+TEST_F(UniteSet, FusesAFirstStateMachineWithAPlainMapIntoTheProduct) {
+  db1.fsm("a -> x", {"0 1", "1 0"});
+  db1.plain("b -> y");
+  db2.plain("x y -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~|b~ -> x~|y~ fsm"));
+  EXPECT_THAT(states_of(db1.get_list_of_register_transformations().front()->get_register_state_table()),
+              states_of(make_table({"0 1", "1 0"}).cross_product_table(make_table({"0 0", "1 1"}))));
+  EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> p~"));
+}
+
+TEST_F(UniteSet, SkipsASecondMapWithoutFirstMaps) {
+  db2.plain("x y -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(maps_of(db1), IsEmpty());
+  EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> p~"));
+}
+
+// ---- Failure ----
+
+TEST_F(UniteSet, OfTwoStateMachinesThatFeedOneIndexFails) {
+  db1.fsm("a -> x", {"0 0", "1 1"});
+  db1.fsm("b -> y", {"0 0", "1 1"});
+  db1.plain("c -> z");
+  db2.plain("x y -> p");
+  db2.plain("z -> q");
+  EXPECT_FALSE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, "Cannot unite 2 FSM transformations", LOOP_2, LOOP_3));
+}
+
+TEST_F(UniteSet, DeletesAMapAlsoWhenItCouldNotBeFused) {
+  db1.fsm("a -> x", {"0 0", "1 1"});
+  db1.fsm("b -> y", {"0 0", "1 1"});
+  db2.plain("x y -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~ fsm"));
+  EXPECT_EQ(db1.r_map("b"), "");
+  EXPECT_EQ(db1.t_map("y"), "");
+}
+
+TEST_F(UniteSet, FusesNothingMoreIntoAMapAfterAFailureAndDeletesTheRest) {
+  db1.fsm("a -> x", {"0 0", "1 1"});
+  db1.fsm("b -> y", {"0 0", "1 1"});
+  db1.plain("c -> z");
+  db2.plain("x y z -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~ fsm"));
+}
+
+TEST_F(UniteSet, ComposesNothingAfterAFailure) {
+  db1.fsm("a -> x", {"0 0", "1 1"});
+  db1.fsm("b -> y", {"0 0", "1 1"});
+  db1.plain("c -> z");
+  db2.plain("x y -> p");
+  db2.plain("z -> q");
+  db1.unite(db2);
+  EXPECT_EQ(db1.t_map("z"), "c~ -> z~");
+  EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> p~", "z~ -> q~"));
+}
+
+TEST_F(UniteSet, LooksAtNoFurtherIndexAfterAFailure) {
+  db1.fsm("a -> x", {"0 0", "1 1"});
+  db1.fsm("b -> y", {"0 0", "1 1"});
+  db1.plain("c -> v");
+  db1.plain("d -> w");
+  db2.plain("x y|v w -> p");
+  db2.fsm("v -> q", {"0 0", "1 1"});
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~ fsm", "c~ -> v~", "d~ -> w~"));
+}
+
+TEST_F(UniteSet, FailsInLoop1WhenTheTargetHasNoTransformedIndex) {
+  db1.plain("a -> x y");
+  db1.plain("b -> v w");
+  db2.plain("x ->");
+  db2.plain("y -> q");
+  db2.plain("v -> s");
+  db2.plain("w -> u");
+  EXPECT_FALSE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x y~", "b~ -> v w~"));
+  EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> ", "v~ -> s~", "w~ -> u~"));
+}
+
+TEST_F(UniteSet, CopiesLeftoversAlsoAfterAFailureAndFailsAllTheSame) {
+  kpt_host::set_switch(COPY_LEFTOVERS, true);
+  db1.plain("a -> x y");
+  db2.plain("x ->");
+  db2.plain("y -> q");
+  EXPECT_FALSE(db1.unite(db2));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x y~", "x y~ -> "));
+  EXPECT_EQ(lines.internal_errors().size(), 1U);
+}
+
+// ---- Loop 3 ----
+
+TEST_F(UniteSet, FindsTheSuccessorThroughAnEquivalent) {
+  db1.plain("a -> x y");
+  db2.plain("y -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2("x"), "Found keypoint y in db2's R set", UNMATCHED,
+                                   "T set of db1:", "  0: x", "  0: y", "R set of db2:", "  0: y", LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~"));
+}
+
+TEST_F(UniteSet, FindsTheSuccessorThroughAnInvertedEquivalent) {
+  db1.plain("a -> x~y");
+  db2.plain("y -> p");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), testing::IsSupersetOf({not_in_db2("x"), std::string("Found keypoint y in db2's R set")}));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~p"));
+}
+
+TEST_F(UniteSet, AsksEquivalentsBeforeInvertedEquivalents) {
+  db1.plain("a -> x z~y");
+  db2.fsm("y -> p", {"0 0", "1 1"});
+  db2.plain("z -> q");
+  db1.plain("b -> w");
+  db1.unite(db2);
+  // Loop 2 deleted the first map, for it feeds the state machine.
+  EXPECT_THAT(maps_of(db1), ElementsAre("b~ -> w~", "y~ -> p~ fsm"));
+}
+
+TEST_F(UniteSet, SaysWhichRegistersItAskedForInOrder) {
+  db1.plain("a -> x y z~v w");
+  db2.plain("w -> p");
+  db2.plain("v -> q");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2("x"), "Found keypoint v in db2's R set", UNMATCHED,
+                                   "T set of db1:", "  0: x", "  0: y", "  0: z", "  0: v", "  0: w",
+                                   "R set of db2:", "  0: w", "  0: v", LOOP_3));
+}
+
+TEST_F(UniteSet, PrintsBothSidesOfAMismatchIndexByIndex) {
+  db1.plain("a|b -> x|y~z");
+  db2.plain("x -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, UNMATCHED, "T set of db1:", "  0: x", "  1: y", "  1: z",
+                                   "R set of db2:", "  0: x", LOOP_3));
+}
+
+TEST_F(UniteSet, ReportsTheEmptyIndicesOfAMismatch) {
+  db1.plain("a|b -> x|~");
+  db2.plain("x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(EMPTY_T, EMPTY_T, LOOP_1, LOOP_2, UNMATCHED, "T set of db1:", "  0: x", EMPTY_T,
+                                   EMPTY_T, "R set of db2:", "  0: x", LOOP_3));
+}
+
+TEST_F(UniteSet, TakesASecondMapWithMoreRegistersForAMatch) {
+  db1.plain("a -> x");
+  db2.plain("x y -> p");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~"));
+}
+
+TEST_F(UniteSet, PrintsANullRepresentativeAsAnEmptyName) {
+  db1.plain("a -> null");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2(""), NO_SUCCESSOR, LOOP_3));
+}
+
+TEST_F(UniteSet, PrintsANullInAMismatchAsAnEmptyName) {
+  db1.plain("a -> null x");
+  db2.plain("null x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2(""), "Found keypoint x in db2's R set", UNMATCHED,
+                                   "T set of db1:", "  0: ", "  0: x", "R set of db2:", "  0: ", "  0: x", LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~"));
+}
+
+TEST_F(UniteSet, PrintsABlockInstanceByItsName) {
+  db1.add_map(registers["a"], registers.instance("u1", "dff", "posedge"));
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2("u1"), NO_SUCCESSOR, LOOP_3));
+}
+
+TEST_F(UniteSet, WalksTheFirstMapsInOrderOfCreation) {
+  db1.plain("a -> x");
+  db1.plain("b -> y");
+  db1.plain("c -> z");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2("x"), NO_SUCCESSOR, not_in_db2("y"), NO_SUCCESSOR,
+                                   not_in_db2("z"), NO_SUCCESSOR, LOOP_3));
+}
+
+TEST_F(UniteSet, GivesASecondMapToTheFirstThatAsksForIt) {
+  db1.plain("a -> x");
+  db1.plain("b -> x");
+  db2.plain("x -> p");
+  db1.unite(db2);
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2("x"), NO_SUCCESSOR, LOOP_3));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~", "b~ -> x~"));
+}
+
+// A register between the stages that a second map lists but that has no entry
+// any more leads nowhere, also when the place of its map was given to another.
+TEST_F(UniteSet, DoesNotFindASuccessorThatWasDeleted) {
+  KPT_TRANSFORMATION_IMPL* map = db2.plain("x -> p");
+  db2.record_replicated_keypoint_map(registers["q"], map);
+  db2.delete_map(map);
+  db2.plain("y -> s");
+  db1.plain("a -> x");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~"));
+}
+
+TEST_F(UniteSet, EntersARegisterWhoseEntryLeadsToADeletedMap) {
+  KPT_TRANSFORMATION_IMPL* gone = db1.plain("b -> y");
+  db1.record_replicated_keypoint_map(registers["p"], gone);
+  db1.delete_map(gone);
+  db1.plain("a -> x");
+  db2.plain("x -> p");
+  db1.unite(db2);
+  EXPECT_EQ(db1.t_map("p"), "a~ -> p~");
+}
+
+}  // namespace
