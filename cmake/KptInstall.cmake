@@ -1,5 +1,6 @@
 # Install rules: headers below include/kpt, so that `#include "db/kpt/kpt.h"` reads alike here and
-# at a client; libraries; package files for find_package(kpt) and pkg-config.
+# at a client; libraries; package files for find_package(kpt) and pkg-config. The components library,
+# dev and tool are what a distribution packages apart.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -9,29 +10,33 @@ include(CMakePackageConfigHelpers)
 set(kpt_headers ${CMAKE_INSTALL_INCLUDEDIR}/kpt)
 set(kpt_package ${CMAKE_INSTALL_LIBDIR}/cmake/kpt)
 
-install(DIRECTORY h db DESTINATION ${kpt_headers} FILES_MATCHING PATTERN "*.h")
-install(FILES host/kpt_host.h DESTINATION ${kpt_headers}/host)
-install(FILES ${PROJECT_BINARY_DIR}/include/kpt_export.h DESTINATION ${kpt_headers})
+install(DIRECTORY h db DESTINATION ${kpt_headers} COMPONENT dev FILES_MATCHING PATTERN "*.h")
+install(FILES host/kpt_host.h DESTINATION ${kpt_headers}/host COMPONENT dev)
+install(FILES ${PROJECT_BINARY_DIR}/include/kpt_export.h DESTINATION ${kpt_headers} COMPONENT dev)
 
-install(TARGETS kpt kpt_host EXPORT kptTargets INCLUDES DESTINATION ${kpt_headers})
-install(EXPORT kptTargets NAMESPACE kpt:: DESTINATION ${kpt_package})
+install(TARGETS kpt kpt_host EXPORT kptTargets
+        LIBRARY COMPONENT library NAMELINK_COMPONENT dev
+        INCLUDES DESTINATION ${kpt_headers})
+install(EXPORT kptTargets NAMESPACE kpt:: DESTINATION ${kpt_package} COMPONENT dev)
 
 configure_package_config_file(cmake/kptConfig.cmake.in ${PROJECT_BINARY_DIR}/kptConfig.cmake
                               INSTALL_DESTINATION ${kpt_package})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/kptConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/kptConfig.cmake ${PROJECT_BINARY_DIR}/kptConfigVersion.cmake
-        DESTINATION ${kpt_package})
+        DESTINATION ${kpt_package} COMPONENT dev)
 
 # The package files name their directories relative to where they lie: a prefix can be moved.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
            OUTPUT_VARIABLE kpt_up_to_prefix)
 foreach(package IN ITEMS kpt kpt_host)
   configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+          COMPONENT dev)
 endforeach()
 
 if(TARGET kptdb)
   file(RELATIVE_PATH kpt_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
   set_target_properties(kptdb PROPERTIES INSTALL_RPATH "$ORIGIN/${kpt_bin_to_lib}")
-  install(TARGETS kptdb)
+  install(TARGETS kptdb COMPONENT tool)
+  install(FILES docs/kptdb.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
 endif()

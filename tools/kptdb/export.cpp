@@ -54,9 +54,9 @@ std::string csv_text(std::string_view text) {
 std::string columns_of(const KPT_KEYPOINT* keypoint) {
   const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(keypoint);
   if (reg == nullptr) {
-    return ",,,,";
+    return ",,,,,,";
   }
-  return fmt::format("{},{},{},{},{}", reg->get_kpid(), csv_text(reg->get_element_name()),
+  return fmt::format("{},{},{},{},{},,", reg->get_kpid(), csv_text(reg->get_element_name()),
                      reg->register_is_signal() ? "signal" : "instance", csv_text(reg->get_entity_name()),
                      csv_text(reg->get_register_type()));
 }
@@ -79,13 +79,15 @@ void write_map_rows(RESULT_FILE& out, std::size_t number, const KPT_TRANSFORMATI
 // One row for every place of a register in a map, and one for every state of a state machine; a
 // register without a map has a row with an empty map.
 void export_csv(const DATABASE& db, RESULT_FILE& out) {
-  out.write("map,kind,elimination,side,index,group,id,name,register_kind,entity,type\n");
+  out.write(
+      "map,kind,elimination,side,index,group,id,name,register_kind,entity,type,reference_code,"
+      "transformed_code\n");
   std::size_t number = 0;
   for (const KPT_TRANSFORMATION_IMPL* map : db.maps().get_list_of_register_transformations()) {
     write_map_rows(out, number, *map);
     const unsigned states = map->map_has_fsm_transformation() ? map->state_table().get_num_states() : 0;
     for (unsigned s = 0; s < states; ++s) {
-      out.write(fmt::format("{},state,,,{},,,{}>{},,,\n", number, s, code_of(map->state_table(), KPT_REFERENCE_SET, s),
+      out.write(fmt::format("{},state,,,{},,,,,,,{},{}\n", number, s, code_of(map->state_table(), KPT_REFERENCE_SET, s),
                             code_of(map->state_table(), KPT_TRANSFORMED_SET, s)));
     }
     ++number;

@@ -1,0 +1,38 @@
+# Debian packages, by cpack in the build folder: the library, what building against it takes, and the
+# tool. A package names the one build of the library that it was made with.
+if(NOT TARGET kpt)
+  return()
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "The kpt developers <kpt@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_COMPONENTS_ALL library dev)
+if(TARGET kptdb)
+  list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(kpt_library_package libkpt${PROJECT_VERSION_MAJOR})
+set(kpt_this_library "${kpt_library_package} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${kpt_library_package})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Keypoint database for logic synthesis flows")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libkpt-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${kpt_this_library}, libboost1.81-dev")
+set(CPACK_COMPONENT_DEV_DESCRIPTION "Keypoint database: headers and package files")
+
+# The tool's libraries are named here, since the tools that find them do not know a library that is
+# being packaged at the same time.
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME kptdb)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION electronics)
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${kpt_this_library}, libfmt9, libxerces-c3.2, libstdc++6 (>= 12)")
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "Keypoint database: the command-line tool")
+
+include(CPack)

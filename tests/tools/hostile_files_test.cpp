@@ -1,0 +1,184 @@
+// No file, however bad, ends a command in a crash or leaves half a result.
+#include "tool.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// The bytes between the first n and the rest exchanged for others.
+class HOSTILE : public TOOL_TEST {
+ protected:
+  // Every command that reads a database answers with the same code and names the file.
+  void expect_unreadable(const std::string& message) const {
+    for (const std::vector<std::string>& command :
+         std::vector<std::vector<std::string>>{{"info", "x.xml"},
+                                               {"show", "x.xml", "a"},
+                                               {"list", "x.xml"},
+                                               {"diff", "x.xml", "x.xml"},
+                                               {"check", "x.xml"},
+                                               {"unite", "x.xml", "x.xml", "-o", "out"},
+                                               {"export", "x.xml", "--json", "-o", "out"}}) {
+      const RUN_RESULT result = kptdb(command);
+      EXPECT_EQ(result.exit_code, 3) << command.front() << ": " << result.err;
+      EXPECT_EQ(result.out, "") << command.front();
+      EXPECT_THAT(result.err, HasSubstr("x.xml")) << command.front();
+      EXPECT_THAT(result.err, HasSubstr(message)) << command.front();
+    }
+    EXPECT_THAT(names(), ElementsAre("x.xml"));
+  }
+  std::string database() const {
+    record("x.xml", DESIGN);
+    return read("x.xml");
+  }
+  std::string with(const std::string& from, const std::string& to) const {
+    std::string text = database();
+    return text.replace(text.find(from), from.size(), to);
+  }
+};
+
+TEST_F(HOSTILE, missing) {
+  for (const char* command : {"info", "list", "check"}) {
+    const RUN_RESULT result = kptdb({command, "x.xml"});
+    EXPECT_EQ(result.exit_code, 3);
+    EXPECT_EQ(result.err, "kptdb: x.xml: No such file or directory\n");
+  }
+}
+
+TEST_F(HOSTILE, directory) {
+  std::filesystem::create_directory(folder() / "x.xml");
+  expect_unreadable("x.xml: a directory");
+}
+
+TEST_F(HOSTILE, empty) {
+  write("x.xml", "");
+  expect_unreadable("x.xml:1: the file is empty");
+}
+
+TEST_F(HOSTILE, binary) {
+  write("x.xml", std::string("\x7f"
+                             "ELF\x00\x01\x02\xff\xfe<kpt_db>",
+                             17));
+  expect_unreadable("line number 1");
+}
+
+TEST_F(HOSTILE, truncated_anywhere) {
+  const std::string text = database();
+  for (std::size_t size = 1; size + 2 < text.size(); size += text.size() / 23) {
+    write("x.xml", text.substr(0, size));
+    const RUN_RESULT result = kptdb({"check", "x.xml"});
+    EXPECT_EQ(result.exit_code, 3) << size;
+    EXPECT_THAT(result.err, HasSubstr("line number")) << size;
+  }
+}
+
+TEST_F(HOSTILE, bytes_changed_anywhere) {
+  const std::string text = database();
+  for (std::size_t at = 3; at < text.size(); at += text.size() / 29) {
+    std::string changed = text;
+    changed[at] = static_cast<char>(at % 2 == 0 ? 0xFF : '0' + at % 40);
+    write("x.xml", changed);
+    for (const char* command : {"info", "check", "list"}) {
+      const RUN_RESULT result = kptdb({command, "x.xml"});
+      EXPECT_THAT(result.exit_code, testing::AnyOf(0, 1, 3)) << command << " at " << at << ": " << result.err;
+    }
+  }
+}
+
+TEST_F(HOSTILE, another_kind_of_document) {
+  write("x.xml", "<html name=\"page\"><body/></html>\n");
+  expect_unreadable("x.xml:1: not a keypoint database");
+}
+
+TEST_F(HOSTILE, without_a_name) {
+  write("x.xml", with("<kpt_db name=\"design\">", "<kpt_db>"));
+  expect_unreadable("x.xml:1: the database has no name");
+}
+
+TEST_F(HOSTILE, something_behind_the_transformations) {
+  write("x.xml", with("</kpt_db>", "<more/></kpt_db>"));
+  expect_unreadable("something follows the transformations");
+}
+
+TEST_F(HOSTILE, unescaped_name) {
+  write("x.xml", with("<name>carry", "<name>car<ry"));
+  expect_unreadable("line number");
+}
+
+// The claim is refused before memory is given for it.
+TEST_F(HOSTILE, tables_of_a_size_that_no_file_can_list) {
+  write("x.xml", with("num_states=\"3\" num_reference_registers=\"2\"",
+                      "num_states=\"65535\" num_reference_registers=\"65535\""));
+  expect_unreadable("the state tables claim 4295032830 entries");
+  EXPECT_THAT(kptdb({"info", "x.xml"}).err, testing::ContainsRegex("x.xml:[0-9][0-9]+: the state tables"));
+}
+
+TEST_F(HOSTILE, ids_beyond_all_numbers) {
+  write("x.xml", with("<key_point id=\"0\"", "<key_point id=\"99999999999999999999\""));
+  EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 0);
+  EXPECT_EQ(kptdb({"check", "x.xml"}).exit_code, 1);
+  write("x.xml", with("<key_point id=\"0\"", "<key_point id=\"-5\""));
+  EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 0);
+}
+
+TEST_F(HOSTILE, entities_that_grow) {
+  write("x.xml",
+        "<!DOCTYPE kpt_db [<!ENTITY a \"aaaaaaaaaaaaaaaaaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
+        "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">"
+        "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\"><!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;\">]>"
+        "<kpt_db name=\"x\"><key_points_set type=\"reference\"><key_point id=\"1\" type=\"register\">"
+        "<name>&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;</name></key_point></key_points_set></kpt_db>");
+  EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 3);
+}
+
+TEST_F(HOSTILE, files_outside_are_not_read) {
+  write("x.xml", "<!DOCTYPE kpt_db [<!ENTITY a SYSTEM \"file:///etc/passwd\">]><kpt_db name=\"&a;\"/>");
+  EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 3);
+}
+
+TEST_F(HOSTILE, another_encoding) {
+  const std::string text = database();
+  std::string wide("\xFF\xFE", 2);
+  for (const char c : text) {
+    wide += c;
+    wide += '\0';
+  }
+  write("x.xml", wide);
+  EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 0);
+  const RUN_RESULT result = kptdb({"check", "x.xml"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.out, HasSubstr("x.xml:1: warning [lines-unknown]"));
+}
+
+TEST_F(HOSTILE, names_that_would_steer_a_terminal) {
+  write("x.xml", with("<name>carry<", "<name>c&#9;&#10;\xC3\xA9<"));
+  const RUN_RESULT result = kptdb({"list", "x.xml"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_THAT(result.out, HasSubstr("c\\x09\\x0A"));
+  EXPECT_EQ(kptdb({"export", "x.xml", "--json"}).exit_code, 0);
+  EXPECT_EQ(kptdb({"unite", "x.xml", "x.xml", "-o", "out"}).exit_code, 1);
+  EXPECT_FALSE(exists("out"));
+}
+
+TEST_F(HOSTILE, deep_nesting) {
+  std::string text = "<kpt_db name=\"x\"><key_points_set>";
+  const int depth = 20000;
+  for (int k = 0; k < depth; ++k) {
+    text += "<a>";
+  }
+  for (int k = 0; k < depth; ++k) {
+    text += "</a>";
+  }
+  write("x.xml", text + "</key_points_set></kpt_db>");
+  EXPECT_THAT(kptdb({"check", "x.xml"}).exit_code, testing::AnyOf(0, 1, 3));
+}
+
+TEST_F(HOSTILE, device) {
+  const RUN_RESULT result = kptdb({"info", "/dev/zero"});
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_THAT(result.err, StartsWith("kptdb: /dev/zero: not a regular file"));
+  EXPECT_EQ(kptdb({"record", "/dev/zero", "--name", "x", "-o", "x.xml"}).exit_code, 3);
+}
+
+}  // namespace

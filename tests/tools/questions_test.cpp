@@ -1,0 +1,176 @@
+// info, show and list: questions about one database.
+#include <nlohmann/json.hpp>
+
+#include "tool.h"
+
+namespace {
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+using JSON = nlohmann::json;
+
+class QUESTIONS : public TOOL_TEST {
+ protected:
+  void SetUp() override { record("d.xml", DESIGN); }
+  JSON json(std::vector<std::string> arguments) const {
+    arguments.emplace_back("--json");
+    return JSON::parse(good(arguments));
+  }
+  JSON answer(const std::string& name) const { return json({"show", "d.xml", name})["registers"][0]; }
+};
+
+TEST_F(QUESTIONS, info_counts_registers_maps_and_answers) {
+  const JSON info = json({"info", "d.xml"});
+  EXPECT_EQ(info["name"], "design");
+  EXPECT_EQ(info["registers"]["reference"], JSON::parse(R"({"signals":7,"instances":1})"));
+  EXPECT_EQ(info["registers"]["transformed"], JSON::parse(R"({"signals":6,"instances":1})"));
+  EXPECT_EQ(info["maps"]["1:1"], 1);
+  EXPECT_EQ(info["maps"]["n:m"], 2);
+  EXPECT_EQ(info["maps"]["fsm"], 1);
+  EXPECT_EQ(info["maps"]["open"], 0);
+  EXPECT_EQ(info["maps"]["eliminated"]["stuck_at_zero"], 1);
+  EXPECT_EQ(info["maps"]["eliminated"]["no_fanout"], 1);
+  EXPECT_EQ(info["maps"]["eliminated"]["stuck_at_one"], 0);
+  EXPECT_EQ(info["coverage"], JSON::parse(R"({"mapped":6,"eliminated":2,"unanswered":0})"));
+  EXPECT_FALSE(info.contains("memory"));
+}
+
+TEST_F(QUESTIONS, info_is_a_table_for_people) {
+  const std::string text = good({"info", "d.xml"});
+  EXPECT_THAT(text, HasSubstr("database design\n"));
+  EXPECT_THAT(text, ContainsRegex("reference +7 +1 +8\n"));
+  EXPECT_THAT(text, ContainsRegex("eliminated stuck_at_zero +1\n"));
+  EXPECT_THAT(text, ContainsRegex("mapped +6 +75.0%\n"));
+  EXPECT_THAT(text, Not(HasSubstr("peak")));
+}
+
+TEST_F(QUESTIONS, info_shows_memory_by_type) {
+  EXPECT_THAT(good({"info", "d.xml", "--memory"}), HasSubstr("peak bytes"));
+  const JSON memory = json({"info", "d.xml", "--memory"})["memory"];
+  ASSERT_FALSE(memory.empty());
+  EXPECT_TRUE(memory[0].contains("type"));
+  EXPECT_GE(memory[0]["peak_bytes"], memory[0]["live_bytes"]);
+}
+
+TEST_F(QUESTIONS, info_of_a_database_without_registers_has_no_shares) {
+  record("empty.xml", "");
+  EXPECT_THAT(good({"info", "empty.xml"}), ContainsRegex("mapped +0 +-\n"));
+}
+
+TEST_F(QUESTIONS, show_tells_of_a_replicated_and_retimed_register) {
+  const JSON count = answer("count[0]");
+  EXPECT_EQ(count["side"], "reference");
+  EXPECT_EQ(count["partners"], JSON::parse(R"([{"name":"count_reg[0]"}])"));
+  EXPECT_EQ(count["inverted_partners"], JSON::parse(R"([{"name":"count_dup"}])"));
+  EXPECT_EQ(count["unateness"], JSON::parse(R"(["positive"])"));
+  EXPECT_EQ(answer("count_dup")["inverted_partners"], JSON::parse(R"([{"name":"count[0]"}])"));
+  EXPECT_EQ(answer("count_dup")["inverted_equivalents"], JSON::parse(R"([{"name":"count_reg[0]"}])"));
+  EXPECT_THAT(good({"show", "d.xml", "count[0]"}),
+              HasSubstr("transformed with the same value: count_reg[0]\n  transformed with the inverse: count_dup\n"));
+}
+
+TEST_F(QUESTIONS, show_tells_of_merged_registers) {
+  EXPECT_EQ(answer("carry")["equivalents"], JSON::parse(R"([{"name":"count[1]"}])"));
+  EXPECT_EQ(answer("carry")["partners"], JSON::parse(R"([{"name":"count_reg[1]"}])"));
+  EXPECT_THAT(good({"show", "d.xml", "carry"}), HasSubstr("kept in a group\n"));
+}
+
+TEST_F(QUESTIONS, show_tells_why_a_register_went) {
+  EXPECT_EQ(answer("zero")["status"], "eliminated");
+  EXPECT_EQ(answer("zero")["map"]["elimination"], "stuck_at_zero");
+  EXPECT_THAT(good({"show", "d.xml", "spare"}), HasSubstr("eliminated: no_fanout\n"));
+}
+
+TEST_F(QUESTIONS, show_has_the_state_table_as_a_table) {
+  const std::string text = good({"show", "d.xml", "state[0]"});
+  EXPECT_THAT(text, HasSubstr("transformed state registers: s[0], s[1], s[2]\n"));
+  EXPECT_THAT(text, HasSubstr("reference columns: state[1], state[0]\n"));
+  EXPECT_THAT(text, ContainsRegex("state +reference +transformed\n +0 +00 +100\n +1 +01 +010\n +2 +10 +001\n"));
+  EXPECT_EQ(answer("state[0]")["index"], 1);
+  EXPECT_EQ(answer("state[0]")["map"]["states"], JSON::parse(R"([["00","100"],["01","010"],["10","001"]])"));
+}
+
+TEST_F(QUESTIONS, show_finds_block_instances_and_both_sides) {
+  EXPECT_THAT(good({"show", "d.xml", "u1/q"}),
+              HasSubstr("reference register u1/q (u1, dff), id 5\n  kept one to one\n"));
+  EXPECT_EQ(json({"show", "d.xml", "u1/q"})["registers"].size(), 2U);
+  EXPECT_EQ(json({"show", "d.xml", "u1/q", "--side", "transformed"})["registers"].size(), 1U);
+}
+
+TEST_F(QUESTIONS, show_names_a_register_that_is_close) {
+  const RUN_RESULT result = kptdb({"show", "d.xml", "conut[0]"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "kptdb: d.xml: no register conut[0]; did you mean count[0]?\n");
+  EXPECT_EQ(kptdb({"show", "d.xml", "nothing_of_the_kind"}).err, "kptdb: d.xml: no register nothing_of_the_kind\n");
+  EXPECT_EQ(kptdb({"show", "d.xml", "carry", "--side", "transformed"}).exit_code, 1);
+  const RUN_RESULT as_json = kptdb({"show", "d.xml", "conut[0]", "--json"});
+  EXPECT_EQ(as_json.exit_code, 1);
+  EXPECT_EQ(JSON::parse(as_json.out), JSON::parse(R"({"registers":[],"close":"count[0]"})"));
+}
+
+TEST_F(QUESTIONS, list_filters) {
+  const auto count = [&](std::vector<std::string> filters) {
+    filters.insert(filters.begin(), {"list", "d.xml"});
+    return json(filters)["registers"].size();
+  };
+  EXPECT_EQ(count({}), 15U);
+  EXPECT_EQ(count({"--side", "reference"}), 8U);
+  EXPECT_EQ(count({"--kind", "instance"}), 2U);
+  EXPECT_EQ(count({"--status", "eliminated"}), 2U);
+  EXPECT_EQ(count({"--status", "unanswered"}), 0U);
+  EXPECT_EQ(count({"--name", "count*"}), 5U);
+  EXPECT_EQ(count({"--name", "count[?]"}), 2U);
+  EXPECT_EQ(count({"--name", "*[0]", "--side", "reference", "--status", "mapped"}), 2U);
+  EXPECT_EQ(count({"--name", "none"}), 0U);
+}
+
+TEST_F(QUESTIONS, list_is_a_table_for_people) {
+  EXPECT_THAT(good({"list", "d.xml", "--name", "zero"}),
+              ContainsRegex("reference +signal +eliminated +eliminated +zero +stuck_at_zero\n"));
+  EXPECT_THAT(good({"list", "d.xml", "--name", "count[0]"}), HasSubstr("count_reg[0], count_dup\n"));
+}
+
+TEST_F(QUESTIONS, json_names_the_kind_of_map) {
+  const JSON entry = json({"list", "d.xml", "--name", "state[1]"})["registers"][0];
+  EXPECT_EQ(entry["map"], "fsm");
+  EXPECT_EQ(entry["partners"].size(), 3U);
+}
+
+TEST_F(QUESTIONS, wrong_use_is_2) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"forget"},
+                                             {"info"},
+                                             {"info", "d.xml", "e.xml"},
+                                             {"info", "d.xml", "--loud"},
+                                             {"show", "d.xml"},
+                                             {"show", "d.xml", "x", "--side", "left"},
+                                             {"list", "d.xml", "--status", "lost"},
+                                             {"diff", "d.xml"},
+                                             {"unite", "d.xml", "-o", "x.xml"},
+                                             {"unite", "d.xml", "d.xml"},
+                                             {"record", "d.xml"},
+                                             {"export", "d.xml"},
+                                             {"export", "d.xml", "--format", "pdf"}}) {
+    const RUN_RESULT result = kptdb(arguments);
+    EXPECT_EQ(result.exit_code, 2) << testing::PrintToString(arguments);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err, "");
+  }
+}
+
+TEST_F(QUESTIONS, help_and_version_are_done) {
+  EXPECT_THAT(good({"--help"}), HasSubstr("Exit codes"));
+  EXPECT_THAT(good({"record", "--help"}), HasSubstr("--keep-going"));
+  EXPECT_THAT(good({"--version"}), HasSubstr("kptdb "));
+}
+
+TEST_F(QUESTIONS, says_when_standard_output_is_full) {
+  const RUN_RESULT result = shell("\"$KPTDB\" info d.xml >/dev/full");
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("standard output: not written"));
+}
+
+}  // namespace

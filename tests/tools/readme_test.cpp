@@ -1,0 +1,57 @@
+// The README's command-line session and the example events, word by word.
+#include <fstream>
+#include <iterator>
+#include <regex>
+
+#include "tool.h"
+
+namespace {
+
+std::string file_text(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The session's block: what stands between the marker and the end of the code behind it.
+std::string block(const std::string& marker) {
+  const std::string text = file_text(std::string(KPT_SOURCES) + "/README.md");
+  const std::size_t at = text.find("<!-- " + marker + " -->");
+  if (at == std::string::npos) {
+    return {};
+  }
+  const std::size_t begin = text.find("```console\n", at) + 11;
+  return text.substr(begin, text.find("```", begin) - begin);
+}
+
+class README : public TOOL_TEST {
+ protected:
+  // Every line behind "$ " is run, and what it prints has to stand below it.
+  void expect_session(const std::string& session) const {
+    ASSERT_NE(session, "");
+    std::string command;
+    std::string expected;
+    std::istringstream lines(session + "$ \n");
+    for (std::string line; std::getline(lines, line);) {
+      if (line.rfind("$ ", 0) != 0) {
+        expected += line + "\n";
+        continue;
+      }
+      if (!command.empty()) {
+        const RUN_RESULT result = shell("kptdb() { \"$KPTDB\" \"$@\"; }; " + command);
+        EXPECT_EQ(result.out + result.err, expected) << command;
+      }
+      command = line.substr(2);
+      expected.clear();
+    }
+  }
+};
+
+TEST_F(README, command_line_example) { expect_session(block("command-line example")); }
+
+TEST_F(README, demo_session) {
+  const RUN_RESULT result = shell("'" KPT_SOURCES "/examples/session' \"$KPTDB\" .");
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.out + result.err, block("demo session"));
+}
+
+}  // namespace

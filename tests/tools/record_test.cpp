@@ -1,0 +1,189 @@
+// record: events become a database, and a refused event stops it with its line and the reason.
+#include <nlohmann/json.hpp>
+
+#include "tool.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using JSON = nlohmann::json;
+
+class RECORD : public TOOL_TEST {
+ protected:
+  // What is said of the one event that is refused behind the good first line.
+  std::string refusal(const std::string& event, int exit_code = 1) const {
+    write("e.jsonl", R"({"event":"associate","reference":"a","transformed":"b"})"
+                     "\n" +
+                         event + "\n");
+    const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml"});
+    EXPECT_EQ(result.exit_code, exit_code);
+    EXPECT_EQ(result.out, "");
+    EXPECT_FALSE(exists("e.xml"));
+    EXPECT_THAT(result.err, StartsWith("kptdb: e.jsonl:2: "));
+    return result.err;
+  }
+};
+
+TEST_F(RECORD, writes_what_was_recorded) {
+  write("stage.jsonl", DESIGN);
+  EXPECT_EQ(good({"record", "stage.jsonl", "-o", "stage.xml"}), "stage.xml: 12 events recorded\n");
+  EXPECT_THAT(read("stage.xml"), StartsWith("<kpt_db name=\"stage\">\n"));
+  EXPECT_THAT(names(), testing::ElementsAre("stage.jsonl", "stage.xml"));
+}
+
+TEST_F(RECORD, says_so_as_json) {
+  write("stage.jsonl", DESIGN);
+  const JSON json = JSON::parse(good({"record", "stage.jsonl", "-o", "stage.xml", "--json"}));
+  EXPECT_EQ(json, JSON::parse(R"({"recorded":12,"refused":[],"written":"stage.xml"})"));
+}
+
+TEST_F(RECORD, takes_the_name_it_is_given) {
+  write("stage.jsonl", DESIGN);
+  good({"record", "stage.jsonl", "-o", "stage.xml", "--name", "top"});
+  EXPECT_THAT(read("stage.xml"), StartsWith("<kpt_db name=\"top\">\n"));
+}
+
+TEST_F(RECORD, needs_a_name_for_standard_input) {
+  EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml"}, DESIGN).exit_code, 2);
+  EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml", "--name", "a<b"}, DESIGN).exit_code, 2);
+  EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml", "--name", "x"}, DESIGN).exit_code, 0);
+}
+
+TEST_F(RECORD, passes_over_blank_lines_and_carriage_returns) {
+  write("e.jsonl", "\n{\"event\":\"associate\",\"reference\":\"a\",\"transformed\":\"b\"}\r\n\r\n  \n");
+  EXPECT_EQ(good({"record", "e.jsonl", "-o", "e.xml"}), "e.xml: 1 event recorded\n");
+}
+
+TEST_F(RECORD, makes_an_empty_database_of_no_events) {
+  write("e.jsonl", "");
+  EXPECT_EQ(good({"record", "e.jsonl", "-o", "e.xml"}), "e.xml: 0 events recorded\n");
+  EXPECT_EQ(good({"check", "e.xml"}), "e.xml: nothing to object to\n");
+}
+
+// Where the library says why, its own words are given.
+TEST_F(RECORD, gives_the_librarys_reason) {
+  EXPECT_THAT(refusal(R"({"event":"replicate","register":"x","replica":"y"})"),
+              HasSubstr("refused: replicate x as y: x does not exist in T"));
+  EXPECT_THAT(refusal(R"({"event":"replicate","register":"b","replica":"b"})"), HasSubstr(": b already exists in T"));
+  EXPECT_THAT(refusal(R"({"event":"merge","kept":"b","merged":"x"})"),
+              HasSubstr("refused: merge x into b: Error: Can't find x in T set"));
+  EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"x"})"), HasSubstr("Error: Can't find x in T set"));
+}
+
+// Where it is silent, the reason is what can be seen.
+TEST_F(RECORD, finds_a_reason_where_the_library_is_silent) {
+  EXPECT_THAT(refusal(R"({"event":"associate","reference":"a","transformed":"c"})"),
+              HasSubstr("refused: associate a with c: the reference register a exists already"));
+  EXPECT_THAT(refusal(R"({"event":"associate","reference":"c","transformed":"b"})"),
+              HasSubstr("the transformed register b exists already"));
+  EXPECT_THAT(refusal(R"({"event":"associate_fsm","reference":["c"],"transformed":["b"],"states":[["0","1"]]})"),
+              HasSubstr("the transformed register b exists already"));
+  EXPECT_THAT(refusal(R"({"event":"eliminate","register":"x","reason":"no_fanout"})"),
+              HasSubstr("there is no transformed signal register x"));
+  EXPECT_THAT(refusal(R"({"event":"eliminate","register":"b","reason":"eliminated"})"),
+              HasSubstr("an elimination is recorded with its reason only"));
+}
+
+TEST_F(RECORD, tells_the_blanks_of_a_long_reason_on_one_line) {
+  const RUN_RESULT result = kptdb({"record", "-", "--name", "x", "-o", "x.xml"},
+                                  std::string(DESIGN) + R"({"event":"merge","kept":"s[0]","merged":"s[1]"})" + "\n");
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("-:13: refused: merge s[1] into s[0]: Error: Merge not recorded - this is a merge "
+                                    "between 2 FSM maps - this is not currently supported by Keypoint db"));
+}
+
+TEST_F(RECORD, refuses_events_on_further_state_registers) {
+  const RUN_RESULT result =
+      kptdb({"record", "-", "--name", "x", "-o", "x.xml"},
+            std::string(DESIGN) + R"({"event":"replicate","register":"s[1]","replica":"s_dup"})" + "\n");
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("s[1] is a register of a state machine that the event cannot be recorded for"));
+}
+
+// A line that is no event is unreadable input, not a refusal.
+TEST_F(RECORD, tells_what_is_wrong_with_a_line) {
+  EXPECT_THAT(refusal("{\"event\":", 3), HasSubstr("not JSON: "));
+  EXPECT_THAT(refusal("[1]", 3), HasSubstr("a JSON object is expected"));
+  EXPECT_THAT(refusal("{}", 3), HasSubstr("\"event\" is missing"));
+  EXPECT_THAT(refusal(R"({"event":1})", 3), HasSubstr("\"event\" is not a string"));
+  EXPECT_THAT(refusal(R"({"event":"forget"})", 3), HasSubstr("unknown event \"forget\""));
+  EXPECT_THAT(refusal(R"({"event":"merge","kept":"a"})", 3), HasSubstr("\"merged\" is missing"));
+  EXPECT_THAT(refusal(R"({"event":"merge","kept":"a","merged":"b","into":"c"})", 3), HasSubstr("unknown key \"into\""));
+  EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":""})", 3), HasSubstr("\"register\" is empty"));
+  EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"a<b"})", 3), HasSubstr("printable ASCII"));
+  EXPECT_THAT(refusal("{\"event\":\"retime_inverter\",\"register\":\"\\u00e9\"}", 3), HasSubstr("\\xC3\\xA9"));
+  EXPECT_THAT(refusal(R"({"event":"eliminate","register":"b","reason":"bored"})", 3),
+              HasSubstr("unknown reason \"bored\""));
+  EXPECT_THAT(refusal(R"({"event":"associate","reference":["x"],"transformed":"y"})", 3),
+              HasSubstr("neither a name nor a block instance"));
+  EXPECT_THAT(refusal(R"({"event":"associate","reference":{"name":"x"},"transformed":"y"})", 3),
+              HasSubstr("\"entity\" is missing"));
+}
+
+TEST_F(RECORD, tells_what_is_wrong_with_a_state_machine) {
+  const auto fsm = [&](const std::string& r, const std::string& t, const std::string& states) {
+    return refusal(
+        R"({"event":"associate_fsm","reference":)" + r + ",\"transformed\":" + t + ",\"states\":" + states + "}", 3);
+  };
+  EXPECT_THAT(fsm(R"(["x"])", R"(["y"])", "[]"), HasSubstr("\"states\" is not a list with entries"));
+  EXPECT_THAT(fsm("[]", R"(["y"])", R"([["0","1"]])"), HasSubstr("\"reference\" is not a list with entries"));
+  EXPECT_THAT(fsm(R"(["x","x"])", R"(["y"])", R"([["00","1"]])"), HasSubstr("\"reference\" names x twice"));
+  EXPECT_THAT(fsm(R"(["x"])", R"(["y"])", R"([["00","1"]])"), HasSubstr("does not fit the 1 reference registers"));
+  EXPECT_THAT(fsm(R"(["x"])", R"(["y"])", R"([["0","2"]])"), HasSubstr("not a string of 0 and 1"));
+  EXPECT_THAT(fsm(R"(["x"])", R"(["y"])", R"([["0"]])"), HasSubstr("not a pair of codes"));
+}
+
+TEST_F(RECORD, keeps_going_when_told_to) {
+  write("e.jsonl",
+        "{\"event\":\"associate\",\"reference\":\"a\",\"transformed\":\"b\"}\n"
+        "{\"event\":\"merge\",\"kept\":\"b\",\"merged\":\"x\"}\n"
+        "{\"event\":\"associate\",\"reference\":\"c\",\"transformed\":\"d\"}\n");
+  const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml", "--keep-going"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "e.xml: 2 events recorded, 1 refused\n");
+  EXPECT_THAT(result.err, StartsWith("kptdb: e.jsonl:2: refused: merge x into b: "));
+  EXPECT_THAT(good({"show", "e.xml", "c"}), HasSubstr("d"));
+}
+
+TEST_F(RECORD, keeps_going_over_lines_that_are_no_events) {
+  write("e.jsonl", "nonsense\n{\"event\":\"associate\",\"reference\":\"a\",\"transformed\":\"b\"}\n");
+  const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml", "--keep-going", "--json"});
+  EXPECT_EQ(result.exit_code, 3);
+  const JSON json = JSON::parse(result.out);
+  EXPECT_EQ(json["recorded"], 1);
+  EXPECT_EQ(json["written"], "e.xml");
+  EXPECT_EQ(json["refused"][0]["line"], 1);
+  EXPECT_EQ(json["refused"][0]["event"], nullptr);
+}
+
+TEST_F(RECORD, leaves_an_earlier_file_alone_when_refused) {
+  write("e.xml", "what was there");
+  write("e.jsonl", "nonsense\n");
+  const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml", "--json"});
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_EQ(JSON::parse(result.out)["written"], nullptr);
+  EXPECT_EQ(read("e.xml"), "what was there");
+  EXPECT_EQ(kptdb({"record", "missing.jsonl", "-o", "e.xml"}).exit_code, 3);
+  EXPECT_EQ(read("e.xml"), "what was there");
+}
+
+TEST_F(RECORD, says_when_it_cannot_write) {
+  write("e.jsonl", DESIGN);
+  const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "nowhere/e.xml"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("nowhere/e.xml: not written"));
+  std::filesystem::create_directory(folder() / "dir");
+  EXPECT_EQ(kptdb({"record", "e.jsonl", "-o", "dir"}).exit_code, 1);
+  EXPECT_EQ(kptdb({"record", "dir", "-o", "e.xml"}).exit_code, 3);
+}
+
+TEST_F(RECORD, survives_hostile_lines) {
+  EXPECT_THAT(refusal(std::string(1000000, '['), 3), HasSubstr("nested too deeply"));
+  EXPECT_THAT(refusal(std::string("\x00\xff\x1b[31m", 7), 3), HasSubstr("not JSON"));
+  EXPECT_THAT(refusal(std::string((16U << 20) + 1, 'x'), 3), HasSubstr("too long"));
+  EXPECT_THAT(refusal(std::string(DESIGN).substr(0, 40), 3), HasSubstr("not JSON"));
+}
+
+}  // namespace
