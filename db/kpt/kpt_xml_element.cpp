@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <new>
 #include <string>
 #include <xercesc/util/XercesDefs.hpp>
 // Behind the definitions it needs.
@@ -117,6 +117,76 @@ void append_text_below(const DOMNode* root, KPT_STRING& out) {
   }
 }
 
+// Memory that lives as long as the document of `node`.
+void* memory_of(const DOMNode* node, std::size_t size) {
+  const DOMDocument* const document = node->getOwnerDocument();
+  void* const manager = document->getFeature(XMLUni::fgXercescInterfaceDOMMemoryManager, nullptr);
+  return static_cast<DOMMemoryManager*>(manager)->allocate(size);
+}
+
+std::string_view kept_with(const DOMNode* node, std::string_view text) {
+  auto* const copy = static_cast<char*>(memory_of(node, text.size() + 1));
+  *std::copy(text.begin(), text.end(), copy) = 0;
+  return {copy, text.size()};
+}
+
+// The descendants of one name, in document order, each found from the one
+// before. The parser's own lists are entered in a table of fixed size, which
+// makes a state table of many rows a matter of minutes; they match alike: "*"
+// is every name.
+//
+// Ownership: lives in the document's memory and is never destroyed, so nothing
+// in it may need to be.
+class DESCENDANTS : public DOMNodeList {
+ public:
+  DESCENDANTS(const DOMNode* root, std::string_view name) : m_root(root), m_name(name) {}
+
+  DOMNode* item(XMLSize_t index) const override {
+    if (m_current == nullptr || index < m_index) {
+      m_current = behind(m_root);
+      m_index = 0;
+    }
+    while (m_current != nullptr && m_index < index) {
+      const DOMNode* const next = behind(m_current);
+      if (next == nullptr) {
+        return nullptr;
+      }
+      m_current = next;
+      ++m_index;
+    }
+    return const_cast<DOMNode*>(m_current);
+  }
+
+  XMLSize_t getLength() const override {
+    if (!m_counted) {
+      for (const DOMNode* node = behind(m_root); node != nullptr; node = behind(node)) {
+        ++m_length;
+      }
+      m_counted = true;
+    }
+    return m_length;
+  }
+
+ private:
+  const DOMNode* behind(const DOMNode* node) const {
+    do {
+      const DOMNode* const child = is_branch(node) ? node->getFirstChild() : nullptr;
+      node = child != nullptr ? child : next_outside(node, m_root);
+    } while (node != nullptr && !matches(node));
+    return node;
+  }
+  bool matches(const DOMNode* node) const {
+    return node->getNodeType() == DOMNode::ELEMENT_NODE && (m_name == "*" || is_named(node, m_name));
+  }
+
+  const DOMNode* m_root;
+  std::string_view m_name;
+  mutable const DOMNode* m_current = nullptr;  // entry m_index, once there was one
+  mutable XMLSize_t m_index = 0;
+  mutable XMLSize_t m_length = 0;
+  mutable bool m_counted = false;
+};
+
 }  // namespace
 
 KPT_XML_ELEMENT::KPT_XML_ELEMENT(DOMElement* element) : m_element(element) {}
@@ -164,12 +234,12 @@ KPT_XML_ELEMENT KPT_XML_ELEMENT::get_child_elements(std::string_view name, bool*
   if (!*ok) {
     return {};
   }
-  const DOMElement* const element = as_element(m_element);
-  DOMNodeList* const list = element == nullptr ? nullptr : element->getElementsByTagName(WIDE_NAME(name).text());
-  if (list == nullptr || list->item(0) == nullptr) {
+  if (as_element(m_element) == nullptr || DESCENDANTS(m_element, name).item(0) == nullptr) {
     *ok = false;
     return {};
   }
+  void* const place = memory_of(m_element, sizeof(DESCENDANTS));
+  DOMNodeList* const list = new (place) DESCENDANTS(m_element, kept_with(m_element, name));
   return KPT_XML_ELEMENT(list);
 }
 
@@ -196,16 +266,10 @@ const char* KPT_XML_ELEMENT::get_node_name() const {
   if (const void* const kept = m_element->getUserData(NAME_KEY)) {
     return static_cast<const char*>(kept);
   }
-  const DOMDocument* const document = m_element->getOwnerDocument();
-  if (document == nullptr) {
-    return "";
-  }
   KPT_STRING name;
   kpt_narrow(m_element->getNodeName(), name);
-  void* const memory = document->getFeature(XMLUni::fgXercescInterfaceDOMMemoryManager, nullptr);
-  auto* const kept = static_cast<char*>(static_cast<DOMMemoryManager*>(memory)->allocate(name.size() + 1));
-  std::memcpy(kept, name.c_str(), name.size() + 1);
-  m_element->setUserData(NAME_KEY, kept, nullptr);
+  const char* const kept = kept_with(m_element, name).data();
+  m_element->setUserData(NAME_KEY, const_cast<char*>(kept), nullptr);
   return kept;
 }
 

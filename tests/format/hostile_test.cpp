@@ -185,6 +185,19 @@ TEST_F(HostileFile, whose_numbers_overflow) {
       "<value index='65535'>1</value></transformed></state></state_table></transformation></transformations_set>"));
 }
 
+// Every row of a table is looked through for its values: the cost is that of
+// the rows, not of their square.
+TEST_F(HostileFile, of_a_table_of_many_rows) {
+  std::string rows;
+  for (int k = 0; k < 65535; ++k) {
+    rows += "<state index='" + std::to_string(k) + "'><reference><value index='0'>1</value></reference></state>";
+  }
+  expect_loaded(
+      database_of("<transformations_set><transformation><state_table num_states='65535' "
+                  "num_reference_registers='1' num_transformed_registers='0'>" +
+                  rows + "</state_table></transformation></transformations_set>"));
+}
+
 // The bits of the declared table are the most that it may cost: a copy while
 // loading would show.
 TEST_F(HostileFile, that_declares_the_largest_table) {

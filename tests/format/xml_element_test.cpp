@@ -175,6 +175,25 @@ TEST_F(XmlElement, lists_descendants_of_a_name_in_document_order) {
   EXPECT_THAT(texts, ElementsAre("1", "23", "3", "4"));
 }
 
+TEST_F(XmlElement, lists_every_descendant_for_an_asterisk) {
+  bool ok = true;
+  EXPECT_EQ(parse("<r>1<a><b/></a><!--c--><c/></r>").get_child_elements("*", &ok).size(), 3);
+}
+
+TEST_F(XmlElement, lists_what_an_entity_stands_for) {
+  bool ok = true;
+  EXPECT_EQ(parse("<!DOCTYPE r [<!ENTITY e '<v/>'>]><r>&e;<v/></r>").get_child_elements("v", &ok).size(), 2);
+}
+
+TEST_F(XmlElement, goes_on_with_a_list_after_an_entry_outside_it) {
+  bool ok = true;
+  const KPT_XML_ELEMENT list = parse("<r><v>1</v><v>2</v></r>").get_child_elements("v", &ok);
+  bool found = true;
+  EXPECT_TRUE(list.item(9, &found).is_null());
+  EXPECT_EQ(list.item(1, &ok).get_text_content(), "2");
+  EXPECT_EQ(list.item(0, &ok).get_text_content(), "1");
+}
+
 TEST_F(XmlElement, gives_entries_of_a_list_in_any_order) {
   bool ok = true;
   const KPT_XML_ELEMENT list = parse("<r><v>1</v><v>2</v><v>3</v></r>").get_child_elements("v", &ok);
