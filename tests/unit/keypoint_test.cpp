@@ -93,7 +93,7 @@ TEST(Keypoint, SameIdAndNameAreEqual) {
 
 TEST(Keypoint, CopyHasNameAndId) {
   const KPT_KEYPOINT keypoint(KPT_REGISTER_TYPE, 3, LONG_A);
-  const KPT_KEYPOINT copy(keypoint);
+  const KPT_KEYPOINT copy(keypoint);  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_EQ(copy.get_element_name(), LONG_A);
   EXPECT_EQ(copy.get_kpid(), 3);
 }
@@ -160,7 +160,7 @@ TEST(RegisterKeypoint, OwnsCopiesOfItsTexts) {
 
 TEST(RegisterKeypoint, CopyOfASignalIsASignal) {
   const KPT_REGISTER_KEYPOINT_IMPL keypoint(5, "clk_en");
-  const KPT_REGISTER_KEYPOINT_IMPL copy(keypoint);
+  const KPT_REGISTER_KEYPOINT_IMPL copy(keypoint);  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_EQ(copy.get_kpid(), 5);
   EXPECT_EQ(copy.get_element_name(), "clk_en");
   EXPECT_EQ(copy.get_entity_name(), "");
@@ -169,7 +169,7 @@ TEST(RegisterKeypoint, CopyOfASignalIsASignal) {
 
 TEST(RegisterKeypoint, CopyOfABlockInstanceIsOneWithItsTexts) {
   const KPT_REGISTER_KEYPOINT_IMPL keypoint(5, LONG_A, LONG_B, LONG_C);
-  const KPT_REGISTER_KEYPOINT_IMPL copy(keypoint);
+  const KPT_REGISTER_KEYPOINT_IMPL copy(keypoint);  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_FALSE(copy != keypoint);
   EXPECT_EQ(copy.get_entity_name(), LONG_B);
   EXPECT_EQ(copy.get_register_type(), LONG_C);

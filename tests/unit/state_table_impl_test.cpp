@@ -270,7 +270,7 @@ TEST(StateTableImpl, EntriesThatWereTrueOnceDoNotCount) {
 
 TEST(StateTableImpl, CopyHasTheSameEntries) {
   const KPT_STATE_TABLE_IMPL table = make_table({"01 1", "10 0"});
-  const KPT_STATE_TABLE_IMPL copy(table);
+  const KPT_STATE_TABLE_IMPL copy(table);  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_TRUE(copy == table);
 }
 
