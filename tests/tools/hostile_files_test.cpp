@@ -7,7 +7,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// The bytes between the first n and the rest exchanged for others.
 class HOSTILE : public TOOL_TEST {
  protected:
   // Every command that reads a database answers with the same code and names the file.
@@ -99,6 +98,23 @@ TEST_F(HOSTILE, without_a_name) {
 TEST_F(HOSTILE, something_behind_the_transformations) {
   write("x.xml", with("</kpt_db>", "<more/></kpt_db>"));
   expect_unreadable("something follows the transformations");
+}
+
+// The library reads such an element as transformations, and goes on; so does the tool, and says so.
+TEST_F(HOSTILE, unexpected_element) {
+  std::string text = with("<transformations_set>", "<maps>");
+  write("x.xml", text.replace(text.find("</transformations_set>"), 22, "</maps>"));
+  const RUN_RESULT result = kptdb({"info", "x.xml"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.err, "kptdb: x.xml: warning: an unexpected element is read as transformations\n");
+  EXPECT_THAT(kptdb({"check", "x.xml"}).out, HasSubstr("error [element-unexpected] element maps"));
+}
+
+TEST_F(HOSTILE, unexpected_element_in_between) {
+  write("x.xml", with("<key_points_set type=\"reference\">", "<stranger/>\n<key_points_set type=\"reference\">"));
+  const RUN_RESULT result = kptdb({"info", "x.xml"});
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_THAT(result.err, HasSubstr("kptdb: x.xml:2: something follows the transformations\n"));
 }
 
 TEST_F(HOSTILE, unescaped_name) {

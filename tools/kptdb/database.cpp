@@ -14,6 +14,7 @@
 #include "host/kpt_host.h"
 #include "host_lines.h"
 #include "outcome.h"
+#include "outline.h"
 #include "progress.h"
 #include "text.h"
 
@@ -96,11 +97,21 @@ KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, const std::string& path) {
   return root;
 }
 
-// The library tells of them as internal errors, and reads on.
-void warn_of_unexpected_elements(const std::string& path) {
-  kpt_host::set_internal_error_sink([path](const char*, const char*, const char*, int) {
+// Whatever is no set of registers ends the transformations, so an element that does not belong is
+// the place to look first.
+std::size_t line_behind_transformations(const std::string& path) {
+  const OUTLINE outline = outline_of(read_file(path));
+  return outline.unexpected.empty() ? line_of_tag(path, "</transformations_set", 0) : outline.unexpected.front().line;
+}
+
+// The library tells of elements that do not belong as internal errors, and reads on.
+bool fill(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_ELEMENT& root, const std::string& path) {
+  kpt_host::set_internal_error_sink([&](const char*, const char*, const char*, int) {
     fmt::print(stderr, "kptdb: {}: warning: an unexpected element is read as transformations\n", path);
   });
+  const bool loaded = db.load_db(root);
+  kpt_host::set_internal_error_sink({});
+  return loaded;
 }
 
 }  // namespace
@@ -121,10 +132,9 @@ DATABASE DATABASE::load(const std::string& path) {
   }
   refuse_tables_beyond_file(path, root);
   DATABASE db(KPT_KEYPOINTS_MANAGER::get_instance()->create_keypoints_db_impl(name));
-  warn_of_unexpected_elements(path);
-  if (!db.impl().load_db(root)) {
-    throw FAILURE(EXIT_UNREADABLE, fmt::format("{}:{}: something follows the transformations", path,
-                                               line_of_tag(path, "</transformations_set", 0)));
+  if (!fill(db.impl(), root, path)) {
+    throw FAILURE(EXIT_UNREADABLE,
+                  fmt::format("{}:{}: something follows the transformations", path, line_behind_transformations(path)));
   }
   db.move_counters_past_own_ids();
   return db;
