@@ -8,7 +8,7 @@ namespace kpt_yosys {
 
 namespace {
 
-enum class CELL_KIND { OTHER, STORAGE, TECHNOLOGY, NOT, BUFFER, XOR, XNOR, LUT };
+enum class CELL_KIND { OTHER, STORAGE, MEMORY, MEMORY_PORT, TECHNOLOGY, NOT, BUFFER, XOR, XNOR, LUT };
 
 bool is_storage(std::string_view type) {
   constexpr std::array COARSE{"$ff",     "$dff",  "$dffe",  "$dffsr",  "$dffsre", "$adff",    "$adffe",    "$aldff",
@@ -35,6 +35,12 @@ CELL_KIND kind_of(std::string_view type) {
   }
   if (type == "$xnor" || type == "$_XNOR_") {
     return CELL_KIND::XNOR;
+  }
+  if (type == "$mem_v2" || type == "$mem") {
+    return CELL_KIND::MEMORY;
+  }
+  if (type == "$memrd_v2" || type == "$memrd") {
+    return CELL_KIND::MEMORY_PORT;
   }
   if (type == "$lut") {
     return CELL_KIND::LUT;
@@ -78,6 +84,12 @@ void MODULE_VIEW::read_cells(const TECHNOLOGY& technology) {
       case CELL_KIND::STORAGE:
         add_flops(cell);
         break;
+      case CELL_KIND::MEMORY:
+        add_memory_flops(cell, cell->getPort(Yosys::ID::RD_DATA), cell->getParam(Yosys::ID::RD_CLK_ENABLE));
+        break;
+      case CELL_KIND::MEMORY_PORT:
+        add_memory_flops(cell, cell->getPort(Yosys::ID::DATA), cell->getParam(Yosys::ID::CLK_ENABLE));
+        break;
       case CELL_KIND::TECHNOLOGY:
         add_technology_flops(cell, technology);
         break;
@@ -103,6 +115,16 @@ void MODULE_VIEW::add_flops(RTLIL::Cell* cell) {
   const RTLIL::SigSpec data = cell->hasPort(Yosys::ID::D) ? cell->getPort(Yosys::ID::D) : RTLIL::SigSpec();
   for (int i = 0; i < output.size(); ++i) {
     add_flop(cell, i, output[i], i < data.size() ? data[i] : RTLIL::SigBit());
+  }
+}
+
+// A port that is read at a clock holds what was read: it is the register that went into it.
+void MODULE_VIEW::add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked) {
+  const int width = clocked.size() > 0 ? data.size() / clocked.size() : 0;
+  for (int i = 0; i < data.size() && width > 0; ++i) {
+    if (clocked[i / width] == RTLIL::State::S1) {
+      add_flop(cell, i, data[i], RTLIL::SigBit());
+    }
   }
 }
 

@@ -83,6 +83,7 @@ class MODULE_VIEW {
   NET net_of(RTLIL::SigBit bit);
   void read_cells(const TECHNOLOGY& technology);
   void add_flops(RTLIL::Cell* cell);
+  void add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked);
   void add_technology_flops(RTLIL::Cell* cell, const TECHNOLOGY& technology);
   void add_flop(RTLIL::Cell* cell, int index, RTLIL::SigBit output, RTLIL::SigBit data);
   void add_unary(RTLIL::Cell* cell, bool inverts);

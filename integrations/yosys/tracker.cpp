@@ -317,23 +317,32 @@ void TRACKER::lose(const STEP& step, POINT& point) {
   } else {
     point.m_fate = FATE::UNKNOWN;
     point.m_nets = flop.m_nets;
+    point.m_last_name = point.m_path + flop.m_name;
   }
 }
 
 // A register may go into something else, as the output register of a memory does, and come back
-// on the net that carried it.
+// on the net that carried it, or, where all nets were made anew, on the net of that name.
 void TRACKER::find_again(const STEP& step, POINT& point) {
   const int instance = step.m_after.instance(point.m_path);
-  if (instance < 0) {
-    return;
-  }
+  bool any_net = false;
   for (const NET& net : point.m_nets) {
-    const SOURCE source = step.m_after.module(instance).source(net);
-    if (source.m_kind == SOURCE_KIND::FLOP) {
-      settle(step, point, source, instance, false);
+    if (instance < 0 || step.m_after.module(instance).wire(net.m_wire) == nullptr) {
+      continue;
+    }
+    any_net = true;
+    if (come_back(step, point, step.m_after.module(instance).source(net), instance)) {
       return;
     }
   }
+  const NETLIST_VIEW::PLACE place = any_net ? NETLIST_VIEW::PLACE{} : step.m_after.find(point.m_last_name);
+  if (place.m_instance >= 0) {
+    come_back(step, point, step.m_after.module(place.m_instance).source(place.m_bit), place.m_instance);
+  }
+}
+
+bool TRACKER::come_back(const STEP& step, POINT& point, const SOURCE& source, int instance) {
+  return source.m_kind == SOURCE_KIND::FLOP && settle(step, point, source, instance, false);
 }
 
 std::size_t TRACKER::count_new_registers() const {

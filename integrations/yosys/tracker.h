@@ -33,8 +33,9 @@ struct POINT {
   int m_machine = -1;
   int m_column = -1;        // of the machine's old code
   std::string m_pass;       // that settled its fate
-  std::string m_path;       // of the instance where it was seen last
-  std::vector<NET> m_nets;  // that carried it when it was seen last
+  std::string m_path;       // of the instance where it was seen before it was lost
+  std::string m_last_name;  // what it was called there
+  std::vector<NET> m_nets;  // that carried it there
 };
 
 /// A state machine that was taken out of the netlist, to be given another code.
@@ -100,6 +101,7 @@ class TRACKER {
   static bool find_by_name(const STEP& step, POINT& point, const FLOP& flop);
   static bool find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int instance);
   static void find_again(const STEP& step, POINT& point);
+  static bool come_back(const STEP& step, POINT& point, const SOURCE& source, int instance);
   static void lose(const STEP& step, POINT& point);
   static bool settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted);
 
