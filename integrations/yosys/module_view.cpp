@@ -88,7 +88,8 @@ void MODULE_VIEW::read_cells(const TECHNOLOGY& technology) {
         add_memory_flops(cell, cell->getPort(Yosys::ID::RD_DATA), cell->getParam(Yosys::ID::RD_CLK_ENABLE));
         break;
       case CELL_KIND::MEMORY_PORT:
-        add_memory_flops(cell, cell->getPort(Yosys::ID::DATA), cell->getParam(Yosys::ID::CLK_ENABLE));
+        add_memory_flops(cell, cell->getPort(Yosys::ID::DATA),
+                         RTLIL::Const(cell->getParam(Yosys::ID::CLK_ENABLE).as_bool(), 1));
         break;
       case CELL_KIND::TECHNOLOGY:
         add_technology_flops(cell, technology);

@@ -1,0 +1,16 @@
+# Tracking leaves no trace in the netlist: byte for byte the same with it and without the plugin.
+. "${0%/*}/flow.sh"
+locate "$1"
+
+# same what flow: two syntheses, with and without.
+same() {
+  run log "read_verilog $source; kpt_track -top $top; $2; kpt_stage; write_rtlil on.il"
+  yosys -q -p "read_verilog $source; $2; write_rtlil off.il" >log 2>&1 || fail "yosys without the plugin"
+  cmp on.il off.il || fail "$1: tracking changed the netlist"
+}
+
+same synth "synth -flatten -top $top"
+if [ "$top" != des ]; then
+  same cells "synth -flatten -top $top; $cells"
+  same vendor "synth_ice40 -top $top"
+fi

@@ -1,0 +1,84 @@
+# Passes that deceive who goes by names, or by what vanished.
+. "${0%/*}/flow.sh"
+
+# after file passes: what kpt_show says in the end, in `shown`, and the log in `log`.
+after() {
+  run log "read_verilog $1; hierarchy -auto-top; proc; kpt_track; $2; kpt_stage; kpt_show -o shown"
+}
+
+# An inverter that moves from the data input to the readers: the net's name stays, its meaning flips.
+cat >flip.v <<'V'
+module flip(input clk, input d, input a, output y, output z);
+  reg q = 1'b0;
+  always @(posedge clk) q <= ~d;
+  assign y = ~q;
+  assign z = ~q;
+endmodule
+V
+after flip.v 'opt -nodffe -nosdff; simplemap; opt_ffinv; opt_clean'
+expect shown 'q ~ q'
+
+# A power-up value that the technology has not: the flip-flop keeps the inverse.
+cat >preset.v <<'V'
+module preset(input clk, input d, output reg q);
+  initial q = 1'b1;
+  always @(posedge clk) q <= d;
+endmodule
+V
+after preset.v 'simplemap; zinit; opt_clean'
+grep -q '^q ~ ' shown || fail "zinit: $(cat shown)"
+expect log '1 kept inverted'
+
+# New names: by rename, by splitting, by flattening, by a copy of the design.
+cat >names.v <<'V'
+module half(input clk, input d, output reg q);
+  always @(posedge clk) q <= d;
+endmodule
+module names(input clk, input [1:0] d, output [1:0] y, output z);
+  reg [1:0] r;
+  always @(posedge clk) r <= d;
+  assign y = ~r;
+  half h(.clk(clk), .d(d[0] ^ r[1]), .q(z));
+endmodule
+V
+after names.v 'cd names; rename r other; cd ..; opt_clean'
+expect shown 'r[0] = other[0]' 'r[1] = other[1]' 'h.q = h.q'
+after names.v 'splitnets; opt_clean'
+expect shown 'r[0] = r[0]' 'r[1] = r[1]'
+after names.v 'flatten; opt_clean -purge'
+expect shown 'h.q = z'
+expect log '3 of 3 reference registers accounted for'
+after names.v 'design -save kept; design -load kept; opt_clean'
+expect log '3 kept under their name'
+
+# Registers that go into something else are unknown, not eliminated.
+cat >shift.v <<'V'
+module shift(input clk, input d, output q);
+  reg [3:0] r;
+  always @(posedge clk) r <= {r[2:0], d};
+  assign q = r[3];
+endmodule
+V
+after shift.v 'simplemap; shregmap -minlen 2; opt_clean'
+expect log '4 unknown' '0 without fanout'
+
+# A register that a memory takes for its read port is still one, and comes back with the port.
+cat >memory.v <<'V'
+module memory(input clk, input we, input [2:0] wa, input [2:0] ra, input [3:0] d, output reg [3:0] q);
+  reg [3:0] m [7:0];
+  always @(posedge clk) begin
+    if (we) m[wa] <= d;
+    q <= m[ra];
+  end
+endmodule
+V
+after memory.v 'opt; memory_dff; opt_clean'
+expect shown 'q[0] = q[0]' 'q[3] = q[3]'
+after memory.v 'opt; memory_dff; memory_collect; memory_map; opt; techmap; opt_clean'
+expect shown 'q[0] = q[0]' 'q[3] = q[3]'
+
+# Without a machine put back, the bits that went into it are unknown.
+if [ -e "$KPT_RTL/elevator.v" ]; then
+  after "$KPT_RTL/elevator.v" 'flatten; opt -nodffe -nosdff; fsm -nomap'
+  expect log '3 unknown'
+fi

@@ -1,0 +1,30 @@
+# With the gate's register names removed, the elevator is proven through the database and not
+# without it; and a database that says something wrong proves nothing.
+. "${0%/*}/flow.sh"
+locate elevator
+
+run log "read_verilog $source; kpt_track -top $top; synth -flatten -top $top; $cells; rename -hide w:*; kpt_stage
+         kpt_save kpt.xml; write_rtlil gate.il"
+if prove without.log gate.il; then
+  fail "nothing was left to prove without the database"
+fi
+prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the database"; }
+grep -q 'Matched 16 registers, 5 constants and 1 state machines' with.log ||
+  { grep Matched with.log; fail "other registers matched"; }
+
+# wrong what edit...: the database, edited by sed, differs and does not prove the netlist.
+wrong() {
+  what=$1
+  shift
+  sed "$@" kpt.xml >wrong.xml
+  ! cmp -s kpt.xml wrong.xml || fail "$what: nothing was edited"
+  if prove wrong.log gate.il wrong.xml; then
+    fail "$what: proven all the same"
+  fi
+  echo "$what: $(grep -o 'ERROR: Found [0-9]* unproven' wrong.log | cut -c8-)"
+}
+
+wrong 'a swapped pair' -e 's/>floor\[0\]</>other</' -e 's/>moving</>floor[0]</' -e 's/>other</>moving</'
+wrong 'a wrong constant' 's/elim_type="stuck_at_one"/elim_type="stuck_at_zero"/'
+wrong 'a wrong polarity' 's/\(<\/*\)inverts>/\1noninverts>/'
+wrong 'a wrong state code' '/<state index="3">/,/<\/reference>/s/index="0"> 1 /index="0"> 0 /'

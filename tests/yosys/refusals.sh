@@ -1,0 +1,36 @@
+# What cannot be done ends with an error of Yosys, and leaves things as they were.
+. "${0%/*}/flow.sh"
+locate elevator
+
+refused 'No registers are being followed' "kpt_stage"
+refused 'No registers are being followed' "read_verilog $source; kpt_track -top $top; kpt_stage"
+refused 'There is no keypoint database called kpt' "kpt_save kpt.xml"
+refused 'There is no keypoint database called other' "kpt_show -name other"
+refused 'missing.xml cannot be loaded' "kpt_load missing.xml"
+printf '<kpt_db name="kpt"' >broken.xml
+refused 'broken.xml cannot be loaded' "kpt_load broken.xml"
+refused 'Give the names of two databases' "kpt_unite kpt"
+refused 'There is no module gold' "kpt_apply -encfile codes gold gate"
+
+# A name that the file cannot hold.
+cat >name.v <<'V'
+module name(input clk, input d, output q);
+  reg \a<b ;
+  always @(posedge clk) \a<b <= d;
+  assign q = ~\a<b ;
+endmodule
+V
+echo earlier >name.xml
+refused 'kpt cannot be saved as name.xml' \
+  "read_verilog name.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save name.xml"
+[ "$(cat name.xml)" = earlier ] || fail "the file was touched"
+
+refused 'kpt cannot be saved as no/where.xml' \
+  "read_verilog $source; kpt_track -top $top; synth -top $top -run :fine; kpt_stage; kpt_save no/where.xml"
+refused 'A keypoint database called kpt exists already' \
+  "read_verilog $source; hierarchy -top $top; proc; kpt_track; kpt_stage; kpt_track; kpt_stage"
+
+# A pass that fails within a script says so, and the session goes on.
+printf 'read_verilog %s\nhierarchy -top %s\nproc\nkpt_track\nconnect -set nothing nowhere\nopt_clean\nkpt_stage\n' \
+  "$source" "$top" | yosys -m "$KPT_PLUGIN" >log 2>&1 || true
+expect log '28 of 28 reference registers accounted for'
