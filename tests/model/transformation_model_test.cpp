@@ -114,7 +114,9 @@ struct TABLE {
   std::array<std::vector<bool>, 2> bits;
 
   TABLE(unsigned num_rows, unsigned r, unsigned t)
-      : rows(num_rows), columns{r, t}, bits{std::vector<bool>(num_rows * r), std::vector<bool>(num_rows * t)} {}
+      : rows(num_rows),
+        columns{r, t},
+        bits{std::vector<bool>(std::size_t{num_rows} * r), std::vector<bool>(std::size_t{num_rows} * t)} {}
 
   static TABLE identity() {
     TABLE table(2, 1, 1);
@@ -374,7 +376,7 @@ struct PLAIN_MAP {
     return table.remove_t_column(b);
   }
 
-  // The other map is taken by value from here on: it may be this one.
+  // The other map may be this one: it is copied where it is read after a change.
 
   bool copy(PLAIN_MAP other) {
     for (std::size_t s = 0; s < 2; ++s) {
@@ -383,7 +385,7 @@ struct PLAIN_MAP {
     return true;
   }
 
-  bool unite_simply(PLAIN_MAP other) {
+  bool unite_simply(const PLAIN_MAP& other) {
     bool added = true;
     for (const int side : {0, 1}) {
       SIDE& own = sides[static_cast<std::size_t>(side)];
@@ -410,7 +412,7 @@ struct PLAIN_MAP {
       return false;
     }
     if (!fsm && !other.fsm) {
-      return unite_simply(std::move(other));
+      return unite_simply(other);
     }
     table = table.product(other.table, lines);
     fsm = true;
@@ -505,7 +507,7 @@ struct SUBJECT {
   PLAIN_MAP plain;
 };
 
-class TRANSFORMATION_MODEL : public testing::Test {
+class TransformationModel : public testing::Test {
  protected:
   static constexpr std::size_t SUBJECTS = 4;
   static constexpr std::size_t MOST_INDICES = 4;
@@ -545,9 +547,7 @@ class TRANSFORMATION_MODEL : public testing::Test {
     TABLE table(below(MOST_STATES + 1), fits ? static_cast<unsigned>(plain.sides[0].size()) : below(5),
                 fits ? static_cast<unsigned>(plain.sides[1].size()) : below(5));
     for (std::vector<bool>& bits : table.bits) {
-      for (std::size_t k = 0; k < bits.size(); ++k) {
-        bits[k] = once_in(2);
-      }
+      std::generate(bits.begin(), bits.end(), [this] { return once_in(2); });
     }
     return table;
   }
@@ -670,7 +670,7 @@ class TRANSFORMATION_MODEL : public testing::Test {
   std::array<SUBJECT, SUBJECTS> m_subjects;
 };
 
-void TRANSFORMATION_MODEL::edit(SUBJECT& subject) {
+void TransformationModel::edit(SUBJECT& subject) {
   MAP& map = *subject.map;
   PLAIN_MAP& plain = subject.plain;
   const unsigned index = below(MOST_INDICES + 2);
@@ -751,7 +751,7 @@ void TRANSFORMATION_MODEL::edit(SUBJECT& subject) {
   }
 }
 
-void TRANSFORMATION_MODEL::combine(SUBJECT& subject, SUBJECT& other) {
+void TransformationModel::combine(SUBJECT& subject, SUBJECT& other) {
   MAP& map = *subject.map;
   PLAIN_MAP& plain = subject.plain;
   switch (below(7)) {
@@ -831,7 +831,7 @@ void TRANSFORMATION_MODEL::combine(SUBJECT& subject, SUBJECT& other) {
 }
 
 // The questions, which change nothing.
-void TRANSFORMATION_MODEL::ask(const SUBJECT& subject, const SUBJECT& other) {
+void TransformationModel::ask(const SUBJECT& subject, const SUBJECT& other) {
   m_operation += ", then asked";
   const MAP& map = *subject.map;
   const PLAIN_MAP& plain = subject.plain;
@@ -894,7 +894,7 @@ void TRANSFORMATION_MODEL::ask(const SUBJECT& subject, const SUBJECT& other) {
   expect(true, true);
 }
 
-void TRANSFORMATION_MODEL::compare(const SUBJECT& subject) {
+void TransformationModel::compare(const SUBJECT& subject) {
   EXPECT_EQ(numbers(subject.map->r_vec()), subject.plain.sides[0]) << m_operation;
   EXPECT_EQ(numbers(subject.map->t_vec()), subject.plain.sides[1]) << m_operation;
   EXPECT_EQ(subject.map->map_has_fsm_transformation(), subject.plain.fsm) << m_operation;
@@ -902,7 +902,7 @@ void TRANSFORMATION_MODEL::compare(const SUBJECT& subject) {
   EXPECT_TRUE(subject.map->state_table() == table_of(subject.plain.table)) << m_operation;
 }
 
-void TRANSFORMATION_MODEL::step() {
+void TransformationModel::step() {
   SUBJECT& subject = m_subjects[below(SUBJECTS)];
   SUBJECT& other = m_subjects[below(SUBJECTS)];  // now and then the same one
   if (!subject.map || !other.map || is_too_large(subject.plain) || once_in(40)) {
@@ -919,7 +919,7 @@ void TRANSFORMATION_MODEL::step() {
   }
 }
 
-TEST_F(TRANSFORMATION_MODEL, EveryStepAgreesWithThePlainMap) {
+TEST_F(TransformationModel, EveryStepAgreesWithThePlainMap) {
   const int steps = kpt_test::steps(20000);
   for (int number = 0; number < steps && !HasFailure(); ++number) {
     step();

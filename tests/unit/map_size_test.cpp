@@ -1,6 +1,5 @@
 // What a map costs: its own block, as its class's operator new is asked for
 // it, and every byte charged to the host.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <iostream>
@@ -23,7 +22,6 @@ namespace {
 
 using kpt_test::make_table;
 using kpt_test::REGISTERS;
-using testing::IsEmpty;
 
 using MAP = KPT_TRANSFORMATION_IMPL;
 

@@ -121,12 +121,14 @@ TEST_F(TransformationStructure, AStatusOutsideTheListIsKept) {
 TEST_F(TransformationStructure, ACopyHasTheSameGroupsTableAndStatus) {
   const STATES states{"00 1", "01 0"};
   const MAP map(k.side("a b~c|d~"), k.side("~x"), make_table(states), KPT_STUCK_AT_ZERO);
-  const MAP copy(map);
+  MAP copy(map);
   EXPECT_EQ(text_of(copy), "a b~c|d~ -> ~x");
   EXPECT_TRUE(copy.map_has_fsm_transformation());
   EXPECT_EQ(copy.get_elim_status(), KPT_STUCK_AT_ZERO);
   EXPECT_EQ(states_of(copy.get_register_state_table()), states);
   EXPECT_TRUE(copy == map);
+  EXPECT_TRUE(copy.add_attribute("pass", "retime"));
+  EXPECT_EQ(map.get_attribute("pass"), "");
 }
 
 TEST_F(TransformationStructure, ACopyIsIndependent) {
