@@ -100,7 +100,8 @@ struct KPT_STAGE : Yosys::Pass {
       kpt_yosys::current_tracker()->boundary(design, "");
       const KPT_KEYPOINTS_DB& db = *manager->create_keypoints_db(name);
       kpt_yosys::print(kpt_yosys::record(*kpt_yosys::current_tracker(), db), name);
-      Yosys::log("Following took %.3f seconds.\n", kpt_yosys::tracking_seconds());
+      const kpt_yosys::COST cost = kpt_yosys::tracking_cost();
+      Yosys::log("Following took %.3f of %.3f seconds of processor time.\n", cost.m_tracking, cost.m_all);
       if (next.empty()) {
         kpt_yosys::stop_tracking();
       } else {

@@ -1,5 +1,8 @@
 #include "netlist_view.h"
 
+#include <algorithm>
+#include <set>
+
 namespace kpt_yosys {
 
 RTLIL::Module* submodule(const RTLIL::Cell& cell) {
@@ -10,36 +13,50 @@ RTLIL::Module* submodule(const RTLIL::Cell& cell) {
   return module != nullptr && !module->get_blackbox_attribute() ? module : nullptr;
 }
 
-bool has_processes(RTLIL::Module* top) {
-  if (!top->processes.empty()) {
+namespace {
+
+bool has_processes_below(RTLIL::Module* module, std::set<const RTLIL::Module*>& seen) {
+  if (!module->processes.empty()) {
     return true;
   }
-  for (const auto& [name, cell] : top->cells_) {
+  for (const auto& [name, cell] : module->cells_) {
     RTLIL::Module* const below = submodule(*cell);
-    if (below != nullptr && has_processes(below)) {
+    if (below != nullptr && seen.insert(below).second && has_processes_below(below, seen)) {
       return true;
     }
   }
   return false;
 }
 
+}  // namespace
+
+bool has_processes(RTLIL::Module* top) {
+  std::set<const RTLIL::Module*> seen{top};
+  return has_processes_below(top, seen);
+}
+
 NETLIST_VIEW::NETLIST_VIEW(RTLIL::Module* top, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked) {
-  add(top, "", technology, asked);
+  std::vector<const RTLIL::Module*> above;
+  add(top, "", technology, asked, above);
 }
 
 void NETLIST_VIEW::add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology,
-                       const WIRE_NUMBERS& asked) {
+                       const WIRE_NUMBERS& asked, std::vector<const RTLIL::Module*>& above) {
   std::shared_ptr<MODULE_VIEW>& view = m_modules[module->hashidx_];
   if (view == nullptr) {
     view = std::make_shared<MODULE_VIEW>(module, technology, asked);
   }
   m_by_path.emplace(path, static_cast<int>(m_instances.size()));
   m_instances.push_back({path, view});
+  above.push_back(module);
   for (const auto& [name, cell] : module->cells_) {
-    if (RTLIL::Module* const below = submodule(*cell); below != nullptr) {
-      add(below, path + text_of(cell->name) + ".", technology, asked);
+    RTLIL::Module* const below = submodule(*cell);
+    // Before parameters are known, a module may seem to stand in itself.
+    if (below != nullptr && std::find(above.begin(), above.end(), below) == above.end()) {
+      add(below, path + text_of(cell->name) + ".", technology, asked, above);
     }
   }
+  above.pop_back();
 }
 
 const FLOP& NETLIST_VIEW::flop(const LOCATION& location) const {

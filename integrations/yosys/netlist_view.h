@@ -55,7 +55,8 @@ class NETLIST_VIEW {
   PLACE find(const std::string& name) const;
 
  private:
-  void add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked);
+  void add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked,
+           std::vector<const RTLIL::Module*>& above);
   void index_names() const;
 
   std::unordered_map<unsigned int, std::shared_ptr<MODULE_VIEW>> m_modules;

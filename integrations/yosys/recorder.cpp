@@ -1,5 +1,6 @@
 #include "recorder.h"
 
+#include <algorithm>
 #include <set>
 #include <vector>
 
@@ -20,6 +21,7 @@ class RECORDER {
                   KPT_STATE_TABLE& table) const;
   std::vector<int> reference_bits(int machine) const;
   std::vector<int> transformed_bits(const MACHINE& machine) const;
+  bool is_lost(const MACHINE& machine, const std::vector<int>& t) const;
   bool record_fsm(const MACHINE& machine, const std::vector<int>& r, const std::vector<int>& t);
   void record_group(const LOCATION& location, const std::vector<int>& group);
   bool associate_instance(const POINT& point, const LOCATION& location) const;
@@ -77,7 +79,7 @@ std::vector<int> RECORDER::reference_bits(int machine) const {
   std::map<int, int> by_column;
   for (std::size_t i = 0; i < m_tracker.points().size(); ++i) {
     const POINT& each = m_tracker.points()[i];
-    if (each.m_fate == FATE::IN_MACHINE && each.m_machine == machine) {
+    if (!each.m_name.empty() && each.m_fate == FATE::IN_MACHINE && each.m_machine == machine) {
       by_column.emplace(each.m_column, static_cast<int>(i));
     }
   }
@@ -104,13 +106,15 @@ void RECORDER::record_machine(const MACHINE& machine, int index) {
   const std::vector<int> t = transformed_bits(machine);
   std::size_t members = 0;
   for (const POINT& each : m_tracker.points()) {
-    members += each.m_fate == FATE::IN_MACHINE && each.m_machine == index ? 1 : 0;
+    if (!each.m_name.empty() && each.m_fate == FATE::IN_MACHINE && each.m_machine == index) {
+      ++members;
+    }
   }
   if (members == 0) {
     return;
   }
-  if (machine.m_points.empty()) {
-    m_totals.m_unknown += members;  // the stage ended before the machine was put back
+  if (machine.m_points.empty() || is_lost(machine, t)) {
+    m_totals.m_unknown += members;
     m_totals.m_unknown_after["fsm_extract"] += members;
     return;
   }
@@ -118,6 +122,26 @@ void RECORDER::record_machine(const MACHINE& machine, int index) {
   ++m_totals.m_machines;
   m_totals.m_not_recorded += members - r.size();
   note(record_fsm(machine, r, t));
+}
+
+// The stage ended before the machine was put back, or bits of the new code are unknown, and the
+// others do not tell the states apart.
+bool RECORDER::is_lost(const MACHINE& machine, const std::vector<int>& t) const {
+  const auto is_unknown = [this](int bit) {
+    return point(bit).m_fate == FATE::UNKNOWN || point(bit).m_fate == FATE::IN_MACHINE;
+  };
+  if (std::none_of(machine.m_points.begin(), machine.m_points.end(), is_unknown)) {
+    return false;
+  }
+  std::set<std::string> codes;
+  for (const std::string& code : machine.m_codes) {
+    std::string left;
+    for (std::size_t k = 0; k < t.size(); ++k) {
+      left += t[k] >= 0 ? std::string(1, code[k]) : std::string();
+    }
+    codes.insert(left);
+  }
+  return codes.size() < machine.m_codes.size();
 }
 
 bool RECORDER::record_fsm(const MACHINE& machine, const std::vector<int>& r, const std::vector<int>& t) {

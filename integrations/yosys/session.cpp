@@ -1,6 +1,7 @@
 #include "session.h"
 
-#include <chrono>
+#include <sys/resource.h>
+
 #include <exception>
 #include <map>
 #include <memory>
@@ -19,6 +20,7 @@ struct SESSION {
   std::string m_stage;
   std::string m_running;  // the pass that is being executed; empty outside of passes
   double m_seconds = 0;
+  double m_begin = 0;
   bool m_wrapped = false;
 };
 
@@ -28,20 +30,31 @@ SESSION& session() {
   return *instance;
 }
 
+double cpu_seconds(int whose) {
+  constexpr double MICROSECOND = 1e-6;
+  rusage usage{};
+  getrusage(whose, &usage);
+  return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+         MICROSECOND * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
+// Of this process and of those that passes start.
+double all_cpu_seconds() { return cpu_seconds(RUSAGE_SELF) + cpu_seconds(RUSAGE_CHILDREN); }
+
 // Tells the tracker what `pass` did. A tracking that fails ends; the synthesis goes on.
 void tell(RTLIL::Design* design, const std::string& pass) {
   SESSION& now = session();
   if (now.m_tracker == nullptr || design != Yosys::yosys_get_design()) {
     return;
   }
-  const auto begin = std::chrono::steady_clock::now();
+  const double begin = cpu_seconds(RUSAGE_SELF);
   try {
     now.m_tracker->boundary(design, pass);
   } catch (const std::exception& failure) {
     Yosys::log_warning("tracking of registers ended: %s\n", failure.what());
     now.m_tracker.reset();
   }
-  now.m_seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  now.m_seconds += cpu_seconds(RUSAGE_SELF) - begin;
 }
 
 // The pass that runs, also when a pass calls others. One that ends by an exception has done nobody
@@ -109,6 +122,7 @@ void start_tracking(RTLIL::Design* design, const std::string& top, const std::st
     now.m_wrapped = true;
   }
   now.m_seconds = 0;
+  now.m_begin = all_cpu_seconds();
   now.m_stage = name;
   now.m_tracker = std::make_unique<TRACKER>(design, top);
 }
@@ -124,6 +138,6 @@ void next_stage(const std::string& name) {
   session().m_stage = name;
 }
 
-double tracking_seconds() { return session().m_seconds; }
+COST tracking_cost() { return {session().m_seconds, all_cpu_seconds() - session().m_begin}; }
 
 }  // namespace kpt_yosys

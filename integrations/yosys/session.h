@@ -22,8 +22,12 @@ const std::string& current_stage();
 /// Goes on with the next stage.
 void next_stage(const std::string& name);
 
-/// The time that tracking itself took, in seconds.
-double tracking_seconds();
+/// Seconds of processor time since tracking started.
+struct COST {
+  double m_tracking = 0;
+  double m_all = 0;  // of the synthesis with its tracking, and of the programs that passes start
+};
+COST tracking_cost();
 
 }  // namespace kpt_yosys
 

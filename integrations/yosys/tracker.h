@@ -110,6 +110,7 @@ class TRACKER {
   void add_machine(const STEP& step, int instance, RTLIL::Cell* cell);
   void follow_machine(const STEP& step, int index);
   void map_machine(const STEP& step, int index, int instance);
+  void carry_over(MACHINE& earlier, int index);
   void drop_machine(const STEP& step, int index);
 
   std::string m_top;

@@ -63,6 +63,16 @@ void keep_states(MACHINE& machine, const std::vector<std::string>& left) {
   machine.m_old_codes.resize(kept);
 }
 
+// The first code with these bits; beyond the last when there is none.
+std::size_t row_with(const std::vector<std::string>& codes, const std::map<int, bool>& bits) {
+  const auto agrees = [&bits](const std::string& code) {
+    return std::all_of(bits.begin(), bits.end(), [&code](const auto& bit) {
+      return (code[static_cast<std::size_t>(bit.first)] == '1') == bit.second;
+    });
+  };
+  return static_cast<std::size_t>(std::find_if(codes.begin(), codes.end(), agrees) - codes.begin());
+}
+
 // Whether a net may be the new state of a machine: its name, or that with a number behind it.
 bool bears_name(const RTLIL::Wire& wire, const MACHINE& machine) {
   const std::string_view name = wire.name.c_str();
@@ -177,6 +187,46 @@ void TRACKER::map_machine(const STEP& step, int index, int instance) {
     machine.m_points.push_back(static_cast<int>(m_points.size()));
     m_points.push_back(std::move(point));
   }
+  for (MACHINE& earlier : m_machines) {
+    if (&earlier != &machine) {
+      carry_over(earlier, index);
+    }
+  }
+}
+
+// A new code that was given another code once more: the earlier machine now stands in that.
+void TRACKER::carry_over(MACHINE& earlier, int index) {
+  const MACHINE& later = m_machines[static_cast<std::size_t>(index)];
+  const auto went_in = [&](int point) {
+    const POINT& bit = m_points[static_cast<std::size_t>(point)];
+    return bit.m_fate == FATE::IN_MACHINE && bit.m_machine == index;
+  };
+  if (std::none_of(earlier.m_points.begin(), earlier.m_points.end(), went_in)) {
+    return;
+  }
+  MACHINE carried = earlier;
+  carried.m_codes.clear();
+  carried.m_old_codes.clear();
+  for (std::size_t state = 0; state < earlier.m_codes.size(); ++state) {
+    std::string left;
+    std::map<int, bool> wanted;  // by column of the later machine
+    for (std::size_t k = 0; k < earlier.m_points.size(); ++k) {
+      const POINT& bit = m_points[static_cast<std::size_t>(earlier.m_points[k])];
+      if (went_in(earlier.m_points[k])) {
+        wanted[bit.m_column] = (earlier.m_codes[state][k] == '1') != bit.m_inverted;
+      } else {
+        left += earlier.m_codes[state][k];
+      }
+    }
+    const std::size_t row = row_with(later.m_old_codes, wanted);
+    if (row < later.m_codes.size()) {  // else the machine never gets there
+      carried.m_codes.push_back(left + later.m_codes[row]);
+      carried.m_old_codes.push_back(earlier.m_old_codes[state]);
+    }
+  }
+  std::erase_if(carried.m_points, went_in);
+  carried.m_points.insert(carried.m_points.end(), later.m_points.begin(), later.m_points.end());
+  earlier = std::move(carried);
 }
 
 // The machine is gone with its registers: it drove nothing, or nobody knows.

@@ -11,6 +11,6 @@ same() {
 
 same synth "synth -flatten -top $top"
 if [ "$top" != des ]; then
-  same cells "synth -flatten -top $top; $cells"
+  same cells "synth -flatten -top $top; async2sync; $cells"
   same vendor "synth_ice40 -top $top"
 fi
