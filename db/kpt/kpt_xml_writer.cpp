@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -13,44 +14,46 @@ namespace {
 
 constexpr std::size_t BLOCK_SIZE = std::size_t{1} << 20;
 constexpr int LEVEL_STEP = 2;
+constexpr std::string_view BLANKS = "                ";
 constexpr mode_t PERMISSIONS = 0666;
 
 }  // namespace
 
-bool KPT_XML_WRITER::STREAM::take_block() {
+// Takes the descriptor over, also when it fails.
+bool KPT_XML_WRITER::STREAM::start(int descriptor) {
   if (m_block == nullptr) {
     m_block.reset(new (std::nothrow) char[BLOCK_SIZE]);
   }
-  return m_block != nullptr;
+  if (descriptor >= 0 && m_block == nullptr) {
+    ::close(descriptor);
+    descriptor = -1;
+  }
+  m_descriptor = descriptor;
+  m_good = is_open();
+  m_at = m_block.get();
+  m_end = m_good ? m_at + BLOCK_SIZE : m_at;
+  return m_good;
 }
 
 // A stream that is open already is not opened again, and takes no more.
 bool KPT_XML_WRITER::STREAM::open(const KPT_STRING& file_name) {
-  const bool names_a_file = file_name.find('\0') == KPT_STRING::npos;
-  if (is_open() || !names_a_file || !take_block()) {
+  if (is_open()) {
     flush();
     m_good = false;
+    m_end = m_at;
     return false;
   }
+  if (file_name.find('\0') != KPT_STRING::npos) {
+    return false;
+  }
+  int descriptor = -1;
   do {
-    m_descriptor = ::open(file_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, PERMISSIONS);
-  } while (m_descriptor < 0 && errno == EINTR);
-  m_good = is_open();
-  return m_good;
+    descriptor = ::open(file_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, PERMISSIONS);
+  } while (descriptor < 0 && errno == EINTR);
+  return start(descriptor);
 }
 
-bool KPT_XML_WRITER::STREAM::attach(int descriptor) {
-  if (is_open() || descriptor < 0 || !take_block()) {
-    m_good = false;
-    if (descriptor >= 0) {
-      ::close(descriptor);
-    }
-    return false;
-  }
-  m_descriptor = descriptor;
-  m_good = true;
-  return true;
-}
+bool KPT_XML_WRITER::STREAM::attach(int descriptor) { return start(descriptor); }
 
 void KPT_XML_WRITER::STREAM::write_out(const char* from, std::size_t size) {
   while (size > 0 && m_good) {
@@ -64,35 +67,51 @@ void KPT_XML_WRITER::STREAM::write_out(const char* from, std::size_t size) {
   }
 }
 
+// What is in the block goes out. A file that failed has no room any more.
 void KPT_XML_WRITER::STREAM::flush() {
-  write_out(m_block.get(), m_used);  // nothing is used unless the file is open
-  m_used = 0;
+  char* const block = m_block.get();
+  write_out(block, static_cast<std::size_t>(m_at - block));
+  m_at = block;
+  m_end = m_good && is_open() ? block + BLOCK_SIZE : block;
+}
+
+void KPT_XML_WRITER::STREAM::append_past_end(std::string_view text) {
+  if (!is_open()) {
+    return;
+  }
+  flush();
+  if (text.size() > room()) {
+    write_out(text.data(), text.size());
+  } else {
+    m_at += text.copy(m_at, text.size());
+  }
+}
+
+void KPT_XML_WRITER::STREAM::append_blanks_past_end(std::size_t count) {
+  while (count > 0) {
+    const std::size_t piece = std::min(count, BLANKS.size());
+    append(BLANKS.substr(0, piece));
+    count -= piece;
+  }
 }
 
 void KPT_XML_WRITER::STREAM::append(std::string_view text) {
-  if (!takes_text()) {
-    return;
+  if (text.size() <= room()) {
+    m_at += text.copy(m_at, text.size());
+  } else {
+    append_past_end(text);
   }
-  if (text.size() > BLOCK_SIZE - m_used) {
-    flush();
-    if (text.size() > BLOCK_SIZE) {
-      write_out(text.data(), text.size());
-      return;
-    }
-  }
-  m_used += text.copy(m_block.get() + m_used, text.size());
 }
 
-// A level is 16 bits wide, so its blanks fit an empty block.
-void KPT_XML_WRITER::STREAM::append(std::size_t count, char c) {
-  if (!takes_text()) {
-    return;
+// A level of a file is a handful: one store of fixed size, of which the blanks
+// beyond the level are overwritten by what follows.
+void KPT_XML_WRITER::STREAM::append_blanks(std::size_t count) {
+  if (count <= BLANKS.size() && room() >= BLANKS.size()) {
+    std::memcpy(m_at, BLANKS.data(), BLANKS.size());
+    m_at += count;
+  } else {
+    append_blanks_past_end(count);
   }
-  if (count > BLOCK_SIZE - m_used) {
-    flush();
-  }
-  std::memset(m_block.get() + m_used, c, count);
-  m_used += count;
 }
 
 bool KPT_XML_WRITER::STREAM::sync() {
@@ -100,11 +119,9 @@ bool KPT_XML_WRITER::STREAM::sync() {
     return false;
   }
   flush();
-  int result = 0;
-  do {
-    result = m_good ? ::fsync(m_descriptor) : -1;
-  } while (result != 0 && m_good && errno == EINTR);
-  m_good = m_good && result == 0;
+  while (m_good && ::fsync(m_descriptor) != 0) {
+    m_good = errno == EINTR;
+  }
   return m_good;
 }
 
@@ -115,8 +132,64 @@ bool KPT_XML_WRITER::STREAM::close() {
   flush();
   const bool closed = ::close(m_descriptor) == 0 || errno == EINTR;
   m_descriptor = -1;
+  m_end = m_at;
   m_good = m_good && closed;
   return m_good;
+}
+
+void KPT_XML_WRITER::put(std::string_view text) { m_stream.append(text); }
+
+void KPT_XML_WRITER::put_space() { m_stream.append_blanks(m_indent_level); }
+
+void KPT_XML_WRITER::step_in() { m_indent_level = static_cast<std::uint16_t>(m_indent_level + LEVEL_STEP); }
+
+bool KPT_XML_WRITER::step_out() {
+  if (m_indent_level < LEVEL_STEP) {
+    return false;
+  }
+  m_indent_level = static_cast<std::uint16_t>(m_indent_level - LEVEL_STEP);
+  return true;
+}
+
+void KPT_XML_WRITER::put_start_tag(std::string_view name) {
+  put_space();
+  put("<");
+  put(name);
+}
+
+void KPT_XML_WRITER::put_attribute(std::string_view name, std::string_view value) {
+  put(" ");
+  put(name);
+  put("=\"");
+  put(value);
+  put("\"");
+}
+
+void KPT_XML_WRITER::put_new_line() { put(">\n"); }
+
+void KPT_XML_WRITER::put_end_tag(std::string_view name) {
+  step_out();
+  put_space();
+  put("</");
+  put(name);
+  put_new_line();
+  step_in();
+}
+
+void KPT_XML_WRITER::put_simple_text_element(std::string_view name, std::string_view text) {
+  put("<");
+  put(name);
+  put(">");
+  put(text);
+  put("</");
+  put(name);
+  put_new_line();
+}
+
+// The host converts ints, so an id beyond that range comes out as another number.
+void KPT_XML_WRITER::put_number_attribute(std::string_view name, long value) {
+  gen_itoa(static_cast<int>(value), m_number, 10);
+  put_attribute(name, m_number);
 }
 
 KPT_XML_WRITER::KPT_XML_WRITER(std::string_view file_name) : m_file_name(file_name) {}
@@ -133,158 +206,135 @@ bool KPT_XML_WRITER::finish_file() {
 }
 
 bool KPT_XML_WRITER::space() {
-  m_stream.append(m_indent_level, ' ');
+  put_space();
   return true;
 }
 
 bool KPT_XML_WRITER::indent() {
-  m_indent_level = static_cast<std::uint16_t>(m_indent_level + LEVEL_STEP);
+  step_in();
   return true;
 }
 
-bool KPT_XML_WRITER::outdent() {
-  if (m_indent_level < LEVEL_STEP) {
-    return false;
-  }
-  m_indent_level = static_cast<std::uint16_t>(m_indent_level - LEVEL_STEP);
-  return true;
-}
+bool KPT_XML_WRITER::outdent() { return step_out(); }
 
 bool KPT_XML_WRITER::start_tag(std::string_view name) {
-  space();
-  write("<");
-  write(name);
+  put_start_tag(name);
   return true;
 }
 
 bool KPT_XML_WRITER::write_attribute(std::string_view name, std::string_view value) {
-  write(" ");
-  write(name);
-  write("=\"");
-  write(value);
-  write("\"");
+  put_attribute(name, value);
   return true;
 }
 
 bool KPT_XML_WRITER::new_line() {
-  write(">\n");
+  put_new_line();
   return true;
 }
 
 bool KPT_XML_WRITER::close_tag() {
-  write("> ");
+  put("> ");
   return true;
 }
 
 bool KPT_XML_WRITER::end_tag(std::string_view name) {
-  outdent();
-  space();
-  write("</");
-  write(name);
-  new_line();
-  indent();
+  put_end_tag(name);
   return true;
 }
 
 bool KPT_XML_WRITER::write_text_content(std::string_view text) {
-  write(text);
+  put(text);
   return true;
 }
 
 bool KPT_XML_WRITER::write_simple_text_element(std::string_view name, std::string_view text) {
-  write("<");
-  write(name);
-  write(">");
-  write(text);
-  write("</");
-  write(name);
-  new_line();
+  put_simple_text_element(name, text);
   return true;
 }
 
 bool KPT_XML_WRITER::write_empty_content_element(std::string_view name) {
-  start_tag(name);
-  new_line();
-  space();
-  end_tag(name);
+  put_start_tag(name);
+  put_new_line();
+  put_space();
+  put_end_tag(name);
   return true;
 }
 
 bool KPT_XML_WRITER::write_db_start_xml(std::string_view db_name) {
-  start_tag("kpt_db");
-  write_attribute("name", db_name);
-  new_line();
+  put_start_tag("kpt_db");
+  put_attribute("name", db_name);
+  put_new_line();
   return true;
 }
 
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name) {
-  indent();
-  space();
-  start_tag("key_point");
-  write_attribute("id", id);
-  write_attribute("type", type);
-  new_line();
-  indent();
-  space();
-  write_simple_text_element("name", name);
-  outdent();
-  space();
-  end_tag("key_point");
-  outdent();
+  step_in();
+  put_space();
+  put_start_tag("key_point");
+  put_attribute("id", id);
+  put_attribute("type", type);
+  put_new_line();
+  step_in();
+  put_space();
+  put_simple_text_element("name", name);
+  step_out();
+  put_space();
+  put_end_tag("key_point");
+  step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name,
                                         std::string_view entity, std::string_view reg_type) {
-  space();
-  start_tag("key_point");
-  indent();
-  write_attribute("id", id);
-  write_attribute("type", type);
-  new_line();
-  indent();
-  space();
-  write_simple_text_element("name", name);
-  space();
-  write_simple_text_element("entity", entity);
-  space();
-  write_simple_text_element("reg_type", reg_type);
-  outdent();
-  space();
-  end_tag("key_point");
-  outdent();
+  put_space();
+  put_start_tag("key_point");
+  step_in();
+  put_attribute("id", id);
+  put_attribute("type", type);
+  put_new_line();
+  step_in();
+  put_space();
+  put_simple_text_element("name", name);
+  put_space();
+  put_simple_text_element("entity", entity);
+  put_space();
+  put_simple_text_element("reg_type", reg_type);
+  step_out();
+  put_space();
+  put_end_tag("key_point");
+  step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_transformation_start_xml(std::string_view elim_type) {
-  indent();
-  space();
-  start_tag("transformation");
+  step_in();
+  put_space();
+  put_start_tag("transformation");
   if (!elim_type.empty()) {
-    write_attribute("elim_type", elim_type);
+    put_attribute("elim_type", elim_type);
   }
-  new_line();
-  outdent();
+  put_new_line();
+  step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_tr_set_start_xml(std::string_view type) {
-  indent();
-  space();
-  start_tag("kp_set");
-  write_attribute("type", type);
-  new_line();
-  outdent();
+  step_in();
+  put_space();
+  put_start_tag("kp_set");
+  put_attribute("type", type);
+  put_new_line();
+  step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_tr_state_start_xml(unsigned short index) {
-  indent();
-  space();
-  start_tag("kp_state");
-  write_attribute("index", itoa(index));
-  new_line();
-  outdent();
+  step_in();
+  put_space();
+  put_start_tag("kp_state");
+  put_number_attribute("index", index);
+  put_new_line();
+  step_out();
   return true;
 }
 
@@ -297,52 +347,46 @@ bool KPT_XML_WRITER::write_transformation_xml(std::string_view tag, unsigned sho
 }
 
 bool KPT_XML_WRITER::begin_transformation_xml(std::string_view tag) {
-  indent();
-  space();
-  start_tag(tag);
-  new_line();
-  indent();
+  step_in();
+  put_space();
+  put_start_tag(tag);
+  put_new_line();
+  step_in();
   return true;
 }
 
 bool KPT_XML_WRITER::write_kp_xml(long id) {
-  space();
-  start_tag("kp");
-  write_attribute("id", itoa(id));
-  close_tag();
-  end_tag("kp");
+  put_space();
+  put_start_tag("kp");
+  put_number_attribute("id", id);
+  put("> ");
+  put_end_tag("kp");
   return true;
 }
 
 bool KPT_XML_WRITER::end_transformation_xml(std::string_view tag) {
-  space();
-  outdent();
-  end_tag(tag);
-  outdent();
+  put_space();
+  step_out();
+  put_end_tag(tag);
+  step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_state_index_xml(unsigned short index) {
-  start_tag("state");
-  write_attribute("index", itoa(index));
-  new_line();
+  put_start_tag("state");
+  put_number_attribute("index", index);
+  put_new_line();
   return true;
 }
 
 bool KPT_XML_WRITER::write_state_table_xml(unsigned short index, std::string_view value) {
-  indent();
-  space();
-  start_tag("value");
-  write_attribute("index", itoa(index));
-  close_tag();
-  write_text_content(value);
-  end_tag("value");
-  outdent();
+  step_in();
+  put_space();
+  put_start_tag("value");
+  put_number_attribute("index", index);
+  put("> ");
+  put(value);
+  put_end_tag("value");
+  step_out();
   return true;
-}
-
-// The host converts ints, so an id beyond that range comes out as another number.
-std::string_view KPT_XML_WRITER::itoa(long value) {
-  gen_itoa(static_cast<int>(value), m_number, 10);
-  return m_number;
 }

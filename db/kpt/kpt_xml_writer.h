@@ -94,26 +94,40 @@ class KPT_EXPORT KPT_XML_WRITER {
 
     bool open(const KPT_STRING& file_name);
     bool attach(int descriptor);
-    void append(std::string_view text);
-    void append(std::size_t count, char c);
+    inline void append(std::string_view text);
+    inline void append_blanks(std::size_t count);
     bool sync();
     bool close();
 
    private:
     bool is_open() const { return m_descriptor >= 0; }
-    bool takes_text() const { return m_good && is_open(); }
-    bool take_block();
+    std::size_t room() const { return static_cast<std::size_t>(m_end - m_at); }
+    bool start(int descriptor);
+    void append_past_end(std::string_view text);
+    void append_blanks_past_end(std::size_t count);
     void flush();
     void write_out(const char* from, std::size_t size);
 
     int m_descriptor = -1;
     bool m_good = true;
     std::unique_ptr<char[]> m_block;
-    std::size_t m_used = 0;
+    // What is free of the block: nothing unless the file is open.
+    char* m_at = nullptr;
+    char* m_end = nullptr;
   };
 
-  void write(std::string_view text) { m_stream.append(text); }
-  std::string_view itoa(long value);
+  // The steps that the operations are made of. A save takes some hundred of
+  // them a register, so they are inlined, which exported functions are not.
+  inline void put(std::string_view text);
+  inline void put_space();
+  inline void step_in();
+  inline bool step_out();
+  inline void put_start_tag(std::string_view name);
+  inline void put_attribute(std::string_view name, std::string_view value);
+  inline void put_new_line();
+  inline void put_end_tag(std::string_view name);
+  inline void put_simple_text_element(std::string_view name, std::string_view text);
+  inline void put_number_attribute(std::string_view name, long value);
 
   KPT_STRING m_file_name;
   STREAM m_stream;

@@ -1,0 +1,14 @@
+// What clients include needs no header of the parser: none is installed where
+// the library alone is.
+#include <gtest/gtest.h>
+
+#include "db/kpt/kpt.h"
+#include "db/kpt/kpt_xml_element.h"
+#include "db/kpt/kpt_xml_reader.h"
+#include "db/kpt/kpt_xml_writer.h"
+
+#ifdef XERCES_CPP_NAMESPACE
+#error "a header of the library pulls in the parser"
+#endif
+
+TEST(Headers, keep_the_parser_out_of_clients) { EXPECT_TRUE(KPT_XML_ELEMENT().is_null()); }
