@@ -60,13 +60,13 @@ expect() {
 # From the synthesised netlist to the small technology of ours.
 cells="dfflegalize -cell \$_DFF_P_ 0 ; dfflibmap -liberty $KPT_RTL/cells.lib ; abc -liberty $KPT_RTL/cells.lib ; opt_clean"
 
-# prove log netlist [database]: proves the netlist equal to the source, with the database or
+# prove log netlist [database [name]]: proves the netlist equal to the source, with the database or
 # without; false when cells stay unproven. Any other end is a failure of the test.
 prove() {
   apply=
   encfile=
   if [ -n "${3:-}" ]; then
-    apply="kpt_load $3; kpt_apply -encfile codes gold gate"
+    apply="kpt_load $3; kpt_apply -name ${4:-kpt} -encfile codes gold gate"
     encfile='-encfile codes'
   fi
   if yosys -m "$KPT_PLUGIN" -p "

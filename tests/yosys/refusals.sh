@@ -34,3 +34,9 @@ refused 'A keypoint database called kpt exists already' \
 printf 'read_verilog %s\nhierarchy -top %s\nproc\nkpt_track\nconnect -set nothing nowhere\nopt_clean\nkpt_stage\n' \
   "$source" "$top" | yosys -m "$KPT_PLUGIN" >log 2>&1 || true
 expect log '28 of 28 reference registers accounted for'
+
+# Following that nobody ends ends with Yosys; following can be given up.
+run log "read_verilog $source; kpt_track -top $top; synth -top $top"
+run log "read_verilog $source; kpt_track -top $top; synth -top $top -run :fine; kpt_track -off; opt_clean"
+refused 'No registers are being followed' \
+  "read_verilog $source; kpt_track -top $top; synth -top $top -run :fine; kpt_track -off; kpt_stage"
