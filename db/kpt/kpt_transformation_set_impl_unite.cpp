@@ -44,6 +44,8 @@ class KPT_UNITE {
   MAP* successor_of(MAP& m1);
   MAP* report_first_in_db2(const KPT_KEYPOINT_LIST& registers);
   void step_from(MAP& m1, MAP& m2);
+  static void fetch_ahead(const KPT_TRANSFORMATION_SET_IMPL& walked, const MAP& map, KPT_SET_ENUM side,
+                          const KPT_TRANSFORMATION_SET_IMPL& other);
   static void report_mismatch(const MAP& m1, const MAP& m2);
   static void report_side(const MAP& map, KPT_SET_ENUM side);
 
@@ -57,7 +59,17 @@ class KPT_UNITE {
   KPT_KEYPOINT_LIST left;
 };
 
-bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2) { return KPT_UNITE(*this, db2).run(); }
+// A set that is united with itself gives a copy to be consumed.
+bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2) {
+  if (&db2 != this) {
+    return KPT_UNITE(*this, db2).run();
+  }
+  KPT_TRANSFORMATION_SET_IMPL copy;
+  for (const KPT_TRANSFORMATION_IMPL* map : m_maps) {
+    copy.entered(copy.create_map(*map));
+  }
+  return KPT_UNITE(*this, copy).run();
+}
 
 // The timing lines count from the start of the union, not loop by loop.
 bool KPT_UNITE::run() {
@@ -72,6 +84,31 @@ bool KPT_UNITE::run() {
   return ok;
 }
 
+// The maps of one stage lie all over memory in the order of the other, and a
+// walk that waits for each of them waits most of its time. This asks for the
+// keypoint of a map some way ahead of the walk, and for the other stage's map
+// of a keypoint that was asked for before. It changes nothing.
+void KPT_UNITE::fetch_ahead(const KPT_TRANSFORMATION_SET_IMPL& walked, const MAP& map, KPT_SET_ENUM side,
+                            const KPT_TRANSFORMATION_SET_IMPL& other) {
+  constexpr std::uint32_t NEAR = 8;
+  constexpr std::uint32_t FAR = 16;
+  const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
+  const auto first_of = [&](std::uint32_t ahead) -> const KPT_KEYPOINT* {
+    const MAP* met = walked.m_maps.at(position + ahead);
+    if (met == nullptr) {
+      return nullptr;
+    }
+    return side == KPT_TRANSFORMED_SET ? met->get_t_n_first(0) : met->get_r_n_first(0);
+  };
+  __builtin_prefetch(first_of(FAR));
+  const KPT_SET_ENUM its_side = side == KPT_TRANSFORMED_SET ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET;
+  const auto* wanted = reinterpret_cast<const char*>(other.map_of(its_side, first_of(NEAR)));
+  if (wanted != nullptr) {
+    __builtin_prefetch(wanted);
+    __builtin_prefetch(wanted + sizeof(MAP) - 1);
+  }
+}
+
 // Loop 1: where one index of a first-stage map feeds several second-stage
 // maps, these become one.
 void KPT_UNITE::loop_1_fuse_maps_of_db2() {
@@ -79,6 +116,7 @@ void KPT_UNITE::loop_1_fuse_maps_of_db2() {
     if (!ok) {
       return;
     }
+    fetch_ahead(db1, *m1, KPT_TRANSFORMED_SET, db2);
     if (m1->map_has_fsm_transformation()) {
       continue;
     }
@@ -109,6 +147,7 @@ void KPT_UNITE::loop_2_fuse_maps_of_db1() {
     if (!ok) {
       return;
     }
+    fetch_ahead(db2, *m2, KPT_REFERENCE_SET, db1);
     for (unsigned short i = 0; ok && i < m2->get_num_reference_registers(); ++i) {
       fuse_db1_maps_feeding(*m2, i);
     }
@@ -168,6 +207,7 @@ void KPT_UNITE::loop_3_compose() {
     if (!ok) {
       return;
     }
+    fetch_ahead(db1, *m1, KPT_TRANSFORMED_SET, db2);
     if (!m1->map_has_fsm_transformation() && m1->get_elim_status() == KPT_NOT_ELIMINATED) {
       compose(*m1);
     }
