@@ -91,7 +91,7 @@ struct KPT_STAGE : Yosys::Pass {
     if (kpt_yosys::current_tracker() == nullptr || !kpt_yosys::current_tracker()->started()) {
       Yosys::log_cmd_error("No registers are being followed: use kpt_track, and have no processes left.\n");
     }
-    const std::string name = kpt_yosys::current_stage();
+    const std::string& name = kpt_yosys::current_stage();
     KPT_KEYPOINTS_MANAGER* const manager = KPT_KEYPOINTS_MANAGER::get_instance();
     if (manager->get_keypoints_db(name) != nullptr) {
       Yosys::log_cmd_error("A keypoint database called %s exists already.\n", name.c_str());

@@ -121,7 +121,7 @@ void MODULE_VIEW::add_flops(RTLIL::Cell* cell) {
 
 // A port that is read at a clock holds what was read: it is the register that went into it.
 void MODULE_VIEW::add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked) {
-  const int width = clocked.size() > 0 ? data.size() / clocked.size() : 0;
+  const int width = clocked.bits.empty() ? 0 : data.size() / clocked.size();
   for (int i = 0; i < data.size() && width > 0; ++i) {
     if (clocked[i / width] == RTLIL::State::S1) {
       add_flop(cell, i, data[i], RTLIL::SigBit());
@@ -308,7 +308,7 @@ std::string MODULE_VIEW::technology_pin(RTLIL::SigBit bit, const std::string& ce
     for (const auto& [port, signal] : cell->connections_) {
       const RTLIL::Wire* const pin = type != nullptr ? type->wire(port) : nullptr;
       const bool may_drive = type == nullptr || (pin != nullptr && pin->port_output);
-      if (may_drive && m_sigmap(signal).extract(bit).size() > 0) {
+      if (may_drive && !m_sigmap(signal).extract(bit).empty()) {
         return std::string(cell->type.c_str()) + "/" + port.c_str();
       }
     }

@@ -13,8 +13,6 @@ namespace kpt_yosys {
 
 namespace {
 
-using Yosys::stringf;
-
 std::string to_string(const KPT_STRING& text) { return {text.data(), text.size()}; }
 
 // The nets of a module by the names that a database gives them, and who drives them.

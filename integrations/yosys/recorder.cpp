@@ -84,6 +84,7 @@ std::vector<int> RECORDER::reference_bits(int machine) const {
     }
   }
   std::vector<int> bits;
+  bits.reserve(by_column.size());
   for (const auto& [column, index] : by_column) {
     bits.push_back(index);
   }
