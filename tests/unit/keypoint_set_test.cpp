@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -501,7 +502,7 @@ TEST(KeypointSet, IsSavedInItsOrder) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "q_a", "u1", "dff");
   set.add_register(2, "clk_en");
-  const std::string path = testing::TempDir() + "kpt_unit_keypoint_set.xml";
+  const std::string path = testing::TempDir() + "kpt_unit_keypoint_set_" + std::to_string(getpid()) + ".xml";
   {
     KPT_XML_WRITER writer(path);
     ASSERT_TRUE(writer.start_file());

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -28,7 +29,7 @@ constexpr char LONG_C[] = "a_register_type_long_enough_to_need_a_block_of_its_ow
 // What `save` writes into a fresh file.
 template <class SAVE>
 std::string saved(SAVE save) {
-  const std::string path = testing::TempDir() + "kpt_unit_keypoint.xml";
+  const std::string path = testing::TempDir() + "kpt_unit_keypoint_" + std::to_string(getpid()) + ".xml";
   {
     KPT_XML_WRITER writer(path);
     EXPECT_TRUE(writer.start_file());
