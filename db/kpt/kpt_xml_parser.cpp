@@ -32,7 +32,9 @@ constexpr XMLSize_t MOST_EXPANSIONS = 1000;
 constexpr XMLSize_t LONGEST_ENTITY = 4096;
 // Parameter entities are expanded without being counted, so they may hold
 // little, and no other.
-constexpr XMLSize_t LONGEST_PARAMETER_ENTITY = 64;
+constexpr XMLSize_t LONGEST_PARAMETER_ENTITY = 16;
+// Nor are those of the default values of attributes counted.
+constexpr XMLSize_t LONGEST_ENTITY_BEFORE_ATTRIBUTES = 16;
 // The parser recurses over the elements that an entity stands for.
 constexpr std::size_t MOST_EXPANDED_ELEMENTS = 1000;
 // Attributes that a document type adds to every element of a kind.
@@ -215,8 +217,17 @@ void KPT_XML_PARSER_WRAPPER::entityDecl(const DTDEntityDecl& entity, bool is_par
     if (is_parameter_entity && (text.size() > LONGEST_PARAMETER_ENTITY || text.find(u'%') != text.npos)) {
       stop("the parameter entity is too long or refers to another");
     }
+    m_has_growing_entity =
+        m_has_growing_entity || text.size() > LONGEST_ENTITY_BEFORE_ATTRIBUTES || text.find(u'&') != text.npos;
   }
   KESTOV_DOM_PARSER::entityDecl(entity, is_parameter_entity, is_ignored);
+}
+
+void KPT_XML_PARSER_WRAPPER::startAttList(const DTDElementDecl& element) {
+  if (m_has_growing_entity) {
+    stop("attributes are declared behind an entity that is long or refers to another");
+  }
+  KESTOV_DOM_PARSER::startAttList(element);
 }
 
 void KPT_XML_PARSER_WRAPPER::startEntityReference(const XMLEntityDecl& entity) {

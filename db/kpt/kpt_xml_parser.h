@@ -60,6 +60,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
                    bool has_internal_subset, bool has_external_subset) override;
   void entityDecl(const XERCES_CPP_NAMESPACE::DTDEntityDecl& entity, bool is_parameter_entity,
                   bool is_ignored) override;
+  void startAttList(const XERCES_CPP_NAMESPACE::DTDElementDecl& element) override;
   void startEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entity) override;
   void endEntityReference(const XERCES_CPP_NAMESPACE::XMLEntityDecl& entity) override;
   void startElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& element, unsigned int url_id, const XMLCh* prefix,
@@ -74,6 +75,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   XERCES_CPP_NAMESPACE::SecurityManager m_security;
   std::size_t m_stops = 0;
   bool m_has_document_type = false;
+  bool m_has_growing_entity = false;
   std::size_t m_open_references = 0;
   std::size_t m_expanded_elements = 0;
   std::size_t m_default_characters = 0;

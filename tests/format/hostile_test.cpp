@@ -20,8 +20,6 @@ namespace {
 
 using namespace kpt_test;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 std::string repeated(std::size_t count, const std::string& text) {

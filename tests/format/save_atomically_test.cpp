@@ -14,7 +14,6 @@ namespace {
 
 using namespace kpt_test;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr char EARLIER[] = "of an earlier day";
 
