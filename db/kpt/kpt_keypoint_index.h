@@ -32,7 +32,6 @@ class KPT_KEYPOINT_INDEX {
   /// Takes the entry out and returns its keypoint, or null.
   KPT_REGISTER_KEYPOINT_IMPL* remove(const KEY& key);
   std::size_t size() const { return m_entries.size(); }
-  void reserve(std::size_t count) { m_entries.reserve(count); }
 
  private:
   struct ENTRY {

@@ -77,8 +77,6 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
 
   /// The number of registers, signals and block instances.
   std::size_t size() const { return m_signal_registers.size() + m_instance_registers.size(); }
-  /// Makes room for so many further signals.
-  void reserve(std::size_t signals) { m_signal_registers.reserve(m_signal_registers.size() + signals); }
 
  private:
   // Which index has an entry for a keypoint.

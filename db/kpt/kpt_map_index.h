@@ -23,13 +23,6 @@ class KPT_MAP_INDEX {
     }
   }
 
-  /// Enters the keypoint unless it has an entry.
-  void set_if_absent(const KPT_KEYPOINT* keypoint, std::uint32_t position) {
-    if (find(keypoint) == 0) {
-      set(keypoint, position);
-    }
-  }
-
   /// False when the keypoint has no entry.
   bool erase(const KPT_KEYPOINT* keypoint) {
     if (find(keypoint) == 0) {

@@ -241,6 +241,19 @@ TEST_F(UniteSet, ReportsTheEmptyReferenceSideOfASecondMap) {
   EXPECT_THAT(debug(), ElementsAre(LOOP_1, EMPTY_R, EMPTY_R, LOOP_2, LOOP_3));
 }
 
+// ---- With itself ----
+
+// A copy is consumed, so that no map is read after it was deleted: each map
+// goes on where the set as it was took its registers.
+TEST_F(UniteSet, WithItselfConsumesACopyOfItself) {
+  KPT_TRANSFORMATION_IMPL* first = db1.plain("a -> x");
+  db1.plain("x -> p");
+  EXPECT_TRUE(db1.unite(db1));
+  EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> p~", "x~ -> p~"));
+  EXPECT_EQ(db1.get_map_of_r_keypoint(registers["a"]), first);
+  EXPECT_NE(db1.get_map_of_t_keypoint(registers["p"]), nullptr);
+}
+
 // ---- Loop 2 ----
 
 TEST_F(UniteSet, MakesOneMapOfTheFirstMapsThatFeedOneSecondIndex) {

@@ -70,7 +70,6 @@ TEST_P(MapIndex, LastWriterWins) {
 
 TEST_P(MapIndex, NullIsNeverEntered) {
   index.set(nullptr, 7);
-  index.set_if_absent(nullptr, 7);
   EXPECT_EQ(index.find(nullptr), 0U);
   EXPECT_EQ(index.size(), 0U);
   EXPECT_FALSE(index.erase(nullptr));
@@ -93,15 +92,6 @@ TEST_P(MapIndex, ErasingAnAbsentKeypointIsFalse) {
   EXPECT_FALSE(index.erase(b));
   EXPECT_TRUE(index.erase(a));
   EXPECT_FALSE(index.erase(a));
-}
-
-TEST_P(MapIndex, SetIfAbsentKeepsAnEarlierEntry) {
-  index.set_if_absent(a, 7);
-  index.set_if_absent(a, 8);
-  EXPECT_EQ(index.find(a), 7U);
-  index.erase(a);
-  index.set_if_absent(a, 9);
-  EXPECT_EQ(index.find(a), 9U);
 }
 
 TEST_P(MapIndex, ErasingFromOneIndexLeavesTheOthers) {
