@@ -12,6 +12,7 @@
 #ifndef KPT_BY_KEYPOINT_H
 #define KPT_BY_KEYPOINT_H
 
+#include <algorithm>
 #include <array>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
@@ -25,16 +26,26 @@ class KPT_BY_KEYPOINT {
  public:
   /// The keypoint's value; the default value for null.
   VALUE find(const KPT_KEYPOINT* keypoint) const {
+    const VALUE* value = find_cell(keypoint);
+    return value == nullptr ? VALUE() : *value;
+  }
+
+  /// Where the keypoint's value stands, until the next call that makes room;
+  /// null when there is no place for one.
+  VALUE* find_cell(const KPT_KEYPOINT* keypoint) {
+    return const_cast<VALUE*>(static_cast<const KPT_BY_KEYPOINT&>(*this).find_cell(keypoint));
+  }
+  const VALUE* find_cell(const KPT_KEYPOINT* keypoint) const {
     if (keypoint == nullptr) {
-      return VALUE();
+      return nullptr;
     }
     for (const SHELF& shelf : m_shelves) {
       if (shelf.set == keypoint->m_set) {
-        return keypoint->m_place < shelf.values.size() ? shelf.values[keypoint->m_place] : VALUE();
+        return keypoint->m_place < shelf.values.size() ? &shelf.values[keypoint->m_place] : nullptr;
       }
     }
     const auto found = m_others.find(keypoint);
-    return found == m_others.end() ? VALUE() : found->second;
+    return found == m_others.end() ? nullptr : &found->second;
   }
 
   /// The keypoint's value, to change. Requires a keypoint that is not null.
@@ -45,7 +56,7 @@ class KPT_BY_KEYPOINT {
       }
       if (shelf.set == keypoint->m_set) {
         if (keypoint->m_place >= shelf.values.size()) {
-          shelf.values.resize(std::size_t{keypoint->m_place} + 1);
+          make_room(shelf.values, std::size_t{keypoint->m_place} + 1);
         }
         return shelf.values[keypoint->m_place];
       }
@@ -55,10 +66,18 @@ class KPT_BY_KEYPOINT {
 
  private:
   static constexpr std::uint32_t NO_SET = UINT32_MAX;  // the number of no set
+  using VALUES = std::vector<VALUE, MEM_STL_ALLOCATOR<VALUE>>;
   struct SHELF {
     std::uint32_t set = NO_SET;
-    std::vector<VALUE, MEM_STL_ALLOCATOR<VALUE>> values;
+    VALUES values;
   };
+
+  // All that is allocated is used at once: keypoints come by the million, and one by one.
+  static void make_room(VALUES& values, std::size_t count) {
+    values.reserve(std::max(count, count > values.capacity() ? 2 * values.capacity() : 0));
+    values.resize(values.capacity());
+  }
+
   std::array<SHELF, 2> m_shelves;
   boost::unordered_flat_map<const KPT_KEYPOINT*, VALUE, boost::hash<const KPT_KEYPOINT*>, std::equal_to<>,
                             MEM_STL_ALLOCATOR<std::pair<const KPT_KEYPOINT* const, VALUE>>>

@@ -1,48 +1,117 @@
 #include "db/kpt/kpt_keypoint_index.h"
 
-KPT_KEYPOINT_INDEX::KPT_KEYPOINT_INDEX(const POOL& pool) : m_pool(pool), m_entries(0, HASH(), EQUAL{&pool}) {}
+#include <bit>
 
-// The string hash leaves names that differ in their last bytes close
-// together; the product spreads them before half of the bits are dropped.
-KPT_KEYPOINT_INDEX::PROBE KPT_KEYPOINT_INDEX::probe_for(const KEY& key) {
-  constexpr std::uint64_t SPREAD = 0x9E3779B97F4A7C15U;
-  const std::uint64_t hash = KPT_STRINGPAIR_HASH_COMPARE()({key.name, key.register_type});
-  return {key, static_cast<std::uint32_t>((hash * SPREAD) >> 32U)};
-}
+KPT_KEYPOINT_INDEX::KPT_KEYPOINT_INDEX(const POOL& pool) : m_pool(pool) {}
 
-bool KPT_KEYPOINT_INDEX::EQUAL::operator()(const PROBE& probe, const ENTRY& entry) const {
-  if (probe.hash != entry.hash) {
+bool KPT_KEYPOINT_INDEX::stands_for(const ENTRY& entry, const KEY& key, std::uint32_t hash) const {
+  if (entry.hash != hash) {
     return false;
   }
-  const KEY key = pool->at(entry.place)->key();
-  return key.name == probe.key.name && key.register_type == probe.key.register_type;
+  const KEY its_key = keypoint(entry)->key();
+  return its_key.name == key.name && its_key.register_type == key.register_type;
 }
 
-bool KPT_KEYPOINT_INDEX::EQUAL::operator()(const ENTRY& a, const ENTRY& b) const {
-  return a.hash == b.hash && (*this)({pool->at(a.place)->key(), a.hash}, b);
+// The position of the entry for the key, or of the free one where it belongs.
+std::size_t KPT_KEYPOINT_INDEX::position_of(const KEY& key, std::uint32_t hash) const {
+  std::size_t at = home(hash);
+  while (m_entries[at].place != 0 && !stands_for(m_entries[at], key, hash)) {
+    at = after(at);
+  }
+  return at;
 }
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::find(const KEY& key) const {
-  const auto found = m_entries.find(probe_for(key));
-  return found == m_entries.end() ? nullptr : m_pool.at(found->place);
-}
-
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::enter(std::uint32_t place) {
-  const auto [entry, is_new] = m_entries.insert({place, probe_for(m_pool.at(place)->key()).hash});
-  if (is_new) {
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::find(const KPT_REGISTER_TEXTS& texts) const {
+  if (m_size == 0) {
     return nullptr;
   }
-  KPT_REGISTER_KEYPOINT_IMPL* earlier = m_pool.at(entry->place);
-  entry->place = place;
+  const ENTRY& entry = m_entries[position_of({texts.name, texts.register_type}, texts.hash)];
+  return entry.place == 0 ? nullptr : keypoint(entry);
+}
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::enter(std::uint32_t place, std::uint32_t hash) {
+  make_room();
+  ENTRY& entry = m_entries[position_of(m_pool.at(place)->key(), hash)];
+  KPT_REGISTER_KEYPOINT_IMPL* earlier = entry.place == 0 ? nullptr : keypoint(entry);
+  entry = {place + 1U, hash};
+  m_size += earlier == nullptr ? 1U : 0U;
   return earlier;
 }
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::remove(const KEY& key) {
-  const auto found = m_entries.find(probe_for(key));
-  if (found == m_entries.end()) {
+bool KPT_KEYPOINT_INDEX::remove(std::uint32_t place, std::uint32_t hash) {
+  if (m_size == 0) {
+    return false;
+  }
+  std::size_t at = home(hash);
+  while (m_entries[at].place != place + 1U) {
+    if (m_entries[at].place == 0) {
+      return false;
+    }
+    at = after(at);
+  }
+  close_gap(at);
+  --m_size;
+  return true;
+}
+
+// Moves entries back into the gap that a removal leaves, so that no probe ends
+// before its entry: those that would be reached from their home at the gap.
+void KPT_KEYPOINT_INDEX::close_gap(std::size_t gap) {
+  const std::size_t mask = m_entries.size() - 1;
+  for (std::size_t at = after(gap); m_entries[at].place != 0; at = after(at)) {
+    const std::size_t steps = (at - home(m_entries[at].hash)) & mask;
+    if (steps >= ((at - gap) & mask)) {
+      m_entries[gap] = m_entries[at];
+      gap = at;
+    }
+  }
+  m_entries[gap] = {};
+}
+
+// At most three quarters are taken. Entries go over in the order of their
+// hashes or nearly so, which leads through the new table from end to end.
+void KPT_KEYPOINT_INDEX::make_room() {
+  constexpr std::size_t FEWEST = 8;
+  if (4 * (m_size + 1) <= 3 * m_entries.size()) {
+    return;
+  }
+  const std::size_t wanted = m_entries.empty() ? FEWEST : 2 * m_entries.size();
+  decltype(m_entries) before(wanted);
+  before.swap(m_entries);
+  m_shift = 32U - static_cast<unsigned>(std::countr_zero(wanted));
+  for (const ENTRY& entry : before) {
+    if (entry.place != 0) {
+      std::size_t at = home(entry.hash);
+      while (m_entries[at].place != 0) {
+        at = after(at);
+      }
+      m_entries[at] = entry;
+    }
+  }
+}
+
+void KPT_KEYPOINT_INDEX::fetch_entry(std::uint32_t hash) const {
+  if (m_size != 0) {
+    __builtin_prefetch(&m_entries[home(hash)]);
+  }
+}
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::first_with(std::uint32_t hash) const {
+  if (m_size == 0) {
     return nullptr;
   }
-  KPT_REGISTER_KEYPOINT_IMPL* keypoint = m_pool.at(found->place);
-  m_entries.erase(found);
-  return keypoint;
+  std::size_t at = home(hash);
+  while (m_entries[at].place != 0 && m_entries[at].hash != hash) {
+    at = after(at);
+  }
+  return m_entries[at].place == 0 ? nullptr : keypoint(m_entries[at]);
+}
+
+void KPT_KEYPOINT_INDEX::fetch_keypoint(std::uint32_t hash) const { __builtin_prefetch(first_with(hash)); }
+
+void KPT_KEYPOINT_INDEX::fetch_name(std::uint32_t hash) const {
+  const KPT_REGISTER_KEYPOINT_IMPL* wanted = first_with(hash);
+  if (wanted != nullptr) {
+    __builtin_prefetch(wanted->get_element_name().data());
+  }
 }

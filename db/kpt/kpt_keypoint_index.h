@@ -4,62 +4,65 @@
 // Ownership: none; the keypoints live in the pool of the set, which outlives
 // the index.
 //
-// A flat table of eight bytes an entry: the keypoint's place in the pool and
-// 32 bits of its hash. Growing the table touches no keypoint, and a probe
-// reads a keypoint only when those 32 bits agree.
+// An open table of eight bytes an entry, the keypoint's place in the pool and
+// 32 bits of its hash, probed step by step from the place that the hash names.
+// A probe reads one line of memory and a keypoint only when those 32 bits
+// agree; growing reads no keypoint. Callers bring the hash, so that a walk over
+// registers whose hashes are known computes none, and can ask for the memory
+// that its next look-ups need while it works on the present one; the flat
+// tables of Boost offer neither, and read one line more a probe.
 #ifndef KPT_KEYPOINT_INDEX_H
 #define KPT_KEYPOINT_INDEX_H
 
-#include <boost/unordered/unordered_flat_set.hpp>
 #include <cstdint>
-#include <string_view>
+#include <vector>
 
 #include "db/kpt/kpt_pool.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
+#include "db/kpt/kpt_register_texts.h"
 
 class KPT_KEYPOINT_INDEX {
  public:
   using POOL = KPT_POOL<KPT_REGISTER_KEYPOINT_IMPL>;
-  /// The type is empty for signal registers: their hash is then that of the name alone.
-  using KEY = KPT_REGISTER_KEYPOINT_IMPL::KEY;
 
   explicit KPT_KEYPOINT_INDEX(const POOL& pool);
 
-  KPT_REGISTER_KEYPOINT_IMPL* find(const KEY& key) const;
-  /// Enters the keypoint at that place of the pool; the one that was found
-  /// under the same texts until now, or null.
-  KPT_REGISTER_KEYPOINT_IMPL* enter(std::uint32_t place);
-  /// Takes the entry out and returns its keypoint, or null.
-  KPT_REGISTER_KEYPOINT_IMPL* remove(const KEY& key);
-  std::size_t size() const { return m_entries.size(); }
+  /// By name and register type; null when there is none.
+  KPT_REGISTER_KEYPOINT_IMPL* find(const KPT_REGISTER_TEXTS& texts) const;
+  /// Enters the keypoint at that place of the pool, with the hash of its key;
+  /// the one that was found under the same key until now, or null.
+  KPT_REGISTER_KEYPOINT_IMPL* enter(std::uint32_t place, std::uint32_t hash);
+  /// Takes the entry of the keypoint at that place out. False when it has none.
+  bool remove(std::uint32_t place, std::uint32_t hash);
+  std::size_t size() const { return m_size; }
+
+  /// Ask for what a coming `find` reads: its entry; the keypoint, once the
+  /// entry has come; the keypoint's name, once that has come.
+  void fetch_entry(std::uint32_t hash) const;
+  void fetch_keypoint(std::uint32_t hash) const;
+  void fetch_name(std::uint32_t hash) const;
 
  private:
   struct ENTRY {
-    mutable std::uint32_t place;  // changes when a later keypoint takes the texts over; the hash does not
+    std::uint32_t place;  // from 1; 0 in a free entry
     std::uint32_t hash;
   };
-  struct PROBE {
-    KEY key;
-    std::uint32_t hash;
-  };
-  struct HASH {
-    using is_transparent = void;
-    std::size_t operator()(const ENTRY& entry) const { return entry.hash; }
-    std::size_t operator()(const PROBE& probe) const { return probe.hash; }
-  };
-  struct EQUAL {
-    using is_transparent = void;
-    const POOL* pool;
-    bool operator()(const PROBE& probe, const ENTRY& entry) const;
-    bool operator()(const ENTRY& entry, const PROBE& probe) const { return (*this)(probe, entry); }
-    bool operator()(const ENTRY& a, const ENTRY& b) const;
-  };
-  using ENTRIES = boost::unordered_flat_set<ENTRY, HASH, EQUAL, MEM_STL_ALLOCATOR<ENTRY>>;
 
-  static PROBE probe_for(const KEY& key);
+  // Requires a table. Entries are passed from `home` on until a free one.
+  std::size_t home(std::uint32_t hash) const { return hash >> m_shift; }
+  std::size_t after(std::size_t at) const { return (at + 1) & (m_entries.size() - 1); }
+  KPT_REGISTER_KEYPOINT_IMPL* keypoint(const ENTRY& entry) const { return m_pool.at(entry.place - 1U); }
+  using KEY = KPT_REGISTER_KEYPOINT_IMPL::KEY;
+  bool stands_for(const ENTRY& entry, const KEY& key, std::uint32_t hash) const;
+  std::size_t position_of(const KEY& key, std::uint32_t hash) const;
+  KPT_REGISTER_KEYPOINT_IMPL* first_with(std::uint32_t hash) const;
+  void close_gap(std::size_t gap);
+  void make_room();
 
   const POOL& m_pool;
-  ENTRIES m_entries;
+  std::vector<ENTRY, MEM_STL_ALLOCATOR<ENTRY>> m_entries;  // none, or a power of two
+  std::size_t m_size = 0;
+  unsigned m_shift = 0;  // leaves of a hash as many bits as tell the entries apart
 };
 
 #endif

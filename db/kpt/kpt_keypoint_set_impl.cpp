@@ -25,17 +25,23 @@ KPT_KEYPOINT_SET_IMPL::~KPT_KEYPOINT_SET_IMPL() {
   }
 }
 
-template <class... TEXTS>
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add(KPT_KEYPOINT_INDEX& index, STANDING standing, long id,
-                                                       TEXTS... texts) {
-  // Retired until it is entered: were the index to run out of memory, the
-  // keypoint would stay in the pool but not in the set.
-  m_standings.push_back(RETIRED);
-  KPT_REGISTER_KEYPOINT_IMPL* keypoint = m_keypoints.construct(id, texts...);
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::construct(long id, const KPT_REGISTER_TEXTS& texts) {
+  return texts.is_signal ? m_keypoints.construct(id, texts.name)
+                         : m_keypoints.construct(id, texts.name, texts.entity, texts.register_type);
+}
+
+// Retired until it is entered: were the index to run out of memory, the
+// keypoint would stay in the pool but not in the set.
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, const KPT_REGISTER_TEXTS& texts) {
+  const std::uint32_t place = m_keypoints.count();
+  m_standings.resize(std::size_t{place} + 1, RETIRED);
+  m_hashes.resize(std::size_t{place} + 1);
+  m_hashes[place] = texts.hash;
+  KPT_REGISTER_KEYPOINT_IMPL* keypoint = construct(id, texts);
   keypoint->m_set = m_number;
-  keypoint->m_place = m_keypoints.count() - 1;
-  KPT_REGISTER_KEYPOINT_IMPL* earlier = index.enter(keypoint->m_place);
-  m_standings[keypoint->m_place] = standing;
+  keypoint->m_place = place;
+  KPT_REGISTER_KEYPOINT_IMPL* earlier = index(texts.is_signal).enter(place, texts.hash);
+  m_standings[place] = texts.is_signal ? AMONG_SIGNALS : AMONG_INSTANCES;
   if (earlier != nullptr) {
     retire(*earlier);
   }
@@ -48,21 +54,35 @@ void KPT_KEYPOINT_SET_IMPL::retire(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, std::string_view name) {
-  return add(m_signal_registers, AMONG_SIGNALS, id, name);
+  return add_register(id, KPT_REGISTER_TEXTS(name));
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, std::string_view name, std::string_view entity,
                                                                 std::string_view register_type) {
-  return add(m_instance_registers, AMONG_INSTANCES, id, name, entity, register_type);
+  return add_register(id, KPT_REGISTER_TEXTS(name, entity, register_type));
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view name) const {
-  return m_signal_registers.find({name, {}});
+  return get_register(KPT_REGISTER_TEXTS(name));
 }
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view name, std::string_view /*entity*/,
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view name, std::string_view entity,
                                                                 std::string_view register_type) const {
-  return m_instance_registers.find({name, register_type});
+  return get_register(KPT_REGISTER_TEXTS(name, entity, register_type));
+}
+
+// What a register of this set is called now. Its hash is nearly always the one
+// that it was entered with.
+KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::texts_of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, bool as_signal) const {
+  const bool as_entered = keypoint.is_as_entered() && keypoint.register_is_signal() == as_signal;
+  const std::string_view name = keypoint.get_element_name();
+  if (as_signal) {
+    return as_entered ? KPT_REGISTER_TEXTS(name, m_hashes[keypoint.m_place]) : KPT_REGISTER_TEXTS(name);
+  }
+  const std::string_view entity = keypoint.get_entity_name();
+  const std::string_view type = keypoint.get_register_type();
+  return as_entered ? KPT_REGISTER_TEXTS(name, entity, type, m_hashes[keypoint.m_place])
+                    : KPT_REGISTER_TEXTS(name, entity, type);
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
@@ -71,20 +91,45 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGIST
                                        : get_register(name, keypoint.get_entity_name(), keypoint.get_register_type());
 }
 
-bool KPT_KEYPOINT_SET_IMPL::remove(KPT_KEYPOINT_INDEX& index, const KPT_KEYPOINT_INDEX::KEY& key) {
-  KPT_REGISTER_KEYPOINT_IMPL* keypoint = index.remove(key);
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
+                                                                const KPT_KEYPOINT_SET_IMPL& other) const {
+  return get_register(other.texts_of(keypoint, keypoint.register_is_signal()));
+}
+
+// A look-up waits for an entry, a keypoint and a name, one after the other and
+// each from anywhere in memory; the walk asks for each of them ahead.
+void KPT_KEYPOINT_SET_IMPL::fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
+                                                   const KPT_KEYPOINT_SET_IMPL& other) const {
+  constexpr std::size_t STEP = 8;
+  const auto fetch = [&](std::size_t place, void (KPT_KEYPOINT_INDEX::*what)(std::uint32_t) const) {
+    if (place < other.m_hashes.size() && other.m_standings[place] != RETIRED) {
+      (index(other.m_standings[place] == AMONG_SIGNALS).*what)(other.m_hashes[place]);
+    }
+  };
+  fetch(keypoint.m_place + 3 * STEP, &KPT_KEYPOINT_INDEX::fetch_entry);
+  fetch(keypoint.m_place + 2 * STEP, &KPT_KEYPOINT_INDEX::fetch_keypoint);
+  fetch(keypoint.m_place + STEP, &KPT_KEYPOINT_INDEX::fetch_name);
+}
+
+bool KPT_KEYPOINT_SET_IMPL::remove(KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
   if (keypoint == nullptr) {
     return false;
   }
+  const std::uint32_t place = keypoint->m_place;
+  index(m_standings[place] == AMONG_SIGNALS).remove(place, m_hashes[place]);
   retire(*keypoint);
   return true;
 }
 
-bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name) { return remove(m_signal_registers, {name, {}}); }
+bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name) { return remove(get_register(name)); }
 
-bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name, std::string_view /*entity*/,
+bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name, std::string_view entity,
                                             std::string_view register_type) {
-  return remove(m_instance_registers, {name, register_type});
+  return remove(get_register(name, entity, register_type));
+}
+
+bool KPT_KEYPOINT_SET_IMPL::delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
+  return remove(keypoint.is_as_entered() ? &keypoint : get_namesake(keypoint));
 }
 
 KPT_KEYPOINT_LIST KPT_KEYPOINT_SET_IMPL::get_list_of_keypoints() const {
@@ -109,38 +154,27 @@ KPT_ID_KEYPOINT_HASH KPT_KEYPOINT_SET_IMPL::get_id_keypoint_hash() const {
 
 bool KPT_KEYPOINT_SET_IMPL::is_empty() const { return size() == 0; }
 
-// The index in which the other set has the register decides what is added,
-// whatever kind the register has been made since.
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::find_or_add(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
-                                                               STANDING standing, long& next_id) {
-  const KPT_STRING& name = keypoint.get_element_name();
-  if (standing == AMONG_SIGNALS) {
-    KPT_REGISTER_KEYPOINT_IMPL* found = get_register(name);
-    return found != nullptr ? found : add_register(++next_id, name);
-  }
-  const KPT_STRING& entity = keypoint.get_entity_name();
-  const KPT_STRING& type = keypoint.get_register_type();
-  KPT_REGISTER_KEYPOINT_IMPL* found = get_register(name, entity, type);
-  return found != nullptr ? found : add_register(++next_id, name, entity, type);
-}
-
 bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id) {
   return make_union(other, next_id, nullptr);
 }
 
+// The index in which the other set has a register decides what is looked for
+// and added, whatever kind the register has been made since.
 bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_TRANSLATION* translation) {
-  bool ok = true;
   other.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
-    const STANDING standing = other.m_standings[keypoint->m_place];
-    KPT_REGISTER_KEYPOINT_IMPL* namesake = find_or_add(*keypoint, standing, next_id);
-    ok = namesake != nullptr && ok;
-    if (translation != nullptr && namesake != nullptr &&
-        keypoint->register_is_signal() == (standing == AMONG_SIGNALS)) {
+    fetch_namesakes_behind(*keypoint, other);
+    const bool as_signal = other.m_standings[keypoint->m_place] == AMONG_SIGNALS;
+    const KPT_REGISTER_TEXTS texts = other.texts_of(*keypoint, as_signal);
+    KPT_REGISTER_KEYPOINT_IMPL* namesake = get_register(texts);
+    if (namesake == nullptr) {
+      namesake = add_register(++next_id, texts);
+    }
+    if (translation != nullptr && keypoint->register_is_signal() == as_signal) {
       translation->remember(keypoint, namesake);
     }
     return true;
   });
-  return ok;
+  return true;
 }
 
 bool KPT_KEYPOINT_SET_IMPL::save_keypoint_set(KPT_SET_ENUM set, KPT_XML_WRITER& writer) const {

@@ -42,14 +42,34 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
   KPT_REGISTER_KEYPOINT_IMPL* get_register(std::string_view name, std::string_view entity,
                                            std::string_view register_type) const;
 
+  /// The same by texts whose hash is known.
+  KPT_REGISTER_KEYPOINT_IMPL* add_register(long id, const KPT_REGISTER_TEXTS& texts);
+  KPT_REGISTER_KEYPOINT_IMPL* get_register(const KPT_REGISTER_TEXTS& texts) const {
+    return index(texts.is_signal).find(texts);
+  }
+  /// Asks for the memory in which the texts are looked up.
+  void fetch(const KPT_REGISTER_TEXTS& texts) const { index(texts.is_signal).fetch_entry(texts.hash); }
+
   /// The register of this set that a register of any set is called after: by
   /// its name, or for a block instance by its three texts. Null when absent.
   KPT_REGISTER_KEYPOINT_IMPL* get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const;
+
+  /// The same for a register of `other`, whose hash that set knows.
+  KPT_REGISTER_KEYPOINT_IMPL* get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
+                                           const KPT_KEYPOINT_SET_IMPL& other) const;
+  /// Asks for the memory in which the namesakes of the registers behind that
+  /// one are looked up. For walks over `other` that call `get_namesake`.
+  void fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, const KPT_KEYPOINT_SET_IMPL& other) const;
 
   /// False when there is no such signal.
   bool delete_register(std::string_view name);
   /// False when there is no such block instance; the entity is ignored.
   bool delete_register(std::string_view name, std::string_view entity, std::string_view register_type);
+  /// The same by texts whose hash is known.
+  bool delete_register(const KPT_REGISTER_TEXTS& texts) { return remove(get_register(texts)); }
+  /// Deletes the register that is called as this one of the set is now, which
+  /// is another when the two were renamed. False when there is none.
+  bool delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
 
   KPT_KEYPOINT_LIST get_list_of_keypoints() const;
   /// From id to keypoint; of two with one id the later in walking order wins.
@@ -81,17 +101,21 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
  private:
   // Which index has an entry for a keypoint.
   enum STANDING : std::uint8_t { AMONG_SIGNALS, AMONG_INSTANCES, RETIRED };
-  template <class... TEXTS>
-  KPT_REGISTER_KEYPOINT_IMPL* add(KPT_KEYPOINT_INDEX& index, STANDING standing, long id, TEXTS... texts);
-  bool remove(KPT_KEYPOINT_INDEX& index, const KPT_KEYPOINT_INDEX::KEY& key);
+  KPT_KEYPOINT_INDEX& index(bool of_signals) { return of_signals ? m_signal_registers : m_instance_registers; }
+  const KPT_KEYPOINT_INDEX& index(bool of_signals) const {
+    return of_signals ? m_signal_registers : m_instance_registers;
+  }
+  KPT_REGISTER_KEYPOINT_IMPL* construct(long id, const KPT_REGISTER_TEXTS& texts);
+  bool remove(KPT_REGISTER_KEYPOINT_IMPL* keypoint);
   void retire(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
+  KPT_REGISTER_TEXTS texts_of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, bool as_signal) const;
   template <class VISIT>
   bool for_each_of(STANDING standing, std::size_t end, VISIT& visit) const;
-  KPT_REGISTER_KEYPOINT_IMPL* find_or_add(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, STANDING standing, long& next_id);
 
   std::uint32_t m_number;  // of this set, in the process
   KPT_KEYPOINT_INDEX::POOL m_keypoints;
-  std::vector<STANDING, MEM_STL_ALLOCATOR<STANDING>> m_standings;  // of each keypoint of the pool
+  std::vector<STANDING, MEM_STL_ALLOCATOR<STANDING>> m_standings;         // of each keypoint of the pool
+  std::vector<std::uint32_t, MEM_STL_ALLOCATOR<std::uint32_t>> m_hashes;  // of each key, as its index has it
   KPT_KEYPOINT_INDEX m_signal_registers;
   KPT_KEYPOINT_INDEX m_instance_registers;
 };

@@ -125,14 +125,12 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
  private:
   friend class KPT_KEYPOINTS_MANAGER;
-  struct REGISTER_TEXTS;
 
   KPT_KEYPOINT_SET_IMPL& set_of(KPT_SET_ENUM set) {
     return set == KPT_REFERENCE_SET ? m_reference_set : m_transformed_set;
   }
-  KPT_REGISTER_KEYPOINT_IMPL* find(KPT_SET_ENUM set, const REGISTER_TEXTS& texts);
-  KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const REGISTER_TEXTS& texts);
-  bool associate(const REGISTER_TEXTS& r, const REGISTER_TEXTS& t);
+  KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts);
+  bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
   bool create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);

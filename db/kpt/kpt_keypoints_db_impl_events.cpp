@@ -14,19 +14,15 @@ KPT_STRING text(std::string_view name) { return KPT_STRING(name); }
 
 }  // namespace
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::find(KPT_SET_ENUM set, const REGISTER_TEXTS& texts) {
-  return texts.is_signal ? set_of(set).get_register(texts.name)
-                         : set_of(set).get_register(texts.name, texts.entity, texts.register_type);
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts) {
+  return set_of(set).add_register(set == KPT_REFERENCE_SET ? get_next_r_id() : get_next_t_id(), texts);
 }
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, const REGISTER_TEXTS& texts) {
-  const long id = set == KPT_REFERENCE_SET ? get_next_r_id() : get_next_t_id();
-  return texts.is_signal ? add_to_register_set(set, id, texts.name)
-                         : add_to_register_set(set, id, texts.name, texts.entity, texts.register_type);
-}
-
-bool KPT_KEYPOINTS_DB_IMPL::associate(const REGISTER_TEXTS& r, const REGISTER_TEXTS& t) {
-  if (find(KPT_REFERENCE_SET, r) != nullptr || find(KPT_TRANSFORMED_SET, t) != nullptr) {
+// Both look-ups wait for memory: the second is asked for before the first waits.
+bool KPT_KEYPOINTS_DB_IMPL::associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t) {
+  m_reference_set.fetch(r);
+  m_transformed_set.fetch(t);
+  if (m_reference_set.get_register(r) != nullptr || m_transformed_set.get_register(t) != nullptr) {
     return false;
   }
   KPT_KEYPOINT* reference = create(KPT_REFERENCE_SET, r);
@@ -106,11 +102,12 @@ bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, st
     kpt_msg_debug("%s does not exist in T", text(t_name).c_str());
     return false;
   }
-  if (m_transformed_set.get_register(replica_name) != nullptr) {
+  const KPT_REGISTER_TEXTS texts(replica_name);
+  if (m_transformed_set.get_register(texts) != nullptr) {
     kpt_msg_debug("%s already exists in T", text(replica_name).c_str());
     return false;
   }
-  KPT_REGISTER_KEYPOINT_IMPL* replica = create(KPT_TRANSFORMED_SET, replica_name);
+  KPT_REGISTER_KEYPOINT_IMPL* replica = create(KPT_TRANSFORMED_SET, texts);
   KPT_TRANSFORMATION_IMPL* map = m_transformation_set.get_map_of_t_keypoint(existing);
   if (map == nullptr || !map->add_replicated_register(existing, replica)) {
     return false;
@@ -122,13 +119,13 @@ bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, st
 
 bool KPT_KEYPOINTS_DB_IMPL::set_merged_registers(std::string_view kept_name, std::string_view merged_name) {
   KPT_REGISTER_KEYPOINT_IMPL* kept = m_transformed_set.get_register(kept_name);
-  KPT_REGISTER_KEYPOINT_IMPL* merged = m_transformed_set.get_register(merged_name);
+  const KPT_REGISTER_TEXTS texts(merged_name);
+  KPT_REGISTER_KEYPOINT_IMPL* merged = m_transformed_set.get_register(texts);
   if (kept == nullptr || merged == nullptr) {
     kpt_msg_debug("Error: Can't find %s in T set", text(kept == nullptr ? kept_name : merged_name).c_str());
     return false;
   }
-  const bool recorded =
-      m_transformation_set.merge_keypoints(kept, merged) && m_transformed_set.delete_register(merged_name);
+  const bool recorded = m_transformation_set.merge_keypoints(kept, merged) && m_transformed_set.delete_register(texts);
   kpt_msg_debug("Merged registers: %s <- %s", text(kept_name).c_str(),
                 text(merged_name).c_str());  // whatever the result
   return recorded;
@@ -166,7 +163,8 @@ bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name) {
 
 // The register leaves the transformed set; its map tells what became of it.
 bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name, KPT_ELIM_ENUM kind) {
-  KPT_REGISTER_KEYPOINT_IMPL* eliminated = m_transformed_set.get_register(t_name);
+  const KPT_REGISTER_TEXTS texts(t_name);
+  KPT_REGISTER_KEYPOINT_IMPL* eliminated = m_transformed_set.get_register(texts);
   return eliminated != nullptr && m_transformation_set.set_eliminated_map(eliminated, kind) &&
-         m_transformed_set.delete_register(t_name);
+         m_transformed_set.delete_register(texts);
 }

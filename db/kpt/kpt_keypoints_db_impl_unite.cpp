@@ -36,7 +36,8 @@ bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRA
   bool ok = true;
   KPT_KEYPOINT* t = nullptr;
   db2.m_reference_set.for_each_keypoint([&](KPT_REGISTER_KEYPOINT_IMPL* k) {
-    if (translation.of(k) == nullptr) {
+    m_transformed_set.fetch_namesakes_behind(*k, db2.m_reference_set);
+    if (translation.of(*k, db2.m_reference_set) == nullptr) {
       ok = add_pass_through(*k);
       t = translation.of(k);
     }
@@ -78,13 +79,11 @@ bool KPT_KEYPOINTS_DB_IMPL::cleanup_transformed_keypoint_set() { return cleanup_
 bool KPT_KEYPOINTS_DB_IMPL::cleanup_keypoint_set(KPT_SET_ENUM set) {
   KPT_KEYPOINT_SET_IMPL& keypoints = set_of(set);
   bool ok = true;
-  keypoints.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
+  keypoints.for_each_keypoint([&](KPT_REGISTER_KEYPOINT_IMPL* k) {
     const KPT_TRANSFORMATION_IMPL* map = set == KPT_REFERENCE_SET ? m_transformation_set.get_map_of_r_keypoint(k)
                                                                   : m_transformation_set.get_map_of_t_keypoint(k);
     if (map == nullptr) {
-      ok = k->register_is_signal()
-               ? keypoints.delete_register(k->get_element_name())
-               : keypoints.delete_register(k->get_element_name(), k->get_entity_name(), k->get_register_type());
+      ok = keypoints.delete_namesake(*k);
     }
     return true;
   });

@@ -141,6 +141,8 @@ void KPT_REGISTER_KEYPOINT_IMPL::keep_key() {
   extras().key = std::move(key);
 }
 
+bool KPT_REGISTER_KEYPOINT_IMPL::has_kept_key() const { return m_extras->key != nullptr; }
+
 KPT_REGISTER_KEYPOINT_IMPL::KEY KPT_REGISTER_KEYPOINT_IMPL::key_in_extras() const {
   if (m_extras->key != nullptr) {
     return {m_extras->key->name, m_extras->key->register_type};

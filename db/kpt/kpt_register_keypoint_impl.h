@@ -74,6 +74,9 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT_IMPL : public KPT_KEYPOINT {
   };
   KEY key() const { return m_extras == nullptr ? KEY{m_element_name, {}} : key_in_extras(); }
   KEY key_in_extras() const;
+  // Kind and texts are those that the set entered.
+  bool is_as_entered() const { return m_extras == nullptr || !has_kept_key(); }
+  bool has_kept_key() const;
   // The keypoint has left its set: its texts and id stay, its attributes go.
   void retire() noexcept;
 

@@ -1,21 +1,41 @@
-// The texts by which a pass names a register. Views: nothing is owned.
+// The texts by which a pass names a register, with the hash under which a
+// keypoint set finds it: computed once, however often the register is looked
+// up, entered and removed.
+//
+// Ownership: none. The texts are views and outlive this.
 #ifndef KPT_REGISTER_TEXTS_H
 #define KPT_REGISTER_TEXTS_H
 
+#include <cstdint>
 #include <string_view>
 
-#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_types.h"
 
-struct KPT_KEYPOINTS_DB_IMPL::REGISTER_TEXTS {
+struct KPT_REGISTER_TEXTS {
   // NOLINTNEXTLINE(google-explicit-constructor): a name alone is a signal
-  REGISTER_TEXTS(std::string_view signal) : is_signal(true), name(signal) {}
-  REGISTER_TEXTS(std::string_view instance, std::string_view its_entity, std::string_view its_type)
-      : is_signal(false), name(instance), entity(its_entity), register_type(its_type) {}
+  KPT_REGISTER_TEXTS(std::string_view signal) : KPT_REGISTER_TEXTS(signal, hash_of(signal, {})) {}
+  KPT_REGISTER_TEXTS(std::string_view instance, std::string_view its_entity, std::string_view its_type)
+      : KPT_REGISTER_TEXTS(instance, its_entity, its_type, hash_of(instance, its_type)) {}
+  /// With a hash that is known.
+  KPT_REGISTER_TEXTS(std::string_view signal, std::uint32_t its_hash) : is_signal(true), name(signal), hash(its_hash) {}
+  KPT_REGISTER_TEXTS(std::string_view instance, std::string_view its_entity, std::string_view its_type,
+                     std::uint32_t its_hash)
+      : is_signal(false), name(instance), entity(its_entity), register_type(its_type), hash(its_hash) {}
 
   bool is_signal;
   std::string_view name;
-  std::string_view entity;
-  std::string_view register_type;
+  std::string_view entity;         // of an instance; no part of what it is found by
+  std::string_view register_type;  // of an instance
+  std::uint32_t hash;              // of name and register type
+
+ private:
+  // The string hash leaves names that differ in their last bytes close
+  // together; the product spreads them before half of the bits are dropped.
+  static std::uint32_t hash_of(std::string_view name, std::string_view register_type) {
+    constexpr std::uint64_t SPREAD = 0x9E3779B97F4A7C15U;
+    const std::uint64_t hash = KPT_STRINGPAIR_HASH_COMPARE()({name, register_type});
+    return static_cast<std::uint32_t>((hash * SPREAD) >> 32U);
+  }
 };
 
 #endif

@@ -51,21 +51,23 @@ class KPT_SMALL_VECTOR {
   KPT_SMALL_VECTOR(std::initializer_list<T> items) : KPT_SMALL_VECTOR(items.begin(), items.end()) {}
   template <std::forward_iterator I>
   KPT_SMALL_VECTOR(I first, I last) {
-    guarded([&] {
-      reserve(static_cast<size_type>(std::distance(first, last)));
-      for (; first != last; ++first) {
-        emplace_back(*first);
-      }
-    });
+    guarded([&] { append_all(first, last); });
   }
-  KPT_SMALL_VECTOR(const KPT_SMALL_VECTOR& other) : KPT_SMALL_VECTOR(other.begin(), other.end()) {}
+  KPT_SMALL_VECTOR(const KPT_SMALL_VECTOR& other) {
+    if (other.m_size == 1) {
+      append(other.front());
+    } else if (other.m_size > 1) {
+      guarded([&] { append_all(other.begin(), other.end()); });
+    }
+  }
   KPT_SMALL_VECTOR(KPT_SMALL_VECTOR&& other) noexcept { take(other); }
   ~KPT_SMALL_VECTOR() { release(); }
 
   KPT_SMALL_VECTOR& operator=(const KPT_SMALL_VECTOR& other) {
     if (this != &other) {
       KPT_SMALL_VECTOR copy(other);
-      swap(copy);
+      release();
+      take(copy);
     }
     return *this;
   }
@@ -174,6 +176,14 @@ class KPT_SMALL_VECTOR {
     T* place = std::construct_at(data() + m_size, std::forward<A>(arguments)...);
     ++m_size;
     return place;
+  }
+
+  template <class I>
+  void append_all(I first, I last) {
+    reserve(static_cast<size_type>(std::distance(first, last)));
+    for (; first != last; ++first) {
+      emplace_back(*first);
+    }
   }
 
   void truncate(size_type count) noexcept {

@@ -39,6 +39,12 @@ struct NAMES {
   std::string_view register_type;
 };
 
+bool stands_in(const NI_PAIR_VECTOR& side, const KPT_KEYPOINT* keypoint) {
+  bool found = false;
+  KPT_TRANSFORMATION_IMPL::for_each_keypoint(side, [&](const KPT_KEYPOINT* k) { found = found || k == keypoint; });
+  return found;
+}
+
 KPT_KEYPOINT* find_namesake(const KPT_KEYPOINT_LIST& group, const NAMES& names) {
   const auto position = std::find_if(group.begin(), group.end(), [&](const KPT_KEYPOINT* keypoint) {
     const KPT_REGISTER_KEYPOINT_IMPL* candidate = as_register(keypoint);
@@ -79,9 +85,12 @@ class SIDE_NAMES {
     m_is_sorted = true;
   }
 
-  bool contain(const NAMES& names) const {
-    return m_is_sorted ? std::binary_search(m_sorted.begin(), m_sorted.end(), names)
-                       : find_namesake(m_side, names) != nullptr;
+  // Most often it is the very register that stands there.
+  bool contain(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
+    if (m_is_sorted) {
+      return std::binary_search(m_sorted.begin(), m_sorted.end(), NAMES(keypoint));
+    }
+    return stands_in(m_side, &keypoint) || find_namesake(m_side, NAMES(keypoint)) != nullptr;
   }
 
  private:
@@ -218,7 +227,7 @@ bool KPT_TRANSFORMATION_IMPL::t_equals_r(const KPT_TRANSFORMATION_IMPL& other) c
   const SIDE_NAMES others(other.m_r_vector);
   const auto has_namesake = [&](const KPT_KEYPOINT* keypoint) {
     const KPT_REGISTER_KEYPOINT_IMPL* own = as_register(keypoint);
-    return own != nullptr && others.contain(NAMES(*own));
+    return own != nullptr && others.contain(*own);
   };
   return std::all_of(m_t_vector.begin(), m_t_vector.end(), [&](const NI_PAIR& pair) {
     return std::all_of(pair.first.begin(), pair.first.end(), has_namesake) &&
@@ -267,3 +276,11 @@ NI_PAIR_VECTOR KPT_TRANSFORMATION_IMPL::translate_vector(const NI_PAIR_VECTOR& s
 NI_PAIR_VECTOR KPT_TRANSFORMATION_IMPL::translate_vector(const NI_PAIR_VECTOR& side, KPT_TRANSLATION& translation) {
   return translate_side(side, [&](const KPT_KEYPOINT* k) { return translation.of(k); });
 }
+
+KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other, KPT_TRANSLATION& translation)
+    : m_r_vector(translate_vector(other.m_r_vector, translation)),
+      m_t_vector(translate_vector(other.m_t_vector, translation)),
+      m_fsm_flag(other.map_has_fsm_transformation() ? 1 : 0),
+      m_elim_status(other.m_elim_status),
+      m_state_table(other.map_has_fsm_transformation() ? std::make_unique<KPT_STATE_TABLE_IMPL>(other.state_table())
+                                                       : nullptr) {}

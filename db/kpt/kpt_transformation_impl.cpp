@@ -122,31 +122,6 @@ KPT_KEYPOINT_LIST* KPT_TRANSFORMATION_IMPL::group_to_edit(KPT_SET_ENUM side, GRO
   return group == N_GROUP ? &pairs[index].first : &pairs[index].second;
 }
 
-KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::group(KPT_SET_ENUM side, GROUP group,
-                                                                  unsigned long index) const {
-  const NI_PAIR_VECTOR& pairs = vec(side);
-  if (index >= pairs.size()) {
-    return {};
-  }
-  return group == N_GROUP ? KEYPOINTS(pairs[index].first) : KEYPOINTS(pairs[index].second);
-}
-
-KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::representative_group(KPT_SET_ENUM side,
-                                                                                 unsigned long index) const {
-  const KEYPOINTS n_group = group(side, N_GROUP, index);
-  return n_group.empty() ? group(side, I_GROUP, index) : n_group;
-}
-
-KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::opposite_group(KPT_SET_ENUM side,
-                                                                           unsigned long index) const {
-  return group(side, N_GROUP, index).empty() ? KEYPOINTS() : group(side, I_GROUP, index);
-}
-
-KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::first(KPT_SET_ENUM side, GROUP group, unsigned long index) const {
-  const KEYPOINTS keypoints = this->group(side, group, index);
-  return keypoints.empty() ? nullptr : keypoints.front();
-}
-
 KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::get_representative_kp(KPT_SET_ENUM set, unsigned long index) const {
   if (set != KPT_REFERENCE_SET && set != KPT_TRANSFORMED_SET) {
     kpt_msg_debug("Error: unknown set type");
@@ -155,23 +130,12 @@ KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::get_representative_kp(KPT_SET_ENUM set, u
   return representative(set, index);
 }
 
-KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::representative(KPT_SET_ENUM side, unsigned long index) const {
-  const KEYPOINTS keypoints = representative_group(side, index);
-  return keypoints.empty() ? nullptr : keypoints.front();
-}
-
 bool KPT_TRANSFORMATION_IMPL::representative_is_in_n_group(KPT_SET_ENUM side, unsigned long index) const {
   return !group(side, N_GROUP, index).empty();
 }
 
 bool KPT_TRANSFORMATION_IMPL::representative_is_in_i_group(KPT_SET_ENUM side, unsigned long index) const {
   return group(side, N_GROUP, index).empty() && !group(side, I_GROUP, index).empty();
-}
-
-bool KPT_TRANSFORMATION_IMPL::keypoint_is_in(KPT_SET_ENUM side, GROUP group, const KPT_KEYPOINT* keypoint,
-                                             unsigned long index) const {
-  const KEYPOINTS keypoints = this->group(side, group, index);
-  return position_in(keypoints, keypoint) != keypoints.end();
 }
 
 bool KPT_TRANSFORMATION_IMPL::add_keypoint(KPT_SET_ENUM side, GROUP group, KPT_KEYPOINT* keypoint,
@@ -195,15 +159,4 @@ bool KPT_TRANSFORMATION_IMPL::delete_t_keypoint(GROUP group, const KPT_KEYPOINT*
   }
   keypoints->erase(position);
   return true;
-}
-
-// Sees index 0 only, whatever the side holds behind it: a register of a
-// further index counts as not found. The edits and the events on a set rely
-// on it: with more than one index they refuse such a register, where a wider
-// search would have them change state encodings that no pass has reported.
-unsigned short KPT_TRANSFORMATION_IMPL::find_index(KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint, bool* found) const {
-  if (found != nullptr && !*found) {
-    *found = keypoint_is_in(side, N_GROUP, keypoint, 0) || keypoint_is_in(side, I_GROUP, keypoint, 0);
-  }
-  return 0;
 }

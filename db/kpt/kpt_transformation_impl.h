@@ -16,6 +16,7 @@
 #ifndef KPT_TRANSFORMATION_IMPL_H
 #define KPT_TRANSFORMATION_IMPL_H
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -47,6 +48,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
                           const KPT_STATE_TABLE_IMPL& table, KPT_ELIM_ENUM status);
   KPT_TRANSFORMATION_IMPL(NI_PAIR_VECTOR&& r_vector, NI_PAIR_VECTOR&& t_vector, KPT_STATE_TABLE_IMPL&& table,
                           KPT_ELIM_ENUM status);
+  /// A map as it is, its keypoints replaced by their namesakes; one without a
+  /// namesake is dropped. A table that a plain map still stores stays behind.
+  KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other, KPT_TRANSLATION& translation);
   /// Takes everything but the attributes: they are a client's notes on one
   /// map, and a copy made for a union or a translation is another map.
   KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other);
@@ -363,6 +367,56 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   // The map's place in the order of creation of its set; 0 outside a set.
   std::uint32_t m_position = 0;
 };
+
+// What every walk over a group rests on, for the compiler to see through.
+
+inline KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::group(KPT_SET_ENUM side, GROUP group,
+                                                                         unsigned long index) const {
+  const NI_PAIR_VECTOR& pairs = vec(side);
+  if (index >= pairs.size()) {
+    return {};
+  }
+  return group == N_GROUP ? KEYPOINTS(pairs[index].first) : KEYPOINTS(pairs[index].second);
+}
+
+inline KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::representative_group(KPT_SET_ENUM side,
+                                                                                        unsigned long index) const {
+  const KEYPOINTS n_group = group(side, N_GROUP, index);
+  return n_group.empty() ? group(side, I_GROUP, index) : n_group;
+}
+
+inline KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::opposite_group(KPT_SET_ENUM side,
+                                                                                  unsigned long index) const {
+  return group(side, N_GROUP, index).empty() ? KEYPOINTS() : group(side, I_GROUP, index);
+}
+
+inline KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::first(KPT_SET_ENUM side, GROUP group, unsigned long index) const {
+  const KEYPOINTS keypoints = this->group(side, group, index);
+  return keypoints.empty() ? nullptr : keypoints.front();
+}
+
+inline KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::representative(KPT_SET_ENUM side, unsigned long index) const {
+  const KEYPOINTS keypoints = representative_group(side, index);
+  return keypoints.empty() ? nullptr : keypoints.front();
+}
+
+inline bool KPT_TRANSFORMATION_IMPL::keypoint_is_in(KPT_SET_ENUM side, GROUP group, const KPT_KEYPOINT* keypoint,
+                                                    unsigned long index) const {
+  const KEYPOINTS keypoints = this->group(side, group, index);
+  return std::find(keypoints.begin(), keypoints.end(), keypoint) != keypoints.end();
+}
+
+// Sees index 0 only, whatever the side holds behind it: a register of a
+// further index counts as not found. The edits and the events on a set rely
+// on it: with more than one index they refuse such a register, where a wider
+// search would have them change state encodings that no pass has reported.
+inline unsigned short KPT_TRANSFORMATION_IMPL::find_index(KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint,
+                                                          bool* found) const {
+  if (found != nullptr && !*found) {
+    *found = keypoint_is_in(side, N_GROUP, keypoint, 0) || keypoint_is_in(side, I_GROUP, keypoint, 0);
+  }
+  return 0;
+}
 
 template <class VISIT>
 void KPT_TRANSFORMATION_IMPL::for_each_register_at_index(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const {

@@ -74,6 +74,13 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
     return position - 1U < m_cells.size() ? m_cells[position - 1U] : nullptr;
   }
 
+  /// Asks for the memory that `at` reads.
+  void fetch(std::uint32_t position) const {
+    if (position - 1U < m_cells.size()) {
+      __builtin_prefetch(&m_cells[position - 1U]);
+    }
+  }
+
   /// The highest position that was ever given out; 0 at first.
   std::uint32_t last_position() const { return static_cast<std::uint32_t>(m_cells.size()); }
   /// The position of a map in the list that holds it; 0 when none does.

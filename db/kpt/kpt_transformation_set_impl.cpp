@@ -132,24 +132,34 @@ bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET
 // The source may be this very set: the maps that are added are not walked.
 bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source,
                                                     KPT_TRANSLATION& translation) {
-  bool ok = true;
   const KPT_TRANSFORMATION_LIST& maps = source.m_maps;
   const std::uint32_t end = maps.last_position();
   m_maps.make_room(maps.size());
   for (std::uint32_t position = 1; position <= end; ++position) {
+    fetch_translated(maps, position, translation);
     const KPT_TRANSFORMATION_IMPL* map = maps.at(position);
-    if (map == nullptr) {
-      continue;
+    if (map != nullptr) {
+      entered(create_map(*map, translation));
     }
-    NI_PAIR_VECTOR r = KPT_TRANSFORMATION_IMPL::translate_vector(map->r_vec(), translation);
-    NI_PAIR_VECTOR t = KPT_TRANSFORMATION_IMPL::translate_vector(map->t_vec(), translation);
-    const KPT_TRANSFORMATION_IMPL* added =
-        map->map_has_fsm_transformation()
-            ? add_map(std::move(r), std::move(t), map->get_register_state_table(), map->get_elim_status())
-            : add_map(std::move(r), std::move(t), map->get_elim_status());
-    ok = added != nullptr && ok;
   }
-  return ok;
+  return true;
+}
+
+// The namesakes of a map's registers lie anywhere in memory, and so do their
+// index entries: asks for both ahead of the walk.
+void KPT_TRANSFORMATION_SET_IMPL::fetch_translated(const KPT_TRANSFORMATION_LIST& maps, std::uint32_t position,
+                                                   const KPT_TRANSLATION& translation) const {
+  constexpr std::uint32_t STEP = 8;
+  const KPT_TRANSFORMATION_IMPL* far = maps.at(position + 2 * STEP);
+  if (far != nullptr) {
+    __builtin_prefetch(translation.known(far->get_r_n_first(0)));
+    __builtin_prefetch(translation.known(far->get_t_n_first(0)));
+  }
+  const KPT_TRANSFORMATION_IMPL* near = maps.at(position + STEP);
+  if (near != nullptr) {
+    m_r_index.fetch(translation.known(near->get_r_n_first(0)));
+    m_t_index.fetch(translation.known(near->get_t_n_first(0)));
+  }
 }
 
 bool KPT_TRANSFORMATION_SET_IMPL::save_transformation_set(KPT_XML_WRITER& writer) const {

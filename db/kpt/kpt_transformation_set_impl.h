@@ -120,6 +120,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL {
   void reenter(KPT_TRANSFORMATION_IMPL* map);
   void erase_entries(KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map);
 
+  void fetch_translated(const KPT_TRANSFORMATION_LIST& maps, std::uint32_t position,
+                        const KPT_TRANSLATION& translation) const;
+
   bool merge_between_maps(KPT_TRANSFORMATION_IMPL& a, KPT_TRANSFORMATION_IMPL& b, KPT_KEYPOINT* orig,
                           KPT_KEYPOINT* merged);
   bool merge_within_map(KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* orig, KPT_KEYPOINT* merged);

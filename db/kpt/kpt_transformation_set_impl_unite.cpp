@@ -32,6 +32,8 @@ class KPT_UNITE {
   bool run();
 
  private:
+  class LOOK_AHEAD;
+
   void loop_1_fuse_maps_of_db2();
   void loop_2_fuse_maps_of_db1();
   void loop_3_compose();
@@ -44,8 +46,7 @@ class KPT_UNITE {
   MAP* successor_of(MAP& m1);
   MAP* report_first_in_db2(const KPT_KEYPOINT_LIST& registers);
   void step_from(MAP& m1, MAP& m2);
-  static void fetch_ahead(const KPT_TRANSFORMATION_SET_IMPL& walked, const MAP& map, KPT_SET_ENUM side,
-                          const KPT_TRANSFORMATION_SET_IMPL& other);
+  void fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1) const;
   static void report_mismatch(const MAP& m1, const MAP& m2);
   static void report_side(const MAP& map, KPT_SET_ENUM side);
 
@@ -85,38 +86,61 @@ bool KPT_UNITE::run() {
 }
 
 // The maps of one stage lie all over memory in the order of the other, and a
-// walk that waits for each of them waits most of its time. This asks for the
-// keypoint of a map some way ahead of the walk, and for the other stage's map
-// of a keypoint that was asked for before. It changes nothing.
-void KPT_UNITE::fetch_ahead(const KPT_TRANSFORMATION_SET_IMPL& walked, const MAP& map, KPT_SET_ENUM side,
-                            const KPT_TRANSFORMATION_SET_IMPL& other) {
-  constexpr std::uint32_t NEAR = 8;
-  constexpr std::uint32_t FAR = 16;
-  const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
-  const auto first_of = [&](std::uint32_t ahead) -> const KPT_KEYPOINT* {
-    const MAP* met = walked.m_maps.at(position + ahead);
-    if (met == nullptr) {
+// walk that waits for each of them waits most of its time. This asks ahead of
+// the walk for what leads from a map to its counterpart in the other stage, one
+// step of that way at a time: the keypoint, its index entry, the map's place in
+// the list, the map. It changes nothing.
+class KPT_UNITE::LOOK_AHEAD {
+ public:
+  LOOK_AHEAD(const KPT_TRANSFORMATION_SET_IMPL& walked, KPT_SET_ENUM side, const KPT_TRANSFORMATION_SET_IMPL& other)
+      : m_walked(walked.m_maps),
+        m_side(side),
+        m_other(other.m_maps),
+        m_index(other.index(side == KPT_TRANSFORMED_SET ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET)) {}
+
+  void from(const MAP& map) const {
+    const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
+    __builtin_prefetch(keypoint_of(m_walked.at(position + 4 * STEP)));
+    m_index.fetch(keypoint_of(m_walked.at(position + 3 * STEP)));
+    m_other.fetch(m_index.find(keypoint_of(m_walked.at(position + 2 * STEP))));
+    fetch(counterpart_of(m_walked.at(position + STEP)));
+  }
+
+  /// The map to which the one some way behind leads; null when there is none.
+  const MAP* counterpart(const MAP& map, std::uint32_t ahead) const {
+    return counterpart_of(m_walked.at(KPT_TRANSFORMATION_LIST::position_of(map) + ahead));
+  }
+
+ private:
+  static constexpr std::uint32_t STEP = 6;
+
+  static void fetch(const MAP* map) {
+    __builtin_prefetch(map);
+    __builtin_prefetch(reinterpret_cast<const char*>(map) + sizeof(MAP) - 1);
+  }
+  const KPT_KEYPOINT* keypoint_of(const MAP* map) const {
+    if (map == nullptr) {
       return nullptr;
     }
-    return side == KPT_TRANSFORMED_SET ? met->get_t_n_first(0) : met->get_r_n_first(0);
-  };
-  __builtin_prefetch(first_of(FAR));
-  const KPT_SET_ENUM its_side = side == KPT_TRANSFORMED_SET ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET;
-  const auto* wanted = reinterpret_cast<const char*>(other.map_of(its_side, first_of(NEAR)));
-  if (wanted != nullptr) {
-    __builtin_prefetch(wanted);
-    __builtin_prefetch(wanted + sizeof(MAP) - 1);
+    return m_side == KPT_TRANSFORMED_SET ? map->get_t_n_first(0) : map->get_r_n_first(0);
   }
-}
+  const MAP* counterpart_of(const MAP* map) const { return m_other.at(m_index.find(keypoint_of(map))); }
+
+  const KPT_TRANSFORMATION_LIST& m_walked;
+  KPT_SET_ENUM m_side;
+  const KPT_TRANSFORMATION_LIST& m_other;
+  const KPT_MAP_INDEX& m_index;
+};
 
 // Loop 1: where one index of a first-stage map feeds several second-stage
 // maps, these become one.
 void KPT_UNITE::loop_1_fuse_maps_of_db2() {
+  const LOOK_AHEAD look_ahead(db1, KPT_TRANSFORMED_SET, db2);
   for (MAP* m1 : db1.m_maps) {
     if (!ok) {
       return;
     }
-    fetch_ahead(db1, *m1, KPT_TRANSFORMED_SET, db2);
+    look_ahead.from(*m1);
     if (m1->map_has_fsm_transformation()) {
       continue;
     }
@@ -143,11 +167,12 @@ void KPT_UNITE::fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index) {
 // first-stage maps that feed it: its table speaks of its own reference
 // registers, and no composition of it with a plain map is defined.
 void KPT_UNITE::loop_2_fuse_maps_of_db1() {
+  const LOOK_AHEAD look_ahead(db2, KPT_REFERENCE_SET, db1);
   for (MAP* m2 : db2.m_maps) {
     if (!ok) {
       return;
     }
-    fetch_ahead(db2, *m2, KPT_REFERENCE_SET, db1);
+    look_ahead.from(*m2);
     for (unsigned short i = 0; ok && i < m2->get_num_reference_registers(); ++i) {
       fuse_db1_maps_feeding(*m2, i);
     }
@@ -203,14 +228,29 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
 // Loop 3: every plain first-stage map whose registers still exist goes on to
 // where the second stage takes them.
 void KPT_UNITE::loop_3_compose() {
+  const LOOK_AHEAD look_ahead(db1, KPT_TRANSFORMED_SET, db2);
   for (MAP* m1 : db1.m_maps) {
     if (!ok) {
       return;
     }
-    fetch_ahead(db1, *m1, KPT_TRANSFORMED_SET, db2);
+    look_ahead.from(*m1);
+    fetch_entries_behind(look_ahead, *m1);
     if (!m1->map_has_fsm_transformation() && m1->get_elim_status() == KPT_NOT_ELIMINATED) {
       compose(*m1);
     }
+  }
+}
+
+// A step enters the registers of the second stage in the first and takes them
+// out of the second: asks for these, then for their entries.
+void KPT_UNITE::fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1) const {
+  constexpr std::uint32_t NEAR = 2;
+  const MAP* far = look_ahead.counterpart(m1, 2 * NEAR);
+  __builtin_prefetch(far == nullptr ? nullptr : far->get_t_n_first(0));
+  const MAP* near = look_ahead.counterpart(m1, NEAR);
+  if (near != nullptr) {
+    db1.m_t_index.fetch(near->get_t_n_first(0));
+    db2.m_t_index.fetch(near->get_t_n_first(0));
   }
 }
 

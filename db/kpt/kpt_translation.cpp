@@ -7,13 +7,23 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::namesake_in(const KPT_KEYPOINT_SET_
              : nullptr;
 }
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::of(const KPT_KEYPOINT* keypoint) {
+template <class LOOK_UP>
+KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::remembered(const KPT_KEYPOINT* keypoint, LOOK_UP look_up) {
   KPT_REGISTER_KEYPOINT_IMPL* namesake = m_namesakes.find(keypoint);
   if (namesake == nullptr) {
-    namesake = namesake_in(m_set, keypoint);
+    namesake = look_up();
     if (namesake != nullptr) {
       remember(keypoint, namesake);
     }
   }
   return namesake;
+}
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::of(const KPT_KEYPOINT* keypoint) {
+  return remembered(keypoint, [&] { return namesake_in(m_set, keypoint); });
+}
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
+                                                const KPT_KEYPOINT_SET_IMPL& its_set) {
+  return remembered(&keypoint, [&] { return m_set.get_namesake(keypoint, its_set); });
 }

@@ -17,14 +17,21 @@ class KPT_TRANSLATION {
   /// same name and register type. Null when there is none, and for a keypoint
   /// that is null or no register.
   KPT_REGISTER_KEYPOINT_IMPL* of(const KPT_KEYPOINT* keypoint);
+  /// The same for a register of a set that knows its hash.
+  KPT_REGISTER_KEYPOINT_IMPL* of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, const KPT_KEYPOINT_SET_IMPL& its_set);
   /// The same, looked up and not remembered.
   static KPT_REGISTER_KEYPOINT_IMPL* namesake_in(const KPT_KEYPOINT_SET_IMPL& set, const KPT_KEYPOINT* keypoint);
+  /// What is remembered; null when nothing is.
+  KPT_REGISTER_KEYPOINT_IMPL* known(const KPT_KEYPOINT* keypoint) const { return m_namesakes.find(keypoint); }
   /// Remembers what `of` is to answer.
   void remember(const KPT_KEYPOINT* keypoint, KPT_REGISTER_KEYPOINT_IMPL* namesake) {
     m_namesakes.at(keypoint) = namesake;
   }
 
  private:
+  template <class LOOK_UP>
+  KPT_REGISTER_KEYPOINT_IMPL* remembered(const KPT_KEYPOINT* keypoint, LOOK_UP look_up);
+
   const KPT_KEYPOINT_SET_IMPL& m_set;
   KPT_BY_KEYPOINT<KPT_REGISTER_KEYPOINT_IMPL*> m_namesakes;
 };

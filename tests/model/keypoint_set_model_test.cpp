@@ -37,8 +37,8 @@ struct MODEL_KEYPOINT {
 
 // Every keypoint ever made, in order of creation.
 struct MODEL_SET {
-  MODEL_KEYPOINT* find(bool among_signals, const std::string& name, const std::string& type) {
-    for (MODEL_KEYPOINT& keypoint : all) {
+  const MODEL_KEYPOINT* find(bool among_signals, const std::string& name, const std::string& type) const {
+    for (const MODEL_KEYPOINT& keypoint : all) {
       if (keypoint.in_set && keypoint.among_signals == among_signals && keypoint.key_name == name &&
           keypoint.key_type == type) {
         return &keypoint;
@@ -48,7 +48,7 @@ struct MODEL_SET {
   }
 
   bool remove(bool among_signals, const std::string& name, const std::string& type) {
-    MODEL_KEYPOINT* const keypoint = find(among_signals, name, type);
+    auto* const keypoint = const_cast<MODEL_KEYPOINT*>(find(among_signals, name, type));
     if (keypoint == nullptr) {
       return false;
     }
@@ -190,7 +190,7 @@ class KeypointSetModel : public testing::Test {
     const long id = static_cast<long>(below(200)) - 20;
     // One of all, also those that have left the set.
     MODEL_KEYPOINT* const any = model.all.empty() ? nullptr : &model.all[below(model.all.size())];
-    switch (below(14)) {
+    switch (below(16)) {
       case 0:
       case 1:
       case 2:
@@ -243,6 +243,21 @@ class KeypointSetModel : public testing::Test {
         }
         break;
       case 12:
+        if (any != nullptr && any->in_set) {
+          const MODEL_KEYPOINT copy = *any;
+          ASSERT_EQ(set.delete_namesake(*real(copy)), model.remove(copy.is_signal, copy.name, copy.type));
+        }
+        break;
+      case 13:
+        if (any != nullptr) {
+          const MODEL_KEYPOINT* const namesake = other_model.find(any->is_signal, any->name, any->type);
+          const KPT_REGISTER_KEYPOINT_IMPL* const expected = namesake == nullptr ? nullptr : namesake->real;
+          other.fetch_namesakes_behind(*any->real, set);
+          ASSERT_EQ(other.get_namesake(*any->real, set), expected);
+          ASSERT_EQ(other.get_namesake(*any->real), expected);
+        }
+        break;
+      case 14:
         if (any != nullptr) {
           const std::string attribute = below(2) == 0 ? "clock" : "";
           if (below(2) == 0) {
@@ -295,6 +310,43 @@ TEST_F(KeypointSetModel, EveryStepIsThatOfPlainLists) {
       models[0].all.clear();
       models[1].all.clear();
     }
+  }
+}
+
+// Names by the hundred, most of them of one hash: "aR" and "bA" are alike to
+// the string hash, and so is every text that is made of as many of either.
+// They crowd round one place of the index, beyond its end too.
+TEST(KeypointSetIndex, FindsWhatIsThereAmongNamesOfOneHashThatComeAndGo) {
+  SCOPED_TRACE("seed " + std::to_string(kpt_test::seed()));
+  std::mt19937 random(kpt_test::seed());
+  std::vector<std::string> names;
+  for (unsigned k = 0; k < 256; ++k) {
+    std::string alike;
+    for (unsigned bit = 0; bit < 8; ++bit) {
+      alike += (k >> bit & 1U) != 0 ? "aR" : "bA";
+    }
+    names.push_back(alike);
+    names.push_back("u_core/q_reg[" + std::to_string(k) + "]");
+  }
+  ASSERT_EQ(STL_CASE_SENSITIVE_HASH_COMPARE()(names[0]), STL_CASE_SENSITIVE_HASH_COMPARE()(names[2]));
+  KPT_KEYPOINT_SET_IMPL set;
+  std::map<std::string, const KPT_KEYPOINT*> model;
+  const int steps = kpt_test::steps(20000);
+  for (int k = 0; k < steps; ++k) {
+    const std::string& name = names[random() % names.size()];
+    const auto known = model.find(name);
+    ASSERT_EQ(set.get_register(name), known == model.end() ? nullptr : known->second) << name;
+    // In turns the set grows and shrinks.
+    if (random() % 4 < (k / 1000 % 2 == 0 ? 3U : 1U)) {
+      model[name] = set.add_register(k, name);
+    } else {
+      ASSERT_EQ(set.delete_register(name), model.erase(name) == 1) << name;
+    }
+    ASSERT_EQ(set.size(), model.size());
+  }
+  for (const std::string& name : names) {
+    const auto known = model.find(name);
+    EXPECT_EQ(set.get_register(name), known == model.end() ? nullptr : known->second) << name;
   }
 }
 
