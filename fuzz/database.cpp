@@ -17,7 +17,9 @@
 
 namespace {
 
-constexpr std::uint64_t MOST_SAVED_BITS = std::uint64_t{1} << 20U;
+constexpr std::uint64_t MOST_SAVED_BITS = std::uint64_t{1} << 16U;
+// The elements around the bits of a state cost as much as so many of these.
+constexpr std::uint64_t STATE_BITS = 4;
 
 // Every question about one map, whatever the answers.
 void ask_map(KPT_TRANSFORMATION_IMPL* map) {
@@ -98,7 +100,7 @@ std::uint64_t kpt_fuzz::table_bits(KPT_KEYPOINTS_DB_IMPL& db) {
   for (KPT_TRANSFORMATION_IMPL* map : db.get_transformation_set()->get_list_of_register_transformations()) {
     const KPT_STATE_TABLE_IMPL table = map->get_register_state_table();
     bits += std::uint64_t{table.get_num_states()} *
-            (1U + table.get_num_reference_registers() + table.get_num_transformed_registers());
+            (STATE_BITS + table.get_num_reference_registers() + table.get_num_transformed_registers());
   }
   return bits;
 }

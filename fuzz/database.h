@@ -38,10 +38,10 @@ DATABASE load(const MEMORY_FILE& file);
 /// Looks every register of both sets up and asks every map everything.
 void ask(KPT_KEYPOINTS_DB_IMPL& db);
 
-/// The bits of all state tables of the database, as declared.
+/// The bits of all state tables of the database, as declared, and some for every state.
 std::uint64_t table_bits(KPT_KEYPOINTS_DB_IMPL& db);
 
-/// Whether the file of the database is of a size worth writing: every declared
+/// Whether the file of the database is of a size worth writing and reading: every declared
 /// bit of a table takes some 40 bytes.
 bool is_small(KPT_KEYPOINTS_DB_IMPL& db);
 
