@@ -17,10 +17,11 @@
 
 #include "db/kpt/kpt_keypoint_index.h"
 #include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_zeroed.h"
 
 class KPT_TRANSLATION;
 
-class KPT_EXPORT KPT_KEYPOINT_SET_IMPL {
+class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
  public:
   KPT_KEYPOINT_SET_IMPL();
   ~KPT_KEYPOINT_SET_IMPL();

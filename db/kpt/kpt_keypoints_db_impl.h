@@ -103,7 +103,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool save(std::string_view file_name);
   /// Writes the file beside its target and renames it. False, with a debug
   /// line, when a name could not be read back or anything cannot be written;
-  /// an earlier file of that name is then untouched.
+  /// an earlier file of that name is then untouched and nothing else stays.
+  /// A process that is killed meanwhile may leave a file ".kpt-*" in the
+  /// folder, which a later save to the same target removes.
   bool save_atomically(std::string_view file_name);
 
   /// Fills this database from a parsed file. False when something follows the transformations.

@@ -1,5 +1,6 @@
 // How a database becomes a file.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,18 +71,25 @@ auto retried(CALL call) {
 
 // A file that is written out of sight and takes its target's place at the end.
 // Where the file system can hold a file without a name it has none until then,
-// so that nothing stays behind however the process ends.
+// so that nothing stays behind however the process ends. Elsewhere, and for the
+// moment in which it replaces a target, it has a temporary name, one of a few
+// that belong to the target.
 //
-// Ownership: owns the folder's descriptor and removes the new file unless
-// `replace_target` succeeded. The descriptor that `open` returns is the caller's.
+// The new file is locked as long as the object lives. A file of a temporary
+// name that nobody locks was left by a process that was killed: whoever comes
+// upon it removes it.
+//
+// Ownership: owns the folder's descriptor and the lock, and removes the new
+// file unless `replace_target` succeeded. The descriptor that `open` returns is
+// the caller's.
 class REPLACEMENT {
  public:
   explicit REPLACEMENT(std::string_view target) : m_target(target) {}
   ~REPLACEMENT() {
-    if (!m_temporary.empty()) {
+    if (has_own_name()) {
       ::unlinkat(m_folder, m_temporary.c_str(), 0);
     }
-    close(m_nameless);
+    close(m_lock);
     close(m_folder);
   }
   REPLACEMENT(const REPLACEMENT&) = delete;
@@ -102,17 +110,16 @@ class REPLACEMENT {
     return file;
   }
 
-  // The new file is written, synced and closed.
+  // The new file is written, synced and closed. Once it has its target's name
+  // there is no way back, so nothing behind that point is asked whether it went
+  // well: a file system that cannot sync the folder keeps the new name or the
+  // earlier one when the power fails.
   bool replace_target() {
-    if (m_nameless >= 0 && !give_name()) {
+    if (!take_free_name() && !rename_over_target()) {
       return false;
     }
-    if (::renameat(m_folder, m_temporary.c_str(), m_folder, m_leaf.c_str()) != 0) {
-      return false;
-    }
-    m_temporary.clear();
-    // Some file systems cannot sync a folder and say so.
-    return retried([&] { return ::fsync(m_folder); }) == 0 || errno == EINVAL;
+    retried([&] { return ::fsync(m_folder); });
+    return true;
   }
 
  private:
@@ -164,58 +171,108 @@ class REPLACEMENT {
     return S_ISREG(state.st_mode);
   }
 
-  // The second descriptor is by what the closed file is found again.
+  // The lock is also the descriptor by which the closed file is found again.
   int open_nameless() {
     int file = retried([&] { return ::openat(m_folder, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, NEW_FILE); });
-    if (file < 0) {
-      return -1;
-    }
-    m_nameless = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
-    if (m_nameless < 0 || ::access(path_of_nameless().c_str(), F_OK) != 0) {
-      close(m_nameless);
+    if (file >= 0 && (!lock(file) || ::access(path_of_locked().c_str(), F_OK) != 0)) {
+      close(m_lock);
       close(file);
     }
     return file;
   }
 
   int open_named() {
-    return with_new_name([&](const char* name) {
-      return retried([&] { return ::openat(m_folder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE); });
-    });
+    return with_temporary_name([&](const char* name) { return create(name); });
   }
 
-  bool give_name() {
-    return with_new_name([&](const char* name) {
-             return ::linkat(AT_FDCWD, path_of_nameless().c_str(), m_folder, name, AT_SYMLINK_FOLLOW);
-           }) >= 0;
+  // Before it is locked the new file may be taken for an abandoned one: then
+  // its name counts as in use.
+  int create(const char* name) {
+    int file = retried([&] { return ::openat(m_folder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE); });
+    if (file >= 0 && !(lock(file) && leads_to(name, m_lock))) {
+      close(m_lock);
+      close(file);
+      errno = EEXIST;
+    }
+    return file;
   }
 
-  std::string path_of_nameless() const { return "/proc/self/fd/" + std::to_string(m_nameless); }
+  // Where a file system knows no locks, none is found unlocked either.
+  bool lock(int file) {
+    m_lock = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
+    return m_lock >= 0 && (::flock(m_lock, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK);
+  }
 
-  // Calls `create` with names that no file of the folder should have, until one
-  // is free. A negative result is a failure.
-  template <class CREATE>
-  int with_new_name(CREATE create) {
-    static unsigned s_count = 0;
-    int result = -1;
+  bool leads_to(const char* name, int file) const {
+    struct stat named {};
+    struct stat opened {};
+    return ::fstatat(m_folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0 && ::fstat(file, &opened) == 0 &&
+           S_ISREG(named.st_mode) && named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
+  }
+
+  bool has_own_name() const { return !m_temporary.empty() && leads_to(m_temporary.c_str(), m_lock); }
+
+  // Where there is nothing to replace, a file without a name needs no other than its last.
+  bool take_free_name() const {
+    return m_temporary.empty() && !m_earlier_mode.has_value() && link_locked(m_leaf.c_str()) == 0;
+  }
+
+  bool rename_over_target() {
+    const auto link = [&](const char* name) { return link_locked(name); };
+    if (m_temporary.empty() && with_temporary_name(link) != 0) {
+      return false;
+    }
+    if (!has_own_name() || ::renameat(m_folder, m_temporary.c_str(), m_folder, m_leaf.c_str()) != 0) {
+      return false;
+    }
+    m_temporary.clear();
+    return true;
+  }
+
+  int link_locked(const char* name) const {
+    return ::linkat(AT_FDCWD, path_of_locked().c_str(), m_folder, name, AT_SYMLINK_FOLLOW);
+  }
+
+  std::string path_of_locked() const { return "/proc/self/fd/" + std::to_string(m_lock); }
+
+  // Calls `make` with the target's temporary names until one is free. They are
+  // made of a number that stands for the target, whose name may leave no room
+  // for more. A negative result is a failure.
+  template <class MAKE>
+  int with_temporary_name(MAKE make) {
+    const std::string stem = ".kpt-" + std::to_string(kpt_hash_bytes(0, m_leaf)) + "-";
     for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
-      const std::string name = ".kpt-" + std::to_string(::getpid()) + "-" + std::to_string(++s_count);
-      result = create(name.c_str());
+      const std::string name = stem + std::to_string(attempt);
+      int result = make(name.c_str());
+      bool in_use = result < 0 && errno == EEXIST;
+      if (in_use && remove_abandoned(name.c_str())) {
+        result = make(name.c_str());
+        in_use = result < 0 && errno == EEXIST;
+      }
       if (result >= 0) {
         m_temporary = name;
       }
-      if (result >= 0 || errno != EEXIST) {
-        break;
+      if (!in_use) {
+        return result;
       }
     }
-    return result;
+    return -1;
+  }
+
+  // Who holds the lock is the only one who may remove the name or pass it on.
+  bool remove_abandoned(const char* name) const {
+    int file = ::openat(m_folder, name, O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const bool removed = file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) == 0 && leads_to(name, file) &&
+                         ::unlinkat(m_folder, name, 0) == 0;
+    close(file);
+    return removed;
   }
 
   std::string m_target;
   std::string m_leaf;
   std::string m_temporary;  // empty while the new file has no name
   int m_folder = -1;
-  int m_nameless = -1;
+  int m_lock = -1;
   std::optional<mode_t> m_earlier_mode;
 };
 

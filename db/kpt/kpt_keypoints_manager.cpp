@@ -1,15 +1,29 @@
 #include "db/kpt/kpt_keypoints_manager.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
+#include <new>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_xml_reader.h"
 #include "db/kpt/msg_kpt.h"
 
+// Static objects that were made before the manager are destroyed after it, and
+// may ask it for a database: at its place they find an empty one, which holds
+// no memory and needs no end of its own.
 KPT_KEYPOINTS_MANAGER* KPT_KEYPOINTS_MANAGER::get_instance() {
-  static KPT_KEYPOINTS_MANAGER s_instance;
-  return &s_instance;
+  alignas(KPT_KEYPOINTS_MANAGER) static std::byte s_place[sizeof(KPT_KEYPOINTS_MANAGER)];
+  struct LIFE {
+    LIFE() { new (s_place) KPT_KEYPOINTS_MANAGER; }
+    ~LIFE() {
+      manager()->~KPT_KEYPOINTS_MANAGER();
+      new (s_place) KPT_KEYPOINTS_MANAGER;
+    }
+    static KPT_KEYPOINTS_MANAGER* manager() { return std::launder(reinterpret_cast<KPT_KEYPOINTS_MANAGER*>(s_place)); }
+  };
+  static const LIFE s_life;
+  return LIFE::manager();
 }
 
 KPT_KEYPOINTS_MANAGER::KPT_KEYPOINTS_MANAGER() = default;

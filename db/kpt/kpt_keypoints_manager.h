@@ -5,6 +5,12 @@
 // destroys those that are left at process exit. A pointer that it hands out is
 // good until that entry is destroyed. A database that a client deleted through
 // a handle leaves a dead entry, which everything here passes over.
+//
+// The process's end: databases go in the order in which they were recorded,
+// and with them every pointer and handle to them. Whoever runs later, such as
+// the destructor of a static object that was made before the manager, finds
+// the manager at the same address, empty and in working order. What is
+// recorded with it then is destroyed by name only.
 #ifndef KPT_KEYPOINTS_MANAGER_H
 #define KPT_KEYPOINTS_MANAGER_H
 
@@ -16,7 +22,7 @@
 
 class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
  public:
-  /// The one manager, made by the first call.
+  /// The one manager, made by the first call. The pointer is good at any time.
   static KPT_KEYPOINTS_MANAGER* get_instance();
 
   /// Creates and records an empty database, and returns the first database of

@@ -36,7 +36,8 @@ class KPT_SMALL_VECTOR {
   using const_iterator = const T*;
   using allocator_type = MEM_STL_ALLOCATOR<T>;
 
-  KPT_SMALL_VECTOR() noexcept {}
+  // A defaulted one would be deleted: it had to construct the union's element.
+  KPT_SMALL_VECTOR() noexcept {}  // NOLINT(modernize-use-equals-default)
   explicit KPT_SMALL_VECTOR(size_type count) {
     guarded([&] { resize(count); });
   }

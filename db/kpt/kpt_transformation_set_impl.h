@@ -20,10 +20,11 @@
 #include "db/kpt/kpt_transformation_impl.h"
 #include "db/kpt/kpt_transformation_list.h"
 #include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_zeroed.h"
 
 class KPT_TRANSLATION;
 
-class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL {
+class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
  public:
   KPT_TRANSFORMATION_SET_IMPL();
   ~KPT_TRANSFORMATION_SET_IMPL();

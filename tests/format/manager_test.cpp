@@ -4,6 +4,7 @@
 #include "db/kpt/kpt.h"
 #include "tests/format/databases.h"
 #include "tests/support/host_lines.h"
+#include "tests/support/live_blocks.h"
 
 namespace {
 
@@ -68,6 +69,12 @@ TEST_F(ManagedFile, can_be_loaded_again_once_its_database_is_gone) {
   ASSERT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
   EXPECT_EQ(m_manager->load_db(data_file("empty.xml")), nullptr);
   EXPECT_TRUE(m_manager->destroy_keypoints_db("empty"));
+  EXPECT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
+}
+
+TEST_F(ManagedFile, can_be_loaded_once_the_database_of_its_name_was_deleted_through_its_handle) {
+  allow_live_blocks();  // the dead entry stays until the process ends
+  ASSERT_TRUE(m_manager->create_keypoints_db("empty")->delete_keypoints_db());
   EXPECT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
 }
 

@@ -1,6 +1,8 @@
 // Saving whole or not at all.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -55,6 +57,13 @@ TEST_F(SaveAtomically, makes_a_file_that_was_not_there) {
   EXPECT_TRUE(small_database()->save_atomically(m_folder.file("new.xml")));
   EXPECT_EQ(read_file(m_folder.file("new.xml")), saved(*small_database()));
   EXPECT_THAT(m_folder.names(), ElementsAre("db.xml", "new.xml"));
+}
+
+TEST_F(SaveAtomically, links_a_file_that_was_not_there_straight_to_its_name) {
+  const DATABASE db = small_database();
+  const SYSTEM_CALLS calls;
+  EXPECT_TRUE(db->save_atomically(m_folder.file("new.xml")));
+  EXPECT_THAT(calls.names(), ElementsAre("write", "fsync", "linkat", "fsync"));
 }
 
 TEST_F(SaveAtomically, writes_beside_the_target_where_every_file_has_a_name) {
@@ -160,15 +169,24 @@ class SaveAtomicallyBroken : public SaveAtomically, public testing::WithParamInt
  protected:
   // The calls of a save that goes well.
   std::vector<std::string> calls() const {
+    const std::string other = m_folder.file_of(EARLIER, "other.xml");
     const DATABASE db = large_database();
     SYSTEM_CALLS watched;
     break_in(watched);
-    EXPECT_TRUE(db->save_atomically(m_folder.file("other.xml")));
-    ::unlink(m_folder.file("other.xml").c_str());
-    // Of a file that replaces another, the permissions are set as well.
-    std::vector<std::string> names = watched.names();
-    names.insert(names.begin(), "fchmod");
-    return names;
+    EXPECT_TRUE(db->save_atomically(other));
+    ::unlink(other.c_str());
+    return watched.names();
+  }
+
+  // Saves to `m_path` in a process of its own, which is killed before that call.
+  int save_killed_at(unsigned at) const {
+    const auto body = [](const std::string& argument) {
+      const DATABASE db = large_database();
+      SYSTEM_CALLS watched(SYSTEM_CALLS::KILL, static_cast<unsigned>(argument.front()));
+      break_in(watched);
+      return db->save_atomically(argument.substr(1)) ? 0 : 1;
+    };
+    return in_child(body, std::string(1, static_cast<char>(at)) + m_path);
   }
 
   static void break_in(SYSTEM_CALLS& watched) {
@@ -201,33 +219,68 @@ TEST_P(SaveAtomicallyBroken, keeps_the_earlier_file_whichever_step_fails) {
   }
 }
 
-// The new file is whole and in place; that its name outlives a power failure is
-// what could not be had.
-TEST_P(SaveAtomicallyBroken, tells_when_the_folder_cannot_be_synced) {
+// The new file is whole and in place, and the earlier one is gone: false would
+// be no use any more.
+TEST_P(SaveAtomicallyBroken, succeeds_when_the_folder_cannot_be_synced) {
   const DATABASE db = large_database();
   const unsigned last = static_cast<unsigned>(calls().size()) - 1;
   {
     SYSTEM_CALLS watched(SYSTEM_CALLS::FAILURE, last);
     break_in(watched);
-    EXPECT_FALSE(db->save_atomically(m_path));
+    EXPECT_TRUE(db->save_atomically(m_path));
   }
   EXPECT_EQ(read_file(m_path), saved(*db));
+  EXPECT_THAT(m_folder.names(), ElementsAre("db.xml"));
+}
+
+TEST_P(SaveAtomicallyBroken, leaves_nothing_where_nothing_was_whichever_step_fails) {
+  const DATABASE db = large_database();
+  for (unsigned at = 0; at < 5; ++at) {  // up to the file's own sync
+    SYSTEM_CALLS watched(SYSTEM_CALLS::FAILURE, at);
+    break_in(watched);
+    EXPECT_FALSE(db->save_atomically(m_folder.file("new.xml"))) << at;
+    EXPECT_THAT(m_folder.names(), ElementsAre("db.xml")) << at;
+  }
 }
 
 TEST_P(SaveAtomicallyBroken, leaves_one_file_or_the_other_whenever_it_is_killed) {
   const std::string after = saved(*large_database());
   const unsigned steps = static_cast<unsigned>(calls().size());
   for (unsigned at = 0; at <= steps; ++at) {
+    EXPECT_TRUE(small_database()->save_atomically(m_path));  // which removes what the last one left
     write_file(m_path, EARLIER);
-    const auto body = [](const std::string& argument) {
-      const DATABASE db = large_database();
-      SYSTEM_CALLS watched(SYSTEM_CALLS::KILL, static_cast<unsigned>(argument.front()));
-      break_in(watched);
-      return db->save_atomically(argument.substr(1)) ? 0 : 1;
-    };
-    EXPECT_EQ(in_child(body, std::string(1, static_cast<char>(at)) + m_path), at < steps ? -SIGKILL : 0);
-    EXPECT_EQ(read_file(m_path), at + 1 < steps ? EARLIER : after) << at;
+    EXPECT_EQ(save_killed_at(at), at < steps ? -SIGKILL : 0);
+    EXPECT_TRUE(read_file(m_path) == (at + 1 < steps ? EARLIER : after)) << at;
   }
+}
+
+TEST_P(SaveAtomicallyBroken, removes_what_an_earlier_one_left_that_was_killed) {
+  const unsigned steps = static_cast<unsigned>(calls().size());
+  for (unsigned at = 0; at < steps; ++at) {
+    save_killed_at(at);
+    save_killed_at(at);
+    SYSTEM_CALLS watched;
+    break_in(watched);
+    EXPECT_TRUE(small_database()->save_atomically(m_path)) << at;
+    EXPECT_THAT(m_folder.names(), ElementsAre("db.xml")) << at;
+  }
+}
+
+// The step before the rename, at which the new file has a temporary name.
+TEST_P(SaveAtomicallyBroken, leaves_alone_what_another_process_has_under_way) {
+  save_killed_at(static_cast<unsigned>(calls().size()) - 2);
+  const std::vector<std::string> both = m_folder.names();
+  ASSERT_EQ(both.size(), 2U);
+  const std::string theirs = m_folder.file(both.front());
+  const std::string their_bytes = read_file(theirs);
+  const int file = ::open(theirs.c_str(), O_WRONLY | O_CLOEXEC);
+  ASSERT_EQ(::flock(file, LOCK_EX | LOCK_NB), 0);
+  SYSTEM_CALLS watched;
+  break_in(watched);
+  EXPECT_TRUE(small_database()->save_atomically(m_path));
+  ::close(file);
+  EXPECT_EQ(read_file(theirs), their_bytes);
+  EXPECT_EQ(m_folder.names(), both);
 }
 
 INSTANTIATE_TEST_SUITE_P(WhereEveryFileHasAName, SaveAtomicallyBroken, testing::Bool());

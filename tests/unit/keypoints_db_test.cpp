@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -279,15 +280,16 @@ TEST(KeypointsDbEnd, EverythingThatWasRecordedIsFreed) {
 }
 
 // The library's own objects are given out zero-filled.
-TEST(KeypointsDbEnd, MemoryForADatabaseIsZeroFilled) {
-  void* block = KPT_KEYPOINTS_DB_IMPL::operator new(sizeof(KPT_KEYPOINTS_DB_IMPL));
+template <class T>
+class ZeroFilled : public testing::Test {};
+using LARGE_OBJECTS = testing::Types<KPT_KEYPOINTS_DB_IMPL, KPT_KEYPOINT_SET_IMPL, KPT_TRANSFORMATION_SET_IMPL>;
+TYPED_TEST_SUITE(ZeroFilled, LARGE_OBJECTS);
+
+TYPED_TEST(ZeroFilled, MemoryForAnObject) {
+  void* block = TypeParam::operator new(sizeof(TypeParam));
   const auto* bytes = static_cast<const unsigned char*>(block);
-  bool zero = true;
-  for (std::size_t n = 0; n < sizeof(KPT_KEYPOINTS_DB_IMPL); ++n) {
-    zero = zero && bytes[n] == 0;
-  }
-  KPT_KEYPOINTS_DB_IMPL::operator delete(block);
-  EXPECT_TRUE(zero);
+  EXPECT_TRUE(std::all_of(bytes, bytes + sizeof(TypeParam), [](unsigned char byte) { return byte == 0; }));
+  TypeParam::operator delete(block);
 }
 
 }  // namespace
