@@ -9,6 +9,7 @@
 // Read from top to bottom: loop 1, loop 2, loop 3, leftovers.
 #include <algorithm>
 
+#include "db/kpt/kpt_polarities.h"
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/msg_kpt.h"
@@ -41,7 +42,9 @@ class KPT_UNITE {
 
   void fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index);
   void fuse_db1_maps_feeding(MAP& m2, unsigned short r_index);
+  void align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k);
   void fuse(KPT_TRANSFORMATION_SET_IMPL& set);
+  void forget(const MAP& map);
   void compose(MAP& m1);
   MAP* successor_of(MAP& m1);
   MAP* report_first_in_db2(const KPT_KEYPOINT_LIST& registers);
@@ -58,6 +61,9 @@ class KPT_UNITE {
   KPT_KEYPOINT_LIST registers;
   KPT_KEYPOINT_LIST entered;
   KPT_KEYPOINT_LIST left;
+  // Of the registers between the stages, where loops 1 and 2 look for them.
+  KPT_POLARITIES t_polarities{KPT_TRANSFORMED_SET};
+  KPT_POLARITIES r_polarities{KPT_REFERENCE_SET};
 };
 
 // A set that is united with itself gives a copy to be consumed.
@@ -155,7 +161,7 @@ void KPT_UNITE::fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index) {
   m1.for_each_register_at_index(KPT_TRANSFORMED_SET, t_index, [&](KPT_KEYPOINT* k) {
     MAP* m2 = db2.get_map_of_r_keypoint(k);
     if (m2 != nullptr && !m2->map_has_fsm_transformation()) {
-      m2->align_r_register(k, &m1, k);
+      align(m1, *m2, k);
       candidates.push_back(m2);
     }
   });
@@ -194,13 +200,32 @@ void KPT_UNITE::fuse_db1_maps_feeding(MAP& m2, unsigned short r_index) {
       continue;
     }
     if (m2.map_has_fsm_transformation()) {
+      forget(*m1);
       db1.delete_map(m1);
     } else {
-      m1->align_t_register(k, &m2, k);
+      align(*m1, m2, k);
       candidates.push_back(m1);
     }
   }
   fuse(db1);
+}
+
+// The map of the later stage gives way: its groups change places unless the
+// register has one polarity in both. That is what a map's own alignment does,
+// which walks the groups anew for each register.
+void KPT_UNITE::align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k) {
+  const KPT_POLARITIES::STANDING earlier = t_polarities.of(m1, k);
+  const KPT_POLARITIES::STANDING later = r_polarities.of(m2, k);
+  if (earlier.anywhere() && later.anywhere() && earlier.in_n_group != later.in_n_group) {
+    m2.interchange_registers_in_r_n_i_groups_of_map();
+    m2.interchange_registers_in_t_n_i_groups_of_map();
+    r_polarities.exchanged(m2);
+  }
+}
+
+void KPT_UNITE::forget(const MAP& map) {
+  t_polarities.forget(map);
+  r_polarities.forget(map);
 }
 
 // Makes one map of the candidates, the oldest of them, and enters it anew. A
@@ -218,8 +243,10 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
     return;
   }
   MAP* target = candidates.front();
+  forget(*target);
   for (auto other = candidates.begin() + 1; other != candidates.end(); ++other) {
     ok = ok && target->make_union(**other);
+    forget(**other);
     set.delete_map(*other);
   }
   set.reenter(target);
