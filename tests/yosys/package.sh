@@ -3,7 +3,8 @@
 . "${0%/*}/flow.sh"
 locate elevator
 
-(cd "$1" && cpack -G DEB -B "$work/debs" -D 'CPACK_COMPONENTS_ALL=library;yosys' >"$work/log") || { cat log; fail "cpack"; }
+(cd "$1" && cpack -G DEB -B "$work/debs" -D 'CPACK_COMPONENTS_ALL=library;yosys' >"$work/log" 2>&1) ||
+  { cat log; fail "no packages"; }
 for package in libkpt0 yosys-plugin-kpt; do
   dpkg-deb --field debs/"$package"_*.deb Package Version Depends
   dpkg-deb --extract debs/"$package"_*.deb root
