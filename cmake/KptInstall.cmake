@@ -1,6 +1,6 @@
 # Install rules: headers below include/kpt, so that `#include "db/kpt/kpt.h"` reads alike here and
 # at a client; libraries; package files for find_package(kpt) and pkg-config. The components library,
-# dev and tool are what a distribution packages apart.
+# dev, tool and yosys are what a distribution packages apart.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -39,4 +39,10 @@ if(TARGET kptdb)
   set_target_properties(kptdb PROPERTIES INSTALL_RPATH "$ORIGIN/${kpt_bin_to_lib}")
   install(TARGETS kptdb COMPONENT tool)
   install(FILES docs/kptdb.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+endif()
+
+if(TARGET kpt_yosys)
+  file(RELATIVE_PATH kpt_plugins_to_lib ${CMAKE_INSTALL_PREFIX}/${KPT_YOSYS_PLUGINS} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(kpt_yosys PROPERTIES INSTALL_RPATH "$ORIGIN/${kpt_plugins_to_lib}")
+  install(TARGETS kpt_yosys COMPONENT yosys LIBRARY DESTINATION ${KPT_YOSYS_PLUGINS})
 endif()

@@ -1,5 +1,5 @@
-# Debian packages, by cpack in the build folder: the library, what building against it takes, and the
-# tool. A package names the one build of the library that it was made with.
+# Debian packages, by cpack in the build folder: the library, what building against it takes, the
+# tool, and the Yosys plugin. A package names the one build of the library that it was made with.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -10,6 +10,12 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL library dev)
 if(TARGET kptdb)
   list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+if(TARGET kpt_yosys)
+  list(APPEND CPACK_COMPONENTS_ALL yosys)
+  string(REGEX MATCH "^([0-9]+)[.]([0-9]+)$" kpt_yosys_version "${KPT_YOSYS_VERSION}")
+  math(EXPR kpt_next_yosys "${CMAKE_MATCH_2} + 1")
+  set(kpt_this_yosys "yosys (>= ${KPT_YOSYS_VERSION}), yosys (<< ${CMAKE_MATCH_1}.${kpt_next_yosys}~)")
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -34,5 +40,10 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_NAME kptdb)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${kpt_this_library}, libfmt9, libxerces-c3.2, libstdc++6 (>= 12)")
 set(CPACK_COMPONENT_TOOL_DESCRIPTION "Keypoint database: the command-line tool")
+
+set(CPACK_DEBIAN_YOSYS_PACKAGE_NAME yosys-plugin-kpt)
+set(CPACK_DEBIAN_YOSYS_PACKAGE_SECTION electronics)
+set(CPACK_DEBIAN_YOSYS_PACKAGE_DEPENDS "${kpt_this_library}, ${kpt_this_yosys}, libstdc++6 (>= 12)")
+set(CPACK_COMPONENT_YOSYS_DESCRIPTION "Keypoint database: the Yosys plugin")
 
 include(CPack)

@@ -18,7 +18,7 @@ namespace kpt_yosys {
 struct LOCATION {
   int m_instance = -1;
   int m_flop = -1;
-  auto operator<=>(const LOCATION&) const = default;
+  auto operator<=>(const LOCATION&) const = default;  // NOLINT(modernize-use-nullptr): not ours, the compiler's 0
 };
 
 /// Good until the netlist changes, but for what FLOPs say and `path`.

@@ -181,7 +181,14 @@ void RECORDER::fill_table(const MACHINE& machine, const std::vector<int>& r, con
   }
 }
 
+// Of a state machine's bits the database takes events on the first alone, and a merge into that one
+// would spoil the machine's codes: what became one with a state bit is counted and left out.
 void RECORDER::record_group(const LOCATION& location, const std::vector<int>& group) {
+  if (m_state_bits.contains(location)) {
+    m_totals.m_merged += group.size();
+    m_totals.m_not_recorded += group.size();
+    return;
+  }
   const std::string kept = name_at(location);
   std::size_t first = 0;
   for (std::size_t i = 0; i < group.size(); ++i) {
@@ -189,12 +196,9 @@ void RECORDER::record_group(const LOCATION& location, const std::vector<int>& gr
       first = i;
     }
   }
-  const bool is_state_bit = m_state_bits.contains(location);
-  if (!is_state_bit) {
-    record_first(point(group[first]), location, group.size() == 1);
-  }
+  record_first(point(group[first]), location, group.size() == 1);
   for (std::size_t i = 0; i < group.size(); ++i) {
-    if (is_state_bit || i != first) {
+    if (i != first) {
       record_merged(point(group[i]), kept);
     }
   }

@@ -756,16 +756,18 @@ class DatabaseModel : public testing::Test {
     ASSERT_EQ(handle.get_state_reference_size(), map->pairs[R].size());
     ASSERT_EQ(handle.get_state_transformed_size(), map->pairs[T].size());
     ASSERT_EQ(m_lines.take_debug(), LINES());
-    for (unsigned short at = 0; at <= map->pairs[R].size(); ++at) {
+    const auto r_size = static_cast<unsigned short>(map->pairs[R].size());
+    const auto t_size = static_cast<unsigned short>(map->pairs[T].size());
+    for (unsigned short at = 0; at <= r_size; ++at) {
       query_index(R, *map, at, handle.get_reference(at), handle.get_reference_equivalents(at),
                   handle.get_reference_inverted_equivalents(at));
     }
-    for (unsigned short at = 0; at <= map->pairs[T].size(); ++at) {
+    for (unsigned short at = 0; at <= t_size; ++at) {
       query_index(T, *map, at, handle.get_transformed(at), handle.get_transformed_equivalents(at),
                   handle.get_transformed_inverted_equivalents(at));
     }
-    for (unsigned short r = 0; r <= map->pairs[R].size(); ++r) {
-      for (unsigned short t = 0; t <= map->pairs[T].size(); ++t) {
+    for (unsigned short r = 0; r <= r_size; ++r) {
+      for (unsigned short t = 0; t <= t_size; ++t) {
         ASSERT_EQ(handle.is_positive_unate(r, t), unate(*map, r, t, true));
         ASSERT_EQ(handle.is_negative_unate(r, t), unate(*map, r, t, false));
       }

@@ -48,10 +48,10 @@ class README : public TOOL_TEST {
 
 TEST_F(README, command_line_example) { expect_session(block("command-line example")); }
 
-TEST_F(README, demo_session) {
+TEST_F(README, library_session) {
   const RUN_RESULT result = shell("'" KPT_SOURCES "/examples/session' \"$KPTDB\" .");
   EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.out + result.err, block("demo session"));
+  EXPECT_EQ(result.out + result.err, block("library session"));
 }
 
 }  // namespace

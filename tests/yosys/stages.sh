@@ -25,31 +25,3 @@ if [ "$top" = elevator ]; then
   expect one.cells 'was_moving = was_moving' 'was_moving_too = was_moving'
   [ "$(grep -c '^was_moving.* (FLOP/Q)$' two.cells)" -eq 2 ] || fail "the merged registers are in no cell"
 fi
-
-# A constant of the second stage is taken over as it was recorded, also for a register whose inverse
-# the first stage kept. The proof does not believe it.
-if [ "$top" = elevator ]; then
-  top=constant
-  source=constant.v
-  cat >constant.v <<'V'
-module constant(input clk, input d, output y, output z);
-  reg kept = 1'b1;
-  reg one = 1'b1;
-  always @(posedge clk) kept <= d;
-  always @(posedge clk) one <= one;
-  assign y = kept;
-  assign z = one;
-endmodule
-V
-  flow="read_verilog $source; proc; opt_clean; kpt_track"
-  run log "$flow -name one; simplemap; zinit; opt; kpt_stage; kpt_show -name one -o one; kpt_save -name one one.xml
-           write_rtlil gate.il"
-  run log "$flow -name first; simplemap; zinit; kpt_stage -next second; opt; kpt_stage; kpt_unite first second
-           kpt_show -name first -o two; kpt_save -name first two.xml"
-  expect one 'z stuck at one'
-  expect two 'z stuck at zero'
-  prove one.log gate.il one.xml one || fail "unproven by the flow recorded in one"
-  if prove two.log gate.il two.xml first; then
-    fail "a constant of the wrong sense is proven"
-  fi
-fi

@@ -1,0 +1,33 @@
+# Registers that became one with the bits of a state machine's code: counted and printed as not
+# recorded, and the machine is recorded as if they were not there.
+. "${0%/*}/flow.sh"
+
+# Once the ring is coded one-hot, each of its bits has the data input of a register beside it.
+cat >ring.v <<'V'
+module ring(input clk, input go, output qa, output qb, output qc);
+  (* fsm_encoding = "auto" *) reg [1:0] state;
+  reg da, db, dc;
+  always @(posedge clk) begin
+    case (state)
+      2'd0: state <= 2'd1;
+      2'd1: state <= 2'd3;
+      default: state <= 2'd0;
+    endcase
+    da <= state == 2'd3;
+    db <= state == 2'd0;
+    dc <= state == 2'd1;
+  end
+  assign qa = da & go, qb = db & go, qc = dc & go;
+endmodule
+V
+source=ring.v
+top=ring
+run log "read_verilog $source; hierarchy -top $top; proc; opt -nodffe -nosdff; kpt_track; fsm; opt; simplemap; opt
+         opt_clean; kpt_stage; kpt_show -o shown; kpt_save kpt.xml; write_rtlil gate.il"
+expect log '3 merged into another register' '2 in a re-encoded state machine' \
+  '5 of 5 reference registers accounted for' 'State machines: 1. New registers: 0. Facts not recorded: 3.'
+expect shown 'state[0] machine of da db dc: 00>001 01>010 11>100' 'state[1] machine of da db dc: 00>001 01>010 11>100'
+[ "$(wc -l <shown)" -eq 2 ] || fail "something is said of the others: $(cat shown)"
+prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the database"; }
+grep -q 'Matched 0 registers, 0 constants and 1 state machines; 0 drive nothing, 0 are missing' with.log ||
+  { grep Matched with.log; fail "other registers matched"; }

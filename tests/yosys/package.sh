@@ -1,0 +1,25 @@
+# The packages of the library and the plugin, unpacked beside a Yosys: the plugin is found by its name
+# and records a design.
+. "${0%/*}/flow.sh"
+locate elevator
+
+(cd "$1" && cpack -G DEB -B "$work/debs" -D 'CPACK_COMPONENTS_ALL=library;yosys' >"$work/log" 2>&1) ||
+  { cat log; fail "no packages"; }
+for package in libkpt0 yosys-plugin-kpt; do
+  dpkg-deb --field debs/"$package"_*.deb Package Version Depends
+  dpkg-deb --extract debs/"$package"_*.deb root
+done
+
+# Yosys looks for plugins below the folder that it runs from.
+mkdir -p root/usr/bin
+cp "$(command -v yosys)" root/usr/bin/yosys
+root/usr/bin/yosys -m kpt -p 'help kpt_track' >log 2>&1 || { cat log; fail "the plugin is not found"; }
+grep -q 'Follows every flip-flop bit' log || fail "no help"
+
+# A prefix of another kind, where the plugin is loaded by its path.
+for component in library yosys; do
+  cmake --install "$1" --prefix "$work/prefix" --component $component >log
+done
+KPT_PLUGIN=$(find "$work/prefix" -name kpt.so)
+run log "read_verilog $source; kpt_track -top $top; synth -flatten -top $top; kpt_stage"
+expect log '28 of 28 reference registers accounted for'
