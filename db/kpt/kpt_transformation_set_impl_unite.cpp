@@ -121,8 +121,10 @@ class KPT_UNITE::LOOK_AHEAD {
   static constexpr std::uint32_t STEP = 6;
 
   static void fetch(const MAP* map) {
-    __builtin_prefetch(map);
-    __builtin_prefetch(reinterpret_cast<const char*>(map) + sizeof(MAP) - 1);
+    if (map != nullptr) {
+      __builtin_prefetch(map);
+      __builtin_prefetch(reinterpret_cast<const char*>(map) + sizeof(MAP) - 1);
+    }
   }
   const KPT_KEYPOINT* keypoint_of(const MAP* map) const {
     if (map == nullptr) {
