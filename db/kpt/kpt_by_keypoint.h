@@ -30,21 +30,26 @@ class KPT_BY_KEYPOINT {
     return value == nullptr ? VALUE() : *value;
   }
 
+  VALUE find(const KPT_KEYPOINT::PLACE& place) const {
+    const VALUE* value = find_cell(place);
+    return value == nullptr ? VALUE() : *value;
+  }
+
   /// Where the keypoint's value stands, until the next call that makes room;
   /// null when there is no place for one.
   VALUE* find_cell(const KPT_KEYPOINT* keypoint) {
     return const_cast<VALUE*>(static_cast<const KPT_BY_KEYPOINT&>(*this).find_cell(keypoint));
   }
   const VALUE* find_cell(const KPT_KEYPOINT* keypoint) const {
-    if (keypoint == nullptr) {
-      return nullptr;
-    }
+    return keypoint == nullptr ? nullptr : find_cell(KPT_KEYPOINT::PLACE{keypoint->m_set, keypoint->m_place, keypoint});
+  }
+  const VALUE* find_cell(const KPT_KEYPOINT::PLACE& place) const {
     for (const SHELF& shelf : m_shelves) {
-      if (shelf.set == keypoint->m_set) {
-        return keypoint->m_place < shelf.values.size() ? &shelf.values[keypoint->m_place] : nullptr;
+      if (shelf.set == place.set) {
+        return place.place < shelf.values.size() ? &shelf.values[place.place] : nullptr;
       }
     }
-    const auto found = m_others.find(keypoint);
+    const auto found = m_others.find(place.keypoint);
     return found == m_others.end() ? nullptr : &found->second;
   }
 

@@ -35,6 +35,16 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
   /// id beyond 2,147,483,647 does not survive a save.
   long get_kpid() const { return m_kpid; }
 
+  /// What the indexes know a keypoint by, read off without a look at it: which
+  /// set made it, by a number that no other set of the process ever has, and as
+  /// which of its keypoints (from 0). All zero for no keypoint.
+  static constexpr std::uint32_t OUTSIDE = 0;
+  struct PLACE {
+    std::uint32_t set;
+    std::uint32_t place;
+    const KPT_KEYPOINT* keypoint;
+  };
+
   /// Writes a "key_point" element of type "keypoint". Always true. Such an
   /// element is not read back.
   bool save_keypoint(KPT_XML_WRITER& writer) const;
@@ -42,7 +52,6 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
  protected:
   KPT_STRING m_element_name;
   long m_kpid;
-  static constexpr std::uint32_t OUTSIDE = 0;
   bool is_in_set() const { return m_set != OUTSIDE; }
 
  private:

@@ -21,12 +21,14 @@ std::size_t KPT_KEYPOINT_INDEX::position_of(const KEY& key, std::uint32_t hash) 
   return at;
 }
 
+// A free entry has place 0: one less is none.
+std::uint32_t KPT_KEYPOINT_INDEX::find_place(const KPT_REGISTER_TEXTS& texts) const {
+  return m_size == 0 ? NO_PLACE : m_entries[position_of({texts.name, texts.register_type}, texts.hash)].place - 1U;
+}
+
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::find(const KPT_REGISTER_TEXTS& texts) const {
-  if (m_size == 0) {
-    return nullptr;
-  }
-  const ENTRY& entry = m_entries[position_of({texts.name, texts.register_type}, texts.hash)];
-  return entry.place == 0 ? nullptr : keypoint(entry);
+  const std::uint32_t place = find_place(texts);
+  return place == NO_PLACE ? nullptr : m_pool.at(place);
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::enter(std::uint32_t place, std::uint32_t hash) {

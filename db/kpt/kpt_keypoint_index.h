@@ -29,6 +29,9 @@ class KPT_KEYPOINT_INDEX {
 
   /// By name and register type; null when there is none.
   KPT_REGISTER_KEYPOINT_IMPL* find(const KPT_REGISTER_TEXTS& texts) const;
+  /// Its place in the pool, or NO_PLACE.
+  std::uint32_t find_place(const KPT_REGISTER_TEXTS& texts) const;
+  static constexpr std::uint32_t NO_PLACE = UINT32_MAX;
   /// Enters the keypoint at that place of the pool, with the hash of its key;
   /// the one that was found under the same key until now, or null.
   KPT_REGISTER_KEYPOINT_IMPL* enter(std::uint32_t place, std::uint32_t hash);

@@ -62,6 +62,20 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, std::st
   return add_register(id, KPT_REGISTER_TEXTS(name, entity, register_type));
 }
 
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(const KPT_REGISTER_TEXTS& texts) const {
+  return index(texts.is_signal).find(texts);
+}
+
+KPT_KEYPOINT::PLACE KPT_KEYPOINT_SET_IMPL::get_place(const KPT_REGISTER_TEXTS& texts) const {
+  const std::uint32_t place = index(texts.is_signal).find_place(texts);
+  return place == KPT_KEYPOINT_INDEX::NO_PLACE ? KPT_KEYPOINT::PLACE()
+                                               : KPT_KEYPOINT::PLACE{m_number, place, m_keypoints.at(place)};
+}
+
+void KPT_KEYPOINT_SET_IMPL::fetch(const KPT_REGISTER_TEXTS& texts) const {
+  index(texts.is_signal).fetch_entry(texts.hash);
+}
+
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view name) const {
   return get_register(KPT_REGISTER_TEXTS(name));
 }

@@ -45,11 +45,12 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
 
   /// The same by texts whose hash is known.
   KPT_REGISTER_KEYPOINT_IMPL* add_register(long id, const KPT_REGISTER_TEXTS& texts);
-  KPT_REGISTER_KEYPOINT_IMPL* get_register(const KPT_REGISTER_TEXTS& texts) const {
-    return index(texts.is_signal).find(texts);
-  }
+  KPT_REGISTER_KEYPOINT_IMPL* get_register(const KPT_REGISTER_TEXTS& texts) const;
+  /// The place of that register, all zero when it is absent: what it leads to
+  /// is on its way from memory while its name is still being compared.
+  KPT_KEYPOINT::PLACE get_place(const KPT_REGISTER_TEXTS& texts) const;
   /// Asks for the memory in which the texts are looked up.
-  void fetch(const KPT_REGISTER_TEXTS& texts) const { index(texts.is_signal).fetch_entry(texts.hash); }
+  void fetch(const KPT_REGISTER_TEXTS& texts) const;
 
   /// The register of this set that a register of any set is called after: by
   /// its name, or for a block instance by its three texts. Null when absent.

@@ -73,9 +73,9 @@ KPT_STATE_TABLE_IMPL KPT_KEYPOINTS_DB_IMPL::create_state_table_impl(const KPT_ST
 }
 
 KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_reference_register_transformation(std::string_view name) const {
-  return m_transformation_set.get_map_of_r_keypoint(m_reference_set.get_register(name));
+  return m_transformation_set.get_map_of_place(KPT_REFERENCE_SET, m_reference_set.get_place(name));
 }
 
 KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_transformed_register_transformation(std::string_view name) const {
-  return m_transformation_set.get_map_of_t_keypoint(m_transformed_set.get_register(name));
+  return m_transformation_set.get_map_of_place(KPT_TRANSFORMED_SET, m_transformed_set.get_place(name));
 }

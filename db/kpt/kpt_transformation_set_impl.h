@@ -64,6 +64,10 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   KPT_TRANSFORMATION_IMPL* get_map_of_r_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_r_index.find(k)); }
   KPT_TRANSFORMATION_IMPL* get_map_of_t_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_t_index.find(k)); }
 
+  KPT_TRANSFORMATION_IMPL* get_map_of_place(KPT_SET_ENUM side, const KPT_KEYPOINT::PLACE& place) const {
+    return m_maps.at(index(side).find(place));
+  }
+
   /// Points the transformed entry of `replica` to `m`. The map is not touched. Always true.
   bool record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m);
 

@@ -88,7 +88,8 @@ struct KPT_STRINGPAIR_HASH_COMPARE {
   using is_transparent = void;
   using TEXTS = std::pair<std::string_view, std::string_view>;
   std::size_t operator()(const TEXTS& texts) const noexcept {
-    return kpt_hash_bytes(kpt_hash_bytes(0, texts.first), texts.second);
+    const std::size_t first = kpt_hash_bytes(0, texts.first);
+    return texts.second.empty() ? first : kpt_hash_bytes(first, texts.second);
   }
   bool operator()(const TEXTS& a, const TEXTS& b) const noexcept { return a == b; }
 };

@@ -11,11 +11,8 @@
 
 namespace {
 
-using testing::AllOf;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
 
 constexpr char START[] = "TIME: Start unite at : #";

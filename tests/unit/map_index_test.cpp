@@ -61,6 +61,17 @@ TEST_P(MapIndex, FindsWhatWasEntered) {
   EXPECT_EQ(index.size(), 2U);
 }
 
+// A look-up by name hands over where a register stands, without a look at it.
+TEST_P(MapIndex, FindsTheSameByThePlaceOfARegister) {
+  index.set(a, 7);
+  for (const KPT_KEYPOINT_SET_IMPL& set : sets) {
+    const KPT_KEYPOINT::PLACE place = set.get_place(KPT_REGISTER_TEXTS("a"));
+    EXPECT_EQ(place.keypoint, set.get_register("a"));
+    EXPECT_EQ(index.find(place), index.find(set.get_register("a")));
+    EXPECT_EQ(index.find(set.get_place(KPT_REGISTER_TEXTS("absent"))), 0U);
+  }
+}
+
 TEST_P(MapIndex, LastWriterWins) {
   index.set(a, 7);
   index.set(a, 9);

@@ -56,6 +56,19 @@ TEST_F(Association, SignalToSignalMakesBothRegistersAndTheirMap) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
+// An index has a short way for the registers of the first sets that it meets.
+TEST_F(Association, IsFoundAlsoBehindMapsOfTheRegistersOfOtherDatabases) {
+  DATABASE others[2];
+  for (DATABASE& other : others) {
+    ASSERT_TRUE(other->associate_registers_signal_to_signal("a", "x"));
+    db.impl().get_transformation_set()->add_map(other.r("a"), other.t("x"));
+  }
+  EXPECT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
+  EXPECT_EQ(db.r_map("a"), db.impl().get_transformation_set()->get_map_of_r_keypoint(db.r("a")));
+  EXPECT_EQ(db.t_map("x"), db.r_map("a"));
+  EXPECT_EQ(db.of_r("a"), "a~ -> x~");
+}
+
 TEST_F(Association, SignalToInstance) {
   EXPECT_TRUE(db->associate_registers_signal_to_instance("a", "u", "ENT", "dff"));
   const KPT_REGISTER_TRANSFORMATION map = db->get_reference_register_transformation("a");
