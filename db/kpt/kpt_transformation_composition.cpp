@@ -176,7 +176,7 @@ bool KPT_TRANSFORMATION_IMPL::make_union(const KPT_TRANSFORMATION_IMPL& other) {
     return make_simple_union(other);
   }
   state_table_to_edit() = state_table().cross_product_table(other.state_table());
-  m_fsm_flag = 1;
+  m_fsm_flag = true;
   const bool copied = copy_map(other);
   m_elim_status = other.m_elim_status;
   return copied;
@@ -280,7 +280,7 @@ NI_PAIR_VECTOR KPT_TRANSFORMATION_IMPL::translate_vector(const NI_PAIR_VECTOR& s
 KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other, KPT_TRANSLATION& translation)
     : m_r_vector(translate_vector(other.m_r_vector, translation)),
       m_t_vector(translate_vector(other.m_t_vector, translation)),
-      m_fsm_flag(other.map_has_fsm_transformation() ? 1 : 0),
       m_elim_status(other.m_elim_status),
+      m_fsm_flag(other.m_fsm_flag),
       m_state_table(other.map_has_fsm_transformation() ? std::make_unique<KPT_STATE_TABLE_IMPL>(other.state_table())
                                                        : nullptr) {}

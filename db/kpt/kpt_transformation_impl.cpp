@@ -9,11 +9,12 @@
 #include "db/kpt/msg_kpt.h"
 
 // Nearly every register has a map of its own, and a plain one is all inside.
-static_assert(sizeof(KPT_TRANSFORMATION_IMPL) <= 120);
+static_assert(sizeof(KPT_TRANSFORMATION_IMPL) <= 104);
 
 namespace {
 
-enum MAP_KIND : int { PLAIN = 0, FSM = 1 };
+constexpr bool PLAIN = false;
+constexpr bool FSM = true;
 
 NI_PAIR_VECTOR single_pair(KPT_KEYPOINT* keypoint) {
   NI_PAIR_VECTOR side(1);
@@ -53,8 +54,8 @@ auto position_in(LIST& group, const KPT_KEYPOINT* keypoint) {
 KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(KPT_KEYPOINT* reference, KPT_KEYPOINT* transformed)
     : m_r_vector(single_pair(reference)),
       m_t_vector(single_pair(transformed)),
-      m_fsm_flag(PLAIN),
-      m_elim_status(KPT_NOT_ELIMINATED) {}
+      m_elim_status(KPT_NOT_ELIMINATED),
+      m_fsm_flag(PLAIN) {}
 
 KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(const KPT_KEYPOINT_LIST& reference_registers,
                                                  const KPT_KEYPOINT_LIST& transformed_registers,
@@ -68,7 +69,7 @@ KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(const NI_PAIR_VECTOR& r_vector,
 
 KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(NI_PAIR_VECTOR&& r_vector, NI_PAIR_VECTOR&& t_vector,
                                                  KPT_ELIM_ENUM status)
-    : m_r_vector(std::move(r_vector)), m_t_vector(std::move(t_vector)), m_fsm_flag(PLAIN), m_elim_status(status) {}
+    : m_r_vector(std::move(r_vector)), m_t_vector(std::move(t_vector)), m_elim_status(status), m_fsm_flag(PLAIN) {}
 
 KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(const NI_PAIR_VECTOR& r_vector, const NI_PAIR_VECTOR& t_vector,
                                                  const KPT_STATE_TABLE_IMPL& table, KPT_ELIM_ENUM status)
@@ -79,16 +80,16 @@ KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(NI_PAIR_VECTOR&& r_vector, NI_P
                                                  KPT_STATE_TABLE_IMPL&& table, KPT_ELIM_ENUM status)
     : m_r_vector(std::move(r_vector)),
       m_t_vector(std::move(t_vector)),
-      m_fsm_flag(FSM),
       m_elim_status(status),
+      m_fsm_flag(FSM),
       m_state_table(std::make_unique<KPT_STATE_TABLE_IMPL>(std::move(table))) {}
 
 KPT_TRANSFORMATION_IMPL::KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other)
     : KPT_ZEROED(other),
       m_r_vector(other.m_r_vector),
       m_t_vector(other.m_t_vector),
-      m_fsm_flag(other.m_fsm_flag),
       m_elim_status(other.m_elim_status),
+      m_fsm_flag(other.m_fsm_flag),
       m_state_table(other.m_state_table == nullptr ? nullptr
                                                    : std::make_unique<KPT_STATE_TABLE_IMPL>(*other.m_state_table)) {}
 

@@ -62,7 +62,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   /// the same map to a caller, whatever befell the registers since.
   bool operator==(const KPT_TRANSFORMATION_IMPL& other) const;
 
-  bool map_has_fsm_transformation() const { return m_fsm_flag == 1; }
+  bool map_has_fsm_transformation() const { return m_fsm_flag; }
   KPT_ELIM_ENUM get_elim_status() const { return m_elim_status; }
 
   NI_PAIR_VECTOR& r_vec() { return m_r_vector; }
@@ -358,14 +358,15 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
 
   NI_PAIR_VECTOR m_r_vector;
   NI_PAIR_VECTOR m_t_vector;
-  // 1 with a state machine. The unateness query takes any value but 0 for one.
-  int m_fsm_flag;
   KPT_ELIM_ENUM m_elim_status;
+  // The map's place in the order of creation of its set; 0 outside a set. It
+  // shares its word with the flag: a map is 104 bytes, and a word more would
+  // be eight.
+  std::uint32_t m_position : 31 = 0;
+  bool m_fsm_flag : 1;  // with a state machine
   // Made when first changed: until then a plain map has the shared identity.
   std::unique_ptr<KPT_STATE_TABLE_IMPL> m_state_table;
   KPT_ATTRIBUTES m_attributes;
-  // The map's place in the order of creation of its set; 0 outside a set.
-  std::uint32_t m_position = 0;
 };
 
 // What every walk over a group rests on, for the compiler to see through.

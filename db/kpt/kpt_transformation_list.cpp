@@ -1,6 +1,8 @@
 #include "db/kpt/kpt_transformation_list.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <new>
 
 #include "db/kpt/kpt_transformation_impl.h"
 
@@ -11,8 +13,13 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_LIST::back() const {
   return last == m_cells.rend() ? nullptr : *last;
 }
 
+// A position has 31 bits; beyond them there is no room, as when memory ends.
 void KPT_TRANSFORMATION_LIST::make_room(std::size_t more) {
+  constexpr std::size_t LAST_POSITION = INT32_MAX;
   const std::size_t wanted = m_cells.size() + more;
+  if (wanted > LAST_POSITION) {
+    throw std::bad_alloc();
+  }
   if (wanted > m_cells.capacity()) {
     m_cells.reserve(std::max(wanted, 2 * m_cells.capacity()));
   }
@@ -20,7 +27,7 @@ void KPT_TRANSFORMATION_LIST::make_room(std::size_t more) {
 
 void KPT_TRANSFORMATION_LIST::append(KPT_TRANSFORMATION_IMPL* map) {
   m_cells.push_back(map);
-  map->m_position = static_cast<std::uint32_t>(m_cells.size());
+  map->m_position = static_cast<std::uint32_t>(m_cells.size()) & INT32_MAX;
   ++m_size;
 }
 

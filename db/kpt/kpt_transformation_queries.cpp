@@ -43,7 +43,7 @@ bool KPT_TRANSFORMATION_IMPL::register_association_is_unate(unsigned long r_inde
   if (!r_found || !t_found) {
     return false;
   }
-  if (m_fsm_flag != 0) {
+  if (m_fsm_flag) {
     return unate != KPT_POSITIVE_UNATE ? state_table().check_negative_unateness(r_column, t_column)
                                        : state_table().check_positive_unateness(r_column, t_column);
   }
