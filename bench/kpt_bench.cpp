@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
 #include <memory>
 
 #include "bench/workload.h"
@@ -38,16 +39,22 @@ double peak_resident_mebibytes() {
   return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
+// Gives back what is free, and begins to look for the peak anew.
+void forget_peak() {
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+
 // How much the run adds to the resident memory, at most, in a child.
 double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
   const RUN run = workload.prepare(count);
-  malloc_trim(0);
   int ends[2];
   if (pipe(ends) != 0) {
     return 0;
   }
   const pid_t child = fork();
   if (child == 0) {
+    forget_peak();
     const double before = peak_resident_mebibytes();
     run();
     const double added = peak_resident_mebibytes() - before;

@@ -17,7 +17,6 @@
 
 namespace {
 
-constexpr std::uint64_t MOST_SAVED_BITS = std::uint64_t{1} << 16U;
 // The elements around the bits of a state cost as much as so many of these.
 constexpr std::uint64_t STATE_BITS = 4;
 
@@ -105,7 +104,6 @@ std::uint64_t kpt_fuzz::table_bits(KPT_KEYPOINTS_DB_IMPL& db) {
   return bits;
 }
 
-bool kpt_fuzz::is_small(KPT_KEYPOINTS_DB_IMPL& db) { return table_bits(db) <= MOST_SAVED_BITS; }
 
 void kpt_fuzz::save(KPT_KEYPOINTS_DB_IMPL& db, const MEMORY_FILE& file) {
   if (!db.save(file.path())) {

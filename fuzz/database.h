@@ -38,12 +38,9 @@ DATABASE load(const MEMORY_FILE& file);
 /// Looks every register of both sets up and asks every map everything.
 void ask(KPT_KEYPOINTS_DB_IMPL& db);
 
-/// The bits of all state tables of the database, as declared, and some for every state.
+/// The bits of all state tables of the database, as declared, and some for every
+/// state. Each of them takes some 40 bytes of a saved file.
 std::uint64_t table_bits(KPT_KEYPOINTS_DB_IMPL& db);
-
-/// Whether the file of the database is of a size worth writing and reading: every declared
-/// bit of a table takes some 40 bytes.
-bool is_small(KPT_KEYPOINTS_DB_IMPL& db);
 
 /// Saves the database; ends the process when that fails.
 void save(KPT_KEYPOINTS_DB_IMPL& db, const MEMORY_FILE& file);

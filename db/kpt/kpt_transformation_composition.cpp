@@ -245,6 +245,9 @@ KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::find_register_in_s_vector(const NI_PAIR_V
   return find_namesake(side, NAMES(false, name, entity_name, register_type));
 }
 
+// The status comes as it stands, also where this map inverts: it is said of the
+// registers between the stages, and a consumer of the second stage's constants
+// finds them as that stage told them.
 bool KPT_TRANSFORMATION_IMPL::update_transformations(const KPT_TRANSFORMATION_IMPL& other, KPT_KEYPOINT_LIST& entered,
                                                      KPT_KEYPOINT_LIST& left) {
   for_each_keypoint(m_t_vector, [&](KPT_KEYPOINT* keypoint) { left.push_back(keypoint); });
