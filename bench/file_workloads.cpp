@@ -156,11 +156,11 @@ std::vector<WORKLOAD> file_workloads() {
   return {{"save/kpt", save_kpt},
           {"save/copy_and_write", save_copy},
           {"save/stream_flushed_a_line", save_flushed},
-          {"load/kpt", load_kpt, CLOCK::USER, true},
-          {"load/two_dom_parses", load_two_doms, CLOCK::USER, true},
-          {"load/xerces_sax2", load_sax2, CLOCK::USER, true},
-          {"load/pugixml", load_pugixml, CLOCK::USER, true},
-          {"load/expat", load_expat, CLOCK::USER, true}};
+          {"load/kpt", load_kpt, CLOCK::USER},
+          {"load/two_dom_parses", load_two_doms, CLOCK::USER},
+          {"load/xerces_sax2", load_sax2, CLOCK::USER},
+          {"load/pugixml", load_pugixml, CLOCK::USER},
+          {"load/expat", load_expat, CLOCK::USER}};
 }
 
 }  // namespace bench

@@ -20,7 +20,6 @@ struct WORKLOAD {
   std::string name;  // "group/who"
   std::function<RUN(unsigned registers)> prepare;
   CLOCK clock = CLOCK::WALL;
-  bool peak = false;  // measure the peak memory too, in a process of its own
 };
 
 std::vector<WORKLOAD> record_workloads();

@@ -104,7 +104,6 @@ std::uint64_t kpt_fuzz::table_bits(KPT_KEYPOINTS_DB_IMPL& db) {
   return bits;
 }
 
-
 void kpt_fuzz::save(KPT_KEYPOINTS_DB_IMPL& db, const MEMORY_FILE& file) {
   if (!db.save(file.path())) {
     std::abort();

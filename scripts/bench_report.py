@@ -73,8 +73,7 @@ def memory_rows(figures, sizes):
     for name in ("record/kpt", "record/flat", "record/sqlite", "record/textbook"):
         yield [f"`{name}`, bytes per register"] + [f"{figures[name][size]['heap']:.0f}" for size in sizes]
     for name, runs in figures.items():
-        if name.startswith("load/"):
-            yield [f"`{name}`, peak MiB"] + [f"{runs[size].get('peak_MiB', 0):.0f}" for size in sizes]
+        yield [f"`{name}`, peak MiB"] + [f"{runs[size]['peak_MiB']:.1f}" for size in sizes]
 
 
 def data_block(name):
@@ -119,7 +118,7 @@ def main():
         "Nanoseconds per register (CPU time for loading, wall time for the rest):",
         "",
         table(["workload"] + heads, cost_rows(figures, sizes)),
-        "Memory:",
+        "Memory: what stays per register, and what a run adds at most:",
         "",
         table(["what"] + heads, memory_rows(figures, sizes)),
         "![nanoseconds per register over the number of registers](figures/cost.svg)",
