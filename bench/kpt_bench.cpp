@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cmath>
 #include <fstream>
 #include <memory>
 
@@ -40,12 +41,14 @@ double peak_resident_mebibytes() {
 }
 
 // Gives back what is free, and begins to look for the peak anew.
-void forget_peak() {
+bool forget_peak() {
   malloc_trim(0);
-  std::ofstream("/proc/self/clear_refs") << "5";
+  std::ofstream file("/proc/self/clear_refs");
+  return static_cast<bool>(file << "5" << std::flush);
 }
 
-// How much the run adds to the resident memory, at most, in a child.
+// How much the run adds to the resident memory, at most, in a child; no number
+// when that cannot be told.
 double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
   const RUN run = workload.prepare(count);
   int ends[2];
@@ -54,7 +57,9 @@ double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
   }
   const pid_t child = fork();
   if (child == 0) {
-    forget_peak();
+    if (!forget_peak()) {
+      _exit(1);
+    }
     const double before = peak_resident_mebibytes();
     run();
     const double added = peak_resident_mebibytes() - before;
@@ -63,7 +68,7 @@ double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
   close(ends[1]);
   double added = 0;
   if (read(ends[0], &added, sizeof added) != sizeof added) {
-    added = 0;
+    added = std::nan("");
   }
   close(ends[0]);
   waitpid(child, nullptr, 0);

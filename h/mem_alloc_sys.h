@@ -50,7 +50,7 @@ class KPT_HOST_API MEM_MANAGER {
 class KPT_HOST_API MEM_INITIALIZER {
  public:
   explicit MEM_INITIALIZER(const char* tag);
-  ~MEM_INITIALIZER();
+  ~MEM_INITIALIZER();  // NOLINT(performance-trivially-destructible): each host has its own
   MEM_INITIALIZER(const MEM_INITIALIZER&) = delete;
   MEM_INITIALIZER& operator=(const MEM_INITIALIZER&) = delete;
 };

@@ -1,9 +1,9 @@
 // A value for each of many keypoints, the default value for all others.
 //
-// Ownership: owns its values, never the keypoints. The entry of a set's
-// keypoint is never taken for one of another, since the set's number and the
-// places in it are given out once. A keypoint outside every set is known by
-// its address and must outlive its entry.
+// Ownership: owns its values, never the keypoints. The entry of a keypoint of
+// the first two sets that are met is never taken for one of another, since the
+// set's number and the places in it are given out once. Any other keypoint is
+// known by its address and must outlive its entry.
 //
 // The keypoints of the first two sets that are met, which are all that an
 // index of one database ever sees, are looked up by their place in an array a

@@ -85,10 +85,11 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view
   return get_register(KPT_REGISTER_TEXTS(name, entity, register_type));
 }
 
-// What a register of this set is called now. Its hash is nearly always the one
-// that it was entered with.
+// What a register is called now. Its hash is nearly always the one that this
+// set entered it with.
 KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::texts_of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, bool as_signal) const {
-  const bool as_entered = keypoint.is_as_entered() && keypoint.register_is_signal() == as_signal;
+  const bool as_entered =
+      keypoint.m_set == m_number && keypoint.is_as_entered() && keypoint.register_is_signal() == as_signal;
   const std::string_view name = keypoint.get_element_name();
   if (as_signal) {
     return as_entered ? KPT_REGISTER_TEXTS(name, m_hashes[keypoint.m_place]) : KPT_REGISTER_TEXTS(name);
@@ -143,7 +144,8 @@ bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name, std::string_v
 }
 
 bool KPT_KEYPOINT_SET_IMPL::delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
-  return remove(keypoint.is_as_entered() ? &keypoint : get_namesake(keypoint));
+  const bool stands_here = keypoint.m_set == m_number && m_standings[keypoint.m_place] != RETIRED;
+  return remove(stands_here && keypoint.is_as_entered() ? &keypoint : get_namesake(keypoint));
 }
 
 KPT_KEYPOINT_LIST KPT_KEYPOINT_SET_IMPL::get_list_of_keypoints() const {

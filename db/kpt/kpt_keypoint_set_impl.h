@@ -53,7 +53,7 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   void fetch(const KPT_REGISTER_TEXTS& texts) const;
 
   /// The register of this set that a register of any set is called after: by
-  /// its name, or for a block instance by its three texts. Null when absent.
+  /// its name, or for a block instance by its name and type. Null when absent.
   KPT_REGISTER_KEYPOINT_IMPL* get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const;
 
   /// The same for a register of `other`, whose hash that set knows.
@@ -69,8 +69,9 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   bool delete_register(std::string_view name, std::string_view entity, std::string_view register_type);
   /// The same by texts whose hash is known.
   bool delete_register(const KPT_REGISTER_TEXTS& texts) { return remove(get_register(texts)); }
-  /// Deletes the register that is called as this one of the set is now, which
-  /// is another when the two were renamed. False when there is none.
+  /// Deletes the register that is called as this one is now: mostly this very
+  /// one, another when it was renamed, has left the set or is of another set.
+  /// False when there is none.
   bool delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
 
   KPT_KEYPOINT_LIST get_list_of_keypoints() const;

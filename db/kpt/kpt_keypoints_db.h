@@ -67,7 +67,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// Writes the database file beside its target and renames it; refuses names
   /// that could not be read back. On failure an earlier file is untouched and
   /// nothing else stays; a process that is killed may leave a file ".kpt-*",
-  /// which a later save to the same target removes.
+  /// which a later save that replaces the target removes if it may write it.
   bool save_atomically(std::string_view file_name) const;
 
   /// The map of a signal register, or a null handle.

@@ -105,7 +105,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// line, when a name could not be read back or anything cannot be written;
   /// an earlier file of that name is then untouched and nothing else stays.
   /// A process that is killed meanwhile may leave a file ".kpt-*" in the
-  /// folder, which a later save to the same target removes.
+  /// folder, which a later save that replaces the target removes if it may
+  /// write it.
   bool save_atomically(std::string_view file_name);
 
   /// Fills this database from a parsed file. False when something follows the transformations.

@@ -77,7 +77,7 @@ auto retried(CALL call) {
 //
 // The new file is locked as long as the object lives. A file of a temporary
 // name that nobody locks was left by a process that was killed: whoever comes
-// upon it removes it.
+// upon it removes it, if it may be opened to see to the lock.
 //
 // Ownership: owns the folder's descriptor and the lock, and removes the new
 // file unless `replace_target` succeeded. The descriptor that `open` returns is

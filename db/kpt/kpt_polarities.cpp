@@ -23,28 +23,31 @@ KPT_POLARITIES::STANDING KPT_POLARITIES::of(const KPT_TRANSFORMATION_IMPL& map, 
     return {false, false};
   }
   const NI_PAIR& pair = side.front();
-  if (pair.first.size() + pair.second.size() <= FEW) {
+  const bool few = pair.first.size() + pair.second.size() <= FEW;
+  const auto [entry, is_first] = few ? std::pair(m_large.end(), true) : m_large.try_emplace(&map);
+  if (is_first) {
     return {contains(pair.first, keypoint), contains(pair.second, keypoint)};
   }
-  const GROUPS& groups = sorted(map, pair);
+  GROUPS& groups = entry->second;
+  if (!groups.sorted) {
+    sort(groups, pair);
+  }
   return {contains_sorted(groups.n, keypoint), contains_sorted(groups.i, keypoint)};
 }
 
-const KPT_POLARITIES::GROUPS& KPT_POLARITIES::sorted(const KPT_TRANSFORMATION_IMPL& map, const NI_PAIR& pair) {
-  const auto [entry, is_new] = m_sorted.try_emplace(&map);
-  GROUPS& groups = entry->second;
-  if (is_new) {
-    groups.n.assign(pair.first.begin(), pair.first.end());
-    groups.i.assign(pair.second.begin(), pair.second.end());
-    std::sort(groups.n.begin(), groups.n.end(), std::less<>());
-    std::sort(groups.i.begin(), groups.i.end(), std::less<>());
-  }
-  return groups;
+// Not before the second question: a map that grows between any two would be
+// sorted for each.
+void KPT_POLARITIES::sort(GROUPS& groups, const NI_PAIR& pair) {
+  groups.n.assign(pair.first.begin(), pair.first.end());
+  groups.i.assign(pair.second.begin(), pair.second.end());
+  std::sort(groups.n.begin(), groups.n.end(), std::less<>());
+  std::sort(groups.i.begin(), groups.i.end(), std::less<>());
+  groups.sorted = true;
 }
 
 void KPT_POLARITIES::exchanged(const KPT_TRANSFORMATION_IMPL& map) {
-  const auto entry = m_sorted.find(&map);
-  if (entry != m_sorted.end()) {
+  const auto entry = m_large.find(&map);
+  if (entry != m_large.end()) {
     entry->second.n.swap(entry->second.i);
   }
 }

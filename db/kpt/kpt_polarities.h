@@ -6,7 +6,7 @@
 // A map answers by walking its groups, which is the quickest for the few
 // registers that nearly every index has. Asked for each of the thousands that
 // were merged into one, it would walk them thousands of times: such groups are
-// sorted once.
+// sorted when they are asked for the second time.
 #ifndef KPT_POLARITIES_H
 #define KPT_POLARITIES_H
 
@@ -29,20 +29,21 @@ class KPT_POLARITIES {
   STANDING of(const KPT_TRANSFORMATION_IMPL& map, const KPT_KEYPOINT* keypoint);
   /// The groups of the side have changed places.
   void exchanged(const KPT_TRANSFORMATION_IMPL& map);
-  void forget(const KPT_TRANSFORMATION_IMPL& map) { m_sorted.erase(&map); }
+  void forget(const KPT_TRANSFORMATION_IMPL& map) { m_large.erase(&map); }
 
  private:
   using KEYPOINTS = std::vector<const KPT_KEYPOINT*, MEM_STL_ALLOCATOR<const KPT_KEYPOINT*>>;
   struct GROUPS {
+    bool sorted = false;
     KEYPOINTS n;
     KEYPOINTS i;
   };
-  const GROUPS& sorted(const KPT_TRANSFORMATION_IMPL& map, const NI_PAIR& pair);
+  static void sort(GROUPS& groups, const NI_PAIR& pair);
 
   KPT_SET_ENUM m_side;
   boost::unordered_flat_map<const KPT_TRANSFORMATION_IMPL*, GROUPS, boost::hash<const KPT_TRANSFORMATION_IMPL*>,
                             std::equal_to<>, MEM_STL_ALLOCATOR<std::pair<const KPT_TRANSFORMATION_IMPL* const, GROUPS>>>
-      m_sorted;
+      m_large;
 };
 
 #endif

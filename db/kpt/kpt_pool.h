@@ -31,18 +31,22 @@ class KPT_POOL {
   }
 
   /// Builds an object in the place that was given back last, else in the next
-  /// of all. The place counts as taken only once the object stands.
+  /// of all. The place counts as taken only once the object stands; what a
+  /// constructor that throws left in it is cleared.
   template <class... A>
   T* construct(A&&... arguments) {
-    if (m_free == nullptr && m_count == m_blocks.size() * BLOCK) {
+    if (m_free != nullptr) {
+      PLACE* next = nullptr;
+      std::memcpy(&next, static_cast<const void*>(m_free), sizeof next);
+      T* object = build(m_free, next, std::forward<A>(arguments)...);
+      m_free = next;
+      return object;
+    }
+    if (m_count == m_blocks.size() * BLOCK) {
       add_block();
     }
-    PLACE* place = m_free != nullptr ? m_free : place_at(m_count);
-    PLACE* next = nullptr;
-    std::memcpy(&next, static_cast<const void*>(place), sizeof next);
-    T* object = std::construct_at(reinterpret_cast<T*>(place), std::forward<A>(arguments)...);
-    m_count += m_free == nullptr ? 1U : 0U;
-    m_free = next;
+    T* object = build(place_at(m_count), nullptr, std::forward<A>(arguments)...);
+    ++m_count;
     return object;
   }
 
@@ -50,8 +54,7 @@ class KPT_POOL {
   void destroy(T* object) noexcept {
     std::destroy_at(object);
     auto* place = reinterpret_cast<PLACE*>(object);
-    std::memset(static_cast<void*>(place), 0, sizeof(PLACE));
-    std::memcpy(static_cast<void*>(place), &m_free, sizeof m_free);
+    clear(place, m_free);
     m_free = place;
   }
 
@@ -69,6 +72,22 @@ class KPT_POOL {
     std::byte bytes[sizeof(T)];
   };
   static_assert(sizeof(PLACE) >= sizeof(void*));
+
+  template <class... A>
+  static T* build(PLACE* place, PLACE* next, A&&... arguments) {
+    try {
+      return std::construct_at(reinterpret_cast<T*>(place), std::forward<A>(arguments)...);
+    } catch (...) {
+      clear(place, next);
+      throw;
+    }
+  }
+
+  // Zeros, but for the link of a place that is free.
+  static void clear(PLACE* place, PLACE* next) noexcept {
+    std::memset(static_cast<void*>(place), 0, sizeof(PLACE));
+    std::memcpy(static_cast<void*>(place), &next, sizeof next);
+  }
 
   PLACE* place_at(std::uint32_t k) const noexcept { return m_blocks[k / BLOCK] + k % BLOCK; }
 

@@ -20,11 +20,9 @@ struct KPT_REGISTER_KEYPOINT_IMPL::EXTRAS : KPT_ZEROED {
 
 namespace {
 
-// What a signal answers for its entity and register type.
-const KPT_STRING& no_text() {
-  static const KPT_STRING empty;
-  return empty;
-}
+// What a signal answers for its entity and register type. Made when the library
+// is loaded: a client may ask in its own last moments.
+const KPT_STRING s_no_text;
 
 }  // namespace
 
@@ -66,11 +64,11 @@ void KPT_REGISTER_KEYPOINT_IMPL::set_element_name(std::string_view name) {
 }
 
 const KPT_STRING& KPT_REGISTER_KEYPOINT_IMPL::get_entity_name() const {
-  return m_extras == nullptr ? no_text() : m_extras->entity;
+  return m_extras == nullptr ? s_no_text : m_extras->entity;
 }
 
 const KPT_STRING& KPT_REGISTER_KEYPOINT_IMPL::get_register_type() const {
-  return m_extras == nullptr ? no_text() : m_extras->register_type;
+  return m_extras == nullptr ? s_no_text : m_extras->register_type;
 }
 
 bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_signal(std::string_view name) {

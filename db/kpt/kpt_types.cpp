@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#ifdef __SSE2__
+#ifdef __x86_64__
 #include <emmintrin.h>
 #endif
 
@@ -52,7 +52,7 @@ std::uint64_t hash_of_word(std::uint64_t word) {
   return (fours & FOURS) * POWERS[4] + (fours >> 32U) - RAISED;
 }
 
-// The hash of up to fifteen bytes behind `hash`, eight bytes a step. The last
+// The hash of bytes behind `hash`, eight bytes a step. The last
 // are a word whose first bytes are zero: a zero in front adds nothing.
 std::uint64_t hash_words(std::uint64_t hash, const char* p, std::size_t size) {
   std::size_t left = size;
@@ -66,7 +66,7 @@ std::uint64_t hash_words(std::uint64_t hash, const char* p, std::size_t size) {
   return hash;
 }
 
-#ifdef __SSE2__
+#ifdef __x86_64__
 // The hash of sixteen bytes: neighbours are joined to pairs, pairs to fours.
 // A pair is at most 128 * 18, which a lane of 16 bits holds.
 std::uint64_t hash_of_block(__m128i bytes) {

@@ -243,7 +243,7 @@ class KeypointSetModel : public testing::Test {
         }
         break;
       case 12:
-        if (any != nullptr && any->in_set) {
+        if (any != nullptr) {
           const MODEL_KEYPOINT copy = *any;
           ASSERT_EQ(set.delete_namesake(*real(copy)), model.remove(copy.is_signal, copy.name, copy.type));
         }
