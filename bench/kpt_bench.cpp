@@ -99,7 +99,7 @@ void measure(benchmark::State& state, const WORKLOAD& workload) {
   const auto count = static_cast<unsigned>(state.range(0));
   double time = 0;
   double heap = 0;
-  for (auto _ : state) {
+  for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores): how the library counts
     const RUN run = workload.prepare(count);
     touch_memory(count);
     const double heap_before = heap_in_use();
