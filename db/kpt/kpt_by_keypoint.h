@@ -29,7 +29,7 @@ class KPT_BY_KEYPOINT {
     const VALUE* value = find_cell(keypoint);
     return value == nullptr ? VALUE() : *value;
   }
-
+  /// The same, without a look at the keypoint.
   VALUE find(const KPT_KEYPOINT::PLACE& place) const {
     const VALUE* value = find_cell(place);
     return value == nullptr ? VALUE() : *value;

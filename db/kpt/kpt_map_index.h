@@ -13,7 +13,7 @@ class KPT_MAP_INDEX {
  public:
   /// The position (from 1) entered for the keypoint, or 0. Null is never entered.
   std::uint32_t find(const KPT_KEYPOINT* keypoint) const { return m_positions.find(keypoint); }
-
+  /// The same, without a look at the keypoint.
   std::uint32_t find(const KPT_KEYPOINT::PLACE& place) const { return m_positions.find(place); }
   /// Asks for the memory that `find` reads.
   void fetch(const KPT_KEYPOINT* keypoint) const { __builtin_prefetch(m_positions.find_cell(keypoint)); }

@@ -64,6 +64,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   KPT_TRANSFORMATION_IMPL* get_map_of_r_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_r_index.find(k)); }
   KPT_TRANSFORMATION_IMPL* get_map_of_t_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_t_index.find(k)); }
 
+  /// The same from where a register stands, as a look-up by name gives it: the
+  /// keypoint is not looked at. The transformed index for the transformed side.
   KPT_TRANSFORMATION_IMPL* get_map_of_place(KPT_SET_ENUM side, const KPT_KEYPOINT::PLACE& place) const {
     return m_maps.at(index(side).find(place));
   }

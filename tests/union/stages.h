@@ -6,12 +6,15 @@
 #ifndef TESTS_UNION_STAGES_H
 #define TESTS_UNION_STAGES_H
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_state_table.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
+#include "host/kpt_host.h"
 #include "tests/support/host_lines.h"
 #include "tests/support/maps.h"
 #include "tests/support/state_table_text.h"
@@ -72,6 +75,19 @@ class SET : public KPT_TRANSFORMATION_SET_IMPL {
 
  private:
   REGISTERS& m_registers;
+};
+
+/// Two stages over the same registers, and what is said while they are united.
+class TWO_SETS : public testing::Test {
+ protected:
+  ~TWO_SETS() override { kpt_host::clear_switches(); }
+
+  LINES debug() { return masked(lines.take_debug()); }
+
+  HOST_LINES lines;
+  REGISTERS registers;
+  SET db1{registers};
+  SET db2{registers};
 };
 
 }  // namespace kpt_test

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/kpt_host.h"
 #include "tests/union/stages.h"
 
 namespace {
@@ -13,17 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
 
-class UniteSetComposition : public testing::Test {
- protected:
-  ~UniteSetComposition() override { kpt_host::clear_switches(); }
-
-  LINES debug() { return masked(lines.take_debug()); }
-
-  HOST_LINES lines;
-  REGISTERS registers;
-  SET db1{registers};
-  SET db2{registers};
-};
+using UniteSetComposition = TWO_SETS;
 
 TEST_F(UniteSetComposition, FindsTheSuccessorThroughAnEquivalent) {
   db1.plain("a -> x y");

@@ -13,17 +13,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
 
-class UniteSet : public testing::Test {
- protected:
-  ~UniteSet() override { kpt_host::clear_switches(); }
-
-  LINES debug() { return masked(lines.take_debug()); }
-
-  HOST_LINES lines;
-  REGISTERS registers;
-  SET db1{registers};
-  SET db2{registers};
-};
+using UniteSet = TWO_SETS;
 
 // ---- Nothing to do ----
 

@@ -12,15 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
 
-class LeftoversUnderSwitch : public testing::Test {
- protected:
-  ~LeftoversUnderSwitch() override { kpt_host::clear_switches(); }
-
-  HOST_LINES lines;
-  REGISTERS registers;
-  SET db1{registers};
-  SET db2{registers};
-};
+using LeftoversUnderSwitch = TWO_SETS;
 
 TEST_F(LeftoversUnderSwitch, StayBehindWithoutAWordWhenItIsOff) {
   db2.plain("x -> p");
