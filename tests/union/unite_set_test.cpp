@@ -231,6 +231,28 @@ TEST_F(UniteSet, ReportsTheEmptyReferenceSideOfASecondMap) {
   EXPECT_THAT(debug(), ElementsAre(LOOP_1, EMPTY_R, EMPTY_R, LOOP_2, LOOP_3));
 }
 
+// Groups of many registers are looked through in another way, and that way has
+// to follow what becomes of their maps: "s" joins the group when its map is
+// fused, and is then asked for by the next map of the first stage.
+TEST(LargeGroup, AlignsARegisterThatJoinedItAsASmallOneDoes) {
+  const auto united = [](int further) {
+    REGISTERS registers;
+    SET first(registers);
+    SET second(registers);
+    std::string group = "x y";
+    for (int k = 0; k < further; ++k) {
+      group += " r" + std::to_string(k);
+    }
+    first.plain("a -> x y s");
+    first.plain("b -> ~s");
+    second.plain(group + " -> p");
+    second.plain("s -> q");
+    first.unite(second);
+    return maps_of(first);
+  };
+  EXPECT_EQ(united(40), united(0));
+}
+
 // ---- With itself ----
 
 // A copy is consumed, so that no map is read after it was deleted: each map
