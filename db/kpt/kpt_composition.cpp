@@ -1,8 +1,11 @@
 #include "db/kpt/kpt_composition.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "db/kpt/composition/kpt_composition_writer.h"
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/msg_kpt.h"
 #include "h/gen_sys.h"
 
 namespace {
@@ -37,8 +40,11 @@ KPT_COMPOSITION::KPT_COMPOSITION(STAGES stages, const KPT_COMPOSITION_OPTIONS& o
 
 bool KPT_COMPOSITION::compose(KPT_KEYPOINTS_DB_IMPL& result) {
   if (m_stages.empty()) {
-    m_errors.push_back("there are no stages");
-    return false;
+    return refuse("there are no stages");
+  }
+  if (!result.get_reference_set()->is_empty() || !result.get_transformed_set()->is_empty() ||
+      std::find(m_stages.begin(), m_stages.end(), &result) != m_stages.end()) {
+    return refuse("the database that is to hold the composition is not empty");
   }
   SOLUTION solution(m_stages, m_options.keeps_unrecorded);
   if (!stages_fit(solution)) {
@@ -63,17 +69,23 @@ bool KPT_COMPOSITION::solve(SOLUTION& solution, const SKIPPED& skipped) const {
   return solution.machines.solve();
 }
 
+bool KPT_COMPOSITION::refuse(KPT_STRING reason) {
+  kpt_msg_debug("Error: Stages not composed: %s", reason.c_str());
+  m_report.errors.push_back(std::move(reason));
+  return false;
+}
+
 bool KPT_COMPOSITION::stages_fit(const SOLUTION& solution) {
   std::size_t stage = 1;
   for (const auto& [starts_from, known] : solution.netlists.fits()) {
     ++stage;
-    m_fits.push_back("stage " + text(stage) + " starts from " + text(starts_from) + " registers, " + text(known) +
-                     " of them known to stage " + text(stage - 1));
+    m_report.fits.push_back("stage " + text(stage) + " starts from " + text(starts_from) + " registers, " +
+                            text(known) + " of them known to stage " + text(stage - 1));
     if (static_cast<double>(known) < m_options.least_share * static_cast<double>(starts_from)) {
-      m_errors.push_back("stage " + text(stage) + " does not follow stage " + text(stage - 1) + ": " + m_fits.back());
+      refuse("stage " + text(stage) + " does not follow stage " + text(stage - 1) + ": " + m_report.fits.back());
     }
   }
-  return m_errors.empty();
+  return m_report.errors.empty();
 }
 
 // ---- What is told ----
@@ -90,11 +102,11 @@ void KPT_COMPOSITION::tell_contradiction(const SOLUTION& solution) {
     }
   }
   const bool is_machine = nodes.size() > 2 || of_maps.empty();
-  m_errors.push_back(contradicting_stages() +
-                     (is_machine              ? " leave no state to the machine of "
-                      : registers.size() == 1 ? " say 0 and 1 of "
-                                              : " say that these are equal and inverse: ") +
-                     listed(registers));
+  refuse(contradicting_stages() +
+         (is_machine              ? " leave no state to the machine of "
+          : registers.size() == 1 ? " say 0 and 1 of "
+                                  : " say that these are equal and inverse: ") +
+         listed(registers));
 }
 
 // The stages without any of which nothing contradicts: each in turn is left
@@ -113,12 +125,23 @@ KPT_STRING KPT_COMPOSITION::contradicting_stages() const {
   return (stages.size() == 1 ? "the maps of stage " : "stages ") + listed(stages);
 }
 
+// One line for all of a kind, with the first as the example.
 void KPT_COMPOSITION::warn(const SOLUTION& solution) {
-  for (const auto& [stage, map, node] : solution.statements.silent_machines()) {
-    m_warnings.push_back("stage " + text(stage + 1) + ": the table of a machine has not its size and says nothing" +
-                         (node == KPT_NETLISTS::NONE ? KPT_STRING() : ": " + solution.netlists.describe(node)));
+  const auto& silent = solution.statements.silent_machines();
+  if (!silent.empty()) {
+    const auto& [stage, map, node] = silent.front();
+    m_report.warnings.push_back(text(silent.size()) +
+                                " machines have tables that do not fit them and say nothing: of stage " +
+                                text(stage + 1) + ", with " + solution.netlists.describe(node));
   }
-  for (std::size_t k = 0; k < solution.machines.left_apart().size(); ++k) {
-    m_warnings.push_back("machines stay apart whose join has more than 65535 rows or columns");
+  const auto& apart = solution.machines.left_apart();
+  if (!apart.empty()) {
+    const auto node = apart.front().empty() ? KPT_NETLISTS::NONE : apart.front().front();
+    m_report.warnings.push_back(text(apart.size()) +
+                                " joins of machines have more than 65535 rows or columns and were not made: with " +
+                                solution.netlists.describe(node));
+  }
+  for (const KPT_STRING& warning : m_report.warnings) {
+    kpt_msg_debug("Info: %s", warning.c_str());
   }
 }

@@ -39,6 +39,16 @@ struct KPT_COMPOSITION_OPTIONS {
   bool keeps_unrecorded = false;
 };
 
+/// What is told of a composition, a line each.
+struct KPT_COMPOSITION_REPORT {
+  /// "stage 2 starts from N registers, M of them known to stage 1", and so on.
+  KPT_STRING_VECTOR fits;
+  /// What the stages say and the composition does not.
+  KPT_STRING_VECTOR warnings;
+  /// Why nothing was written.
+  KPT_STRING_VECTOR errors;
+};
+
 class KPT_EXPORT KPT_COMPOSITION {
  public:
   using STAGES = std::vector<KPT_KEYPOINTS_DB_IMPL*, MEM_STL_ALLOCATOR<KPT_KEYPOINTS_DB_IMPL*>>;
@@ -47,15 +57,10 @@ class KPT_EXPORT KPT_COMPOSITION {
   explicit KPT_COMPOSITION(STAGES stages, const KPT_COMPOSITION_OPTIONS& options = {});
 
   /// Fills an empty database that is none of the stages. False, writing
-  /// nothing, when there are no stages, when two do not fit, or when stages
-  /// contradict each other: `errors` then tells why.
+  /// nothing, when it is not, when there are no stages, when two do not fit, or
+  /// when stages contradict each other: `report` and debug lines tell why.
   bool compose(KPT_KEYPOINTS_DB_IMPL& result);
-
-  /// "stage 2 starts from N registers, M of them known to stage 1", and so on.
-  const KPT_STRING_VECTOR& fits() const { return m_fits; }
-  /// What the stages say and the composition does not.
-  const KPT_STRING_VECTOR& warnings() const { return m_warnings; }
-  const KPT_STRING_VECTOR& errors() const { return m_errors; }
+  const KPT_COMPOSITION_REPORT& report() const { return m_report; }
 
  private:
   struct SOLUTION;
@@ -65,12 +70,11 @@ class KPT_EXPORT KPT_COMPOSITION {
   void tell_contradiction(const SOLUTION& solution);
   KPT_STRING contradicting_stages() const;
   void warn(const SOLUTION& solution);
+  bool refuse(KPT_STRING reason);
 
   STAGES m_stages;
   KPT_COMPOSITION_OPTIONS m_options;
-  KPT_STRING_VECTOR m_fits;
-  KPT_STRING_VECTOR m_warnings;
-  KPT_STRING_VECTOR m_errors;
+  KPT_COMPOSITION_REPORT m_report;
 };
 
 #endif

@@ -17,10 +17,10 @@ DATABASE composed(std::vector<KPT_KEYPOINTS_DB_IMPL*> stages) {
   KPT_COMPOSITION composition(KPT_COMPOSITION::STAGES(stages.begin(), stages.end()), ANY_SHARE);
   if (!composition.compose(*result)) {
     EXPECT_TRUE(result->get_reference_set()->is_empty());
-    EXPECT_EQ(composition.errors().size(), 1U);
+    EXPECT_EQ(composition.report().errors.size(), 1U);
     return nullptr;
   }
-  EXPECT_TRUE(composition.errors().empty());
+  EXPECT_TRUE(composition.report().errors.empty());
   return result;
 }
 

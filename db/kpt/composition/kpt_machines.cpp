@@ -152,9 +152,7 @@ bool KPT_MACHINES::join_neighbours(ID id) {
     };
     if (!KPT_RELATION::join(machine.relation, m_machines[other].relation, is_kept, &joined)) {
       apart.push_back(other);
-      m_left_apart.push_back(machine.facts);
-      m_left_apart.back().insert(m_left_apart.back().end(), m_machines[other].facts.begin(),
-                                 m_machines[other].facts.end());
+      m_left_apart.push_back(m_machines[other].relation.columns());
       continue;
     }
     if (joined.rows() == 0) {

@@ -37,8 +37,8 @@ class KPT_MACHINES {
 
   /// After `solve`: tables of two or more columns, each the leader of its class.
   const KPT_VECTOR<MACHINE>& solved() const { return m_solved; }
-  /// The maps of tables that were left apart because their join was too large.
-  const KPT_VECTOR<NUMBERS>& left_apart() const { return m_left_apart; }
+  /// The columns of tables that were left apart because a join was too large.
+  const KPT_VECTOR<KPT_RELATION::COLUMNS>& left_apart() const { return m_left_apart; }
 
   /// Gives each column the name of its leader and takes out constant and
   /// repeated ones. False when no row is left.
@@ -64,7 +64,7 @@ class KPT_MACHINES {
                             MEM_STL_ALLOCATOR<std::pair<const NODE, NUMBERS>>>
       m_users;  // of each leader, the machines with that column
   KPT_VECTOR<MACHINE> m_solved;
-  KPT_VECTOR<NUMBERS> m_left_apart;
+  KPT_VECTOR<KPT_RELATION::COLUMNS> m_left_apart;
   KPT_RELATION::COLUMNS m_conflict;
 };
 
