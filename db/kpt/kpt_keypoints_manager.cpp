@@ -61,7 +61,7 @@ bool KPT_KEYPOINTS_MANAGER::record_new_db(KPT_KEYPOINTS_DB_IMPL* db) {
     return false;
   }
   m_databases.emplace_back(db);
-  db->m_recorded = true;
+  db->m_forget = &KPT_KEYPOINTS_MANAGER::forget;
   return true;
 }
 

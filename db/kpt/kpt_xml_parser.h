@@ -8,7 +8,8 @@
 // nothing else: external entities, external document types and entities that
 // expand beyond a bound are syntax errors like any other.
 //
-// The only header of the library that needs the headers of xerces-c.
+// The only header that is included outside the library's sources and needs the
+// headers of xerces-c.
 #ifndef KPT_XML_PARSER_H
 #define KPT_XML_PARSER_H
 
@@ -104,12 +105,5 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_ERROR_HANDLER m_error_handler;
   std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty only when there was no memory for it
 };
-
-/// The parser's text as narrow text. ASCII, which is all that a database file
-/// is expected to hold, is narrowed in place; the rest goes through the parser's
-/// own transcoder, and is left out where that fails.
-void kpt_narrow(const XMLCh* text, KPT_STRING& out);
-/// The same, behind what `out` holds.
-void kpt_append_narrow(const XMLCh* text, KPT_STRING& out);
 
 #endif
