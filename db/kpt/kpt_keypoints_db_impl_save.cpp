@@ -6,6 +6,7 @@
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "db/kpt/msg_kpt.h"
+#include "h/gen_sys.h"
 
 namespace {
 

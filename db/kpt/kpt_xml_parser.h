@@ -1,8 +1,7 @@
 // Parses a keypoint database file into a document.
 //
 // Ownership: KPT_XML_PARSER owns the document; every element wrapper of it dies
-// with the parser object. XMLPlatformUtils must be initialised while one lives:
-// KPT_XML_READER sees to that.
+// with the parser object. It keeps xerces-c started as long as it lives.
 //
 // A database file is data from elsewhere, so the parser reads that one file and
 // nothing else: external entities, external document types and entities that
@@ -21,6 +20,7 @@
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
+#include "db/kpt/files/kpt_xml_platform.h"
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
 
@@ -52,7 +52,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   /// What the parser counted, and the stop.
   std::size_t error_count() const { return getErrorCount() + m_stops; }
 
-  // From the parser.
+  // From the parser. A warning becomes a debug line.
   void error(unsigned int code, const XMLCh* domain, XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type,
              const XMLCh* message, const XMLCh* public_id, const XMLCh* system_id, XMLFileLoc line,
              XMLFileLoc column) override;
@@ -69,6 +69,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
                     XMLSize_t attribute_count, bool is_empty, bool is_root) override;
 
  private:
+  void warn(XMLFileLoc line, XMLFileLoc column, const char* message) const;
   void post(XMLFileLoc line, XMLFileLoc column, const char* message) const;
   [[noreturn]] void stop(const char* message);
 
@@ -103,7 +104,8 @@ class KPT_EXPORT KPT_XML_PARSER {
   bool m_ok = true;
   XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
   KPT_XML_ERROR_HANDLER m_error_handler;
-  std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty only when there was no memory for it
+  std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made
+  KPT_XML_PLATFORM m_platform;
 };
 
 #endif

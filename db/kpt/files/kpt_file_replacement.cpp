@@ -5,11 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <memory>
 
-#include "db/kpt/kpt_types.h"
+#include "h/gen_sys.h"
 
 namespace {
 
@@ -22,6 +24,11 @@ void close_and_forget(int& descriptor) {
     ::close(descriptor);
     descriptor = -1;
   }
+}
+
+KPT_STRING decimal(std::size_t number) {
+  std::array<char, 20> digits;
+  return {digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr};
 }
 
 template <class CALL>
@@ -71,7 +78,7 @@ bool KPT_FILE_REPLACEMENT::replace_target() {
 // Of a symbolic link, the file that it leads to is replaced: a plain save
 // writes there, too.
 bool KPT_FILE_REPLACEMENT::follow_link() {
-  if (m_target.find('\0') != std::string::npos) {
+  if (m_target.find('\0') != KPT_STRING::npos) {
     return false;
   }
   struct stat state {};
@@ -89,7 +96,7 @@ bool KPT_FILE_REPLACEMENT::follow_link() {
 bool KPT_FILE_REPLACEMENT::open_folder() {
   const std::size_t leaf = m_target.rfind('/') + 1;  // 0 without a folder
   m_leaf = m_target.substr(leaf);
-  const std::string folder = leaf == 0 ? "." : m_target.substr(0, leaf);
+  const KPT_STRING folder = leaf == 0 ? KPT_STRING(".") : m_target.substr(0, leaf);
   m_folder = retried([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
   return m_folder >= 0 && !m_leaf.empty();
 }
@@ -120,9 +127,9 @@ int KPT_FILE_REPLACEMENT::open_nameless() {
 // for more. A negative result is a failure.
 template <class MAKE>
 int KPT_FILE_REPLACEMENT::with_temporary_name(MAKE make) {
-  const std::string stem = ".kpt-" + std::to_string(kpt_hash_bytes(0, m_leaf)) + "-";
+  const KPT_STRING stem = ".kpt-" + decimal(kpt_hash_bytes(0, m_leaf)) + "-";
   for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
-    const std::string name = stem + std::to_string(attempt);
+    const KPT_STRING name = stem + gen_itoa(attempt, 10);
     int result = make(name.c_str());
     bool in_use = result < 0 && errno == EEXIST;
     if (in_use && remove_abandoned(name.c_str())) {
@@ -168,7 +175,9 @@ bool KPT_FILE_REPLACEMENT::leads_to(const char* name, int file) const {
          S_ISREG(named.st_mode) && named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
 }
 
-bool KPT_FILE_REPLACEMENT::has_own_name() const { return !m_temporary.empty() && leads_to(m_temporary.c_str(), m_lock); }
+bool KPT_FILE_REPLACEMENT::has_own_name() const {
+  return !m_temporary.empty() && leads_to(m_temporary.c_str(), m_lock);
+}
 
 // Where there is nothing to replace, a file without a name needs no other than its last.
 bool KPT_FILE_REPLACEMENT::take_free_name() const {
@@ -191,13 +200,13 @@ int KPT_FILE_REPLACEMENT::link_locked(const char* name) const {
   return ::linkat(AT_FDCWD, path_of_locked().c_str(), m_folder, name, AT_SYMLINK_FOLLOW);
 }
 
-std::string KPT_FILE_REPLACEMENT::path_of_locked() const { return "/proc/self/fd/" + std::to_string(m_lock); }
+KPT_STRING KPT_FILE_REPLACEMENT::path_of_locked() const { return "/proc/self/fd/" + gen_itoa(m_lock, 10); }
 
 // Who holds the lock is the only one who may remove the name or pass it on.
 bool KPT_FILE_REPLACEMENT::remove_abandoned(const char* name) const {
   int file = ::openat(m_folder, name, O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-  const bool removed = file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) == 0 && leads_to(name, file) &&
-                       ::unlinkat(m_folder, name, 0) == 0;
+  const bool removed =
+      file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) == 0 && leads_to(name, file) && ::unlinkat(m_folder, name, 0) == 0;
   close_and_forget(file);
   return removed;
 }

@@ -17,8 +17,9 @@
 #include <sys/types.h>
 
 #include <optional>
-#include <string>
 #include <string_view>
+
+#include "db/kpt/kpt_types.h"
 
 class KPT_FILE_REPLACEMENT {
  public:
@@ -46,14 +47,14 @@ class KPT_FILE_REPLACEMENT {
   bool take_free_name() const;
   bool rename_over_target();
   int link_locked(const char* name) const;
-  std::string path_of_locked() const;
+  KPT_STRING path_of_locked() const;
   template <class MAKE>
   int with_temporary_name(MAKE make);
   bool remove_abandoned(const char* name) const;
 
-  std::string m_target;
-  std::string m_leaf;
-  std::string m_temporary;  // empty while the new file has no name
+  KPT_STRING m_target;
+  KPT_STRING m_leaf;
+  KPT_STRING m_temporary;  // empty while the new file has no name
   int m_folder = -1;
   int m_lock = -1;
   std::optional<mode_t> m_earlier_mode;
