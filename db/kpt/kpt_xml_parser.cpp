@@ -71,7 +71,7 @@ class FILE_SOURCE : public InputSource {
  public:
   explicit FILE_SOURCE(const KPT_STRING& file_name) : m_file_name(file_name) {
     // The parser only shows this name, in messages.
-    std::u16string shown(file_name.size(), u'\uFFFD');
+    KPT_WIDE_STRING shown(file_name.size(), u'\uFFFD');
     std::transform(file_name.begin(), file_name.end(), shown.begin(), [](char c) {
       const auto byte = static_cast<unsigned char>(c);
       return byte < 0x80 ? static_cast<char16_t>(byte) : u'\uFFFD';
@@ -178,12 +178,20 @@ void KPT_XML_PARSER_WRAPPER::post(XMLFileLoc line, XMLFileLoc column, const char
   error->post();
 }
 
+void KPT_XML_PARSER_WRAPPER::warn(XMLFileLoc line, XMLFileLoc column, const char* message) const {
+  kpt_msg_debug("Warning in XML Keypoint Database %s at line number %d, column number %d : %s", m_file_name.c_str(),
+                as_int(line), as_int(column), message);
+}
+
 void KPT_XML_PARSER_WRAPPER::error(unsigned int /*code*/, const XMLCh* /*domain*/, XMLErrorReporter::ErrTypes type,
                                    const XMLCh* message, const XMLCh* /*public_id*/, const XMLCh* /*system_id*/,
                                    XMLFileLoc line, XMLFileLoc column) {
   // A warning is not counted by the parser and keeps no file from loading.
-  if (type != XMLErrorReporter::ErrType_Warning) {
-    post(line, column, narrow(message).c_str());
+  const KPT_STRING text = narrow(message);
+  if (type == XMLErrorReporter::ErrType_Warning) {
+    warn(line, column, text.c_str());
+  } else {
+    post(line, column, text.c_str());
   }
 }
 
@@ -262,6 +270,11 @@ void KPT_XML_PARSER_WRAPPER::startElement(const XMLElementDecl& element, unsigne
 
 KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   const KPT_STRING name(file_name);
+  if (!m_platform.is_started()) {
+    kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), 0);
+    m_ok = false;
+    return;
+  }
   try {
     m_parser.emplace();
     m_parser->setErrorHandler(&m_error_handler);
@@ -286,7 +299,8 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   m_ok = m_ok && errors == 0;
 }
 
-KPT_XML_PARSER::~KPT_XML_PARSER() = default;
+// The parser goes before what keeps xerces-c started.
+KPT_XML_PARSER::~KPT_XML_PARSER() { m_parser.reset(); }
 
 void KPT_XML_PARSER::parse(const KPT_STRING& file_name) {
   const KPT_STRING path = path_for_parser(file_name);
