@@ -29,7 +29,7 @@ void KPT_NETLISTS::add_first() {
   r_set(0).for_each_keypoint([&](REGISTER* keypoint) {
     const NODE node = m_classes.add(KPT_CLASSES::AT_AN_END);
     m_first.push_back({node, keypoint, &r_set(0)});
-    m_nodes[0].at(keypoint) = node + 1;
+    m_nodes[0].at(KPT_KEYPOINT::slot_of(keypoint)) = node + 1;
     return true;
   });
   m_taken.resize(m_classes.size());
@@ -45,7 +45,7 @@ void KPT_NETLISTS::add_t(std::size_t stage) {
     if (is_last) {
       m_last.push_back({node, keypoint, &t_set(stage)});
     }
-    m_nodes[stage].at(keypoint) = node + 1;
+    m_nodes[stage].at(KPT_KEYPOINT::slot_of(keypoint)) = node + 1;
     return true;
   });
   m_taken.resize(m_classes.size());
@@ -81,7 +81,7 @@ void KPT_NETLISTS::link(std::size_t stage) {
       node = m_classes.add(KPT_CLASSES::UNMARKED);
       m_taken.push_back(true);
     }
-    m_nodes[stage].at(keypoint) = node + 1;
+    m_nodes[stage].at(KPT_KEYPOINT::slot_of(keypoint)) = node + 1;
     return true;
   });
   m_fits.push_back(fit);

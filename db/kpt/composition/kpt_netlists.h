@@ -11,7 +11,7 @@
 #define KPT_NETLISTS_H
 
 #include "db/kpt/composition/kpt_classes.h"
-#include "db/kpt/kpt_by_keypoint.h"
+#include "db/kpt/containers/kpt_by_slot.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 
 class KPT_NETLISTS {
@@ -37,7 +37,7 @@ class KPT_NETLISTS {
   KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes);
 
   /// NONE for a keypoint that is null or not in the stage's sets.
-  NODE node(std::size_t stage, const KPT_KEYPOINT* keypoint) const { return m_nodes[stage].find(keypoint) - 1U; }
+  NODE node(std::size_t stage, const KPT_KEYPOINT* keypoint) const { return m_nodes[stage].find(KPT_KEYPOINT::slot_of(keypoint)) - 1U; }
   const ENDS& first() const { return m_first; }
   const ENDS& last() const { return m_last; }
   /// Of the stages from the second on.
@@ -46,7 +46,7 @@ class KPT_NETLISTS {
   KPT_STRING describe(NODE node) const;
 
  private:
-  using PLACES = KPT_BY_KEYPOINT<std::uint32_t>;  // a node + 1; 0 for none
+  using PLACES = KPT_BY_SLOT<std::uint32_t>;  // a node + 1; 0 for none
   using REGISTER = const KPT_REGISTER_KEYPOINT_IMPL;
 
   KPT_KEYPOINT_SET_IMPL& r_set(std::size_t stage) const { return *m_stages[stage]->get_reference_set(); }
