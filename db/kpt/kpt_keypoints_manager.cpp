@@ -5,9 +5,9 @@
 #include <memory>
 #include <new>
 
-#include "db/kpt/files/kpt_load.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_unregistered_db.h"
+#include "db/kpt/load/kpt_file_loader.h"
 #include "db/kpt/msg_kpt.h"
 
 // Static objects that were made before the manager are destroyed after it, and
@@ -90,11 +90,11 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name, KPT
     const bool is_taken = get_keypoints_db(name) != nullptr;
     if (is_taken) {
       kpt_msg_debug("DB called %s already exists\n", KPT_STRING(name).c_str());
-      problem.note(KPT_LOAD_PROBLEM::NAME_IS_TAKEN, "a database of this name exists already");
+      problem.note({KPT_LOAD_PROBLEM::NAME_IS_TAKEN, "a database of this name exists already"});
     }
     return is_taken ? nullptr : create_keypoints_db_impl(name);
   };
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = kpt_load(file_name, create, &problem);
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = KPT_FILE_LOADER::load(file_name, create, &problem);
   if (!record_new_db(db.get())) {
     return nullptr;
   }

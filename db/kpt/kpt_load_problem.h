@@ -25,12 +25,16 @@ struct KPT_LOAD_PROBLEM {
   long column = 0;
 
   bool is_none() const { return kind == NONE; }
-  /// Notes a problem unless there is one.
-  void note(KIND its_kind, std::string_view text, long its_line = 0, long its_column = 0) {
+  /// Becomes the other problem, unless there is one already.
+  void note(const KPT_LOAD_PROBLEM& other) {
     if (is_none()) {
-      *this = {its_kind, KPT_STRING(text), its_line, its_column};
+      *this = other;
     }
   }
 };
+}
+}
+}
+;
 
 #endif

@@ -135,6 +135,4 @@ KPT_STRING KPT_REGISTER_TRANSFORMATION::get_attribute(std::string_view name) con
   return checked(m_impl).get_attribute(name);
 }
 
-KPT_ATTRIBUTE_LIST KPT_REGISTER_TRANSFORMATION::get_attributes() const {
-  return checked(m_impl).attributes().sorted();
-}
+KPT_ATTRIBUTE_LIST KPT_REGISTER_TRANSFORMATION::get_attributes() const { return checked(m_impl).attributes().sorted(); }

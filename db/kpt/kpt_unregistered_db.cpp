@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "db/kpt/files/kpt_load.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/load/kpt_file_loader.h"
 
 KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::create(std::string_view name) {
   return KPT_UNREGISTERED_DB(new KPT_KEYPOINTS_DB_IMPL(name));
@@ -11,7 +11,7 @@ KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::create(std::string_view name) {
 
 KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(std::string_view file_name, KPT_LOAD_PROBLEM* problem) {
   const auto make = [](std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); };
-  return KPT_UNREGISTERED_DB(kpt_load(file_name, make, problem).release());
+  return KPT_UNREGISTERED_DB(KPT_FILE_LOADER::load(file_name, make, problem).release());
 }
 
 KPT_UNREGISTERED_DB::KPT_UNREGISTERED_DB(KPT_UNREGISTERED_DB&& other) noexcept : m_db(other.release()) {}

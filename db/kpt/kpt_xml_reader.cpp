@@ -9,7 +9,7 @@ namespace {
 // The parsed file's root, or a null wrapper.
 KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem) {
   if (!parser.ok()) {
-    problem.note(parser.problem().kind, parser.problem().message, parser.problem().line, parser.problem().column);
+    problem.note(parser.problem());
     return {};
   }
   kpt_msg_debug("Start XML parsing");
@@ -31,7 +31,7 @@ KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
   const KPT_XML_PARSER parser(file_name);
   KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name("name");
   if (name.empty()) {
-    m_problem.note(KPT_LOAD_PROBLEM::NO_NAME, "the database has no name");
+    m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
   }
   return name;
 }
@@ -44,7 +44,7 @@ bool KPT_XML_READER::load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_I
   }
   const bool loaded = db->load_db(root);
   if (!loaded) {
-    m_problem.note(KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations");
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
   }
   return loaded;
 }
