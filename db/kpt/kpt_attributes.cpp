@@ -35,9 +35,8 @@ void KPT_ATTRIBUTES::clear() noexcept { m_store.reset(); }
 
 bool KPT_ATTRIBUTES::empty() const { return m_store == nullptr || m_store->texts.empty(); }
 
-std::vector<std::pair<KPT_STRING, KPT_STRING>, MEM_STL_ALLOCATOR<std::pair<KPT_STRING, KPT_STRING>>>
-KPT_ATTRIBUTES::sorted() const {
-  std::vector<std::pair<KPT_STRING, KPT_STRING>, MEM_STL_ALLOCATOR<std::pair<KPT_STRING, KPT_STRING>>> all;
+KPT_ATTRIBUTE_LIST KPT_ATTRIBUTES::sorted() const {
+  KPT_ATTRIBUTE_LIST all;
   if (m_store != nullptr) {
     all.assign(m_store->texts.begin(), m_store->texts.end());
     std::sort(all.begin(), all.end());

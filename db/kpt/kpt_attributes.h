@@ -29,7 +29,7 @@ class KPT_EXPORT KPT_ATTRIBUTES {
   void clear() noexcept;
   bool empty() const;
   /// Every attribute, in the order of names.
-  std::vector<std::pair<KPT_STRING, KPT_STRING>, MEM_STL_ALLOCATOR<std::pair<KPT_STRING, KPT_STRING>>> sorted() const;
+  KPT_ATTRIBUTE_LIST sorted() const;
 
  private:
   struct STORE;
