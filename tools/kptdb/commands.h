@@ -67,6 +67,22 @@ struct UNITE_OPTIONS {
 };
 EXIT_CODE run_unite(const UNITE_OPTIONS& options);
 
+struct COMPOSE_OPTIONS {
+  std::vector<std::string> files;  // in the order of the stages
+  std::string output;
+  double share = 0.5;            // of its registers that a stage must have from the one before
+  bool keep_unrecorded = false;  // what a stage does not mention goes through it
+  bool json = false;
+};
+EXIT_CODE run_compose(const COMPOSE_OPTIONS& options);
+
+struct EXPLAIN_OPTIONS {
+  std::string name;
+  std::vector<std::string> files;  // in the order of the stages
+  bool transformed = false;        // the register is one of the last netlist
+};
+EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options);
+
 struct EXPORT_OPTIONS {
   std::string file;
   std::string format;

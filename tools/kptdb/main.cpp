@@ -93,6 +93,22 @@ struct COMMAND_LINE {
     c->add_option("-o,--output", unite.output, "The database file to write")->required();
     add_json(c, unite.json);
 
+    c = add_command(app, run, "compose", "Compose successive stages into one database, exactly", compose,
+                    kptdb::run_compose);
+    c->add_option("FILES", compose.files, "Database files in the order of the stages")->required()->expected(2, 1000);
+    c->add_option("-o,--output", compose.output, "The database file to write")->required();
+    c->add_option("--share", compose.share, "How much of what a stage starts from the one before must know")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    c->add_flag("--keep-unrecorded", compose.keep_unrecorded,
+                "Take registers that a stage does not mention for unchanged");
+    add_json(c, compose.json);
+
+    c = add_command(app, run, "explain", "Follow a register through the stages", explain, kptdb::run_explain);
+    c->add_option("REGISTER", explain.name, "A register of the first netlist")->required();
+    c->add_option("FILES", explain.files, "Database files in the order of the stages")->required()->expected(1, 1000);
+    c->add_flag("--transformed", explain.transformed, "The register is one of the last netlist");
+
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
     CLI::Option* format = c->add_option("--format", export_.format, "json, csv, dot or encfile")
@@ -113,6 +129,8 @@ struct COMMAND_LINE {
   kptdb::DIFF_OPTIONS diff;
   kptdb::CHECK_OPTIONS check;
   kptdb::UNITE_OPTIONS unite;
+  kptdb::COMPOSE_OPTIONS compose;
+  kptdb::EXPLAIN_OPTIONS explain;
   kptdb::EXPORT_OPTIONS export_;
 };
 

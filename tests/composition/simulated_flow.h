@@ -1,0 +1,69 @@
+// Netlists with random next-state functions, simulated, that go through random
+// stages; each stage is recorded as passes and hosts record it.
+//
+// Ownership: refers to the caller's generator; owns the stages.
+#ifndef TESTS_COMPOSITION_SIMULATED_FLOW_H
+#define TESTS_COMPOSITION_SIMULATED_FLOW_H
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "db/kpt/kpt.h"
+
+namespace kpt_test {
+
+/// The values of a register in 64 cycles.
+using TRACE = std::uint64_t;
+
+struct SIMULATED {
+  TRACE trace;
+  /// The registers of the first netlist that this one was kept, copied or
+  /// merged from, without a machine between.
+  std::set<std::string> origins;
+};
+using SIMULATED_NETLIST = std::map<std::string, SIMULATED>;
+
+class SIMULATED_FLOW {
+ public:
+  SIMULATED_FLOW(std::mt19937& random, unsigned registers, unsigned stages);
+
+  SIMULATED_NETLIST first;
+  SIMULATED_NETLIST last;
+  std::list<KPT_UNREGISTERED_DB> stages;
+  /// Registers of the first netlist of which a copy was lost or encoded.
+  std::set<std::string> not_all_known;
+
+ private:
+  using MEMBER = std::pair<std::string, SIMULATED>;
+  using MEMBERS = std::vector<MEMBER>;
+
+  unsigned below(unsigned end) { return static_cast<unsigned>(m_random() % end); }
+  std::string fresh_name() { return "n" + std::to_string(++m_names); }
+  std::string new_name(const std::string& old);
+  void simulate(unsigned registers);
+  void stage();
+  MEMBERS take(unsigned most);
+  MEMBERS take_twins();
+  void put(const std::string& name, TRACE trace, const std::set<std::string>& origins);
+  void lose(const MEMBERS& members);
+  KPT_GROUPS groups_of(const MEMBERS& members, TRACE trace);
+  void copy(const MEMBERS& members);
+  void encode(const MEMBERS& members);
+  void remove_constant(const MEMBERS& members);
+  void events();
+
+  std::mt19937& m_random;
+  unsigned m_names = 0;
+  std::vector<MEMBER> m_left;      // of the netlist that the stage starts from
+  std::set<std::string> m_plain;   // registers of the new netlist that events may change
+  std::list<std::string> m_texts;  // that groups refer to
+};
+
+}  // namespace kpt_test
+
+#endif

@@ -1,0 +1,105 @@
+// compose: successive stages become one database that says what they say together.
+#include <fmt/format.h>
+
+#include <array>
+#include <list>
+
+#include "commands.h"
+#include "database.h"
+#include "files.h"
+#include "host_lines.h"
+#include "model.h"
+#include "text.h"
+
+namespace kptdb {
+
+namespace {
+
+constexpr std::array FATES = {KPT_FATE_CONSTANT, KPT_FATE_MACHINE, KPT_FATE_MAPPED, KPT_FATE_WITHOUT_FANOUT,
+                              KPT_FATE_UNKNOWN};
+using COUNTS = std::array<std::size_t, FATES.size()>;
+
+// What became of every register of the first netlist.
+COUNTS count_fates(const KPT_KEYPOINTS_DB& db) {
+  COUNTS counts{};
+  std::size_t told = 0;
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.get_transformation_set()) {
+    for (std::size_t k = 0; k < map.get_number_of_indices(KPT_REFERENCE_SET); ++k) {
+      const std::size_t registers = map.get_reference_group(k, false).size() + map.get_reference_group(k, true).size();
+      counts.at(static_cast<std::size_t>(map.get_fate(static_cast<unsigned short>(k)))) += registers;
+      told += registers;
+    }
+  }
+  counts.back() += db.get_reference_set().size() - told;
+  return counts;
+}
+
+std::string joined(const KPT_STRING_VECTOR& lines) {
+  std::string text;
+  for (const KPT_STRING& line : lines) {
+    text += text.empty() ? "" : "; ";
+    text += std::string_view(line);
+  }
+  return text;
+}
+
+JSON listed(const KPT_STRING_VECTOR& lines) {
+  JSON list = JSON::array();
+  for (const KPT_STRING& line : lines) {
+    list.push_back(std::string(std::string_view(line)));
+  }
+  return list;
+}
+
+std::string text_of(const COMPOSE_OPTIONS& options, const KPT_COMPOSITION_REPORT& report, const COUNTS& counts) {
+  std::string text;
+  for (const KPT_STRING& line : report.fits) {
+    text += fmt::format("{}\n", std::string_view(line));
+  }
+  for (const KPT_STRING& line : report.warnings) {
+    text += fmt::format("warning: {}\n", std::string_view(line));
+  }
+  text += fmt::format("{}: {} composed", options.output, counted(options.files.size(), "stage"));
+  for (const KPT_FATE_ENUM fate : FATES) {
+    text += fmt::format("{}{} {}", fate == FATES.front() ? "; of the reference registers " : ", ",
+                        counts.at(static_cast<std::size_t>(fate)), kpt_fate_word(fate));
+  }
+  return text + "\n";
+}
+
+JSON json_of(const COMPOSE_OPTIONS& options, const KPT_COMPOSITION_REPORT& report, const COUNTS& counts) {
+  JSON result;
+  result["written"] = options.output;
+  result["stages"] = options.files;
+  result["fits"] = listed(report.fits);
+  result["warnings"] = listed(report.warnings);
+  for (const KPT_FATE_ENUM fate : FATES) {
+    result["registers"][kpt_fate_word(fate)] = counts.at(static_cast<std::size_t>(fate));
+  }
+  return result;
+}
+
+}  // namespace
+
+EXIT_CODE run_compose(const COMPOSE_OPTIONS& options) {
+  std::list<DATABASE> stages;
+  KPT_KEYPOINTS_DB_LIST handles;
+  for (const std::string& file : options.files) {
+    stages.push_back(DATABASE::load(file));
+    handles.push_back(stages.back().handle());
+  }
+  const HOST_LINES lines;
+  const DATABASE all = DATABASE::create(stages.front().name());
+  KPT_COMPOSITION_REPORT report;
+  if (!all.handle().compose(handles, {options.share, options.keep_unrecorded}, &report)) {
+    throw FAILURE(EXIT_FOUND, joined(report.errors));
+  }
+  all.save(options.output);
+  const COUNTS counts = count_fates(all.handle());
+  RESULT_FILE out("");
+  out.write(options.json ? json_text(json_of(options, report, counts)) + "\n" : text_of(options, report, counts));
+  out.finish();
+  return EXIT_DONE;
+}
+
+}  // namespace kptdb
