@@ -54,7 +54,7 @@ KPT_FATE_ENUM fate(KPT_KEYPOINTS_DB_IMPL& db, const std::string& name) {
 TEST(Composition, SaysWhatTheStagesSayTogetherAndNothingElse) {
   std::mt19937 random(seed());
   int said = 0;
-  const int rounds = steps(700);
+  const int rounds = steps(300);
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     const RANDOM_FLOW flow(random, 1 + static_cast<unsigned>(random() % 4), 5);
@@ -71,7 +71,7 @@ TEST(Composition, SaysWhatTheStagesSayTogetherAndNothingElse) {
 
 TEST(Composition, CountsARegisterAsConstantOrRelatedAsTheRelationHasIt) {
   std::mt19937 random(seed() + 1);
-  const int rounds = steps(200);
+  const int rounds = steps(60);
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     const RANDOM_FLOW flow(random, 1 + static_cast<unsigned>(random() % 3), 4);
@@ -136,7 +136,7 @@ void expect_same(KPT_KEYPOINTS_DB_IMPL& a, KPT_KEYPOINTS_DB_IMPL& b, const RANDO
 
 TEST(Composition, IsAssociative) {
   std::mt19937 random(seed() + 3);
-  const int rounds = steps(700);
+  const int rounds = steps(300);
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     const RANDOM_FLOW flow(random, 3, 4);

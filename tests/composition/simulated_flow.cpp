@@ -117,7 +117,7 @@ SIMULATED_FLOW::MEMBERS SIMULATED_FLOW::take_twins() {
 
 void SIMULATED_FLOW::lose(const MEMBERS& members) {
   for (const auto& [name, member] : members) {
-    not_all_known.insert(member.origins.begin(), member.origins.end());
+    with_lost_copies.insert(member.origins.begin(), member.origins.end());
   }
 }
 
@@ -195,7 +195,6 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
     t.emplace_back(new_name(members[0].first));
     put(std::string(t.back()), traces[k], {});
   }
-  lose(members);
   EXPECT_TRUE(stages.back()->associate_registers_fsm_signals(r, t, table));
   if (below(3) == 0) {
     EXPECT_TRUE(stages.back()->set_inverter_retimed_register(t[0]));

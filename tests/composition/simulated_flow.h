@@ -35,8 +35,8 @@ class SIMULATED_FLOW {
   SIMULATED_NETLIST first;
   SIMULATED_NETLIST last;
   std::list<KPT_UNREGISTERED_DB> stages;
-  /// Registers of the first netlist of which a copy was lost or encoded.
-  std::set<std::string> not_all_known;
+  /// Registers of the first netlist of which a copy was lost.
+  std::set<std::string> with_lost_copies;
 
  private:
   using MEMBER = std::pair<std::string, SIMULATED>;
