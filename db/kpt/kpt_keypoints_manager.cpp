@@ -72,20 +72,21 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::get_keypoints_db(std::string_view name)
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
   const auto create = [&](std::string_view name) {
-    const bool is_taken = get_keypoints_db(name) != nullptr;
-    if (is_taken) {
-      kpt_msg_debug("DB called %s already exists\n", KPT_STRING(name).c_str());
-    }
-    return is_taken ? nullptr : create_keypoints_db_impl(name);
+    return get_keypoints_db(name) == nullptr ? create_keypoints_db_impl(name) : nullptr;
   };
   KPT_FILE_LOADER loader(file_name);
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+  if (!loader.read(create)) {
+    if (!loader.name().empty()) {
+      kpt_msg_debug("DB called %s already exists\n", loader.name().c_str());
+    }
+    return nullptr;
+  }
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.finish();
   if (db == nullptr) {
     return nullptr;
   }
-  const KPT_STRING name = db->get_db_name();
   record_new_db(db.release());
-  return get_keypoints_db(name);
+  return get_keypoints_db(loader.name());
 }
 
 bool KPT_KEYPOINTS_MANAGER::save_db(std::string_view name, std::string_view file_name) {
