@@ -3,7 +3,7 @@
 // these wrong by itself; flows have files that rely on each.
 #include <gmock/gmock.h>
 
-#include "db/kpt/files/kpt_file_loader.h"
+#include "db/kpt/load/kpt_file_loader.h"
 #include "tests/format/databases.h"
 #include "tests/support/host_lines.h"
 #include "tests/support/load_outcome.h"

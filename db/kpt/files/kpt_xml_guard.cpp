@@ -7,7 +7,7 @@
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/util/XMLString.hpp>
 
-#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/files/kpt_xml_text.h"
 #include "db/kpt/msg_kpt.h"
 
 using namespace XERCES_CPP_NAMESPACE;

@@ -5,7 +5,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 
-#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/files/kpt_xml_text.h"
 
 using namespace XERCES_CPP_NAMESPACE;
 

@@ -5,9 +5,9 @@
 #ifndef KPT_GENERAL_SOURCE_H
 #define KPT_GENERAL_SOURCE_H
 
-#include "db/kpt/files/kpt_database_builder.h"
 #include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/files/kpt_xml_guard.h"
+#include "db/kpt/load/kpt_database_builder.h"
 
 class KPT_GENERAL_SOURCE {
  public:

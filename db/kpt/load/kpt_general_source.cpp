@@ -1,4 +1,4 @@
-#include "db/kpt/files/kpt_general_source.h"
+#include "db/kpt/load/kpt_general_source.h"
 
 #include <algorithm>
 #include <optional>
@@ -13,7 +13,8 @@
 #include <xercesc/validators/DTD/DTDElementDecl.hpp>
 
 #include "db/kpt/files/kpt_xml_input.h"
-#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/files/kpt_xml_platform.h"
+#include "db/kpt/files/kpt_xml_text.h"
 
 using namespace XERCES_CPP_NAMESPACE;
 

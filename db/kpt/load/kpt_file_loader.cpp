@@ -1,9 +1,9 @@
-#include "db/kpt/files/kpt_file_loader.h"
+#include "db/kpt/load/kpt_file_loader.h"
 
 #include <utility>
 
-#include "db/kpt/files/kpt_general_source.h"
-#include "db/kpt/files/kpt_plain_scanner.h"
+#include "db/kpt/load/kpt_general_source.h"
+#include "db/kpt/load/kpt_plain_scanner.h"
 #include "db/kpt/msg_kpt.h"
 
 // The general source knows only at the end of a file whether it is well-formed.
