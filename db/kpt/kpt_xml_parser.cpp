@@ -23,6 +23,8 @@ KPT_XML_PARSER_WRAPPER::~KPT_XML_PARSER_WRAPPER() = default;
 
 void KPT_XML_PARSER_WRAPPER::set_file_name(std::string_view file_name) { m_guard->set_file_name(file_name); }
 
+const KPT_LOAD_PROBLEM& KPT_XML_PARSER_WRAPPER::problem() const { return m_guard->problem(); }
+
 std::size_t KPT_XML_PARSER_WRAPPER::error_count() const { return getErrorCount() + m_guard->stops(); }
 
 void KPT_XML_PARSER_WRAPPER::error(unsigned int /*code*/, const XMLCh* /*domain*/, XMLErrorReporter::ErrTypes type,
@@ -73,6 +75,10 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   m_ok = kpt_parse_and_tell(
       m_platform.is_started(), name, [&] { parse(name); },
       [&] { return m_parser.has_value() ? m_parser->error_count() : 0; });
+  if (!m_ok) {
+    m_problem = m_parser.has_value() ? m_parser->problem() : KPT_LOAD_PROBLEM();
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});
+  }
 }
 
 // The parser goes before what keeps xerces-c started.

@@ -68,7 +68,8 @@ bool kpt_parse_and_tell(bool is_started, const KPT_STRING& file_name, const std:
 
 KPT_XML_GUARD::KPT_XML_GUARD() { m_security.setEntityExpansionLimit(MOST_EXPANSIONS); }
 
-void KPT_XML_GUARD::post(XMLFileLoc line, XMLFileLoc column, const char* message) const {
+void KPT_XML_GUARD::post(XMLFileLoc line, XMLFileLoc column, const char* message) {
+  m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, message, as_int(line), as_int(column)});
   const std::unique_ptr<MSG_E> error(
       MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(m_file_name.c_str(), as_int(line), as_int(column), message));
   error->post();

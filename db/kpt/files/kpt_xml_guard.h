@@ -21,6 +21,7 @@
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
+#include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
 
 class KPT_XML_GUARD {
@@ -36,6 +37,8 @@ class KPT_XML_GUARD {
   XERCES_CPP_NAMESPACE::SecurityManager* security() { return &m_security; }
   /// How often it stopped the parser, which does not count that.
   std::size_t stops() const { return m_stops; }
+  /// The first error.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
   /// An error is posted as a message, a warning becomes a debug line.
   void error(XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type, const XMLCh* message, XMLFileLoc line,
@@ -58,10 +61,11 @@ class KPT_XML_GUARD {
 
  private:
   void element_of_document_type(const ATTRIBUTES& attributes, XMLSize_t attribute_count, const LOCATOR* place);
-  void post(XMLFileLoc line, XMLFileLoc column, const char* message) const;
+  void post(XMLFileLoc line, XMLFileLoc column, const char* message);
   [[noreturn]] void stop(const LOCATOR* place, const char* message);
 
   KPT_STRING m_file_name;
+  KPT_LOAD_PROBLEM m_problem;
   XERCES_CPP_NAMESPACE::SecurityManager m_security;
   struct WARNING {
     int line;

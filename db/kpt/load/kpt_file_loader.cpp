@@ -22,6 +22,16 @@ KPT_FILE_LOADER::KPT_FILE_LOADER(std::string_view file_name, SOURCES sources)
 
 KPT_FILE_LOADER::~KPT_FILE_LOADER() = default;
 
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view file_name, const CREATE& create,
+                                                             KPT_LOAD_PROBLEM* problem) {
+  KPT_FILE_LOADER loader(file_name);
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+  if (db == nullptr && problem != nullptr) {
+    problem->note(loader.problem());
+  }
+  return db;
+}
+
 // As the parser says it of a file without an error, and once more when the
 // database is built: a load once parsed its file twice, and hosts watch for both.
 void KPT_FILE_LOADER::tell_parsed() const { kpt_msg_debug("XML parse: file: %s, nerrors: %d", m_file_name.c_str(), 0); }
@@ -41,6 +51,7 @@ bool KPT_FILE_LOADER::look_through() {
 bool KPT_FILE_LOADER::read_generally(const CREATE& create) {
   m_general = std::make_unique<GENERAL>(create);
   if (!m_general->source.read(m_file_name, m_bytes.is_open() ? &m_bytes : nullptr, m_general->builder)) {
+    m_problem.note(m_general->source.problem());
     return false;
   }
   tell_parsing_starts();
@@ -49,14 +60,27 @@ bool KPT_FILE_LOADER::read_generally(const CREATE& create) {
 }
 
 bool KPT_FILE_LOADER::read(const CREATE& create) {
-  if (!look_through()) {
+  bool is_wanted = false;
+  if (look_through()) {
+    tell_parsed();
+    tell_parsing_starts();
+    m_db.reset(m_name.empty() ? nullptr : create(m_name));
+    is_wanted = m_db != nullptr;
+  } else {
     m_name.clear();
-    return read_generally(create);
+    is_wanted = read_generally(create);
   }
-  tell_parsed();
-  tell_parsing_starts();
-  m_db.reset(m_name.empty() ? nullptr : create(m_name));
-  return m_db != nullptr;
+  if (m_name.empty()) {
+    m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
+  }
+  return is_wanted;
+}
+
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::complete(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db) {
+  if (db == nullptr) {
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
+  }
+  return db;
 }
 
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
@@ -65,7 +89,7 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
     tell_parsed();
     tell_parsing_starts();
     m_general->lines.release();
-    return m_general->builder.take();
+    return complete(m_general->builder.take());
   }
   tell_parsed();
   tell_parsing_starts();
@@ -73,7 +97,8 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
   KPT_DATABASE_BUILDER builder([&](std::string_view) { return m_db.release(); }, lines);
   if (!kpt_build_from_plain(m_bytes, builder)) {
     kpt_msg_debug("Error: file %s changed while it was read", m_file_name.c_str());
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file changed while it was read"});
     return nullptr;
   }
-  return builder.take();
+  return complete(builder.take());
 }

@@ -11,6 +11,7 @@
 
 #include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_load_problem.h"
 
 class KPT_EXPORT KPT_FILE_LOADER {
  public:
@@ -19,6 +20,11 @@ class KPT_EXPORT KPT_FILE_LOADER {
   /// Called with the name of the file's database, unless that is empty. Null: it
   /// is not wanted.
   using CREATE = std::function<KPT_KEYPOINTS_DB_IMPL*(std::string_view name)>;
+
+  /// All of it: the database that the file holds, or null. `problem`, unless
+  /// null, then notes why.
+  static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(std::string_view file_name, const CREATE& create,
+                                                     KPT_LOAD_PROBLEM* problem);
 
   explicit KPT_FILE_LOADER(std::string_view file_name, SOURCES sources = ALL_SOURCES);
   ~KPT_FILE_LOADER();
@@ -37,6 +43,8 @@ class KPT_EXPORT KPT_FILE_LOADER {
 
   /// Whether `read` found the file to be plain.
   bool is_plain() const { return m_is_plain; }
+  /// Why there is no database, unless `create` did not want it.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
  private:
   struct GENERAL;
@@ -45,9 +53,11 @@ class KPT_EXPORT KPT_FILE_LOADER {
   bool read_generally(const CREATE& create);
   void tell_parsed() const;
   void tell_parsing_starts() const;
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> complete(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db);
 
   KPT_STRING m_file_name;
   SOURCES m_sources;
+  KPT_LOAD_PROBLEM m_problem;
   KPT_FILE_BYTES m_bytes;
   bool m_is_plain = false;
   KPT_STRING m_name;

@@ -16,11 +16,15 @@ class KPT_GENERAL_SOURCE {
   /// what stands before the error is handed on by then.
   bool read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_DATABASE_BUILDER& builder);
 
+  /// Why it is not.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
+
   /// Issues the lines of all warnings once more.
   void repeat_warnings() const { m_guard.repeat_warnings(); }
 
  private:
   KPT_XML_GUARD m_guard;
+  KPT_LOAD_PROBLEM m_problem;
 };
 
 #endif
