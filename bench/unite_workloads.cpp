@@ -22,6 +22,16 @@ std::function<RUN(unsigned)> unite_kpt(ORDER_OF order_of) {
   };
 }
 
+std::function<RUN(unsigned)> compose_kpt(ORDER_OF order_of) {
+  return [order_of](unsigned count) -> RUN {
+    auto first = recorded("first", count);
+    auto second = std::make_shared<DATABASE>("second");
+    second->record(names('b', count), names('c', count), order_of(count));
+    auto all = std::make_shared<KPT_UNREGISTERED_DB>(KPT_UNREGISTERED_DB::create("all"));
+    return [first, second, all] { (*all)->compose({**first, **second}); };
+  };
+}
+
 std::function<RUN(unsigned)> unite_sqlite(ORDER_OF order_of) {
   return [order_of](unsigned count) -> RUN {
     auto db = std::make_shared<SQLITE>();
@@ -99,6 +109,8 @@ std::vector<WORKLOAD> unite_workloads() {
   return {{"unite/kpt", unite_kpt(in_order)},
           {"unite/by_hand", unite_by_hand(in_order)},
           {"unite/sqlite", unite_sqlite(in_order)},
+          {"compose/kpt", compose_kpt(in_order)},
+          {"compose_shuffled/kpt", compose_kpt(shuffled)},
           {"unite_shuffled/kpt", unite_kpt(shuffled)},
           {"unite_shuffled/by_hand", unite_by_hand(shuffled)},
           {"unite_shuffled/sqlite", unite_sqlite(shuffled)}};

@@ -27,6 +27,21 @@ bool reads_back(std::string_view text) {
   return std::all_of(text.begin(), text.end(), plain) && text.find("]]>") == std::string_view::npos;
 }
 
+bool attributes_read_back(const KPT_ATTRIBUTES& attributes) {
+  if (attributes.empty()) {
+    return true;
+  }
+  const KPT_ATTRIBUTE_LIST all = attributes.sorted();
+  return std::all_of(all.begin(), all.end(), [](const auto& attribute) {
+    const bool ok = reads_back(attribute.first) && reads_back(attribute.second);
+    if (!ok) {
+      kpt_msg_debug("Error: attribute %s cannot be saved: a file cannot hold its name or value",
+                    attribute.first.c_str());
+    }
+    return ok;
+  });
+}
+
 bool register_reads_back(const KPT_REGISTER_KEYPOINT_IMPL& k) {
   const bool ok = reads_back(k.get_element_name()) &&
                   (k.register_is_signal() || (reads_back(k.get_entity_name()) && reads_back(k.get_register_type())));
@@ -34,7 +49,7 @@ bool register_reads_back(const KPT_REGISTER_KEYPOINT_IMPL& k) {
     kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
                   k.get_element_name().c_str());
   }
-  return ok;
+  return ok && attributes_read_back(k.attributes());
 }
 
 bool set_reads_back(const KPT_KEYPOINT_SET_IMPL& set) {
@@ -49,7 +64,10 @@ bool database_reads_back(KPT_KEYPOINTS_DB_IMPL& db) {
     kpt_msg_debug("Error: database %s cannot be saved: a file cannot hold its name", name.c_str());
     return false;
   }
-  return set_reads_back(*db.get_reference_set()) && set_reads_back(*db.get_transformed_set());
+  const KPT_TRANSFORMATION_LIST& maps = db.get_transformation_set()->get_list_of_register_transformations();
+  return set_reads_back(*db.get_reference_set()) && set_reads_back(*db.get_transformed_set()) &&
+         std::all_of(maps.begin(), maps.end(),
+                     [](const KPT_TRANSFORMATION_IMPL* map) { return attributes_read_back(map->attributes()); });
 }
 
 }  // namespace
@@ -65,6 +83,7 @@ bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
   }
   KPT_FILE_REPLACEMENT file(file_name);
   KPT_XML_WRITER writer(file_name);
+  writer.keep_attributes();
   bool saved = writer.start_file_on(file.open()) && write_database(*this, writer);
   saved = writer.finish_file() && saved && file.replace_target();
   if (!saved) {

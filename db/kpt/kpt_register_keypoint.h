@@ -36,7 +36,7 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT {
   bool substitute_with_signal(std::string_view name) const;
   bool substitute_with_instance(std::string_view name, std::string_view entity, std::string_view register_type) const;
 
-  /// Sets the attribute, new or not. Always true. Attributes are not saved.
+  /// Sets the attribute, new or not. Always true. `save_atomically` keeps attributes, `save` does not.
   bool add_attribute(std::string_view name, std::string_view value) const;
   /// False when there is no such attribute.
   bool remove_attribute(std::string_view name) const;

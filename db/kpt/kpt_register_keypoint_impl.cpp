@@ -125,6 +125,9 @@ bool KPT_REGISTER_KEYPOINT_IMPL::operator!=(const KPT_REGISTER_KEYPOINT_IMPL& ot
 
 bool KPT_REGISTER_KEYPOINT_IMPL::save_register(KPT_XML_WRITER& writer) const {
   const KPT_STRING id = gen_itoa(static_cast<int>(m_kpid), 10);
+  if (writer.keeps_attributes() && !attributes().empty()) {
+    writer.set_key_point_attributes(attributes().sorted());
+  }
   if (register_is_signal()) {
     return writer.write_keypoint_xml(id, "register", get_element_name());
   }

@@ -77,7 +77,7 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   /// Unknown for a null handle.
   KPT_FATE_ENUM get_fate(unsigned short r_index) const;
 
-  /// Sets the attribute, new or not. Always true. Attributes are not saved.
+  /// Sets the attribute, new or not. Always true. `save_atomically` keeps attributes, `save` does not.
   bool add_attribute(std::string_view name, std::string_view value) const;
   /// False when there is no such attribute.
   bool remove_attribute(std::string_view name) const;

@@ -51,6 +51,9 @@ bool KPT_TRANSFORMATION_IMPL::save_transformation(KPT_XML_WRITER& writer) const 
   if (map_has_fsm_transformation()) {
     state_table().save_state_table(writer);
   }
+  if (writer.keeps_attributes() && !m_attributes.empty()) {
+    writer.write_attributes(m_attributes.sorted());
+  }
   writer.space();
   writer.end_tag("transformation");
   return saved;

@@ -267,6 +267,27 @@ bool KPT_XML_WRITER::write_db_start_xml(std::string_view db_name) {
   return true;
 }
 
+bool KPT_XML_WRITER::write_attributes(const KPT_ATTRIBUTE_LIST& attributes) {
+  for (const auto& [name, value] : attributes) {
+    if (!name.empty() && !value.empty()) {
+      put_space();
+      put_start_tag("attribute");
+      put_attribute("name", name);
+      put_attribute("value", value);
+      put("> ");
+      put_end_tag("attribute");
+    }
+  }
+  return true;
+}
+
+void KPT_XML_WRITER::put_attributes() {
+  if (!m_attributes.empty()) {
+    write_attributes(m_attributes);
+    m_attributes.clear();
+  }
+}
+
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name) {
   step_in();
   put_space();
@@ -277,6 +298,7 @@ bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view ty
   step_in();
   put_space();
   put_simple_text_element("name", name);
+  put_attributes();
   step_out();
   put_space();
   put_end_tag("key_point");
@@ -299,6 +321,7 @@ bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view ty
   put_simple_text_element("entity", entity);
   put_space();
   put_simple_text_element("reg_type", reg_type);
+  put_attributes();
   step_out();
   put_space();
   put_end_tag("key_point");

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "db/kpt/kpt_types.h"
 
@@ -76,6 +77,16 @@ class KPT_EXPORT KPT_XML_WRITER {
   bool write_kp_xml(long id);
   bool end_transformation_xml(std::string_view tag);
 
+  /// Whether registers and maps write their attributes: as elements without a
+  /// type, which every reader has always passed over.
+  void keep_attributes() { m_keeps_attributes = true; }
+  bool keeps_attributes() const { return m_keeps_attributes; }
+  /// Writes an "attribute" element for each, but for those that are empty:
+  /// absent attributes read as empty.
+  bool write_attributes(const KPT_ATTRIBUTE_LIST& attributes);
+  /// The next key point is written with these.
+  void set_key_point_attributes(KPT_ATTRIBUTE_LIST attributes) { m_attributes = std::move(attributes); }
+
   // For a file that must be whole or not be there. The descriptor is taken
   // over in place of `start_file`; `finish_file` hands all on to the disk,
   // closes, and is the one that reports whether every write succeeded.
@@ -126,12 +137,15 @@ class KPT_EXPORT KPT_XML_WRITER {
   inline void put_attribute(std::string_view name, std::string_view value);
   inline void put_new_line();
   inline void put_end_tag(std::string_view name);
+  void put_attributes();
   inline void put_simple_text_element(std::string_view name, std::string_view text);
   inline void put_number_attribute(std::string_view name, long value);
 
   KPT_STRING m_file_name;
   STREAM m_stream;
   std::uint16_t m_indent_level = 0;
+  bool m_keeps_attributes = false;
+  KPT_ATTRIBUTE_LIST m_attributes;  // of the next key point
   KPT_STRING m_number;
 };
 

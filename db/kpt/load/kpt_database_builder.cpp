@@ -106,6 +106,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
     case MAPS:
       m_status = kpt_elim_status(attributes.value("elim_type"));
       m_has_table = false;
+      m_attributes.clear();
       return MAP;
     case MAP:
       return start_part(name, attributes);
@@ -139,9 +140,20 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::named_child(std::string_view na
 
 // An element of a register or a map that no rule above gives a meaning. Readers
 // have never looked into one, so it may say what the others need not know.
-KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::passed_over(std::string_view /*name*/,
-                                                             const KPT_ELEMENT_ATTRIBUTES& /*attributes*/) {
+// This one keeps the attributes of registers and maps in such elements.
+KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::passed_over(std::string_view name,
+                                                             const KPT_ELEMENT_ATTRIBUTES& attributes) {
+  if (name == "attribute" && !attributes.value("name").empty() && !attributes.value("value").empty()) {
+    m_attributes.emplace_back(KPT_STRING(attributes.value("name")), KPT_STRING(attributes.value("value")));
+  }
   return PASSED_OVER;
+}
+
+template <class OWNER>
+void KPT_DATABASE_BUILDER::hand_attributes_to(OWNER* owner) {
+  for (const auto& [name, value] : m_attributes) {
+    owner->add_attribute(name, value);
+  }
 }
 
 void KPT_DATABASE_BUILDER::finish(ROLE role) {
@@ -214,6 +226,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_keypoint(const KPT_ELEMEN
     named.is_there = false;
     named.text.clear();
   }
+  m_attributes.clear();
   return KEYPOINT;
 }
 
@@ -234,10 +247,11 @@ void KPT_DATABASE_BUILDER::finish_keypoint() {
     return;
   }
   if (is_instance) {
-    m_db->add_to_register_set(m_set, m_id, m_texts[NAME].text, m_texts[ENTITY].text, m_texts[REG_TYPE].text);
+    hand_attributes_to(
+        m_db->add_to_register_set(m_set, m_id, m_texts[NAME].text, m_texts[ENTITY].text, m_texts[REG_TYPE].text));
     return;
   }
-  m_db->add_to_register_set(m_set, m_id, m_texts[NAME].text);
+  hand_attributes_to(m_db->add_to_register_set(m_set, m_id, m_texts[NAME].text));
   m_highest_ids[m_set] = std::max(m_highest_ids[m_set], m_id);
 }
 
@@ -339,11 +353,9 @@ void KPT_DATABASE_BUILDER::enter_values(KPT_SET_ENUM side) {
 void KPT_DATABASE_BUILDER::finish_map() {
   NI_PAIR_VECTOR& r = m_sides[KPT_REFERENCE_SET];
   NI_PAIR_VECTOR& t = m_sides[KPT_TRANSFORMED_SET];
-  if (m_has_table) {
-    m_db->add_to_transformation_set(std::move(r), std::move(t), std::move(m_table), m_status);
-  } else {
-    m_db->add_to_transformation_set(std::move(r), std::move(t), m_status);
-  }
+  hand_attributes_to(m_has_table
+                         ? m_db->add_to_transformation_set(std::move(r), std::move(t), std::move(m_table), m_status)
+                         : m_db->add_to_transformation_set(std::move(r), std::move(t), m_status));
   r.clear();
   t.clear();
 }

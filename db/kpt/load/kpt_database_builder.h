@@ -85,6 +85,8 @@ class KPT_DATABASE_BUILDER {
   ROLE child(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
   ROLE named_child(std::string_view name);
   ROLE passed_over(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
+  template <class OWNER>
+  void hand_attributes_to(OWNER* owner);
   ROLE start_root(const KPT_ELEMENT_ATTRIBUTES& attributes);
   ROLE start_child_of_root(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
   ROLE start_keypoint(const KPT_ELEMENT_ATTRIBUTES& attributes);
@@ -119,6 +121,8 @@ class KPT_DATABASE_BUILDER {
   std::size_t m_depth = 0;
   std::size_t m_below_leaf = 0;  // open elements and references
   KPT_STRING m_number;
+
+  KPT_ATTRIBUTE_LIST m_attributes;  // of the register or the map
 
   // The set and the register that are being read.
   KPT_SET_ENUM m_set = KPT_REFERENCE_SET;
