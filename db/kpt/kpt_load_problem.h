@@ -32,9 +32,5 @@ struct KPT_LOAD_PROBLEM {
     }
   }
 };
-}
-}
-}
-;
 
 #endif
