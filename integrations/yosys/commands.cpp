@@ -1,4 +1,5 @@
 // The commands that this plugin adds to Yosys.
+#include <algorithm>
 #include <fstream>
 
 #include "kernel/yosys.h"
@@ -66,13 +67,19 @@ struct KPT_TRACK : Yosys::Pass {
         "that turns the last one into a netlist.\n\n"
         "    -top <module>\n        the module to look at (default: the top module)\n\n"
         "    -name <name>\n        the name of the stage's database (default: kpt)\n\n"
+        "    -audit\n        keep the netlist as it is, for 'kpt_audit', and let 'kpt_stage' audit\n\n"
         "    -off\n        end following without recording anything\n\n");
   }
   void execute(Arguments args, RTLIL::Design* design) override {
     std::string top;
     std::string name = "kpt";
+    bool audits = false;
     std::size_t at = 1;
     for (; at < args.size(); ++at) {
+      if (args[at] == "-audit") {
+        audits = true;
+        continue;
+      }
       if (args[at] == "-off") {
         kpt_yosys::stop_tracking();
         return;
@@ -85,9 +92,57 @@ struct KPT_TRACK : Yosys::Pass {
     if (!top.empty() && design->module(RTLIL::escape_id(top)) == nullptr) {
       Yosys::log_cmd_error("There is no module %s.\n", top.c_str());
     }
-    guarded([&] { kpt_yosys::start_tracking(design, top, name); });
+    guarded([&] { kpt_yosys::start_tracking(design, top, name, audits); });
   }
 } kpt_track;
+
+// Takes back what a simulation refutes, and says so.
+void audit(RTLIL::Design* design, const kpt_yosys::AUDIT::EFFORT& effort) {
+  kpt_yosys::TRACKER& tracker = *kpt_yosys::current_tracker();
+  tracker.boundary(design, "");
+  const kpt_yosys::AUDIT::FINDINGS findings = kpt_yosys::current_audit()->check(tracker, effort);
+  for (const int point : findings.m_false_points) {
+    const std::string name = tracker.points()[static_cast<std::size_t>(point)].m_name;
+    Yosys::log_warning("Register %s does otherwise since %s: what was seen of it is not recorded.\n", name.c_str(),
+                       tracker.refuse(point).c_str());
+  }
+  for (const int machine : findings.m_false_machines) {
+    const std::string name = tracker.machines()[static_cast<std::size_t>(machine)].m_name;
+    Yosys::log_warning("State machine %s does otherwise since %s: what was seen of it is not recorded.\n", name.c_str(),
+                       tracker.refuse_machine(machine).c_str());
+  }
+  Yosys::log("Audit: %zu facts hold in %d runs of %d cycles, %zu have no values there, %zu are false.\n",
+             findings.m_held, effort.m_runs, effort.m_cycles, findings.m_unseen,
+             findings.m_false_points.size() + findings.m_false_machines.size());
+}
+
+struct KPT_AUDIT : Yosys::Pass {
+  KPT_AUDIT() : Pass("kpt_audit", "check what was seen of registers in a simulation") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_audit [options]\n\n"
+        "Simulates the netlist that 'kpt_track -audit' kept and the present one side by side, on random\n"
+        "inputs from power-up, and takes back what was seen of a register where the simulation shows\n"
+        "something else. After 'kpt_track -audit', 'kpt_stage' does this before it records.\n\n"
+        "    -runs <number>\n        how often to start from power-up (default: 256), 64 at a time\n\n"
+        "    -cycles <number>\n        how long each run is (default: 64)\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string runs = "256";
+    std::string cycles = "64";
+    std::size_t at = 1;
+    while (at < args.size() && (takes(args, at, "-runs", runs) || takes(args, at, "-cycles", cycles))) {
+      ++at;
+    }
+    extra_args(args, at, design, false);
+    demand_tracking(design);
+    if (kpt_yosys::current_audit() == nullptr) {
+      Yosys::log_cmd_error("No reference is kept: use kpt_track -audit.\n");
+    }
+    const kpt_yosys::AUDIT::EFFORT effort{std::max(std::atoi(runs.c_str()), 1), std::max(std::atoi(cycles.c_str()), 1)};
+    guarded([&] { audit(design, effort); });
+  }
+} kpt_audit;
 
 struct KPT_STAGE : Yosys::Pass {
   KPT_STAGE() : Pass("kpt_stage", "end a stage and record what became of the registers") {}
@@ -113,6 +168,9 @@ struct KPT_STAGE : Yosys::Pass {
     }
     guarded([&] {
       kpt_yosys::current_tracker()->boundary(design, "");
+      if (kpt_yosys::current_audit() != nullptr) {
+        audit(design, kpt_yosys::AUDIT::EFFORT());
+      }
       const KPT_KEYPOINTS_DB& db = *manager->create_keypoints_db(name);
       kpt_yosys::print(kpt_yosys::record(*kpt_yosys::current_tracker(), db), name);
       const kpt_yosys::COST cost = kpt_yosys::tracking_cost();

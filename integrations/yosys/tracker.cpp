@@ -196,6 +196,7 @@ void TRACKER::begin_points(const NAMES& names) {
   for (const auto& [location, name] : names) {
     POINT point;
     point.m_location = location;
+    point.m_cell = m_now.m_view->flop(location).m_cell;
     point.m_name = name;
     m_now.m_points.push_back(std::move(point));
   }
@@ -345,7 +346,7 @@ bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int
   if (same == flops.end()) {
     return false;
   }
-  point.m_location = {instance, static_cast<int>(same - flops.begin())};
+  move(step, point, {instance, static_cast<int>(same - flops.begin())}, point.m_inverted);
   return true;
 }
 
@@ -381,13 +382,30 @@ bool TRACKER::settle(const STEP& step, POINT& point, const SOURCE& source, int i
       point.m_fate = (source.m_kind == SOURCE_KIND::ONE) != turned ? FATE::ONE : FATE::ZERO;
       break;
     case SOURCE_KIND::FLOP:
-      point.m_fate = FATE::LIVE;
-      point.m_location = {instance, source.m_flop};
-      point.m_inverted = turned != source.m_inverted;
+      move(step, point, {instance, source.m_flop}, turned != source.m_inverted);
       return true;
   }
   point.m_pass = step.m_pass;
   return true;
+}
+
+void TRACKER::move(const STEP& step, POINT& point, const LOCATION& location, bool inverted) {
+  const unsigned int cell = step.m_after.flop(location).m_cell;
+  if (point.m_fate != FATE::LIVE || point.m_cell != cell || point.m_inverted != inverted) {
+    point.m_pass = step.m_pass;
+  }
+  point.m_fate = FATE::LIVE;
+  point.m_location = location;
+  point.m_cell = cell;
+  point.m_inverted = inverted;
+}
+
+std::string TRACKER::refuse(int point) {
+  POINT& refused = m_now.m_points[static_cast<std::size_t>(point)];
+  refused.m_fate = FATE::UNKNOWN;
+  refused.m_nets.clear();  // it does not come back
+  refused.m_last_name.clear();
+  return refused.m_pass;
 }
 
 void TRACKER::lose(const STEP& step, POINT& point) {
