@@ -53,6 +53,7 @@ class TRACKER {
   std::string why_not_started(RTLIL::Design* design) const;
   const std::vector<POINT>& points() const { return m_now.m_points; }
   const std::vector<MACHINE>& machines() const { return m_now.m_machines; }
+  std::size_t made_by_front_end() const { return m_now.m_made_by_front_end; }
   const NETLIST_VIEW& view() const { return *m_now.m_view; }
   /// Registers of the netlist that no reference register explains.
   std::size_t count_new_registers() const;

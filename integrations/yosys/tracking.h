@@ -59,6 +59,7 @@ struct TRACKING {
   std::shared_ptr<const NETLIST_VIEW> m_view;  // null as long as there are processes
   std::vector<POINT> m_points;
   std::vector<MACHINE> m_machines;
+  std::size_t m_made_by_front_end = 0;  // registers of the reference that nobody wrote, and no points
 };
 
 }  // namespace kpt_yosys

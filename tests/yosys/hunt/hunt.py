@@ -39,7 +39,7 @@ def record(folder, plugin, steps, audits):
     with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
         file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
     done = subprocess.run(["yosys", "-m", plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
-                          timeout=120, check=False)
+                          timeout=900, check=False)
     with open(folder + "/yosys.log", "w", encoding="utf-8") as file:
         file.write(done.stdout + done.stderr)
     if done.returncode not in (0, 1):
