@@ -29,7 +29,7 @@ struct KPT_REGISTER_TEXTS {
   std::uint32_t hash;              // of name and register type, with this process's salt
 
  private:
-  static std::uint32_t hash_of(std::string_view name, std::string_view register_type) noexcept;
+  KPT_EXPORT static std::uint32_t hash_of(std::string_view name, std::string_view register_type) noexcept;
 };
 
 #endif
