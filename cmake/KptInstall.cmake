@@ -18,7 +18,6 @@ install(DIRECTORY db DESTINATION ${kpt_headers} COMPONENT dev
         PATTERN files EXCLUDE
         PATTERN load EXCLUDE
         PATTERN unite EXCLUDE
-        PATTERN kpt_elim_words.h EXCLUDE
         PATTERN kpt_ticks.h EXCLUDE
         PATTERN kpt_translation.h EXCLUDE)
 install(FILES db/kpt/files/kpt_xml_platform.h DESTINATION ${kpt_headers}/db/kpt/files COMPONENT dev)
