@@ -8,6 +8,7 @@
 #define KPT_H
 
 #include "db/kpt/kpt_bytes.h"
+#include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_keypoints_manager.h"
