@@ -7,7 +7,9 @@
 #include <functional>
 #include <new>
 
+#include "audit/audit.h"
 #include "commands.h"
+#include "wave/wave.h"
 
 namespace {
 
@@ -42,6 +44,7 @@ struct COMMAND_LINE {
     add_questions(app);
     add_comparisons(app);
     add_results(app);
+    add_waves(app);
   }
 
   void add_record(CLI::App& app) {
@@ -105,7 +108,39 @@ struct COMMAND_LINE {
     c->add_option("--module", export_.module, "With encfile: the module's name (default: the database's)");
   }
 
+  void add_waves(CLI::App& app) {
+    CLI::App* c = add_command(app, run, "wave", "Show a dump of the netlist under the names of the source", wave,
+                              kptdb::run_wave);
+    add_file(c, wave.file);
+    c->add_option("DUMP", wave.dump, "A value-change dump of the netlist, packed or not; - for standard input")
+        ->required();
+    c->add_option("-o,--output", wave.output, "The dump to write (default: standard output)");
+    c->add_option("--scope", wave.scope, "The scope of the netlist in the dump, as tb.dut");
+    c->add_option("--to-scope", wave.to_scope, "The scope of the source in the output (default: the same)");
+    c->add_option("--only", wave.only, "Only registers whose names match: * is any text, ? any character");
+    c->add_option("--divider", wave.divider, "What stands between the instances of a name (default: .)");
+    c->add_flag("--with-unknown", wave.with_unknown, "Show registers of unknown value as x");
+    add_json(c, wave.json);
+
+    c = add_command(app, run, "audit", "Check the claims against two simulations", audit, kptdb::run_audit);
+    add_file(c, audit.file);
+    c->add_option("SOURCE", audit.reference_dump, "A dump of the source's simulation")->required();
+    c->add_option("NETLIST", audit.transformed_dump, "A dump of the netlist's simulation with the same stimulus")
+        ->required();
+    c->add_option("--clock", audit.clock, "The clock at whose edges values are compared, as tb.clk");
+    c->add_option("--edge", audit.edge, "rising, falling or both")->check(CLI::IsMember({"rising", "falling", "both"}));
+    c->add_option("--at", audit.at, "Times to compare at instead, as 100ns,200ns")->delimiter(',');
+    c->add_option("--from", audit.from, "Check nothing before this time");
+    c->add_option("--scope", audit.scope, "The scope of the source in its dump, as tb.dut");
+    c->add_option("--netlist-scope", audit.transformed_scope, "The scope of the netlist (default: the same)");
+    c->add_option("--divider", audit.divider, "What stands between the instances of a name (default: .)");
+    c->add_flag("--write", audit.write, "Note in the database file what was violated");
+    add_json(c, audit.json);
+  }
+
   RUN run;
+  kptdb::WAVE_OPTIONS wave;
+  kptdb::AUDIT_OPTIONS audit;
   kptdb::RECORD_OPTIONS record;
   kptdb::INFO_OPTIONS info;
   kptdb::SHOW_OPTIONS show;
