@@ -29,19 +29,22 @@ FACTS::FACTS(const DATABASE& db) {
     facts[map] = static_cast<std::uint32_t>(m_facts.size());
     add_fact(*map);
   }
-  for (const REGISTER& reg : registers_of(db, KPT_REFERENCE_SET)) {
+  boost::unordered_flat_map<std::pair<const void*, std::uint32_t>, std::uint32_t> places;
+  for (std::uint32_t f = 0; f < m_facts.size(); ++f) {
+    for (std::uint32_t k = m_facts[f].first_member; k < m_facts[f].end_member; ++k) {
+      places.try_emplace({&m_members[k].reg.get_name(), f}, k);
+    }
+  }
+  for (const REGISTER& reg : registers_of(db)) {
     SUBJECT subject;
     subject.reg = KPT_REGISTER_KEYPOINT(const_cast<KPT_REGISTER_KEYPOINT_IMPL*>(reg.keypoint));
-    if (reg.map != nullptr) {
-      const FACT& fact = m_facts[facts[reg.map]];
-      for (std::uint32_t k = fact.first_member; k < fact.end_member && subject.member == SUBJECT::NONE; ++k) {
-        if (!m_members[k].transformed && &m_members[k].reg.get_name() == &reg.keypoint->get_element_name()) {
-          subject.member = k;
-          subject.fact = facts[reg.map];
-        }
-      }
+    const std::uint32_t fact = reg.map == nullptr ? SUBJECT::NONE : facts[reg.map];
+    const auto place = places.find({&subject.reg.get_name(), fact});
+    if (place != places.end()) {
+      subject.fact = fact;
+      subject.member = place->second;
     }
-    m_subjects.push_back(subject);
+    (reg.side == KPT_REFERENCE_SET ? m_subjects : m_successors).push_back(subject);
   }
 }
 

@@ -44,7 +44,7 @@ struct FACT {
   std::uint32_t t_columns = 0;
 };
 
-/// A reference register and the fact about it, if there is one.
+/// A register and the fact about it, if there is one.
 struct SUBJECT {
   static constexpr std::uint32_t NONE = ~std::uint32_t{0};
   KPT_REGISTER_KEYPOINT reg;
@@ -62,6 +62,8 @@ class FACTS {
   const std::vector<FACT>& all() const { return m_facts; }
   /// The reference registers, in the order of a saved file.
   const std::vector<SUBJECT>& subjects() const { return m_subjects; }
+  /// The transformed registers, likewise.
+  const std::vector<SUBJECT>& successors() const { return m_successors; }
   const FACT_MEMBER& member(std::size_t k) const { return m_members[k]; }
   /// The fact about a register; one that says nothing for a register without a map.
   const FACT& fact_of(const SUBJECT& subject) const;
@@ -88,6 +90,7 @@ class FACTS {
   std::vector<FACT> m_facts;
   std::vector<FACT_MEMBER> m_members;
   std::vector<SUBJECT> m_subjects;
+  std::vector<SUBJECT> m_successors;
   FACT m_none;
 };
 

@@ -98,14 +98,21 @@ struct COMMAND_LINE {
 
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
-    CLI::Option* format = c->add_option("--format", export_.format, "json, csv, dot or encfile")
-                              ->check(CLI::IsMember({"json", "csv", "dot", "encfile"}));
+    CLI::Option* format = c->add_option("--format", export_.format,
+                                           "json, csv, dot, encfile, tcl, sqlite, eqy, gtkwave or surfer")
+                              ->check(CLI::IsMember(
+                                  {"json", "csv", "dot", "encfile", "tcl", "sqlite", "eqy", "gtkwave", "surfer"}));
     c->add_flag_callback(
          "--json", [this] { export_.format = "json"; }, "The same as --format json")
         ->excludes(format);
     c->add_option("-o,--output", export_.output, "The file to write (default: standard output)");
     c->add_option("--around", export_.around, "With dot: only the maps of this register");
-    c->add_option("--module", export_.module, "With encfile: the module's name (default: the database's)");
+    c->add_option("--module", export_.module, "With encfile or eqy: the module's name (default: the database's)");
+    c->add_option("--design", export_.design, "With sqlite: the design's name (default: the database's)");
+    c->add_flag("--append", export_.append, "With sqlite: keep the other designs of the file");
+    c->add_option("--dump", export_.dump, "With gtkwave: a dump of the netlist, whose names the viewer goes by");
+    c->add_option("--scope", export_.scope, "With gtkwave: the scope of the netlist in the dump, as tb.dut");
+    c->add_option("--divider", export_.divider, "With gtkwave: what stands between the instances of a name");
   }
 
   void add_waves(CLI::App& app) {

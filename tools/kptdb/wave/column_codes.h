@@ -23,6 +23,8 @@ class COLUMN_CODES {
   /// The reference code, x where several states share the given bits and differ; null for a code
   /// that no state has.
   const std::string* reference_code(const std::string& known_bits) const;
+  /// All of them, in no order.
+  const auto& all() const { return m_codes; }
 
  private:
   boost::unordered_flat_map<std::string, std::string, TEXT_HASH, std::equal_to<>> m_codes;

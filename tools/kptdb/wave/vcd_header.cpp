@@ -116,7 +116,7 @@ void VCD_READER::read_scope() {
   for (std::size_t k = 2; k < words.size(); ++k) {
     scope.name += ' ' + words[k];
   }
-  unescape(scope.name);
+  scope.is_escaped = unescape(scope.name);
   scope.parent = m_scope;
   m_scope = static_cast<std::uint32_t>(m_scopes.size());
   m_scopes.push_back(std::move(scope));
@@ -141,6 +141,7 @@ void VCD_READER::read_variable() {
   }
   VCD_VARIABLE variable;
   variable.scope = m_scope;
+  variable.is_integer = words[0] == "integer";
   variable.is_number = width == 0 || words[0] == "real" || words[0] == "realtime" || words[0] == "shortreal" ||
                        words[0] == "string" || words[0] == "event";
   variable.signal = declare_signal(words[2], static_cast<std::uint32_t>(width), variable.is_number);

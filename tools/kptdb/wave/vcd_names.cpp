@@ -32,18 +32,34 @@ VCD_NAMES::VCD_NAMES(const VCD_READER& reader, const std::string& scope, char di
   index_variables(scope_of_path(scope));
 }
 
-std::string VCD_NAMES::path_of_scope(std::uint32_t scope) const {
+// With dots between, and with the marks of escaped names if wanted.
+std::string VCD_NAMES::path_of_scope(std::uint32_t scope, bool with_marks) const {
   std::string path;
   for (; scope != 0; scope = m_reader.scopes()[scope].parent) {
-    path = m_reader.scopes()[scope].name + (path.empty() ? "" : "." + path);
+    const VCD_SCOPE& here = m_reader.scopes()[scope];
+    path = (with_marks && here.is_escaped ? "\\" : "") + here.name + (path.empty() ? "" : "." + path);
   }
   return path;
+}
+
+std::string VCD_NAMES::viewer_name(const VCD_BIT& bit) const {
+  const VCD_VARIABLE& variable = m_reader.variables()[bit.variable];
+  const bool is_vector = m_reader.width_of_signal(variable.signal) > 1;
+  std::string name = is_vector ? "(" + std::to_string(bit.bit) + ")" : "";
+  name += path_of_scope(variable.scope, true) + (variable.scope == 0 ? "" : ".");
+  name += (variable.is_escaped ? "\\" : "") + variable.name;
+  if (variable.index == BIT_INDEX) {
+    name += "[" + std::to_string(variable.msb) + "]";
+  } else if (variable.index == RANGE_INDEX && !variable.is_integer) {
+    name += "[" + std::to_string(variable.msb) + ":" + std::to_string(variable.lsb) + "]";
+  }
+  return name;
 }
 
 std::uint32_t VCD_NAMES::scope_of_path(const std::string& path) const {
   std::string some;
   for (std::uint32_t scope = 0; scope < m_reader.scopes().size(); ++scope) {
-    const std::string here = path_of_scope(scope);
+    const std::string here = path_of_scope(scope, false);
     if (here == path) {
       return scope;
     }

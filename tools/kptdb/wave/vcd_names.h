@@ -32,10 +32,11 @@ class VCD_NAMES {
   VCD_NAMES(const VCD_READER& reader, const std::string& scope, char divider);
 
   VCD_BIT find(std::string_view name) const;
-  /// The path of the variable's scope, dots between, as viewers show it.
-  std::string path_of_scope(std::uint32_t scope) const;
+  /// How GTKWave calls the bit: "tb.dut.q", or "(3)tb.dut.data[7:0]", counted from the left.
+  std::string viewer_name(const VCD_BIT& bit) const;
 
  private:
+  std::string path_of_scope(std::uint32_t scope, bool with_marks) const;
   std::uint32_t scope_of_path(const std::string& path) const;
   void index_variables(std::uint32_t top);
   void look_at(std::string_view base, const std::int64_t* index, VCD_BIT& result) const;

@@ -32,13 +32,15 @@ struct VCD_VARIABLE {
   std::int64_t lsb = 0;
   VCD_INDEX index = NO_INDEX;
   bool is_escaped = false;
-  bool is_number = false;  // real, string or event: it has no bits
+  bool is_integer = false;  // its range goes without saying
+  bool is_number = false;   // real, string or event: it has no bits
 };
 
 struct VCD_SCOPE {
   std::string name;  // without the mark of an escaped name
   std::string type;
   std::uint32_t parent = 0;  // of the root, itself
+  bool is_escaped = false;
 };
 
 /// Finds texts by views of them.

@@ -80,11 +80,11 @@ EXIT_CODE run_wave(const WAVE_OPTIONS& options) {
   VCD_READER reader(options.dump);
   const VCD_NAMES names(reader, options.scope, divider);
   WAVE_TRANSLATOR translator(facts, reader, names, divider);
-  std::vector<WAVE_NAME> written = translator.plan(options.only, options.with_unknown);
+  const std::vector<std::string_view> written = translator.plan(options.only, options.with_unknown);
   refuse_nothing_found(translator.counts(), options);
   RESULT_FILE out(options.output);
   WAVE_WRITER writer(out, translator.bits());
-  writer.write_header(std::move(written), options.to_scope.empty() ? options.scope : options.to_scope,
+  writer.write_header(written, options.to_scope.empty() ? options.scope : options.to_scope,
                       reader.timescale(), divider);
   while (reader.next_step()) {
     translator.translate(writer);

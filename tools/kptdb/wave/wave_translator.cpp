@@ -22,7 +22,7 @@ WAVE_TRANSLATOR::WAVE_TRANSLATOR(const FACTS& facts, VCD_READER& reader, const V
       m_first_column(facts.all().size(), NO_BIT),
       m_finding(facts.all().size(), NOT_FOUND) {}
 
-std::vector<WAVE_NAME> WAVE_TRANSLATOR::plan(const std::string& only, bool with_unknown) {
+std::vector<std::string_view> WAVE_TRANSLATOR::plan(const std::string& only, bool with_unknown) {
   std::vector<std::pair<const SUBJECT*, std::uint32_t>> chosen;
   for (const SUBJECT& subject : m_facts.subjects()) {
     if (!matches(only, name_of(subject.reg))) {
@@ -34,7 +34,7 @@ std::vector<WAVE_NAME> WAVE_TRANSLATOR::plan(const std::string& only, bool with_
     }
   }
   m_bits.reserve(chosen.size());  // the names stay where they are
-  std::vector<WAVE_NAME> names;
+  std::vector<std::string_view> names;
   for (const auto& [subject, column] : chosen) {
     show(*subject, column, names);
   }
@@ -43,10 +43,10 @@ std::vector<WAVE_NAME> WAVE_TRANSLATOR::plan(const std::string& only, bool with_
   return names;
 }
 
-void WAVE_TRANSLATOR::show(const SUBJECT& subject, std::uint32_t column, std::vector<WAVE_NAME>& names) {
+void WAVE_TRANSLATOR::show(const SUBJECT& subject, std::uint32_t column, std::vector<std::string_view>& names) {
   const auto bit = static_cast<std::uint32_t>(m_bits.size());
   m_bits.push_back(name_in_netlist(subject.reg, m_divider));
-  names.push_back({m_bits.back(), bit});
+  names.push_back(m_bits.back());
   if (column != NO_BIT) {
     m_columns[column].shown.push_back({bit, m_facts.member(subject.member).inverse});
   }

@@ -44,7 +44,7 @@ class WAVE_TRANSLATOR {
   WAVE_TRANSLATOR(const FACTS& facts, VCD_READER& reader, const VCD_NAMES& names, char divider);
 
   /// Plans for the registers whose names match; with those of unknown value if wanted.
-  std::vector<WAVE_NAME> plan(const std::string& only, bool with_unknown);
+  std::vector<std::string_view> plan(const std::string& only, bool with_unknown);
   /// After every step of the reader; before the first one, to write what never changes.
   void translate(WAVE_WRITER& writer);
   const WAVE_COUNTS& counts() const { return m_counts; }
@@ -83,7 +83,7 @@ class WAVE_TRANSLATOR {
   std::uint32_t plain_column(std::uint32_t fact);
   std::uint32_t machine_columns(std::uint32_t fact);
   VCD_FINDING add_copy(COLUMN& column, const FACT_MEMBER& member);
-  void show(const SUBJECT& subject, std::uint32_t column, std::vector<WAVE_NAME>& names);
+  void show(const SUBJECT& subject, std::uint32_t column, std::vector<std::string_view>& names);
   void finish_plan();
   void mark(std::uint32_t column);
   void settle_column(COLUMN& column, WAVE_WRITER& writer);

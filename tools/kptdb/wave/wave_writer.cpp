@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "../facts.h"
 #include "../text.h"
+#include "buses.h"
 
 namespace kptdb {
 
@@ -24,38 +24,6 @@ std::string dump_word(std::string_view name) {
   std::string word = printable(name);
   std::replace(word.begin(), word.end(), ' ', '_');
   return word.empty() ? "_" : word;
-}
-
-struct NAMED_BIT {
-  std::string_view path;  // with the divider at its end
-  std::string_view base;
-  std::int64_t index = 0;
-  bool has_index = false;
-  std::uint32_t bit = 0;
-};
-
-NAMED_BIT named_bit(const WAVE_NAME& name, char divider) {
-  NAMED_BIT result;
-  result.bit = name.bit;
-  const std::size_t mark = name.name.rfind(divider);
-  const std::size_t start = mark == std::string_view::npos ? 0 : mark + 1;
-  result.path = name.name.substr(0, start);
-  result.base = name.name.substr(start);
-  if (const auto split = split_index(result.base)) {
-    result.base = split->base;
-    result.index = split->index;
-    result.has_index = true;
-  }
-  return result;
-}
-
-bool comes_before(const NAMED_BIT& a, const NAMED_BIT& b) {
-  return std::tie(a.path, a.base, a.has_index, b.index) < std::tie(b.path, b.base, b.has_index, a.index);
-}
-
-bool goes_on(const NAMED_BIT& left, const NAMED_BIT& right) {
-  return left.has_index && right.has_index && left.path == right.path && left.base == right.base &&
-         left.index == right.index + 1;
 }
 
 }  // namespace
@@ -93,40 +61,24 @@ class WAVE_WRITER::SCOPES {
 WAVE_WRITER::WAVE_WRITER(RESULT_FILE& out, std::size_t bits)
     : m_out(out), m_values(bits, 'x'), m_variable_of(bits, 0) {}
 
-// The indices of a vector run down from left to right. A vector with a gap becomes several: what
-// the database does not list has no value to show.
-void WAVE_WRITER::write_header(std::vector<WAVE_NAME> names, const std::string& scope, const std::string& timescale,
-                               char divider) {
-  std::vector<NAMED_BIT> bits;
-  bits.reserve(names.size());
-  for (const WAVE_NAME& name : names) {
-    bits.push_back(named_bit(name, divider));
-  }
-  std::stable_sort(bits.begin(), bits.end(), comes_before);
+void WAVE_WRITER::write_header(const std::vector<std::string_view>& names, const std::string& scope,
+                               const std::string& timescale, char divider) {
   write("$version kptdb wave $end\n$timescale " + (timescale.empty() ? "1 ns" : timescale) + " $end\n");
   SCOPES outer(*this, '.');
   outer.go_to(scope.empty() ? "" : scope + ".");
   SCOPES inner(*this, divider);
-  for (std::size_t k = 0; k < bits.size();) {
+  for (const BUS& bus : join_buses(names, divider)) {
     const auto number = static_cast<std::uint32_t>(m_variables.size());
-    VARIABLE variable{static_cast<std::uint32_t>(m_bits.size()), 0, false};
-    const std::size_t first = k;
-    do {
-      m_bits.push_back(bits[k].bit);
-      m_variable_of[bits[k].bit] = number;
-      ++variable.width;
-      ++k;
-    } while (k < bits.size() && goes_on(bits[k - 1], bits[k]));
-    inner.go_to(bits[first].path);
-    std::string line = "$var reg " + std::to_string(variable.width) + ' ';
+    inner.go_to(bus.path);
+    std::string line = "$var reg " + std::to_string(bus.bits.size()) + ' ';
     append_code(line, number);
-    line += ' ' + dump_word(bits[first].base);
-    if (bits[first].has_index) {
-      line += " [" + std::to_string(bits[first].index);
-      line += (variable.width > 1 ? ":" + std::to_string(bits[k - 1].index) : "") + "]";
-    }
+    line += ' ' + dump_word(bus.base) + (bus.has_index ? " " + bus.range() : "");
     write(line + " $end\n");
-    m_variables.push_back(variable);
+    m_variables.push_back({static_cast<std::uint32_t>(m_bits.size()), static_cast<std::uint32_t>(bus.bits.size())});
+    for (const std::uint32_t bit : bus.bits) {
+      m_bits.push_back(bit);
+      m_variable_of[bit] = number;
+    }
   }
   inner.go_to("");
   outer.go_to("");

@@ -13,18 +13,13 @@
 
 namespace kptdb {
 
-/// A register of the reference netlist that is written: a name with the path of its instances.
-struct WAVE_NAME {
-  std::string_view name;
-  std::uint32_t bit = 0;  // of the writer
-};
-
 class WAVE_WRITER {
  public:
   WAVE_WRITER(RESULT_FILE& out, std::size_t bits);
 
-  /// The names in scopes below `scope`, those of a vector joined. Before the first step.
-  void write_header(std::vector<WAVE_NAME> names, const std::string& scope, const std::string& timescale, char divider);
+  /// One name for each bit, in scopes below `scope`, those of a vector joined. Before the first step.
+  void write_header(const std::vector<std::string_view>& names, const std::string& scope, const std::string& timescale,
+                    char divider);
   /// A new value, '0', '1', 'x' or 'z', written at the end of the step.
   void set(std::uint32_t bit, char value);
   /// All values at first, then those that are new.
