@@ -254,10 +254,12 @@ void export_surfer(const FACTS& facts, const VIEWER_OPTIONS& options) {
     const std::vector<const FACT_MEMBER*> columns = columns_of(facts, fact, true);
     std::vector<std::string_view> names;
     for (const FACT_MEMBER* member : columns) {
-      names.push_back(member == nullptr ? std::string_view() : name_of(member->reg));
+      if (member != nullptr && member->reg.is_signal()) {
+        names.push_back(name_of(member->reg));
+      }
     }
     const std::vector<BUS> buses = join_buses(names, options.divider);
-    if (buses.size() != 1 || !columns.front()->reg.is_signal()) {
+    if (buses.size() != 1 || names.size() != columns.size()) {
       continue;
     }
     std::vector<std::pair<std::uint32_t, bool>> shown;

@@ -35,7 +35,7 @@ bool SAMPLER::sample_now(std::uint64_t time) {
   return true;
 }
 
-bool SAMPLER::next_sample() {
+void SAMPLER::begin_moment() {
   m_settled.resize(m_reader.followed(), 'x');
   m_is_touched.resize(m_reader.followed(), false);
   if (m_was_sampled) {
@@ -45,13 +45,19 @@ bool SAMPLER::next_sample() {
     m_touched.clear();
     m_was_sampled = false;
   }
+}
+
+bool SAMPLER::read_step() {
+  m_has_step = !m_is_over && m_reader.next_step();
+  m_is_over = !m_has_step;
+  return m_has_step;
+}
+
+bool SAMPLER::next_sample() {
+  begin_moment();
   for (;;) {
-    if (!m_has_step) {
-      m_has_step = !m_is_over && m_reader.next_step();
-      m_is_over = !m_has_step;
-      if (m_has_step && m_clock != NO_BIT && is_edge()) {
-        return sample_now(m_reader.time());
-      }
+    if (!m_has_step && read_step() && m_clock != NO_BIT && is_edge()) {
+      return sample_now(m_reader.time());
     }
     const bool waits = m_next_time < m_times.size();
     if (waits && (m_has_step ? m_times[m_next_time] < m_reader.time() : m_times[m_next_time] == m_reader.time())) {
@@ -63,6 +69,18 @@ bool SAMPLER::next_sample() {
     settle();
     m_has_step = false;
   }
+}
+
+bool SAMPLER::sample_before(std::uint64_t time) {
+  begin_moment();
+  while (m_has_step || read_step()) {
+    if (m_reader.time() >= time) {
+      return sample_now(time);
+    }
+    settle();
+    m_has_step = false;
+  }
+  return false;
 }
 
 }  // namespace kptdb

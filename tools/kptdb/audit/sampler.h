@@ -26,8 +26,13 @@ class SAMPLER {
   /// In the units of the dump, sorted. The values are those after all changes of that time.
   void sample_at(std::vector<std::uint64_t> times);
 
+  /// Whether the moments are this sampler's own, by its clock or its times.
+  bool has_moments() const { return m_clock != NO_BIT || !m_times.empty(); }
+
   /// Goes to the next moment; false when the dump has no more.
   bool next_sample();
+  /// Goes to the moment just before a time, for a dump without moments of its own; false when the dump ends earlier.
+  bool sample_before(std::uint64_t time);
   /// In units of the dump.
   std::uint64_t time() const { return m_sample_time; }
   /// At the moment: '0', '1', 'x' or 'z'.
@@ -36,6 +41,8 @@ class SAMPLER {
   const std::vector<std::uint32_t>& touched() const { return m_touched; }
 
  private:
+  void begin_moment();
+  bool read_step();
   bool is_edge() const;
   bool sample_now(std::uint64_t time);
   void settle();
