@@ -15,7 +15,7 @@ locate_bench() {
   esac
   case $1 in
     elevator) cp "${0%/*}/elevator_bench.v" bench.v ;;
-    *) sed -n "/^module $bench\b/,/^endmodule/p" "$source" | sed '/\$dumpfile/d; /\$dumpvars/d; /\$shm/d' >bench.v ;;
+    *) sed -n "/^module $bench\b/,/^endmodule/p" "$source" | sed '/\$dumpfile/d; /\$dumpvars/d; /\$shm/d; /^always @(U1\./,+1d' >bench.v ;;
   esac
   # Benches that change inputs at the very edge of the clock get them a moment later: which comes
   # first, each simulation decides for itself.
@@ -27,10 +27,14 @@ locate_bench() {
 }
 
 # synthesise: database kpt.xml, named "kpt", and netlist gate.v. In the end only ports have names by
-# which one would know them again. The elevator is mapped to cells.
+# which one would know them again. The elevator is mapped to cells, and so are the flip-flops of des:
+# write_verilog of Yosys 0.23 turns a vector around that is numbered from the left and not in cells.
 synthesise() {
   mapping=
-  [ "$top" != elevator ] || mapping=$cells
+  case $top in
+    elevator) mapping=$cells ;;
+    des) mapping="dfflegalize -cell \$_DFF_P_ 0 ; dfflibmap -liberty $KPT_RTL/cells.lib" ;;
+  esac
   run synthesis.log "read_verilog $source; kpt_track -top $top; synth -flatten -top $top; $mapping
                      rename -hide w:*; rename -enumerate; kpt_stage; kpt_save kpt.xml; write_verilog -noattr gate.v"
 }
@@ -52,9 +56,10 @@ END
     fail "the simulation of $*"
 }
 
-# design_alone: the source without its test bench.
+# design_alone: the source without its test bench. One of them assigns with "=" at the edge of the
+# clock, so that registers of other modules see the old value or the new one, as the simulator likes.
 design_alone() {
-  sed "/^module $bench\b/,/^endmodule/d" "$source" >design.v
+  sed "/^module $bench\b/,/^endmodule/d; s/\bso=/so<=/" "$source" >design.v
 }
 
 # simulate_both: rtl.vcd and gate.vcd.

@@ -8,6 +8,7 @@
 
 #include "export_facts.h"
 #include "text.h"
+#include "wave/indexed_name.h"
 
 namespace kptdb {
 

@@ -100,13 +100,6 @@ std::string name_in_netlist(const KPT_REGISTER_KEYPOINT& reg, char divider);
 
 inline std::string_view name_of(const KPT_REGISTER_KEYPOINT& reg) { return reg.get_name(); }
 
-/// "data[7]" as "data" and 7; nothing for a name without an index at its end.
-struct INDEXED_NAME {
-  std::string_view base;
-  std::int64_t index = 0;
-};
-std::optional<INDEXED_NAME> split_index(std::string_view name);
-
 }  // namespace kptdb
 
 #endif

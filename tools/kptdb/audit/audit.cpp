@@ -223,8 +223,8 @@ class REPORT {
     return shown_time(FEMTOSECONDS{violation.time} * m_units.reference, m_units);
   }
   static std::string values(const VIOLATION& violation) {
-    const bool has_both = !violation.reference.empty() && !violation.transformed.empty();
-    return violation.reference + (has_both ? " and " : "") + violation.transformed;
+    const bool has_both = !violation.value.empty() && !violation.other_value.empty();
+    return violation.value + (has_both ? " and " : "") + violation.other_value;
   }
   std::string line(const VIOLATION& violation) const {
     const CLAIM& claim = m_claims.all()[violation.claim];

@@ -237,9 +237,9 @@ void CLAIMS::check_codes(CLAIM& claim, std::uint32_t number) {
   }
 }
 
-void CLAIMS::violate(CLAIM& claim, std::uint32_t number, std::string reference, std::string transformed) {
+void CLAIMS::violate(CLAIM& claim, std::uint32_t number, std::string value, std::string other_value) {
   claim.is_violated = true;
-  m_violations.push_back({number, m_samplers[0]->time(), std::move(reference), std::move(transformed)});
+  m_violations.push_back({number, m_samplers[0]->time(), std::move(value), std::move(other_value)});
 }
 
 }  // namespace kptdb

@@ -56,8 +56,8 @@ struct CLAIM {
 struct VIOLATION {
   std::uint32_t claim;
   std::uint64_t time;  // in units of the source's dump
-  std::string reference;
-  std::string transformed;
+  std::string value;        // of the claim's register, or of the source's machine
+  std::string other_value;  // empty for a constant
 };
 
 class CLAIMS {
@@ -90,7 +90,7 @@ class CLAIMS {
   void check(CLAIM& claim, std::uint32_t number);
   void check_pair(CLAIM& claim, std::uint32_t number);
   void check_codes(CLAIM& claim, std::uint32_t number);
-  void violate(CLAIM& claim, std::uint32_t number, std::string reference, std::string transformed);
+  void violate(CLAIM& claim, std::uint32_t number, std::string value, std::string other_value);
   char value(const CLAIM_BIT& bit) const;
 
   const FACTS& m_facts;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "../facts.h"
+#include "indexed_name.h"
 
 namespace kptdb {
 

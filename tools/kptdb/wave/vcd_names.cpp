@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include "../facts.h"
 #include "../outcome.h"
 #include "../text.h"
+#include "indexed_name.h"
 
 namespace kptdb {
 
