@@ -27,12 +27,8 @@ std::string periods(const std::string& timescale, int unit, const std::string& n
 
 class AUDIT : public TOOL_TEST {
  protected:
-  void rtl(const std::string& a, const std::string& b) const {
-    write("rtl.vcd", periods("1 ns", 1, "a", a, "b", b));
-  }
-  void gate(const std::string& t, const std::string& u) const {
-    write("gate.vcd", periods("1 ns", 1, "t", t, "u", u));
-  }
+  void rtl(const std::string& a, const std::string& b) const { write("rtl.vcd", periods("1 ns", 1, "a", a, "b", b)); }
+  void gate(const std::string& t, const std::string& u) const { write("gate.vcd", periods("1 ns", 1, "t", t, "u", u)); }
   RUN_RESULT audit(std::vector<std::string> more = {"--clock", "c"}) const {
     more.insert(more.begin(), {"audit", "d.xml", "rtl.vcd", "gate.vcd"});
     return kptdb(more);
@@ -69,8 +65,9 @@ TEST_F(AUDIT, checks_constants) {
 }
 
 TEST_F(AUDIT, checks_the_codes_of_machines) {
-  record("d.xml", R"({"event":"associate_fsm","reference":["a"],"transformed":["t","u"],"states":[["0","10"],["1","01"]]})"
-                  "\n");
+  record("d.xml",
+         R"({"event":"associate_fsm","reference":["a"],"transformed":["t","u"],"states":[["0","10"],["1","01"]]})"
+         "\n");
   rtl("x011", "0000");
   gate("x100", "x010");
   EXPECT_EQ(audit().out,
@@ -108,7 +105,8 @@ TEST_F(AUDIT, refuses_to_pass_when_nothing_was_checked) {
 // The edge itself changes registers; what they were before it counts.
 TEST_F(AUDIT, looks_just_before_each_edge) {
   record("d.xml", kept("a", "t"));
-  const std::string header = "$timescale 1 ns $end\n$var wire 1 ! c $end\n$var wire 1 \" NAME $end\n$enddefinitions $end\n";
+  const std::string header =
+      "$timescale 1 ns $end\n$var wire 1 ! c $end\n$var wire 1 \" NAME $end\n$enddefinitions $end\n";
   std::string r = header;
   std::string t = header;
   r.replace(r.find("NAME"), 4, "a");

@@ -37,8 +37,8 @@ class EXPORT_FACTS : public TOOL_TEST {
 };
 
 TEST_F(EXPORT_FACTS, tcl_gives_back_any_name) {
-  write("events.jsonl", kept("plain", "t") + kept("odd {name}; [exit] $x \\\\ end", "other {net}") +
-                            kept("a::b(c)d", "n#1"));
+  write("events.jsonl",
+        kept("plain", "t") + kept("odd {name}; [exit] $x \\\\ end", "other {net}") + kept("a::b(c)d", "n#1"));
   good({"record", "events.jsonl", "-o", "d.xml"});
   EXPECT_EQ(tcl("puts [lsort [array names kpt::net]]\nforeach n [lsort [array names kpt::net]] { puts $kpt::net($n) }\n"
                 "puts [info exists kpt::net(odd\\ \\{name\\}\\;\\ \\[exit\\]\\ \\$x\\ \\\\\\ end)]\n"),
@@ -46,13 +46,12 @@ TEST_F(EXPORT_FACTS, tcl_gives_back_any_name) {
 }
 
 TEST_F(EXPORT_FACTS, tcl_says_pins_senses_copies_constants_and_machines) {
-  record("d.xml",
-         R"({"event":"associate","reference":"p","transformed":{"name":"_1_","entity":"DFF","type":"Q"}})"
-         "\n" +
-             kept("a", "t") + kept("b", "u") + kept("c", "v") + MACHINE +
-             "{\"event\":\"retime_inverter\",\"register\":\"t\"}\n"
-             "{\"event\":\"replicate\",\"register\":\"u\",\"replica\":\"u2\"}\n"
-             "{\"event\":\"eliminate\",\"register\":\"v\",\"reason\":\"stuck_at_one\"}\n");
+  record("d.xml", R"({"event":"associate","reference":"p","transformed":{"name":"_1_","entity":"DFF","type":"Q"}})"
+                  "\n" +
+                      kept("a", "t") + kept("b", "u") + kept("c", "v") + MACHINE +
+                      "{\"event\":\"retime_inverter\",\"register\":\"t\"}\n"
+                      "{\"event\":\"replicate\",\"register\":\"u\",\"replica\":\"u2\"}\n"
+                      "{\"event\":\"eliminate\",\"register\":\"v\",\"reason\":\"stuck_at_one\"}\n");
   EXPECT_EQ(tcl("puts $kpt::pin(p)\nputs $kpt::sense(p)\nputs $kpt::net(a)\nputs $kpt::sense(a)\n"
                 "puts $kpt::copies(b)\nputs [info exists kpt::copies(a)]\nputs $kpt::constant(c)\n"
                 "lassign $kpt::fsm(s\\[0\\]) machine column\nputs $column\n"
@@ -74,10 +73,9 @@ TEST_F(EXPORT_FACTS, eqy_escapes_names_and_counts_what_it_cannot_say) {
 }
 
 TEST_F(EXPORT_FACTS, eqy_recodes_a_machine_whose_wire_keeps_its_name) {
-  record("d.xml",
-         R"({"event":"associate_fsm","reference":["s[1]","s[0]"],"transformed":["s[0]","s[1]","s[2]"],)"
-         R"("states":[["00","100"],["01","010"],["10","001"]]})"
-         "\n");
+  record("d.xml", R"({"event":"associate_fsm","reference":["s[1]","s[0]"],"transformed":["s[0]","s[1]","s[2]"],)"
+                  R"("states":[["00","100"],["01","010"],["10","001"]]})"
+                  "\n");
   EXPECT_THAT(exported("eqy", {"--module", "top"}), HasSubstr("[recode top s]\n00 001\n01 010\n10 100\n"));
 }
 
@@ -90,8 +88,9 @@ TEST_F(EXPORT_FACTS, surfer_maps_codes_of_the_vector_from_the_left) {
 TEST_F(EXPORT_FACTS, gtkwave_names_bits_as_the_dump_has_them) {
   record("d.xml", kept("q[0]", "a") + kept("q[1]", "b[2]") + kept("r", "c") + MACHINE +
                       "{\"event\":\"retime_inverter\",\"register\":\"c\"}\n");
-  write("g.vcd", "$scope module tb $end\n$var wire 1 ! a $end\n$var wire 4 \" b [3:0] $end\n$var wire 1 # \\c $end\n"
-                 "$var wire 3 $ h [0:2] $end\n$upscope $end\n$enddefinitions $end\n");
+  write("g.vcd",
+        "$scope module tb $end\n$var wire 1 ! a $end\n$var wire 4 \" b [3:0] $end\n$var wire 1 # \\c $end\n"
+        "$var wire 3 $ h [0:2] $end\n$upscope $end\n$enddefinitions $end\n");
   good({"export", "d.xml", "--format", "gtkwave", "--dump", "g.vcd", "--scope", "tb", "-o", "view"});
   const std::string text = read("view/d.gtkw");
   EXPECT_THAT(text, HasSubstr("@22\n#{q[1:0]} (1)tb.b[3:0] tb.a\n@68\n+{r} tb.\\c\n"));
@@ -111,7 +110,8 @@ TEST_F(EXPORT_FACTS, sqlite_answers_with_one_row_a_register) {
             "d|s[0]|machine||||0\nd|s[1]|machine||||0\n");
   EXPECT_EQ(sql("SELECT reference, transformed FROM states ORDER BY state;"), "00|100\n01|010\n10|001\n");
   EXPECT_EQ(sql("PRAGMA user_version;"), "1\n");
-  EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE design = 'd' AND name = 'a';"), Not(HasSubstr("SCAN")));
+  EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE design = 'd' AND name = 'a';"),
+              Not(HasSubstr("SCAN")));
 }
 
 TEST_F(EXPORT_FACTS, sqlite_replaces_a_file_whole) {

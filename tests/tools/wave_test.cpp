@@ -17,10 +17,9 @@ std::string inverted(const std::string& r, const std::string& t) {
   return kept(r, t) + R"({"event":"retime_inverter","register":")" + t + "\"}\n";
 }
 
-const char* const MACHINE =
-    R"({"event":"associate_fsm","reference":["s[1]","s[0]"],"transformed":["h0","h1","h2"],)"
-    R"("states":[["00","100"],["01","010"],["10","001"]]})"
-    "\n";
+const char* const MACHINE = R"({"event":"associate_fsm","reference":["s[1]","s[0]"],"transformed":["h0","h1","h2"],)"
+                            R"("states":[["00","100"],["01","010"],["10","001"]]})"
+                            "\n";
 
 class WAVE : public TOOL_TEST {
  protected:
@@ -69,12 +68,12 @@ TEST_F(WAVE, builds_the_hierarchy_of_the_names) {
 }
 
 TEST_F(WAVE, finds_an_instance_by_its_pin) {
-  record("d.xml",
-         R"({"event":"associate","reference":"q","transformed":{"name":"u1._3_","entity":"DFF","type":"Q"}})"
-         "\n");
-  dump("$scope module u1 $end\n$scope module _3_ $end\n$var wire 1 ! Q $end\n$var wire 1 \" D $end\n"
-       "$upscope $end\n$upscope $end\n",
-       "#0\n1!\n0\"\n");
+  record("d.xml", R"({"event":"associate","reference":"q","transformed":{"name":"u1._3_","entity":"DFF","type":"Q"}})"
+                  "\n");
+  dump(
+      "$scope module u1 $end\n$scope module _3_ $end\n$var wire 1 ! Q $end\n$var wire 1 \" D $end\n"
+      "$upscope $end\n$upscope $end\n",
+      "#0\n1!\n0\"\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 1! $end ");
 }
 
@@ -145,9 +144,10 @@ TEST_F(WAVE, reads_vectors_of_either_direction_short_values_and_aliases) {
 
 TEST_F(WAVE, knows_flattened_escaped_and_single_bits_by_the_same_name) {
   record("d.xml", kept("a", "u.q") + kept("b", "w[3]") + kept("c", "m[1][2]") + kept("d", "x[0]"));
-  dump("$var wire 1 ! \\u.q $end\n$var wire 1 \" \\w[3] $end\n$var wire 4 # \\m[1] [3:0] $end\n"
-       "$var wire 1 $ x [0] $end\n",
-       "#0\n1!\n1\"\nb100 #\n1$\n");
+  dump(
+      "$var wire 1 ! \\u.q $end\n$var wire 1 \" \\w[3] $end\n$var wire 4 # \\m[1] [3:0] $end\n"
+      "$var wire 1 $ x [0] $end\n",
+      "#0\n1!\n1\"\nb100 #\n1$\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 1! 1\" 1# 1$ $end ");
 }
 
@@ -161,10 +161,11 @@ TEST_F(WAVE, takes_no_signal_whose_name_stands_for_two) {
 
 TEST_F(WAVE, passes_over_numbers_texts_comments_and_what_programs_add) {
   record("d.xml", kept("a", "t"));
-  dump("$attrbegin misc 02 x 1 $end\n$var real 64 ! r $end\n$var wire 1 \" t $end\n$var string 1 # s $end\n"
-       "$var event 1 $ e $end\n$var parameter 32 % P $end\n",
-       "$comment #7 1! $end\n#0\n$dumpvars\nr1.5 !\n1\"\nshello #\n1$\nb11 %\n$end\n#4\n$dumpoff\nrNaN !\nx\"\n$end\n"
-       "#9\n$dumpon\n1\"\n$end\n");
+  dump(
+      "$attrbegin misc 02 x 1 $end\n$var real 64 ! r $end\n$var wire 1 \" t $end\n$var string 1 # s $end\n"
+      "$var event 1 $ e $end\n$var parameter 32 % P $end\n",
+      "$comment #7 1! $end\n#0\n$dumpvars\nr1.5 !\n1\"\nshello #\n1$\nb11 %\n$end\n#4\n$dumpoff\nrNaN !\nx\"\n$end\n"
+      "#9\n$dumpon\n1\"\n$end\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 1! $end #4 x! #9 1! ");
 }
 
@@ -259,8 +260,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(WAVE, refuses_packed_data_that_is_cut_off) {
   record("d.xml", kept("a", "t"));
   dump("$var wire 1 ! t $end\n", "#0\n1!\n");
-  const RUN_RESULT result =
-      shell("gzip gate.vcd && head -c 60 gate.vcd.gz >cut.gz && \"$KPTDB\" wave d.xml cut.gz --scope tb.dut -o rtl.vcd");
+  const RUN_RESULT result = shell(
+      "gzip gate.vcd && head -c 60 gate.vcd.gz >cut.gz && \"$KPTDB\" wave d.xml cut.gz --scope tb.dut -o rtl.vcd");
   EXPECT_EQ(result.exit_code, 3);
   EXPECT_THAT(result.err, HasSubstr("cut.gz: it ends within packed data"));
 }

@@ -28,7 +28,8 @@ std::string pattern_of(std::string_view name) {
 
 // Words are divided by blanks, and a backslash before a digit is a group.
 bool can_be_pattern(std::string_view name) {
-  return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~' && c != '\\'; });
+  return !name.empty() &&
+         std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~' && c != '\\'; });
 }
 
 struct UNSAID {

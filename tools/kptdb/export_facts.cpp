@@ -43,7 +43,7 @@ bool export_facts(const DATABASE& db, const EXPORT_OPTIONS& options) {
   if (!is_text && format != "sqlite" && format != "gtkwave" && format != "surfer") {
     return false;
   }
-  const FACTS facts(db);
+  const FACTS facts(db.handle());
   if (format == "sqlite") {
     write_sqlite(facts, db.name(), options);
   } else if (format == "gtkwave") {

@@ -163,15 +163,11 @@ class SQLITE_TABLES {
     }
   }
 
-  // Attributes have no list; these are the names that mean something to every tool.
   void write_attributes() {
     SQL_INSERT insert(m_file, "INSERT INTO attributes VALUES(?, ?, ?, ?)", m_design);
     for (std::uint32_t f = 0; f < m_facts.all().size(); ++f) {
-      for (const char* name : {"note", "partial", "pass", "stage", "status"}) {
-        const KPT_STRING value = m_facts.all()[f].map.get_attribute(name);
-        if (!value.empty()) {
-          insert.number(f).text(name).text(value).end_row();
-        }
+      for (const auto& [name, value] : m_facts.all()[f].map.get_attributes()) {
+        insert.number(f).text(name).text(value).end_row();
       }
     }
   }

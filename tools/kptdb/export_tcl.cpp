@@ -109,8 +109,8 @@ void write_machine(const FACTS& facts, const FACT& fact, std::size_t number, RES
     const bool is_first = k == fact.first_member || facts.member(k - 1).column != member.column ||
                           facts.member(k - 1).transformed != member.transformed;
     if (is_first && member.transformed) {
-      transformed += fmt::format(" [list {} {} {}]", kind_of(member.reg), word(object_of(member.reg)),
-                                 sense_of(member.inverse));
+      transformed +=
+          fmt::format(" [list {} {} {}]", kind_of(member.reg), word(object_of(member.reg)), sense_of(member.inverse));
     } else if (is_first) {
       reference += " " + word(name_in_netlist(member.reg, '.'));
     }
@@ -120,7 +120,8 @@ void write_machine(const FACTS& facts, const FACT& fact, std::size_t number, RES
     codes += fmt::format(" {{{} {}}}", r, t);
   }
   set(out, "machine", std::to_string(number),
-      fmt::format("[dict create reference [list{}] transformed [list{}] codes [list{}]]", reference, transformed, codes));
+      fmt::format("[dict create reference [list{}] transformed [list{}] codes [list{}]]", reference, transformed,
+                  codes));
 }
 
 }  // namespace

@@ -70,8 +70,8 @@ SHOWN_MACHINE shown_machine(const FACTS& facts, const FACT& fact) {
   const std::vector<std::string_view> views(names.begin(), names.end());
   const std::vector<BUS> buses = join_buses(views, '.');
   for (const BUS& bus : buses) {
-    machine.label += (machine.label.empty() ? "" : ",") + label_of(std::string(bus.path) + std::string(bus.base)) +
-                     bus.range();
+    machine.label +=
+        (machine.label.empty() ? "" : ",") + label_of(std::string(bus.path) + std::string(bus.base)) + bus.range();
     machine.reference_columns.insert(machine.reference_columns.end(), bus.bits.begin(), bus.bits.end());
   }
   return machine;
@@ -195,8 +195,7 @@ class GTKWAVE_FILES {
     std::string objects;
     std::vector<std::pair<std::uint32_t, bool>> shown;
     for (const FACT_MEMBER* member : columns_of(m_facts, fact, true)) {
-      const VCD_BIT bit =
-          member == nullptr ? VCD_BIT() : m_names.find(name_in_netlist(member->reg, m_options.divider));
+      const VCD_BIT bit = member == nullptr ? VCD_BIT() : m_names.find(name_in_netlist(member->reg, m_options.divider));
       if (bit.finding == FOUND) {
         shown.emplace_back(member->column, member->inverse);
         objects += " " + m_names.viewer_name(bit);
@@ -214,9 +213,9 @@ class GTKWAVE_FILES {
     }
     write_file(filter, text);
     // A trace of one bit has no braces of a vector.
-    m_text += fmt::format("@{:x}\n^1 {}\n{}{{{}}}{}\n", SHOW_BINARY | SHOW_TRANSLATED,
-                          std::filesystem::absolute(filter).string(), shown.size() > 1 ? '#' : '+', machine.label,
-                          objects);
+    m_text +=
+        fmt::format("@{:x}\n^1 {}\n{}{{{}}}{}\n", SHOW_BINARY | SHOW_TRANSLATED,
+                    std::filesystem::absolute(filter).string(), shown.size() > 1 ? '#' : '+', machine.label, objects);
   }
 
   const FACTS& m_facts;

@@ -1,95 +1,102 @@
 #include "facts.h"
 
 #include <boost/unordered/unordered_flat_map.hpp>
-
-#include "model.h"
+#include <utility>
 
 namespace kptdb {
 
 namespace {
 
-bool fits(const KPT_TRANSFORMATION_IMPL& map) {
-  const KPT_STATE_TABLE_IMPL& table = map.state_table();
-  return map.r_vec().size() == table.get_num_reference_registers() &&
-         map.t_vec().size() == table.get_num_transformed_registers();
+bool fits(const KPT_REGISTER_TRANSFORMATION& map) {
+  const KPT_STATE_TABLE table = map.get_state_table();
+  return map.get_number_of_indices(KPT_REFERENCE_SET) == table.get_state_reference_size() &&
+         map.get_number_of_indices(KPT_TRANSFORMED_SET) == table.get_state_transformed_size();
 }
 
-bool has_first(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, bool inverting) {
-  const NI_PAIR_VECTOR& pairs = side_of(map, side);
-  return !pairs.empty() && !(inverting ? pairs[0].second : pairs[0].first).empty();
+bool is_constant(KPT_ELIM_ENUM reason) { return reason == KPT_STUCK_AT_ZERO || reason == KPT_STUCK_AT_ONE; }
+
+// What a map without a state machine says. One of several columns says nothing: which of them belongs
+// to which is open. A constant is the value of the first reference register; without one it is nobody's.
+FACT_KIND plain_kind(const FACT& fact, bool has_copy) {
+  const KPT_ELIM_ENUM reason = fact.map.get_elimination();
+  if (fact.r_columns > 1 || fact.t_columns > 1) {
+    return NO_FACT;
+  }
+  if (is_constant(reason)) {
+    const bool has_reference =
+        !fact.map.get_reference_group(0, false).empty() || !fact.map.get_reference_group(0, true).empty();
+    return has_reference ? CONSTANT_FACT : NO_FACT;
+  }
+  return has_copy ? PLAIN_FACT : reason == KPT_NO_FANOUT ? UNUSED_FACT : NO_FACT;
 }
 
 }  // namespace
 
-FACTS::FACTS(const DATABASE& db) {
-  boost::unordered_flat_map<const void*, std::uint32_t> facts;
-  for (const KPT_TRANSFORMATION_IMPL* map : db.maps().get_list_of_register_transformations()) {
-    facts[map] = static_cast<std::uint32_t>(m_facts.size());
-    add_fact(*map);
+FACTS::FACTS(const KPT_KEYPOINTS_DB& db) {
+  boost::unordered_flat_map<KPT_REGISTER_TRANSFORMATION, std::uint32_t, std::hash<KPT_REGISTER_TRANSFORMATION>> facts;
+  facts.reserve(db.get_transformation_set().size());
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.get_transformation_set()) {
+    facts.try_emplace(map, static_cast<std::uint32_t>(m_facts.size()));
+    add_fact(map);
   }
-  boost::unordered_flat_map<std::pair<const void*, std::uint32_t>, std::uint32_t> places;
-  for (std::uint32_t f = 0; f < m_facts.size(); ++f) {
-    for (std::uint32_t k = m_facts[f].first_member; k < m_facts[f].end_member; ++k) {
-      places.try_emplace({&m_members[k].reg.get_name(), f}, k);
+  // A register is where its name is: no two registers share the place.
+  boost::unordered_flat_map<std::pair<const void*, std::uint32_t>, std::uint32_t> members;
+  members.reserve(m_members.size());
+  for (std::uint32_t fact = 0; fact < m_facts.size(); ++fact) {
+    for (std::uint32_t k = m_facts[fact].first_member; k < m_facts[fact].end_member; ++k) {
+      members.try_emplace({&m_members[k].reg.get_name(), fact}, k);
     }
   }
-  for (const REGISTER& reg : registers_of(db)) {
-    SUBJECT subject;
-    subject.reg = KPT_REGISTER_KEYPOINT(const_cast<KPT_REGISTER_KEYPOINT_IMPL*>(reg.keypoint));
-    const std::uint32_t fact = reg.map == nullptr ? SUBJECT::NONE : facts[reg.map];
-    const auto place = places.find({&subject.reg.get_name(), fact});
-    if (place != places.end()) {
-      subject.fact = fact;
-      subject.member = place->second;
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    std::vector<SUBJECT>& subjects = side == KPT_REFERENCE_SET ? m_subjects : m_successors;
+    for (const KPT_REGISTER_KEYPOINT& reg : db.get_set(side)) {
+      SUBJECT subject;
+      subject.reg = reg;
+      const auto fact = facts.find(side == KPT_REFERENCE_SET ? db.get_reference_register_transformation(reg)
+                                                             : db.get_transformed_register_transformation(reg));
+      const auto member = fact == facts.end() ? members.end() : members.find({&reg.get_name(), fact->second});
+      if (member != members.end()) {
+        subject.fact = fact->second;
+        subject.member = member->second;
+      }
+      subjects.push_back(subject);
     }
-    (reg.side == KPT_REFERENCE_SET ? m_subjects : m_successors).push_back(subject);
   }
 }
 
-// A map of several columns without a table says nothing of them: which belongs to which is open.
-void FACTS::add_fact(const KPT_TRANSFORMATION_IMPL& map) {
+void FACTS::add_fact(const KPT_REGISTER_TRANSFORMATION& map) {
   FACT fact;
-  fact.map = KPT_REGISTER_TRANSFORMATION(const_cast<KPT_TRANSFORMATION_IMPL*>(&map));
+  fact.map = map;
   fact.first_member = static_cast<std::uint32_t>(m_members.size());
-  fact.r_columns = static_cast<std::uint32_t>(map.r_vec().size());
-  fact.t_columns = static_cast<std::uint32_t>(map.t_vec().size());
-  const bool is_machine = map.map_has_fsm_transformation();
-  bool has_copy = false;
-  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
-    std::uint32_t column = 0;
-    for (const NI_PAIR& pair : side_of(map, side)) {
-      for (const bool inverting : {false, true}) {
-        for (const KPT_KEYPOINT* k : inverting ? pair.second : pair.first) {
-          const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(k);
-          if (reg != nullptr) {
-            has_copy = has_copy || side == KPT_TRANSFORMED_SET;
-            m_members.push_back({KPT_REGISTER_KEYPOINT(const_cast<KPT_REGISTER_KEYPOINT_IMPL*>(reg)),
-                                 side == KPT_TRANSFORMED_SET, inverting && !(is_machine && pair.first.empty()), column});
-          }
-        }
-      }
-      ++column;
-    }
-  }
+  fact.r_columns = static_cast<std::uint32_t>(map.get_number_of_indices(KPT_REFERENCE_SET));
+  fact.t_columns = static_cast<std::uint32_t>(map.get_number_of_indices(KPT_TRANSFORMED_SET));
+  add_members(fact, KPT_REFERENCE_SET);
+  const std::size_t reference_end = m_members.size();
+  add_members(fact, KPT_TRANSFORMED_SET);
   fact.end_member = static_cast<std::uint32_t>(m_members.size());
-  const KPT_ELIM_ENUM status = map.get_elim_status();
-  const bool is_constant = status == KPT_STUCK_AT_ZERO || status == KPT_STUCK_AT_ONE;
-  if (is_machine) {
-    fact.kind = fits(map) ? MACHINE_FACT : NO_FACT;
+  if (map.has_fsm()) {
     fact.is_misfit = !fits(map);
-  } else if (fact.r_columns > 1 || fact.t_columns > 1) {
-    fact.kind = NO_FACT;
-  } else if (is_constant) {
-    const bool n = has_first(map, KPT_REFERENCE_SET, false);
-    const bool i = has_first(map, KPT_REFERENCE_SET, true);
-    fact.kind = n || i ? CONSTANT_FACT : NO_FACT;
-    fact.constant = (status == KPT_STUCK_AT_ONE) == n;
-  } else if (has_copy) {
-    fact.kind = PLAIN_FACT;
-  } else if (status == KPT_NO_FANOUT) {
-    fact.kind = UNUSED_FACT;
+    fact.kind = fact.is_misfit ? NO_FACT : MACHINE_FACT;
+  } else {
+    fact.kind = plain_kind(fact, fact.end_member > reference_end);
+    fact.constant = (map.get_elimination() == KPT_STUCK_AT_ONE) != map.get_reference_group(0, false).empty();
   }
   m_facts.push_back(fact);
+}
+
+// A column of a machine has the value of its first register, also where that stands with the inverse.
+void FACTS::add_members(const FACT& fact, KPT_SET_ENUM side) {
+  const std::uint32_t columns = side == KPT_REFERENCE_SET ? fact.r_columns : fact.t_columns;
+  for (std::uint32_t column = 0; column < columns; ++column) {
+    const bool is_turned = fact.map.has_fsm() && fact.map.get_group(side, column, false).empty();
+    for (const bool inverted : {false, true}) {
+      for (const KPT_REGISTER_KEYPOINT& reg : fact.map.get_group(side, column, inverted)) {
+        if (!reg.is_null()) {
+          m_members.push_back({reg, side == KPT_TRANSFORMED_SET, inverted && !is_turned, column});
+        }
+      }
+    }
+  }
 }
 
 const FACT& FACTS::fact_of(const SUBJECT& subject) const {
@@ -110,14 +117,14 @@ std::vector<CODE_PAIR> FACTS::codes_of(const FACT& fact) const {
   for (unsigned row = 1; row <= table.get_number_of_states(); ++row) {
     CODE_PAIR pair;
     for (unsigned column = 1; column <= fact.r_columns; ++column) {
-      pair.first += table.get_reference_entry(static_cast<unsigned short>(row), static_cast<unsigned short>(column)) == 1
-                        ? '1'
-                        : '0';
+      pair.first +=
+          table.get_reference_entry(static_cast<unsigned short>(row), static_cast<unsigned short>(column)) == 1 ? '1'
+                                                                                                                : '0';
     }
     for (unsigned column = 1; column <= fact.t_columns; ++column) {
       pair.second +=
           table.get_transformed_entry(static_cast<unsigned short>(row), static_cast<unsigned short>(column)) == 1 ? '1'
-                                                                                                                   : '0';
+                                                                                                                  : '0';
     }
     codes.push_back(std::move(pair));
   }

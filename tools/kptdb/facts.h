@@ -16,9 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "database.h"
 #include "db/kpt/kpt.h"
-#include "db/kpt/kpt_transformation_impl.h"
 
 namespace kptdb {
 
@@ -57,7 +55,7 @@ using CODE_PAIR = std::pair<std::string, std::string>;
 
 class FACTS {
  public:
-  explicit FACTS(const DATABASE& db);
+  explicit FACTS(const KPT_KEYPOINTS_DB& db);
 
   const std::vector<FACT>& all() const { return m_facts; }
   /// The reference registers, in the order of a saved file.
@@ -85,7 +83,8 @@ class FACTS {
   std::vector<CODE_PAIR> codes_of(const FACT& fact) const;
 
  private:
-  void add_fact(const KPT_TRANSFORMATION_IMPL& map);
+  void add_fact(const KPT_REGISTER_TRANSFORMATION& map);
+  void add_members(const FACT& fact, KPT_SET_ENUM side);
 
   std::vector<FACT> m_facts;
   std::vector<FACT_MEMBER> m_members;

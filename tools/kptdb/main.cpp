@@ -98,10 +98,9 @@ struct COMMAND_LINE {
 
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
-    CLI::Option* format = c->add_option("--format", export_.format,
-                                           "json, csv, dot, encfile, tcl, sqlite, eqy, gtkwave or surfer")
-                              ->check(CLI::IsMember(
-                                  {"json", "csv", "dot", "encfile", "tcl", "sqlite", "eqy", "gtkwave", "surfer"}));
+    CLI::Option* format =
+        c->add_option("--format", export_.format, "json, csv, dot, encfile, tcl, sqlite, eqy, gtkwave or surfer")
+            ->check(CLI::IsMember({"json", "csv", "dot", "encfile", "tcl", "sqlite", "eqy", "gtkwave", "surfer"}));
     c->add_flag_callback(
          "--json", [this] { export_.format = "json"; }, "The same as --format json")
         ->excludes(format);
@@ -141,7 +140,6 @@ struct COMMAND_LINE {
     c->add_option("--scope", audit.scope, "The scope of the source in its dump, as tb.dut");
     c->add_option("--netlist-scope", audit.transformed_scope, "The scope of the netlist (default: the same)");
     c->add_option("--divider", audit.divider, "What stands between the instances of a name (default: .)");
-    c->add_flag("--write", audit.write, "Note in the database file what was violated");
     add_json(c, audit.json);
   }
 

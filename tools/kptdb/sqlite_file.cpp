@@ -42,8 +42,7 @@ std::int64_t SQL_FILE::number(const std::string& sql) {
   return sqlite3_column_int64(statement, 0);
 }
 
-SQL_INSERT::SQL_INSERT(SQL_FILE& file, const std::string& sql)
-    : m_file(file), m_statement(nullptr, sqlite3_finalize) {
+SQL_INSERT::SQL_INSERT(SQL_FILE& file, const std::string& sql) : m_file(file), m_statement(nullptr, sqlite3_finalize) {
   sqlite3_stmt* statement = nullptr;
   check(sqlite3_prepare_v2(file.m_db.get(), sql.c_str(), -1, &statement, nullptr));
   m_statement.reset(statement);

@@ -137,9 +137,9 @@ class REPORT {
     for (const VIOLATION& violation : m_claims.violations()) {
       text += line(violation);
     }
-    text += fmt::format("{}: {} at {}: {} checked, {} violated\n", m_options.file,
-                        counted(m_claims.all().size(), "claim"), counted(m_moments, "moment"), m_checked,
-                        m_claims.violations().size());
+    text +=
+        fmt::format("{}: {} at {}: {} checked, {} violated\n", m_options.file, counted(m_claims.all().size(), "claim"),
+                    counted(m_moments, "moment"), m_checked, m_claims.violations().size());
     text += count_line(m_claims.all().size() - m_checked, "never known in both dumps");
     text += count_line(m_weak, "held without ever changing: weak evidence");
     text += count_line(m_claims.not_in_dumps(), "registers not in the dumps");
@@ -167,17 +167,6 @@ class REPORT {
       json["violations"].push_back(std::move(entry));
     }
     return json;
-  }
-
-  /// A map of which a claim is violated says so from now on.
-  void write_status() const {
-    for (const VIOLATION& violation : m_claims.violations()) {
-      const FACT& fact = m_claims.facts().all()[m_claims.all()[violation.claim].fact];
-      fact.map.add_attribute("status", "refuted");
-      std::string note = line(violation);
-      note.pop_back();
-      fact.map.add_attribute("note", "audit: " + note);
-    }
   }
 
   bool has_checked() const { return m_checked > 0; }
@@ -254,7 +243,7 @@ EXIT_CODE run_audit(const AUDIT_OPTIONS& options) {
   refuse_options_that_do_not_fit(options);
   const char divider = options.divider.front();
   const DATABASE db = DATABASE::load(options.file);
-  const FACTS facts(db);
+  const FACTS facts(db.handle());
   SAMPLER reference(options.reference_dump);
   SAMPLER transformed(options.transformed_dump);
   const UNITS units = units_of(reference.reader(), transformed.reader());
@@ -272,10 +261,6 @@ EXIT_CODE run_audit(const AUDIT_OPTIONS& options) {
   std::fputs((options.json ? json_text(report.json()) + "\n" : report.text()).c_str(), stdout);
   if (!report.has_checked()) {
     throw FAILURE(EXIT_FOUND, "nothing was checked: no claim had known values at any moment");
-  }
-  if (options.write) {
-    report.write_status();
-    db.save(options.file);
   }
   return claims.violations().empty() ? EXIT_DONE : EXIT_FOUND;
 }

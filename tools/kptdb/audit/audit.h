@@ -15,14 +15,13 @@ struct AUDIT_OPTIONS {
   std::string file;
   std::string reference_dump;
   std::string transformed_dump;
-  std::string clock;        // its path in the dumps
+  std::string clock;  // its path in the dumps
   std::string edge = "rising";
   std::vector<std::string> at;  // times instead of a clock
   std::string from;             // nothing is checked before; empty: from the beginning
   std::string scope;
   std::string transformed_scope;  // empty: the same
   std::string divider = ".";
-  bool write = false;
   bool json = false;
 };
 EXIT_CODE run_audit(const AUDIT_OPTIONS& options);

@@ -55,7 +55,7 @@ struct CLAIM {
 /// The first moment at which a claim does not hold.
 struct VIOLATION {
   std::uint32_t claim;
-  std::uint64_t time;  // in units of the source's dump
+  std::uint64_t time;       // in units of the source's dump
   std::string value;        // of the claim's register, or of the source's machine
   std::string other_value;  // empty for a constant
 };

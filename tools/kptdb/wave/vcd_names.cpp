@@ -86,7 +86,8 @@ void VCD_NAMES::index_variables(std::uint32_t top) {
   for (std::uint32_t k = 0; k < m_reader.variables().size(); ++k) {
     const VCD_VARIABLE& variable = m_reader.variables()[k];
     if (is_below[variable.scope] && !variable.is_number) {
-      const auto [found, is_new] = m_first.try_emplace(plain_name(prefix[variable.scope] + variable.name, m_divider), k);
+      const auto [found, is_new] =
+          m_first.try_emplace(plain_name(prefix[variable.scope] + variable.name, m_divider), k);
       if (!is_new) {
         m_next[k] = found->second;
         found->second = k;

@@ -44,7 +44,7 @@ class VCD_NAMES {
   const VCD_READER& m_reader;
   char m_divider;
   boost::unordered_flat_map<std::string, std::uint32_t, TEXT_HASH, std::equal_to<>> m_first;  // variable of a name
-  std::vector<std::uint32_t> m_next;                                                         // of the same name
+  std::vector<std::uint32_t> m_next;                                                          // of the same name
 };
 
 }  // namespace kptdb

@@ -249,7 +249,8 @@ std::uint32_t VCD_READER::signal_of(std::string_view code) const {
   }
   const auto found = m_signal_of_code.find(code);
   if (found == m_signal_of_code.end()) {
-    fail(code.empty() ? "a value without an identifier" : "no variable has the identifier " + printable(code.substr(0, 40)));
+    fail(code.empty() ? "a value without an identifier"
+                      : "no variable has the identifier " + printable(code.substr(0, 40)));
   }
   return found->second;
 }

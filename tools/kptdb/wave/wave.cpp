@@ -37,8 +37,9 @@ JSON json_of(const WAVE_COUNTS& counts, const WAVE_OPTIONS& options) {
 }
 
 std::string event_line(const WAVE_EVENT& event, std::string_view what) {
-  return event.count == 0 ? ""
-                          : fmt::format("  {} {}, first {} at {}\n", event.count, what, printable(event.name), event.time);
+  return event.count == 0
+             ? ""
+             : fmt::format("  {} {}, first {} at {}\n", event.count, what, printable(event.name), event.time);
 }
 
 std::string count_line(std::size_t count, std::string_view what) {
@@ -58,9 +59,9 @@ std::string text_of(const WAVE_COUNTS& counts, const WAVE_OPTIONS& options) {
 
 void refuse_nothing_found(const WAVE_COUNTS& counts, const WAVE_OPTIONS& options) {
   if (counts.followed + counts.decoded == 0 && counts.not_in_dump + counts.ambiguous > 0) {
-    throw FAILURE(EXIT_FOUND, fmt::format("{}: it has none of the registers of {} in {}; see --scope", options.dump,
-                                          options.file,
-                                          options.scope.empty() ? "its outermost scope" : "scope " + options.scope));
+    throw FAILURE(EXIT_FOUND,
+                  fmt::format("{}: it has none of the registers of {} in {}; see --scope", options.dump, options.file,
+                              options.scope.empty() ? "its outermost scope" : "scope " + options.scope));
   }
 }
 
@@ -76,7 +77,7 @@ char divider_of(const std::string& text) {
 EXIT_CODE run_wave(const WAVE_OPTIONS& options) {
   const char divider = divider_of(options.divider);
   const DATABASE db = DATABASE::load(options.file);
-  const FACTS facts(db);
+  const FACTS facts(db.handle());
   VCD_READER reader(options.dump);
   const VCD_NAMES names(reader, options.scope, divider);
   WAVE_TRANSLATOR translator(facts, reader, names, divider);
@@ -84,8 +85,8 @@ EXIT_CODE run_wave(const WAVE_OPTIONS& options) {
   refuse_nothing_found(translator.counts(), options);
   RESULT_FILE out(options.output);
   WAVE_WRITER writer(out, translator.bits());
-  writer.write_header(written, options.to_scope.empty() ? options.scope : options.to_scope,
-                      reader.timescale(), divider);
+  writer.write_header(written, options.to_scope.empty() ? options.scope : options.to_scope, reader.timescale(),
+                      divider);
   while (reader.next_step()) {
     translator.translate(writer);
     writer.end_step(reader.time(), false);

@@ -12,7 +12,7 @@ namespace kptdb {
 
 struct WAVE_OPTIONS {
   std::string file;
-  std::string dump;    // of the transformed netlist; "-" for standard input
+  std::string dump;  // of the transformed netlist; "-" for standard input
   std::string output;
   std::string scope;     // of the netlist in the dump; empty: the whole dump
   std::string to_scope;  // of the reference netlist in the output; empty: the same

@@ -28,14 +28,14 @@ struct WAVE_EVENT {
 };
 
 struct WAVE_COUNTS {
-  std::size_t followed = 0;   // reference registers whose value the dump has
+  std::size_t followed = 0;  // reference registers whose value the dump has
   std::size_t constant = 0;
-  std::size_t decoded = 0;    // bits of state machines
+  std::size_t decoded = 0;  // bits of state machines
   std::size_t no_successor = 0;
   std::size_t not_in_dump = 0;
   std::size_t ambiguous = 0;  // whose name stands for two signals of the dump
   std::size_t written = 0;
-  WAVE_EVENT disagreement;    // replicas that had two values at the end of a step
+  WAVE_EVENT disagreement;  // replicas that had two values at the end of a step
   WAVE_EVENT unknown_code;
 };
 
