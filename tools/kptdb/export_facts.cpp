@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "database.h"
-
 namespace kptdb {
 
 namespace {

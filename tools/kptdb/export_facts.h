@@ -7,6 +7,7 @@
 #include <string>
 
 #include "commands.h"
+#include "database.h"
 #include "facts.h"
 #include "files.h"
 
