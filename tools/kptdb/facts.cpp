@@ -15,17 +15,26 @@ bool fits(const KPT_REGISTER_TRANSFORMATION& map) {
 
 bool is_constant(KPT_ELIM_ENUM reason) { return reason == KPT_STUCK_AT_ZERO || reason == KPT_STUCK_AT_ONE; }
 
+bool has_group(const FACT& fact, KPT_SET_ENUM side, bool inverted) {
+  return !fact.map.get_group(side, 0, inverted).empty();
+}
+
+// Whether the first register, whose value a status is, stands with its value as it is. A map
+// without reference registers tells of its transformed ones.
+bool first_is_as_it_is(const FACT& fact) {
+  const bool has_reference = has_group(fact, KPT_REFERENCE_SET, false) || has_group(fact, KPT_REFERENCE_SET, true);
+  return has_group(fact, has_reference ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET, false);
+}
+
 // What a map without a state machine says. One of several columns says nothing: which of them belongs
-// to which is open. A constant is the value of the first reference register; without one it is nobody's.
+// to which is open.
 FACT_KIND plain_kind(const FACT& fact, bool has_copy) {
   const KPT_ELIM_ENUM reason = fact.map.get_elimination();
   if (fact.r_columns > 1 || fact.t_columns > 1) {
     return NO_FACT;
   }
   if (is_constant(reason)) {
-    const bool has_reference =
-        !fact.map.get_reference_group(0, false).empty() || !fact.map.get_reference_group(0, true).empty();
-    return has_reference ? CONSTANT_FACT : NO_FACT;
+    return CONSTANT_FACT;
   }
   return has_copy ? PLAIN_FACT : reason == KPT_NO_FANOUT ? UNUSED_FACT : NO_FACT;
 }
@@ -79,7 +88,7 @@ void FACTS::add_fact(const KPT_REGISTER_TRANSFORMATION& map) {
     fact.kind = fact.is_misfit ? NO_FACT : MACHINE_FACT;
   } else {
     fact.kind = plain_kind(fact, fact.end_member > reference_end);
-    fact.constant = (map.get_elimination() == KPT_STUCK_AT_ONE) != map.get_reference_group(0, false).empty();
+    fact.constant = (map.get_elimination() == KPT_STUCK_AT_ONE) == first_is_as_it_is(fact);
   }
   m_facts.push_back(fact);
 }
