@@ -25,7 +25,7 @@ std::string periods(const std::string& timescale, int unit, const std::string& n
   return text;
 }
 
-class AUDIT : public TOOL_TEST {
+class Audit : public TOOL_TEST {
  protected:
   void rtl(const std::string& a, const std::string& b) const { write("rtl.vcd", periods("1 ns", 1, "a", a, "b", b)); }
   void gate(const std::string& t, const std::string& u) const { write("gate.vcd", periods("1 ns", 1, "t", t, "u", u)); }
@@ -35,7 +35,7 @@ class AUDIT : public TOOL_TEST {
   }
 };
 
-TEST_F(AUDIT, holds_where_the_values_agree) {
+TEST_F(Audit, HoldsWhereTheValuesAgree) {
   record("d.xml", kept("a", "t") + kept("b", "u") + "{\"event\":\"retime_inverter\",\"register\":\"u\"}\n");
   rtl("x0110", "x0011");
   gate("x0110", "x1100");
@@ -44,7 +44,7 @@ TEST_F(AUDIT, holds_where_the_values_agree) {
   EXPECT_EQ(result.out, "d.xml: 2 claims at 5 moments: 2 checked, 0 violated\n");
 }
 
-TEST_F(AUDIT, tells_the_first_violation_of_each_claim) {
+TEST_F(Audit, TellsTheFirstViolationOfEachClaim) {
   record("d.xml", kept("a", "t") + kept("b", "u") + "{\"event\":\"retime_inverter\",\"register\":\"u\"}\n");
   rtl("0110", "0111");
   gate("0100", "1011");
@@ -56,7 +56,7 @@ TEST_F(AUDIT, tells_the_first_violation_of_each_claim) {
             "d.xml: 2 claims at 4 moments: 2 checked, 2 violated\n");
 }
 
-TEST_F(AUDIT, checks_constants) {
+TEST_F(Audit, ChecksConstants) {
   record("d.xml", kept("a", "t") + kept("b", "u") +
                       "{\"event\":\"eliminate\",\"register\":\"t\",\"reason\":\"stuck_at_one\"}\n");
   rtl("x101", "0101");
@@ -64,7 +64,7 @@ TEST_F(AUDIT, checks_constants) {
   EXPECT_THAT(audit().out, HasSubstr("a: constant 1: violated at 30 ns: 0\n"));
 }
 
-TEST_F(AUDIT, checks_the_codes_of_machines) {
+TEST_F(Audit, ChecksTheCodesOfMachines) {
   record("d.xml",
          R"({"event":"associate_fsm","reference":["a"],"transformed":["t","u"],"states":[["0","10"],["1","01"]]})"
          "\n");
@@ -75,14 +75,14 @@ TEST_F(AUDIT, checks_the_codes_of_machines) {
             "d.xml: 1 claim at 4 moments: 1 checked, 1 violated\n");
 }
 
-TEST_F(AUDIT, checks_replicas_against_the_source) {
+TEST_F(Audit, ChecksReplicasAgainstTheSource) {
   record("d.xml", kept("a", "t") + "{\"event\":\"replicate\",\"register\":\"t\",\"replica\":\"u\"}\n");
   rtl("0101", "0000");
   gate("0101", "0111");
   EXPECT_THAT(audit().out, HasSubstr("u: same as a: violated at 30 ns: 1 and 0\n"));
 }
 
-TEST_F(AUDIT, says_what_was_never_known_never_changed_and_never_found) {
+TEST_F(Audit, SaysWhatWasNeverKnownNeverChangedAndNeverFound) {
   record("d.xml", kept("a", "t") + kept("b", "u") + kept("gone", "gone_too"));
   rtl("xxxx", "1111");
   gate("0101", "1111");
@@ -93,7 +93,7 @@ TEST_F(AUDIT, says_what_was_never_known_never_changed_and_never_found) {
             "  2 registers not in the dumps\n");
 }
 
-TEST_F(AUDIT, refuses_to_pass_when_nothing_was_checked) {
+TEST_F(Audit, RefusesToPassWhenNothingWasChecked) {
   record("d.xml", kept("a", "t"));
   rtl("xxxx", "1111");
   gate("0101", "1111");
@@ -103,7 +103,7 @@ TEST_F(AUDIT, refuses_to_pass_when_nothing_was_checked) {
 }
 
 // The edge itself changes registers; what they were before it counts.
-TEST_F(AUDIT, looks_just_before_each_edge) {
+TEST_F(Audit, LooksJustBeforeEachEdge) {
   record("d.xml", kept("a", "t"));
   const std::string header =
       "$timescale 1 ns $end\n$var wire 1 ! c $end\n$var wire 1 \" NAME $end\n$enddefinitions $end\n";
@@ -116,7 +116,7 @@ TEST_F(AUDIT, looks_just_before_each_edge) {
   EXPECT_EQ(audit().out, "d.xml: 1 claim at 2 moments: 1 checked, 0 violated\n");
 }
 
-TEST_F(AUDIT, looks_at_falling_edges_at_both_or_at_times) {
+TEST_F(Audit, LooksAtFallingEdgesAtBothOrAtTimes) {
   record("d.xml", kept("a", "t"));
   rtl("0101", "0000");
   gate("0101", "0000");
@@ -126,14 +126,14 @@ TEST_F(AUDIT, looks_at_falling_edges_at_both_or_at_times) {
   EXPECT_THAT(audit({"--clock", "c", "--from", "25ns"}).out, HasSubstr("at 2 moments"));
 }
 
-TEST_F(AUDIT, compares_times_of_different_timescales) {
+TEST_F(Audit, ComparesTimesOfDifferentTimescales) {
   record("d.xml", kept("a", "t"));
   rtl("0101", "0000");
   write("gate.vcd", periods("100 ps", 10, "t", "0100", "u", "0000"));
   EXPECT_THAT(audit().out, HasSubstr("a: same as t: violated at 40 ns: 1 and 0\n"));
 }
 
-TEST_F(AUDIT, refuses_dumps_whose_clocks_differ) {
+TEST_F(Audit, RefusesDumpsWhoseClocksDiffer) {
   record("d.xml", kept("a", "t"));
   rtl("0101", "0000");
   write("gate.vcd", periods("1 ns", 2, "t", "0101", "u", "0000"));
@@ -142,7 +142,7 @@ TEST_F(AUDIT, refuses_dumps_whose_clocks_differ) {
   EXPECT_THAT(result.err, HasSubstr("the clocks of the dumps differ: an edge at 10 ns, the other at 20 ns"));
 }
 
-TEST_F(AUDIT, takes_the_clock_of_the_source_for_a_netlist_without_one) {
+TEST_F(Audit, TakesTheClockOfTheSourceForANetlistWithoutOne) {
   record("d.xml", kept("a", "t"));
   rtl("0101", "0000");
   std::string dump = periods("1 ns", 1, "t", "0111", "u", "0000");
@@ -151,7 +151,7 @@ TEST_F(AUDIT, takes_the_clock_of_the_source_for_a_netlist_without_one) {
   EXPECT_THAT(audit().out, HasSubstr("a: same as t: violated at 30 ns: 0 and 1\n"));
 }
 
-TEST_F(AUDIT, says_everything_as_json) {
+TEST_F(Audit, SaysEverythingAsJson) {
   record("d.xml", kept("a", "t") + kept("b", "u"));
   rtl("0110", "0111");
   gate("0100", "0111");
@@ -165,7 +165,7 @@ TEST_F(AUDIT, says_everything_as_json) {
   EXPECT_EQ(json["violations"][0]["values"], "1 and 0");
 }
 
-TEST_F(AUDIT, needs_to_know_when_to_look) {
+TEST_F(Audit, NeedsToKnowWhenToLook) {
   record("d.xml", kept("a", "t"));
   rtl("0110", "0111");
   gate("0100", "0111");

@@ -15,7 +15,7 @@ const char* const MACHINE =
     R"("states":[["00","100"],["01","010"],["10","001"]]})"
     "\n";
 
-class EXPORT_FACTS : public TOOL_TEST {
+class ExportFacts : public TOOL_TEST {
  protected:
   std::string exported(const std::string& format, std::vector<std::string> more = {}) const {
     more.insert(more.begin(), {"export", "d.xml", "--format", format});
@@ -36,7 +36,7 @@ class EXPORT_FACTS : public TOOL_TEST {
   }
 };
 
-TEST_F(EXPORT_FACTS, tcl_gives_back_any_name) {
+TEST_F(ExportFacts, TclGivesBackAnyName) {
   write("events.jsonl",
         kept("plain", "t") + kept("odd {name}; [exit] $x \\\\ end", "other {net}") + kept("a::b(c)d", "n#1"));
   good({"record", "events.jsonl", "-o", "d.xml"});
@@ -45,7 +45,7 @@ TEST_F(EXPORT_FACTS, tcl_gives_back_any_name) {
             "a::b(c)d {odd {name}; [exit] $x \\ end} plain\nn#1\nother {net}\nt\n1\n");
 }
 
-TEST_F(EXPORT_FACTS, tcl_says_pins_senses_copies_constants_and_machines) {
+TEST_F(ExportFacts, TclSaysPinsSensesCopiesConstantsAndMachines) {
   record("d.xml", R"({"event":"associate","reference":"p","transformed":{"name":"_1_","entity":"DFF","type":"Q"}})"
                   "\n" +
                       kept("a", "t") + kept("b", "u") + kept("c", "v") + MACHINE +
@@ -61,7 +61,7 @@ TEST_F(EXPORT_FACTS, tcl_says_pins_senses_copies_constants_and_machines) {
             "{net {h[0]} same} {net {h[1]} same} {net {h[2]} same}\n{00 100} {01 010} {10 001}\n");
 }
 
-TEST_F(EXPORT_FACTS, eqy_escapes_names_and_counts_what_it_cannot_say) {
+TEST_F(ExportFacts, EqyEscapesNamesAndCountsWhatItCannotSay) {
   record("d.xml", kept("u.q[3]", "_9_[0]") + kept("a", "t") + kept("b", "v") + MACHINE +
                       "{\"event\":\"retime_inverter\",\"register\":\"t\"}\n"
                       "{\"event\":\"eliminate\",\"register\":\"v\",\"reason\":\"stuck_at_one\"}\n");
@@ -72,20 +72,20 @@ TEST_F(EXPORT_FACTS, eqy_escapes_names_and_counts_what_it_cannot_say) {
             "have two names\n# or inverted bits, and of 0 registers whose names its patterns cannot hold.\n");
 }
 
-TEST_F(EXPORT_FACTS, eqy_recodes_a_machine_whose_wire_keeps_its_name) {
+TEST_F(ExportFacts, EqyRecodesAMachineWhoseWireKeepsItsName) {
   record("d.xml", R"({"event":"associate_fsm","reference":["s[1]","s[0]"],"transformed":["s[0]","s[1]","s[2]"],)"
                   R"("states":[["00","100"],["01","010"],["10","001"]]})"
                   "\n");
   EXPECT_THAT(exported("eqy", {"--module", "top"}), HasSubstr("[recode top s]\n00 001\n01 010\n10 100\n"));
 }
 
-TEST_F(EXPORT_FACTS, surfer_maps_codes_of_the_vector_from_the_left) {
+TEST_F(ExportFacts, SurferMapsCodesOfTheVectorFromTheLeft) {
   record("d.xml", MACHINE);
   good({"export", "d.xml", "--format", "surfer", "-o", "maps"});
   EXPECT_EQ(read("maps/machine_1.txt"), "Name = s[1:0]\nBits = 3\n0b001 00\n0b010 01\n0b100 10\n");
 }
 
-TEST_F(EXPORT_FACTS, gtkwave_names_bits_as_the_dump_has_them) {
+TEST_F(ExportFacts, GtkwaveNamesBitsAsTheDumpHasThem) {
   record("d.xml", kept("q[0]", "a") + kept("q[1]", "b[2]") + kept("r", "c") + MACHINE +
                       "{\"event\":\"retime_inverter\",\"register\":\"c\"}\n");
   write("g.vcd",
@@ -98,7 +98,7 @@ TEST_F(EXPORT_FACTS, gtkwave_names_bits_as_the_dump_has_them) {
   EXPECT_EQ(read("view/machine_1.txt"), "# s[1:0]\n001 10\n010 01\n100 00\n");
 }
 
-TEST_F(EXPORT_FACTS, sqlite_answers_with_one_row_a_register) {
+TEST_F(ExportFacts, SqliteAnswersWithOneRowARegister) {
   record("d.xml", kept("a", "t") + kept("b", "u") + kept("c", "v") + kept("d", "w") + MACHINE +
                       "{\"event\":\"retime_inverter\",\"register\":\"t\"}\n"
                       "{\"event\":\"replicate\",\"register\":\"u\",\"replica\":\"u2\"}\n"
@@ -114,7 +114,7 @@ TEST_F(EXPORT_FACTS, sqlite_answers_with_one_row_a_register) {
               Not(HasSubstr("SCAN")));
 }
 
-TEST_F(EXPORT_FACTS, sqlite_replaces_a_file_whole) {
+TEST_F(ExportFacts, SqliteReplacesAFileWhole) {
   record("d.xml", kept("a", "t"));
   write("d.db", "something else");
   good({"export", "d.xml", "--format", "sqlite", "-o", "d.db"});
@@ -122,7 +122,7 @@ TEST_F(EXPORT_FACTS, sqlite_replaces_a_file_whole) {
   EXPECT_EQ(kptdb({"export", "d.xml", "--format", "sqlite", "-o", "no/such/folder.db"}).exit_code, 1);
 }
 
-TEST_F(EXPORT_FACTS, refuses_options_that_do_not_fit) {
+TEST_F(ExportFacts, RefusesOptionsThatDoNotFit) {
   record("d.xml", kept("a", "t"));
   EXPECT_THAT(kptdb({"export", "d.xml", "--format", "sqlite"}).err, HasSubstr("--format sqlite needs -o"));
   EXPECT_THAT(kptdb({"export", "d.xml", "--format", "gtkwave", "-o", "v"}).err, HasSubstr("needs --dump"));

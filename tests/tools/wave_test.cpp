@@ -21,7 +21,7 @@ const char* const MACHINE = R"({"event":"associate_fsm","reference":["s[1]","s[0
                             R"("states":[["00","100"],["01","010"],["10","001"]]})"
                             "\n";
 
-class WAVE : public TOOL_TEST {
+class Wave : public TOOL_TEST {
  protected:
   /// A dump with these variables in scope tb.dut, and these values.
   std::string dump(const std::string& variables, const std::string& values) const {
@@ -44,21 +44,21 @@ class WAVE : public TOOL_TEST {
   RUN_RESULT failed() const { return kptdb({"wave", "d.xml", "gate.vcd", "--scope", "tb.dut", "-o", "rtl.vcd"}); }
 };
 
-TEST_F(WAVE, joins_the_bits_of_a_vector_and_turns_inverted_ones) {
+TEST_F(Wave, JoinsTheBitsOfAVectorAndTurnsInvertedOnes) {
   record("d.xml", kept("q[0]", "a") + inverted("q[1]", "b") + kept("q[2]", "c"));
   dump("$var wire 1 ! a $end\n$var wire 1 \" b $end\n$var wire 1 # c $end\n", "#0\n0!\n0\"\n0#\n#5\n1!\n1\"\n#9\n");
   EXPECT_EQ(shown(), "#0 $dumpvars b010 ! $end #5 b001 ! #9 ");
   EXPECT_THAT(header(), HasSubstr("$var reg 3 ! q [2:0] $end"));
 }
 
-TEST_F(WAVE, makes_two_vectors_of_one_with_a_gap) {
+TEST_F(Wave, MakesTwoVectorsOfOneWithAGap) {
   record("d.xml", kept("q[0]", "a") + kept("q[2]", "b"));
   dump("$var wire 1 ! a $end\n$var wire 1 \" b $end\n", "#0\n0!\n1\"\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 1! 0\" $end ");
   EXPECT_THAT(header(), HasSubstr("$var reg 1 ! q [2] $end\n$var reg 1 \" q [0] $end"));
 }
 
-TEST_F(WAVE, builds_the_hierarchy_of_the_names) {
+TEST_F(Wave, BuildsTheHierarchyOfTheNames) {
   record("d.xml", kept("u1.u2.q", "a") + kept("u1.r", "b"));
   dump("$var wire 1 ! a $end\n$var wire 1 \" b $end\n", "#0\n");
   shown("--to-scope top");
@@ -67,7 +67,7 @@ TEST_F(WAVE, builds_the_hierarchy_of_the_names) {
                                   "$upscope $end\n"));
 }
 
-TEST_F(WAVE, finds_an_instance_by_its_pin) {
+TEST_F(Wave, FindsAnInstanceByItsPin) {
   record("d.xml", R"({"event":"associate","reference":"q","transformed":{"name":"u1._3_","entity":"DFF","type":"Q"}})"
                   "\n");
   dump(
@@ -77,7 +77,7 @@ TEST_F(WAVE, finds_an_instance_by_its_pin) {
   EXPECT_EQ(shown(), "#0 $dumpvars 1! $end ");
 }
 
-TEST_F(WAVE, shows_constants_and_repeats_merged_registers) {
+TEST_F(Wave, ShowsConstantsAndRepeatsMergedRegisters) {
   record("d.xml", kept("a", "ta") + kept("b", "tb") + kept("c", "tc") +
                       "{\"event\":\"merge\",\"kept\":\"ta\",\"merged\":\"tb\"}\n"
                       "{\"event\":\"eliminate\",\"register\":\"tc\",\"reason\":\"stuck_at_one\"}\n");
@@ -85,7 +85,7 @@ TEST_F(WAVE, shows_constants_and_repeats_merged_registers) {
   EXPECT_EQ(shown(), "#0 $dumpvars 0! 0\" 1# $end #3 1! 1\" ");
 }
 
-TEST_F(WAVE, leaves_registers_without_a_successor_out_or_shows_them_as_x) {
+TEST_F(Wave, LeavesRegistersWithoutASuccessorOutOrShowsThemAsX) {
   record("d.xml", kept("a", "ta") + kept("b", "tb") +
                       "{\"event\":\"eliminate\",\"register\":\"tb\",\"reason\":\"no_fanout\"}\n");
   dump("$var wire 1 ! ta $end\n", "#0\n0!\n");
@@ -94,13 +94,13 @@ TEST_F(WAVE, leaves_registers_without_a_successor_out_or_shows_them_as_x) {
   EXPECT_EQ(shown("--with-unknown"), "#0 $dumpvars 0! x\" $end ");
 }
 
-TEST_F(WAVE, shows_only_what_matches) {
+TEST_F(Wave, ShowsOnlyWhatMatches) {
   record("d.xml", kept("a", "ta") + kept("b", "tb"));
   dump("$var wire 1 ! ta $end\n$var wire 1 \" tb $end\n", "#0\n0!\n1\"\n");
   EXPECT_EQ(shown("--only 'b*'"), "#0 $dumpvars 1! $end ");
 }
 
-TEST_F(WAVE, decodes_a_machine_and_counts_unknown_codes) {
+TEST_F(Wave, DecodesAMachineAndCountsUnknownCodes) {
   record("d.xml", MACHINE);
   dump("$var wire 1 ! h0 $end\n$var wire 1 \" h1 $end\n$var wire 1 # h2 $end\n",
        "#0\n1!\n0\"\n0#\n#10\n0!\n1\"\n#20\n1#\n#30\n0\"\n#40\nx#\n");
@@ -110,39 +110,39 @@ TEST_F(WAVE, decodes_a_machine_and_counts_unknown_codes) {
 }
 
 // What the other columns leave open is x, and no more.
-TEST_F(WAVE, decodes_a_machine_of_which_the_dump_lacks_a_register) {
+TEST_F(Wave, DecodesAMachineOfWhichTheDumpLacksARegister) {
   record("d.xml", MACHINE);
   dump("$var wire 1 ! h0 $end\n", "#0\n1!\n#5\n0!\n");
   EXPECT_EQ(shown(), "#0 $dumpvars b00 ! $end #5 bxx ! ");
 }
 
-TEST_F(WAVE, shows_x_where_replicas_disagree_and_says_so) {
+TEST_F(Wave, ShowsXWhereReplicasDisagreeAndSaysSo) {
   record("d.xml", kept("a", "t") + "{\"event\":\"replicate\",\"register\":\"t\",\"replica\":\"t2\"}\n");
   dump("$var wire 1 ! t $end\n$var wire 1 \" t2 $end\n", "#0\n0!\n0\"\n#5\n1!\n1\"\n#6\n0!\n#7\n0\"\n#8\nx\"\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 0! $end #5 1! #6 x! #7 0! #8 ");
   EXPECT_THAT(read("report"), HasSubstr("  1 times copies of a register disagreed, first a at 6\n"));
 }
 
-TEST_F(WAVE, shows_what_a_time_ends_with) {
+TEST_F(Wave, ShowsWhatATimeEndsWith) {
   record("d.xml", kept("a", "t"));
   dump("$var wire 1 ! t $end\n", "#0\n0!\n#5\n1!\n0!\n#5\n1!\n0!\n#8\n1!\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 0! $end #8 1! ");
 }
 
-TEST_F(WAVE, keeps_x_and_z) {
+TEST_F(Wave, KeepsXAndZ) {
   record("d.xml", kept("a", "t") + inverted("b", "u"));
   dump("$var wire 1 ! t $end\n$var wire 1 \" u $end\n", "#0\nz!\nz\"\n#5\nx!\n1\"\n");
   EXPECT_EQ(shown(), "#0 $dumpvars z! x\" $end #5 x! 0\" ");
 }
 
-TEST_F(WAVE, reads_vectors_of_either_direction_short_values_and_aliases) {
+TEST_F(Wave, ReadsVectorsOfEitherDirectionShortValuesAndAliases) {
   record("d.xml", kept("a", "v[6]") + kept("b", "up[1]") + kept("c", "alias"));
   dump("$var wire 8 ! v [7:0] $end\n$var wire 4 \" up[0:3] $end\n$var wire 1 # alias $end\n$var wire 1 # other $end\n",
        "#0\nb1000000 !\nb100 \"\n1#\n#1\nbx !\nbz00 \"\n#2\nb1 !\nb0 \"\n#3\nB01000000 !\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 1! 1\" 1# $end #1 x! z\" #2 0! 0\" #3 1! ");
 }
 
-TEST_F(WAVE, knows_flattened_escaped_and_single_bits_by_the_same_name) {
+TEST_F(Wave, KnowsFlattenedEscapedAndSingleBitsByTheSameName) {
   record("d.xml", kept("a", "u.q") + kept("b", "w[3]") + kept("c", "m[1][2]") + kept("d", "x[0]"));
   dump(
       "$var wire 1 ! \\u.q $end\n$var wire 1 \" \\w[3] $end\n$var wire 4 # \\m[1] [3:0] $end\n"
@@ -151,7 +151,7 @@ TEST_F(WAVE, knows_flattened_escaped_and_single_bits_by_the_same_name) {
   EXPECT_EQ(shown(), "#0 $dumpvars 1! 1\" 1# 1$ $end ");
 }
 
-TEST_F(WAVE, takes_no_signal_whose_name_stands_for_two) {
+TEST_F(Wave, TakesNoSignalWhoseNameStandsForTwo) {
   record("d.xml", kept("a", "u.q") + kept("b", "t"));
   dump("$var wire 1 ! \\u.q $end\n$scope module u $end\n$var wire 1 \" q $end\n$upscope $end\n$var wire 1 # t $end\n",
        "#0\n1!\n0\"\n1#\n");
@@ -159,7 +159,7 @@ TEST_F(WAVE, takes_no_signal_whose_name_stands_for_two) {
   EXPECT_THAT(read("report"), HasSubstr("  1 ambiguous"));
 }
 
-TEST_F(WAVE, passes_over_numbers_texts_comments_and_what_programs_add) {
+TEST_F(Wave, PassesOverNumbersTextsCommentsAndWhatProgramsAdd) {
   record("d.xml", kept("a", "t"));
   dump(
       "$attrbegin misc 02 x 1 $end\n$var real 64 ! r $end\n$var wire 1 \" t $end\n$var string 1 # s $end\n"
@@ -169,14 +169,14 @@ TEST_F(WAVE, passes_over_numbers_texts_comments_and_what_programs_add) {
   EXPECT_EQ(shown(), "#0 $dumpvars 1! $end #4 x! #9 1! ");
 }
 
-TEST_F(WAVE, reads_identifiers_of_any_length) {
+TEST_F(Wave, ReadsIdentifiersOfAnyLength) {
   record("d.xml", kept("a", "t") + kept("b", "u"));
   dump("$var wire 1 ~~~~~~~~~~~~~~~~~~~~~~~~ t $end\n$var wire 1 ~~~ u $end\n",
        "#0\n1~~~~~~~~~~~~~~~~~~~~~~~~\n0~~~\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 1! 0\" $end ");
 }
 
-TEST_F(WAVE, reads_a_pipe_and_what_gzip_packed) {
+TEST_F(Wave, ReadsAPipeAndWhatGzipPacked) {
   record("d.xml", kept("a", "t"));
   dump("$var wire 1 ! t $end\n", "#0\n1!\n");
   const std::string plain = shown();
@@ -187,7 +187,7 @@ TEST_F(WAVE, reads_a_pipe_and_what_gzip_packed) {
             0);
 }
 
-TEST_F(WAVE, says_what_it_wrote_as_json) {
+TEST_F(Wave, SaysWhatItWroteAsJson) {
   record("d.xml", kept("a", "t") + kept("b", "gone"));
   dump("$var wire 1 ! t $end\n", "#0\n1!\n");
   const JSON json = JSON::parse(good({"wave", "d.xml", "gate.vcd", "--scope", "tb.dut", "-o", "rtl.vcd", "--json"}));
@@ -197,7 +197,7 @@ TEST_F(WAVE, says_what_it_wrote_as_json) {
   EXPECT_EQ(json["unknown_codes"]["count"], 0);
 }
 
-TEST_F(WAVE, refuses_a_dump_without_any_of_the_registers) {
+TEST_F(Wave, RefusesADumpWithoutAnyOfTheRegisters) {
   record("d.xml", kept("a", "t"));
   dump("$var wire 1 ! other $end\n", "#0\n");
   const RUN_RESULT result = failed();
@@ -206,7 +206,7 @@ TEST_F(WAVE, refuses_a_dump_without_any_of_the_registers) {
   EXPECT_FALSE(exists("rtl.vcd"));
 }
 
-TEST_F(WAVE, names_the_scopes_when_there_is_none_of_that_name) {
+TEST_F(Wave, NamesTheScopesWhenThereIsNoneOfThatName) {
   record("d.xml", kept("a", "t"));
   dump("$var wire 1 ! t $end\n", "#0\n");
   const RUN_RESULT result = kptdb({"wave", "d.xml", "gate.vcd", "--scope", "tb.dtu"});
@@ -220,9 +220,9 @@ struct MALFORMED {
   const char* reason;
 };
 
-class MALFORMED_DUMP : public WAVE, public testing::WithParamInterface<MALFORMED> {};
+class MalformedDump : public Wave, public testing::WithParamInterface<MALFORMED> {};
 
-TEST_P(MALFORMED_DUMP, is_refused_with_its_line) {
+TEST_P(MalformedDump, IsRefusedWithItsLine) {
   record("d.xml", kept("a", "t"));
   write("gate.vcd", GetParam().dump);
   const RUN_RESULT result = kptdb({"wave", "d.xml", "gate.vcd", "-o", "rtl.vcd"});
@@ -233,31 +233,31 @@ TEST_P(MALFORMED_DUMP, is_refused_with_its_line) {
 
 #define T_HEADER "$var wire 1 ! t $end\n$enddefinitions $end\n"
 INSTANTIATE_TEST_SUITE_P(
-    Dumps, MALFORMED_DUMP,
-    testing::Values(MALFORMED{"empty", "", "gate.vcd:1: the file ends within the header"},
-                    MALFORMED{"no_dump", "library x;\n", "gate.vcd:1: no declaration: library"},
-                    MALFORMED{"open_variable", "$var wire 1 ! t\n$var wire 1 \" u $end\n",
+    Dumps, MalformedDump,
+    testing::Values(MALFORMED{"Empty", "", "gate.vcd:1: the file ends within the header"},
+                    MALFORMED{"NoDump", "library x;\n", "gate.vcd:1: no declaration: library"},
+                    MALFORMED{"OpenVariable", "$var wire 1 ! t\n$var wire 1 \" u $end\n",
                               "gate.vcd:2: a declaration without $end before $var"},
-                    MALFORMED{"no_size", "$var wire one ! t $end\n", "gate.vcd:1: no size of a variable: one"},
-                    MALFORMED{"wrong_range", "$var wire 4 ! t [7:0] $end\n",
+                    MALFORMED{"NoSize", "$var wire one ! t $end\n", "gate.vcd:1: no size of a variable: one"},
+                    MALFORMED{"WrongRange", "$var wire 4 ! t [7:0] $end\n",
                               "gate.vcd:1: the range [7:0] is not one of 4 bits"},
-                    MALFORMED{"two_sizes", "$var wire 4 ! t $end\n$var wire 2 ! u $end\n",
+                    MALFORMED{"TwoSizes", "$var wire 4 ! t $end\n$var wire 2 ! u $end\n",
                               "gate.vcd:2: the identifier ! has 4 bits elsewhere"},
-                    MALFORMED{"upscope", "$upscope $end\n", "gate.vcd:1: $upscope outside of every scope"},
-                    MALFORMED{"undeclared", T_HEADER "#0\n1?\n", "gate.vcd:4: no variable has the identifier ?"},
-                    MALFORMED{"no_identifier", T_HEADER "#0\n1\n", "gate.vcd:4: a value without an identifier"},
-                    MALFORMED{"too_long", T_HEADER "#0\nb01 !\n", "gate.vcd:4: a value of 2 bits for a signal of 1"},
-                    MALFORMED{"no_bit", T_HEADER "#0\nb2 !\n", "gate.vcd:4: no bit: 2"},
-                    MALFORMED{"empty_vector", T_HEADER "#0\nb !\n", "gate.vcd:4: a value of 0 bits"},
-                    MALFORMED{"cut_off", T_HEADER "#0\nb1", "gate.vcd:4: the file ends within a value"},
-                    MALFORMED{"no_time", T_HEADER "#zero\n", "gate.vcd:3: no time: #zero"},
-                    MALFORMED{"backwards", T_HEADER "#5\n#4\n", "gate.vcd:4: time runs back from 5 to 4"},
-                    MALFORMED{"extended", T_HEADER "#0\npD 6 0 !\n", "gate.vcd:4: this is an extended dump of ports"},
-                    MALFORMED{"no_value", T_HEADER "#0\nhello\n", "gate.vcd:4: no variable has the identifier ello"},
-                    MALFORMED{"huge_time", T_HEADER "#99999999999999999999\n", "gate.vcd:3: no time"}),
+                    MALFORMED{"Upscope", "$upscope $end\n", "gate.vcd:1: $upscope outside of every scope"},
+                    MALFORMED{"Undeclared", T_HEADER "#0\n1?\n", "gate.vcd:4: no variable has the identifier ?"},
+                    MALFORMED{"NoIdentifier", T_HEADER "#0\n1\n", "gate.vcd:4: a value without an identifier"},
+                    MALFORMED{"TooLong", T_HEADER "#0\nb01 !\n", "gate.vcd:4: a value of 2 bits for a signal of 1"},
+                    MALFORMED{"NoBit", T_HEADER "#0\nb2 !\n", "gate.vcd:4: no bit: 2"},
+                    MALFORMED{"EmptyVector", T_HEADER "#0\nb !\n", "gate.vcd:4: a value of 0 bits"},
+                    MALFORMED{"CutOff", T_HEADER "#0\nb1", "gate.vcd:4: the file ends within a value"},
+                    MALFORMED{"NoTime", T_HEADER "#zero\n", "gate.vcd:3: no time: #zero"},
+                    MALFORMED{"Backwards", T_HEADER "#5\n#4\n", "gate.vcd:4: time runs back from 5 to 4"},
+                    MALFORMED{"Extended", T_HEADER "#0\npD 6 0 !\n", "gate.vcd:4: this is an extended dump of ports"},
+                    MALFORMED{"NoValue", T_HEADER "#0\nhello\n", "gate.vcd:4: no variable has the identifier ello"},
+                    MALFORMED{"HugeTime", T_HEADER "#99999999999999999999\n", "gate.vcd:3: no time"}),
     [](const auto& tested) { return tested.param.name; });
 
-TEST_F(WAVE, refuses_packed_data_that_is_cut_off) {
+TEST_F(Wave, RefusesPackedDataThatIsCutOff) {
   record("d.xml", kept("a", "t"));
   dump("$var wire 1 ! t $end\n", "#0\n1!\n");
   const RUN_RESULT result = shell(
