@@ -89,6 +89,11 @@ struct EXPORT_OPTIONS {
   std::string output;  // empty: standard output
   std::string around;
   std::string module;
+  std::string design;  // in a file of SQLite; empty: the database's name
+  bool append = false;
+  std::string dump;
+  std::string scope;
+  std::string divider = ".";
 };
 EXIT_CODE run_export(const EXPORT_OPTIONS& options);
 

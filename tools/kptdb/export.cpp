@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "export_facts.h"
 #include "model.h"
 #include "text.h"
 
@@ -103,8 +104,14 @@ void refuse_options_of_other_formats(const EXPORT_OPTIONS& options) {
   if (!options.around.empty() && options.format != "dot") {
     throw FAILURE(EXIT_WRONG_USE, "--around needs --format dot");
   }
-  if (!options.module.empty() && options.format != "encfile") {
-    throw FAILURE(EXIT_WRONG_USE, "--module needs --format encfile");
+  if (!options.module.empty() && options.format != "encfile" && options.format != "eqy") {
+    throw FAILURE(EXIT_WRONG_USE, "--module needs --format encfile or eqy");
+  }
+  if ((options.append || !options.design.empty()) && options.format != "sqlite") {
+    throw FAILURE(EXIT_WRONG_USE, "--append and --design need --format sqlite");
+  }
+  if ((!options.dump.empty() || !options.scope.empty()) && options.format != "gtkwave") {
+    throw FAILURE(EXIT_WRONG_USE, "--dump and --scope need --format gtkwave");
   }
 }
 
@@ -116,6 +123,9 @@ EXIT_CODE run_export(const EXPORT_OPTIONS& options) {
   }
   refuse_options_of_other_formats(options);
   const DATABASE db = DATABASE::load(options.file);
+  if (export_facts(db, options)) {
+    return EXIT_DONE;
+  }
   RESULT_FILE out(options.output);
   if (options.format == "json") {
     export_json(db, out);

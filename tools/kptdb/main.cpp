@@ -7,7 +7,9 @@
 #include <functional>
 #include <new>
 
+#include "audit/audit.h"
 #include "commands.h"
+#include "wave/wave.h"
 
 namespace {
 
@@ -42,6 +44,7 @@ struct COMMAND_LINE {
     add_questions(app);
     add_comparisons(app);
     add_results(app);
+    add_waves(app);
   }
 
   void add_record(CLI::App& app) {
@@ -111,17 +114,54 @@ struct COMMAND_LINE {
 
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
-    CLI::Option* format = c->add_option("--format", export_.format, "json, csv, dot or encfile")
-                              ->check(CLI::IsMember({"json", "csv", "dot", "encfile"}));
+    CLI::Option* format =
+        c->add_option("--format", export_.format, "json, csv, dot, encfile, tcl, sqlite, eqy, gtkwave or surfer")
+            ->check(CLI::IsMember({"json", "csv", "dot", "encfile", "tcl", "sqlite", "eqy", "gtkwave", "surfer"}));
     c->add_flag_callback(
          "--json", [this] { export_.format = "json"; }, "The same as --format json")
         ->excludes(format);
     c->add_option("-o,--output", export_.output, "The file to write (default: standard output)");
     c->add_option("--around", export_.around, "With dot: only the maps of this register");
-    c->add_option("--module", export_.module, "With encfile: the module's name (default: the database's)");
+    c->add_option("--module", export_.module, "With encfile or eqy: the module's name (default: the database's)");
+    c->add_option("--design", export_.design, "With sqlite: the design's name (default: the database's)");
+    c->add_flag("--append", export_.append, "With sqlite: keep the other designs of the file");
+    c->add_option("--dump", export_.dump, "With gtkwave: a dump of the netlist, whose names the viewer goes by");
+    c->add_option("--scope", export_.scope, "With gtkwave: the scope of the netlist in the dump, as tb.dut");
+    c->add_option("--divider", export_.divider, "With gtkwave: what stands between the instances of a name");
+  }
+
+  void add_waves(CLI::App& app) {
+    CLI::App* c = add_command(app, run, "wave", "Show a dump of the netlist under the names of the source", wave,
+                              kptdb::run_wave);
+    add_file(c, wave.file);
+    c->add_option("DUMP", wave.dump, "A value-change dump of the netlist, packed or not; - for standard input")
+        ->required();
+    c->add_option("-o,--output", wave.output, "The dump to write (default: standard output)");
+    c->add_option("--scope", wave.scope, "The scope of the netlist in the dump, as tb.dut");
+    c->add_option("--to-scope", wave.to_scope, "The scope of the source in the output (default: the same)");
+    c->add_option("--only", wave.only, "Only registers whose names match: * is any text, ? any character");
+    c->add_option("--divider", wave.divider, "What stands between the instances of a name (default: .)");
+    c->add_flag("--with-unknown", wave.with_unknown, "Show registers of unknown value as x");
+    add_json(c, wave.json);
+
+    c = add_command(app, run, "audit", "Check the claims against two simulations", audit, kptdb::run_audit);
+    add_file(c, audit.file);
+    c->add_option("SOURCE", audit.reference_dump, "A dump of the source's simulation")->required();
+    c->add_option("NETLIST", audit.transformed_dump, "A dump of the netlist's simulation with the same stimulus")
+        ->required();
+    c->add_option("--clock", audit.clock, "The clock at whose edges values are compared, as tb.clk");
+    c->add_option("--edge", audit.edge, "rising, falling or both")->check(CLI::IsMember({"rising", "falling", "both"}));
+    c->add_option("--at", audit.at, "Times to compare at instead, as 100ns,200ns")->delimiter(',');
+    c->add_option("--from", audit.from, "Check nothing before this time");
+    c->add_option("--scope", audit.scope, "The scope of the source in its dump, as tb.dut");
+    c->add_option("--netlist-scope", audit.transformed_scope, "The scope of the netlist (default: the same)");
+    c->add_option("--divider", audit.divider, "What stands between the instances of a name (default: .)");
+    add_json(c, audit.json);
   }
 
   RUN run;
+  kptdb::WAVE_OPTIONS wave;
+  kptdb::AUDIT_OPTIONS audit;
   kptdb::RECORD_OPTIONS record;
   kptdb::INFO_OPTIONS info;
   kptdb::SHOW_OPTIONS show;

@@ -1,0 +1,26 @@
+// Times of dumps in units that can be compared.
+//
+// Ownership: everything is a value of the caller.
+#ifndef KPTDB_TIMESCALE_H
+#define KPTDB_TIMESCALE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kptdb {
+
+/// Wide enough for every time of a dump in femtoseconds.
+__extension__ typedef unsigned __int128 FEMTOSECONDS;
+
+/// "100 ps" as 100,000; nothing for what is no timescale.
+std::optional<std::uint64_t> timescale_of(std::string_view text);
+/// "20ns" in femtoseconds; a number without a unit counts in `unit`. Nothing for what is no time.
+std::optional<FEMTOSECONDS> time_of(std::string_view text, std::uint64_t unit);
+/// The time in the largest unit in which it is a whole number: "35 ns".
+std::string time_text(FEMTOSECONDS time);
+
+}  // namespace kptdb
+
+#endif

@@ -1,0 +1,35 @@
+// What some columns of a state table say of others: the codes of a machine, looked up by the
+// columns that are known.
+//
+// Ownership: a value of its user.
+#ifndef KPTDB_COLUMN_CODES_H
+#define KPTDB_COLUMN_CODES_H
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "../facts.h"
+#include "vcd_reader.h"
+
+namespace kptdb {
+
+class COLUMN_CODES {
+ public:
+  /// Codes of the source's columns by the given columns of the target's; columns count from 0.
+  COLUMN_CODES(const std::vector<CODE_PAIR>& codes, const std::vector<std::uint32_t>& known_columns);
+
+  /// The reference code, x where several states share the given bits and differ; null for a code
+  /// that no state has.
+  const std::string* reference_code(const std::string& known_bits) const;
+  /// All of them, in no order.
+  const auto& all() const { return m_codes; }
+
+ private:
+  boost::unordered_flat_map<std::string, std::string, TEXT_HASH, std::equal_to<>> m_codes;
+};
+
+}  // namespace kptdb
+
+#endif
