@@ -43,6 +43,12 @@ function numbers(bytes) {
 
 const signed = (n) => (n >>> 1) ^ -(n & 1);
 
+/** Numbers that are each told by its distance from the one before; `plus` is added to all. */
+function steps(numbers, plus) {
+  let last = plus;
+  return numbers.map((n) => (last += signed(n)));
+}
+
 /** Texts with a NUL behind each, all in one string: `at(k)` cuts one out. */
 export class Texts {
   constructor(bytes, size) {
@@ -76,12 +82,7 @@ async function netlist(k, size) {
       result[column] = part;
       return;
     }
-    // Each is told by its distance from the one before.
-    result[column] = new Int32Array(size);
-    for (let n = 0, last = 0; n < size; ++n) {
-      last += signed(part[n]);
-      result[column][n] = last - (column === 'scope' ? 0 : 1);
-    }
+    result[column] = steps(part, column === 'scope' ? 0 : -1);
   });
   return result;
 }
@@ -177,7 +178,7 @@ const maps = async (name, size, sizes) => new Maps(await block(name), size, size
 async function scopes(size) {
   const bytes = await block('scopes');
   const parents = await block('parents');
-  return { names: new Texts(bytes, size), parent: numbers(parents).map((p) => p - 1), size };
+  return { names: new Texts(bytes, size), parent: numbers(parents), size };
 }
 
 export async function readHead() {
@@ -195,9 +196,9 @@ export async function readAll(head) {
   data.scopes = await scopes(head.scopes);
   data.whole = data.stages[0];
   if (head.whole !== undefined) {
-    data.whole = await maps('whole', head.whole, [sizes[0], sizes[sizes.length - 1]]);
+    data.whole = await maps('maps-whole', head.whole, [sizes[0], sizes[sizes.length - 1]]);
     const values = numbers(await block('columns-whole'));
-    data.wholeOf = [values.subarray(0, sizes[0]), values.subarray(sizes[0])].map((part) => part.map((n) => n - 1));
+    data.wholeOf = [values.subarray(0, sizes[0]), values.subarray(sizes[0])].map((part) => steps(part, -1));
   } else {
     data.wholeOf = [data.netlists[0].mapAsReference, data.netlists[1].mapAsTransformed];
   }

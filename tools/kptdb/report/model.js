@@ -15,6 +15,9 @@ function placeIn(side, register) {
 
 const membersOf = (side) => side.flatMap((pair) => [...pair.same, ...pair.inverse]);
 
+/** Numbers in names count as numbers: q[9] stands before q[10]. */
+export const naturalKey = (name) => name.replace(/\d+/g, (digits) => digits.padStart(9, '0'));
+
 export class Design {
   constructor(data) {
     this.head = data.head;
@@ -100,6 +103,11 @@ export class Design {
     this.own = this.counts.map((words) => words.reduce((a, b) => a + b, 0));
     for (let s = size - 1; s > 0; --s) this.counts[s].forEach((n, w) => (this.counts[parent[s]][w] += n));
     this.totals = this.counts.map((words) => words.reduce((a, b) => a + b, 0));
+  }
+  /** The largest first; of one size in the order of their names. */
+  childrenOf(scope) {
+    const keyed = this.children[scope].map((s) => [this.totals[s], naturalKey(this.scopes.names.at(s)), s]);
+    return keyed.sort((a, b) => b[0] - a[0] || (a[1] < b[1] ? -1 : 1)).map((k) => k[2]);
   }
   contains(scope, other) {
     return this.from[other] >= this.from[scope] && this.from[other] < this.to[scope];

@@ -24,7 +24,7 @@ export function showCoverage(design, wanted, toggle) {
     el('span', { class: 'muted' }, wanted.scope > 0 ? ['in ', nameOf(design.pathText(wanted.scope).replace(/[./]$/, ''))] : `${count(design.result.size)} in the netlist`));
   fill(byId('bar'), bar(counts, total));
   fill(byId('words'), WORDS.map((word, w) => el('button', { class: 'chip', 'data-word': word, 'aria-pressed': String(wanted.words.has(w)), click: () => toggle(w) },
-    swatch(w), el('span', {}, word), el('b', {}, count(counts[w])), el('span', { class: 'muted' }, share(counts[w], total)))));
+    swatch(w), el('span', {}, word), el('b', {}, count(counts[w])), counts[w] > 0 ? el('span', { class: 'muted' }, share(counts[w], total)) : null)));
 }
 
 const to = (design, change) => addressOf({ ...ALL, ...change }, design);

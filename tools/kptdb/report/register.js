@@ -48,7 +48,7 @@ function attribute(design, set, key) {
 function step(design, k, one) {
   const pass = one.map === null ? undefined : attribute(design, one.map.attributes, 'pass');
   const status = one.map === null ? undefined : attribute(design, one.map.attributes, 'status');
-  return el('li', {}, el('div', { class: 'was' }, turned(one.sense.inverse), link(design, k, one.register)),
+  return el('li', {}, el('div', { class: 'was' }, turned(one.sense.inverse), link(design, k, one.register)), ' ',
     el('div', { class: 'did' }, one.what,
       one.to.length > 0 ? [' → ', list(design, k + 1, { same: one.to.filter((t) => !t.inverse).map((t) => t.register), inverse: one.to.filter((t) => t.inverse).map((t) => t.register) })] : null,
       pass === undefined ? null : el('span', { class: 'tag' }, 'pass ', nameOf(pass)),

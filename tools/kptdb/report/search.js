@@ -1,5 +1,5 @@
 // Which registers a search and the filters leave, and in which order.
-import { rowAt } from './model.js';
+import { rowAt, naturalKey } from './model.js';
 
 /** How a search is read. */
 export const MODES = ['text', 'glob', 'regex'];
@@ -79,9 +79,6 @@ export function rowsOf(design, wanted) {
   const filter = filterOf(design, wanted);
   return filter === null ? found : found.filter(filter);
 }
-
-/** Numbers in names count as numbers: q[9] stands before q[10]. */
-const naturalKey = (name) => name.replace(/\d+/g, (digits) => digits.padStart(9, '0'));
 
 /** For each column a text or number by which rows are sorted. */
 const KEYS = {

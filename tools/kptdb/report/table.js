@@ -37,7 +37,10 @@ export class Table {
     this.scroll.addEventListener('keydown', (event) => this.key(event));
     new ResizeObserver(() => this.draw()).observe(this.scroll);
     window.addEventListener('beforeprint', () => this.print());
-    window.addEventListener('afterprint', () => this.draw());
+    window.addEventListener('afterprint', () => {
+      this.printing = false;
+      this.draw();
+    });
   }
 
   show(rows, side, order, down) {
@@ -69,6 +72,7 @@ export class Table {
     return Math.ceil(this.scroll.clientHeight / ROW) + 1;
   }
   draw() {
+    if (this.printing) return;
     const first = Math.max(0, Math.min(this.first, this.rows.length - 1));
     const shown = Array.from(this.rows.subarray(first, first + this.visible), (row, k) => this.row(row, first + k));
     const focused = this.body.contains(document.activeElement);
@@ -78,6 +82,7 @@ export class Table {
     if (focused) this.focusActive();
   }
   print() {
+    this.printing = true;
     this.body.style.transform = '';
     const rows = Array.from(this.rows.subarray(0, PRINTED), (row, k) => this.row(row, k));
     const left = this.rows.length - PRINTED;

@@ -69,11 +69,9 @@ export class Tree {
       `show ${counted(next, 'more scope')} of ${count(hidden)}`);
     return el('div', { role: 'group' }, children.slice(0, most).map((s) => this.item(s, level + 1)), hidden > 0 ? button : null);
   }
-  // The largest first; of one size in the order of the database.
   sortedChildren(scope) {
-    const { children, totals } = this.design;
     this.order ??= new Map();
-    if (!this.order.has(scope)) this.order.set(scope, children[scope].slice().filter(Boolean).sort((a, b) => totals[b] - totals[a]));
+    if (!this.order.has(scope)) this.order.set(scope, this.design.childrenOf(scope));
     return this.order.get(scope);
   }
 

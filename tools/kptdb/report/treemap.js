@@ -47,7 +47,7 @@ export const busOf = (name) => name.replace(/\[\d+\]$/, '[*]');
 
 /** What a scope is made of: scopes and buses, the largest first, and the rest as one. */
 export function partsOf(design, scope) {
-  const parts = design.children[scope].map((s) => ({
+  const parts = design.childrenOf(scope).map((s) => ({
     label: design.scopes.names.at(s), scope: s, counts: design.counts[s], size: design.totals[s],
   }));
   const prefix = design.pathText(scope).length;
