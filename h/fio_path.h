@@ -14,7 +14,8 @@ class KPT_HOST_API FIO_PATH {
   /// as it was given.
   MEM_STRING fullpath() const;
 
-  /// Whether `path` names a network share: two separators, "//" or "\\", and a server.
+  /// Whether `path` names a network share: two separators, "//" or "\\", and the name of a server
+  /// right behind them.
   static bool is_unc_path(const char* path);
 
   /// Turns every "/" of a network path into "\"; leaves any other path as it is.

@@ -21,7 +21,8 @@ MEM_STRING FIO_PATH::fullpath() const {
 
 bool FIO_PATH::is_unc_path(const char* path) {
   const std::string_view start = path != nullptr ? path : "";
-  return start.starts_with("//") || start.starts_with("\\\\");
+  const bool has_server = start.size() > 2 && start[2] != '/' && start[2] != '\\';
+  return has_server && (start.starts_with("//") || start.starts_with("\\\\"));
 }
 
 void FIO_PATH::change_path_separators_for_windows_api() {

@@ -5,16 +5,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <string>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "db/kpt/msg_kpt.h"
+#include "h/gen_sys.h"
 
 namespace {
 
@@ -58,6 +60,11 @@ bool database_reads_back(KPT_KEYPOINTS_DB_IMPL& db) {
     return false;
   }
   return set_reads_back(*db.get_reference_set()) && set_reads_back(*db.get_transformed_set());
+}
+
+KPT_STRING decimal(std::size_t number) {
+  std::array<char, 20> digits;
+  return {digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr};
 }
 
 template <class CALL>
@@ -137,7 +144,7 @@ class REPLACEMENT {
   // Behind a symbolic link it is the file it leads to that is replaced, as a
   // plain save would write it.
   bool follow_link() {
-    if (m_target.find('\0') != std::string::npos) {
+    if (m_target.find('\0') != KPT_STRING::npos) {
       return false;
     }
     struct stat state {};
@@ -155,7 +162,7 @@ class REPLACEMENT {
   bool open_folder() {
     const std::size_t leaf = m_target.rfind('/') + 1;  // 0 without a folder
     m_leaf = m_target.substr(leaf);
-    const std::string folder = leaf == 0 ? "." : m_target.substr(0, leaf);
+    const KPT_STRING folder = leaf == 0 ? KPT_STRING(".") : m_target.substr(0, leaf);
     m_folder = retried([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     return m_folder >= 0 && !m_leaf.empty();
   }
@@ -233,16 +240,16 @@ class REPLACEMENT {
     return ::linkat(AT_FDCWD, path_of_locked().c_str(), m_folder, name, AT_SYMLINK_FOLLOW);
   }
 
-  std::string path_of_locked() const { return "/proc/self/fd/" + std::to_string(m_lock); }
+  KPT_STRING path_of_locked() const { return "/proc/self/fd/" + gen_itoa(m_lock, 10); }
 
   // Calls `make` with the target's temporary names until one is free. They are
   // made of a number that stands for the target, whose name may leave no room
   // for more. A negative result is a failure.
   template <class MAKE>
   int with_temporary_name(MAKE make) {
-    const std::string stem = ".kpt-" + std::to_string(kpt_hash_bytes(0, m_leaf)) + "-";
+    const KPT_STRING stem = ".kpt-" + decimal(kpt_hash_bytes(0, m_leaf)) + "-";
     for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
-      const std::string name = stem + std::to_string(attempt);
+      const KPT_STRING name = stem + gen_itoa(attempt, 10);
       int result = make(name.c_str());
       bool in_use = result < 0 && errno == EEXIST;
       if (in_use && remove_abandoned(name.c_str())) {
@@ -268,9 +275,9 @@ class REPLACEMENT {
     return removed;
   }
 
-  std::string m_target;
-  std::string m_leaf;
-  std::string m_temporary;  // empty while the new file has no name
+  KPT_STRING m_target;
+  KPT_STRING m_leaf;
+  KPT_STRING m_temporary;  // empty while the new file has no name
   int m_folder = -1;
   int m_lock = -1;
   std::optional<mode_t> m_earlier_mode;

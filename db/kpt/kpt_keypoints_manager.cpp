@@ -5,8 +5,8 @@
 #include <memory>
 #include <new>
 
+#include "db/kpt/files/kpt_file_loader.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
-#include "db/kpt/kpt_xml_reader.h"
 #include "db/kpt/msg_kpt.h"
 
 // Static objects that were made before the manager are destroyed after it, and
@@ -71,19 +71,19 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::get_keypoints_db(std::string_view name)
 }
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
-  KPT_XML_READER reader;
-  const KPT_STRING name = reader.get_db_name(file_name);
-  if (name.empty()) {
+  const auto create = [&](std::string_view name) {
+    const bool is_taken = get_keypoints_db(name) != nullptr;
+    if (is_taken) {
+      kpt_msg_debug("DB called %s already exists\n", KPT_STRING(name).c_str());
+    }
+    return is_taken ? nullptr : create_keypoints_db_impl(name);
+  };
+  KPT_FILE_LOADER loader(file_name);
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+  if (db == nullptr) {
     return nullptr;
   }
-  if (get_keypoints_db(name) != nullptr) {
-    kpt_msg_debug("DB called %s already exists\n", name.c_str());
-    return nullptr;
-  }
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db(create_keypoints_db_impl(name));
-  if (!reader.load_kpt_xml(file_name, db.get())) {
-    return nullptr;
-  }
+  const KPT_STRING name = db->get_db_name();
   record_new_db(db.release());
   return get_keypoints_db(name);
 }

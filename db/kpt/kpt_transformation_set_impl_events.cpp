@@ -110,7 +110,9 @@ bool KPT_TRANSFORMATION_SET_IMPL::delete_merged_keypoint(KPT_TRANSFORMATION_IMPL
   }
   const bool deleted = in_n_group ? map->delete_keypoint_from_t_n_group_of_map(k, index)
                                   : map->delete_keypoint_from_t_i_group_of_map(k, index);
-  return m_t_index.erase(k) && deleted;
+  const bool was_mapped = get_map_of_t_keypoint(k) != nullptr;  // an entry that leads to a deleted map is none
+  m_t_index.erase(k);
+  return was_mapped && deleted;
 }
 
 bool KPT_TRANSFORMATION_SET_IMPL::set_inverter_retimed_register(KPT_REGISTER_KEYPOINT_IMPL* k) {

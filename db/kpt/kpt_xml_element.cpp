@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <string>
 #include <xercesc/util/XercesDefs.hpp>
 // Behind the definitions it needs.
 #include <xercesc/dom/DOMMemoryManager.hpp>
@@ -63,7 +62,7 @@ class WIDE_NAME {
 
  private:
   std::array<XMLCh, 32> m_short;
-  std::u16string m_long;
+  KPT_WIDE_STRING m_long;
   const XMLCh* m_text = m_short.data();
 };
 
@@ -189,6 +188,11 @@ class DESCENDANTS : public DOMNodeList {
 
 }  // namespace
 
+// Ownership: lives in the document's memory and is never destroyed.
+struct KPT_XML_ELEMENT::CURSOR {
+  DOMNode* m_child;  // the child last returned
+};
+
 KPT_XML_ELEMENT::KPT_XML_ELEMENT(DOMElement* element) : m_element(element) {}
 
 KPT_XML_ELEMENT::KPT_XML_ELEMENT(DOMNodeList* node_list) : m_node_list(node_list) {}
@@ -197,24 +201,23 @@ KPT_XML_ELEMENT KPT_XML_ELEMENT::get_first_child(bool* ok) {
   if (!*ok) {
     return {};
   }
-  m_walker = m_element;
+  m_walker = nullptr;
   DOMNode* const child = as_element(m_element) == nullptr ? nullptr : element_from(m_element->getFirstChild());
   if (child == nullptr) {
     *ok = false;
     return {};
   }
-  m_walker = child;
+  m_walker = new (memory_of(m_element, sizeof(CURSOR))) CURSOR{child};
   return KPT_XML_ELEMENT(child);
 }
 
 KPT_XML_ELEMENT KPT_XML_ELEMENT::get_next_sibling(bool* ok) {
-  const bool among_children = m_walker != nullptr && m_walker != m_element;
-  DOMNode* const next = among_children ? element_from(m_walker->getNextSibling()) : nullptr;
+  DOMNode* const next = m_walker == nullptr ? nullptr : element_from(m_walker->m_child->getNextSibling());
   if (next == nullptr) {
     *ok = false;
     return {};
   }
-  m_walker = next;
+  m_walker->m_child = next;
   return KPT_XML_ELEMENT(next);
 }
 

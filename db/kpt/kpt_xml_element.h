@@ -1,8 +1,9 @@
 // One element, or one list of elements, of a parsed keypoint database file.
 //
 // Ownership: a wrapper owns nothing: every node belongs to the parser's
-// document and dies with it. Wrappers are copied by value; a copy has a cursor
-// of its own.
+// document and dies with it, the cursors over children included. Wrappers are
+// copied by value, and a copy made behind `get_first_child` shares the cursor:
+// moving on in one moves on in the other, until either starts anew.
 //
 // Flags: an operation that takes `bool* ok` does nothing and returns a null
 // wrapper when the flag is false, lowers it when it fails, and never raises it.
@@ -31,7 +32,7 @@ class KPT_EXPORT KPT_XML_ELEMENT {
   explicit KPT_XML_ELEMENT(xercesc_3_2::DOMElement* element);
   explicit KPT_XML_ELEMENT(xercesc_3_2::DOMNodeList* node_list);
 
-  /// The first child element. Sets this wrapper's cursor, by which
+  /// The first child element. Gives this wrapper a new cursor, by which
   /// `get_next_sibling` goes on:
   ///   for (c = parent.get_first_child(&ok); !c.is_null() && ok; c = parent.get_next_sibling(&ok))
   /// Text, comments and what an entity stands for are passed over.
@@ -67,7 +68,8 @@ class KPT_EXPORT KPT_XML_ELEMENT {
  private:
   explicit KPT_XML_ELEMENT(xercesc_3_2::DOMNode* node) : m_element(node) {}
 
-  xercesc_3_2::DOMNode* m_walker = nullptr;   // the child last returned, or m_element before the first
+  struct CURSOR;
+  CURSOR* m_walker = nullptr;                 // none before the first get_first_child
   xercesc_3_2::DOMNode* m_element = nullptr;  // nearly always an element; see get_single_child_element
   xercesc_3_2::DOMNodeList* m_node_list = nullptr;
 };

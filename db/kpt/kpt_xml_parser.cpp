@@ -1,11 +1,6 @@
 #include "db/kpt/kpt_xml_parser.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <limits>
 #include <memory>
 #include <string>
@@ -18,8 +13,8 @@
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
+#include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/msg_kpt.h"
-#include "h/fio_path.h"
 
 using namespace XERCES_CPP_NAMESPACE;
 
@@ -41,20 +36,16 @@ constexpr std::size_t MOST_EXPANDED_ELEMENTS = 1000;
 constexpr std::size_t MOST_DEFAULT_CHARACTERS = std::size_t{1} << 20;
 constexpr std::size_t DEFAULT_ATTRIBUTE_COST = 64;
 
-// The file, opened by name and by nothing but its name: the parser's own
-// sources take a name for a URL where it looks like one.
+// The parser's own sources take a name for a URL where it looks like one.
 class FILE_STREAM : public BinInputStream {
  public:
-  explicit FILE_STREAM(int descriptor) : m_descriptor(descriptor) {}
-  ~FILE_STREAM() override { ::close(m_descriptor); }
+  explicit FILE_STREAM(const KPT_STRING& path) : m_bytes(path) {}
 
+  bool is_open() const { return m_bytes.is_open(); }
   XMLFilePos curPos() const override { return m_position; }
   const XMLCh* getContentType() const override { return nullptr; }
   XMLSize_t readBytes(XMLByte* to, XMLSize_t size) override {
-    ssize_t count = 0;
-    do {
-      count = ::read(m_descriptor, to, size);
-    } while (count < 0 && errno == EINTR);
+    const std::ptrdiff_t count = m_bytes.read(reinterpret_cast<char*>(to), size);
     if (count < 0) {
       ThrowXML(XMLPlatformUtilsException, XMLExcepts::File_CouldNotReadFromFile);
     }
@@ -63,16 +54,16 @@ class FILE_STREAM : public BinInputStream {
   }
 
  private:
-  int m_descriptor;
+  KPT_FILE_BYTES m_bytes;
   XMLFilePos m_position = 0;
 };
 
 class FILE_SOURCE : public InputSource {
  public:
-  explicit FILE_SOURCE(const KPT_STRING& file_name) : m_file_name(file_name) {
+  explicit FILE_SOURCE(const KPT_STRING& path) : m_path(path) {
     // The parser only shows this name, in messages.
-    std::u16string shown(file_name.size(), u'\uFFFD');
-    std::transform(file_name.begin(), file_name.end(), shown.begin(), [](char c) {
+    KPT_WIDE_STRING shown(path.size(), u'\uFFFD');
+    std::transform(path.begin(), path.end(), shown.begin(), [](char c) {
       const auto byte = static_cast<unsigned char>(c);
       return byte < 0x80 ? static_cast<char16_t>(byte) : u'\uFFFD';
     });
@@ -81,27 +72,12 @@ class FILE_SOURCE : public InputSource {
 
   // Null when the file cannot be opened, which the parser reports.
   BinInputStream* makeStream() const override {
-    if (m_file_name.find('\0') != KPT_STRING::npos) {
-      return nullptr;
-    }
-    int descriptor = -1;
-    do {
-      descriptor = ::open(m_file_name.c_str(), O_RDONLY | O_CLOEXEC);
-    } while (descriptor < 0 && errno == EINTR);
-    if (descriptor < 0) {
-      return nullptr;
-    }
-    // A folder opens, and then fails in a way of which the parser keeps memory.
-    struct stat state {};
-    if (::fstat(descriptor, &state) != 0 || S_ISDIR(state.st_mode)) {
-      ::close(descriptor);
-      return nullptr;
-    }
-    return new FILE_STREAM(descriptor);
+    auto stream = std::make_unique<FILE_STREAM>(m_path);
+    return stream->is_open() ? stream.release() : nullptr;
   }
 
  private:
-  const KPT_STRING& m_file_name;
+  const KPT_STRING& m_path;
 };
 
 int as_int(XMLFileLoc place) {
@@ -116,16 +92,6 @@ KPT_STRING narrow(const XMLCh* text) {
 }
 
 bool is_given(const XMLCh* text) { return text != nullptr && *text != 0; }
-
-KPT_STRING path_for_parser(std::string_view file_name) {
-  KPT_STRING path(file_name);
-  if (FIO_PATH::is_unc_path(path.c_str())) {
-    FIO_PATH unc(path.c_str());
-    unc.change_path_separators_for_windows_api();
-    return unc.fullpath();
-  }
-  return path;
-}
 
 }  // namespace
 
@@ -178,12 +144,20 @@ void KPT_XML_PARSER_WRAPPER::post(XMLFileLoc line, XMLFileLoc column, const char
   error->post();
 }
 
+void KPT_XML_PARSER_WRAPPER::warn(XMLFileLoc line, XMLFileLoc column, const char* message) const {
+  kpt_msg_debug("Warning in XML Keypoint Database %s at line number %d, column number %d : %s", m_file_name.c_str(),
+                as_int(line), as_int(column), message);
+}
+
 void KPT_XML_PARSER_WRAPPER::error(unsigned int /*code*/, const XMLCh* /*domain*/, XMLErrorReporter::ErrTypes type,
                                    const XMLCh* message, const XMLCh* /*public_id*/, const XMLCh* /*system_id*/,
                                    XMLFileLoc line, XMLFileLoc column) {
   // A warning is not counted by the parser and keeps no file from loading.
-  if (type != XMLErrorReporter::ErrType_Warning) {
-    post(line, column, narrow(message).c_str());
+  const KPT_STRING text = narrow(message);
+  if (type == XMLErrorReporter::ErrType_Warning) {
+    warn(line, column, text.c_str());
+  } else {
+    post(line, column, text.c_str());
   }
 }
 
@@ -262,6 +236,11 @@ void KPT_XML_PARSER_WRAPPER::startElement(const XMLElementDecl& element, unsigne
 
 KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   const KPT_STRING name(file_name);
+  if (!m_platform.is_started()) {
+    kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), 0);
+    m_ok = false;
+    return;
+  }
   try {
     m_parser.emplace();
     m_parser->setErrorHandler(&m_error_handler);
@@ -286,10 +265,11 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   m_ok = m_ok && errors == 0;
 }
 
-KPT_XML_PARSER::~KPT_XML_PARSER() = default;
+// The parser goes before what keeps xerces-c started.
+KPT_XML_PARSER::~KPT_XML_PARSER() { m_parser.reset(); }
 
 void KPT_XML_PARSER::parse(const KPT_STRING& file_name) {
-  const KPT_STRING path = path_for_parser(file_name);
+  const KPT_STRING path = kpt_path_to_open(file_name);
   const FILE_SOURCE source(path);
   m_parser->parse(source);
   m_ok = m_parser->error_count() == 0;

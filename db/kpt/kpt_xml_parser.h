@@ -1,8 +1,7 @@
 // Parses a keypoint database file into a document.
 //
 // Ownership: KPT_XML_PARSER owns the document; every element wrapper of it dies
-// with the parser object. XMLPlatformUtils must be initialised while one lives:
-// KPT_XML_READER sees to that.
+// with the parser object. It keeps xerces-c started as long as it lives.
 //
 // A database file is data from elsewhere, so the parser reads that one file and
 // nothing else: external entities, external document types and entities that
@@ -14,6 +13,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
@@ -22,6 +22,10 @@
 
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
+#include "db/kpt/kpt_xml_platform.h"
+
+/// Text in the parser's characters.
+using KPT_WIDE_STRING = std::basic_string<XMLCh, std::char_traits<XMLCh>, MEM_STL_ALLOCATOR<XMLCh>>;
 
 /// Installed so that a handler is installed; errors are reported further down.
 class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandler {
@@ -51,7 +55,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   /// What the parser counted, and the stop.
   std::size_t error_count() const { return getErrorCount() + m_stops; }
 
-  // From the parser.
+  // From the parser. A warning becomes a debug line.
   void error(unsigned int code, const XMLCh* domain, XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type,
              const XMLCh* message, const XMLCh* public_id, const XMLCh* system_id, XMLFileLoc line,
              XMLFileLoc column) override;
@@ -68,6 +72,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
                     XMLSize_t attribute_count, bool is_empty, bool is_root) override;
 
  private:
+  void warn(XMLFileLoc line, XMLFileLoc column, const char* message) const;
   void post(XMLFileLoc line, XMLFileLoc column, const char* message) const;
   [[noreturn]] void stop(const char* message);
 
@@ -102,7 +107,8 @@ class KPT_EXPORT KPT_XML_PARSER {
   bool m_ok = true;
   XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
   KPT_XML_ERROR_HANDLER m_error_handler;
-  std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty only when there was no memory for it
+  std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made
+  KPT_XML_PLATFORM m_platform;
 };
 
 /// The parser's text as narrow text. ASCII, which is all that a database file

@@ -1,8 +1,5 @@
 #include "db/kpt/kpt_xml_reader.h"
 
-#include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/XMLException.hpp>
-
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_xml_parser.h"
 #include "db/kpt/msg_kpt.h"
@@ -25,15 +22,9 @@ KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser) {
 
 }  // namespace
 
-KPT_XML_READER::KPT_XML_READER() {
-  try {
-    XERCES_CPP_NAMESPACE::XMLPlatformUtils::Initialize();
-  } catch (const XERCES_CPP_NAMESPACE::XMLException&) {
-    kpt_msg_debug("Error: the XML parser cannot be initialised");
-  }
-}
+KPT_XML_READER::KPT_XML_READER() = default;
 
-KPT_XML_READER::~KPT_XML_READER() { XERCES_CPP_NAMESPACE::XMLPlatformUtils::Terminate(); }
+KPT_XML_READER::~KPT_XML_READER() = default;
 
 KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
   const KPT_XML_PARSER parser(file_name);

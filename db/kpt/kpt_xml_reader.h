@@ -1,13 +1,14 @@
 // Reads keypoint database files.
 //
-// Ownership: a reader holds nothing. While one lives, the XML parser is
-// initialised; readers may nest.
+// Ownership: a reader keeps the XML parser started while it lives; readers may
+// nest.
 #ifndef KPT_XML_READER_H
 #define KPT_XML_READER_H
 
 #include <string_view>
 
 #include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_xml_platform.h"
 
 class KPT_EXPORT KPT_XML_READER {
  public:
@@ -21,6 +22,9 @@ class KPT_EXPORT KPT_XML_READER {
   /// Loads the file into `db`, which is new and empty. Parses the file anew. What
   /// was loaded before a failure stays in `db`.
   bool load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db);
+
+ private:
+  KPT_XML_PLATFORM m_platform;
 };
 
 #endif

@@ -42,6 +42,20 @@ bool takes(const Arguments& args, std::size_t& at, const char* option, std::stri
   return true;
 }
 
+// Ends the command unless there are registers that are followed, and tells why there are none.
+void demand_tracking(RTLIL::Design* design) {
+  const kpt_yosys::TRACKER* const tracker = kpt_yosys::current_tracker();
+  if (tracker == nullptr) {
+    Yosys::log_cmd_error("No registers are being followed: use kpt_track.\n");
+  }
+  if (kpt_yosys::is_away()) {
+    Yosys::log_cmd_error("The design that is followed is put aside: bring it back by design -pop or -load.\n");
+  }
+  if (!tracker->started()) {
+    Yosys::log_cmd_error("No registers are being followed: %s.\n", tracker->why_not_started(design).c_str());
+  }
+}
+
 struct KPT_TRACK : Yosys::Pass {
   KPT_TRACK() : Pass("kpt_track", "start to follow what becomes of registers") {}
   void help() override {
@@ -68,6 +82,9 @@ struct KPT_TRACK : Yosys::Pass {
       }
     }
     extra_args(args, at, design, false);
+    if (!top.empty() && design->module(RTLIL::escape_id(top)) == nullptr) {
+      Yosys::log_cmd_error("There is no module %s.\n", top.c_str());
+    }
     guarded([&] { kpt_yosys::start_tracking(design, top, name); });
   }
 } kpt_track;
@@ -88,9 +105,7 @@ struct KPT_STAGE : Yosys::Pass {
       ++at;
     }
     extra_args(args, at, design, false);
-    if (kpt_yosys::current_tracker() == nullptr || !kpt_yosys::current_tracker()->started()) {
-      Yosys::log_cmd_error("No registers are being followed: use kpt_track, and have no processes left.\n");
-    }
+    demand_tracking(design);
     const std::string& name = kpt_yosys::current_stage();
     KPT_KEYPOINTS_MANAGER* const manager = KPT_KEYPOINTS_MANAGER::get_instance();
     if (manager->get_keypoints_db(name) != nullptr) {

@@ -153,7 +153,7 @@ void MODULE_VIEW::add_flop(RTLIL::Cell* cell, int index, RTLIL::SigBit output, R
   flop.m_index = index;
   flop.m_cell_name = cell->name.c_str();
   flop.m_output = m_sigmap(output);
-  flop.m_data = m_sigmap(data);
+  flop.m_data = data;
   if (flop.m_output.wire != nullptr) {
     m_by_output[flop.m_output] = static_cast<int>(m_flops.size());
   }
@@ -164,7 +164,7 @@ void MODULE_VIEW::add_unary(RTLIL::Cell* cell, bool inverts) {
   const RTLIL::SigSpec& input = cell->getPort(Yosys::ID::A);
   const RTLIL::SigSpec& output = cell->getPort(Yosys::ID::Y);
   for (int i = 0; i < output.size() && i < input.size(); ++i) {
-    m_inverters[m_sigmap(output[i])] = {m_sigmap(input[i]), inverts};
+    m_inverters[m_sigmap(output[i])] = {input[i], inverts};
   }
 }
 
@@ -173,11 +173,12 @@ void MODULE_VIEW::add_xor(RTLIL::Cell* cell, bool inverts) {
   const RTLIL::SigSpec& b = cell->getPort(Yosys::ID::B);
   const RTLIL::SigSpec& output = cell->getPort(Yosys::ID::Y);
   for (int i = 0; i < output.size() && i < a.size() && i < b.size(); ++i) {
-    RTLIL::SigBit value = m_sigmap(a[i]);
-    RTLIL::SigBit with = m_sigmap(b[i]);
-    if (value.wire == nullptr) {
+    RTLIL::SigBit value = a[i];
+    RTLIL::SigBit with = b[i];
+    if (m_sigmap(value).wire == nullptr) {
       std::swap(value, with);
     }
+    with = m_sigmap(with);
     if (with == RTLIL::State::S0 || with == RTLIL::State::S1) {
       m_inverters[m_sigmap(output[i])] = {value, inverts != (with == RTLIL::State::S1)};
     }
@@ -191,7 +192,7 @@ void MODULE_VIEW::add_lut(RTLIL::Cell* cell) {
   }
   const std::vector<RTLIL::State>& table = cell->getParam(Yosys::ID::LUT).bits;
   if (table.size() == 2 && table[0] != table[1]) {
-    m_inverters[m_sigmap(cell->getPort(Yosys::ID::Y)[0])] = {m_sigmap(input[0]), table[0] == RTLIL::State::S1};
+    m_inverters[m_sigmap(cell->getPort(Yosys::ID::Y)[0])] = {input[0], table[0] == RTLIL::State::S1};
   }
 }
 
@@ -199,7 +200,7 @@ void MODULE_VIEW::add_lut(RTLIL::Cell* cell) {
 // connection of the module, so these are all.
 void MODULE_VIEW::collect_nets() {
   for (const auto& [output, inverter] : m_inverters) {
-    const auto flop = m_by_output.find(inverter.m_input);
+    const auto flop = m_by_output.find(m_sigmap(inverter.m_input));
     if (inverter.m_inverts && flop != m_by_output.end()) {
       m_by_inverted_output[output] = flop->second;
       m_flops[static_cast<std::size_t>(flop->second)].m_inverted.push_back(net_of(output));
@@ -245,7 +246,8 @@ void MODULE_VIEW::name_flops() {
 
 void MODULE_VIEW::find_inverted_data() {
   for (FLOP& flop : m_flops) {
-    const auto inverter = m_inverters.find(flop.m_data);
+    flop.m_data_net = net_of(flop.m_data);
+    const auto inverter = m_inverters.find(m_sigmap(flop.m_data));
     if (inverter != m_inverters.end() && inverter->second.m_inverts) {
       flop.m_uninverted_data = net_of(inverter->second.m_input);
     }
@@ -273,9 +275,31 @@ SOURCE MODULE_VIEW::source(RTLIL::SigBit bit) const {
       return {};
     }
     inverted = inverted != inverter->second.m_inverts;
-    at = inverter->second.m_input;
+    at = m_sigmap(inverter->second.m_input);
   }
   return {};
+}
+
+void MODULE_VIEW::note_readers() {
+  m_readers.assign(m_flops.size(), 0);
+  m_readers_noted = true;
+  const auto count = [this](RTLIL::SigBit bit) {
+    if (const auto flop = m_by_output.find(m_sigmap(bit)); flop != m_by_output.end()) {
+      ++m_readers[static_cast<std::size_t>(flop->second)];
+    }
+  };
+  for (const auto& [name, cell] : m_module->cells_) {
+    for (const auto& [port, signal] : cell->connections_) {
+      if (cell->input(port) || !cell->output(port)) {
+        std::for_each(signal.begin(), signal.end(), count);
+      }
+    }
+  }
+  for (const auto& [name, wire] : m_module->wires_) {
+    for (int bit = 0; wire->port_output && bit < wire->width; ++bit) {
+      count(RTLIL::SigBit(wire, bit));
+    }
+  }
 }
 
 std::string MODULE_VIEW::technology_driver(const FLOP& before) const {
@@ -286,7 +310,7 @@ std::string MODULE_VIEW::technology_driver(const FLOP& before) const {
     }
     std::string pin = technology_pin(bit, before.m_cell_name);
     if (const auto inverter = m_inverters.find(bit); pin.empty() && inverter != m_inverters.end()) {
-      pin = technology_pin(inverter->second.m_input, before.m_cell_name);
+      pin = technology_pin(m_sigmap(inverter->second.m_input), before.m_cell_name);
     }
     if (!pin.empty()) {
       return pin;

@@ -21,6 +21,7 @@ namespace kpt_yosys {
 struct NET {
   unsigned int m_wire = 0;
   int m_bit = 0;
+  bool operator==(const NET&) const = default;
 };
 
 /// One bit of storage.
@@ -33,9 +34,10 @@ struct FLOP {
   std::string m_name;           // of the best net that carries it
   std::vector<NET> m_nets;      // all nets that carry it
   std::vector<NET> m_inverted;  // all nets that carry its inverse
-  NET m_uninverted_data;        // where an inverter drives its data input: that inverter's input
+  NET m_data_net;               // the net that its data input is on, not one connected to it
+  NET m_uninverted_data;        // where an inverter drives that: the net that the inverter's input is on
   RTLIL::SigBit m_output;       // of use only with the view
-  RTLIL::SigBit m_data;         // likewise
+  RTLIL::SigBit m_data;         // likewise, as the cell has it
 };
 
 /// What the value on a net is.
@@ -70,13 +72,19 @@ class MODULE_VIEW {
   RTLIL::SigBit canonical(const NET& net) const;
   RTLIL::SigBit canonical(RTLIL::SigBit bit) const { return m_sigmap(bit); }
 
+  /// Counts who reads each net; good until the netlist changes.
+  void note_readers();
+  bool has_readers_noted() const { return m_readers_noted; }
+  /// How many inputs of cells and outputs of the module read the register.
+  int count_readers(int flop) const { return m_readers[static_cast<std::size_t>(flop)]; }
+
   /// The pin, as "type/port", of a cell unknown to Yosys that drives what the flip-flop `before`
   /// drove, through inverters; empty when there is none.
   std::string technology_driver(const FLOP& before) const;
 
  private:
   struct INVERTER {
-    RTLIL::SigBit m_input;
+    RTLIL::SigBit m_input;  // as the cell has it
     bool m_inverts = false;
   };
 
@@ -102,6 +110,8 @@ class MODULE_VIEW {
   Yosys::dict<RTLIL::SigBit, INVERTER> m_inverters;
   Yosys::dict<RTLIL::SigBit, int> m_by_inverted_output;
   std::unordered_map<unsigned int, RTLIL::Wire*> m_wires;
+  bool m_readers_noted = false;
+  std::vector<int> m_readers;  // by register
 };
 
 }  // namespace kpt_yosys

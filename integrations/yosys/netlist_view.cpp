@@ -96,22 +96,39 @@ int NETLIST_VIEW::instance(const std::string& path) const {
 }
 
 NETLIST_VIEW::PLACE NETLIST_VIEW::find(const std::string& name) const {
-  if (m_by_name.empty()) {
-    index_names();
-  }
+  index_names();
   const auto found = m_by_name.find(name);
   return found != m_by_name.end() ? found->second : PLACE{};
 }
 
 void NETLIST_VIEW::index_names() const {
+  if (!m_by_name.empty()) {
+    return;
+  }
   for (std::size_t i = 0; i < m_instances.size(); ++i) {
     for (const auto& [id, wire] : m_instances[i].m_module->module()->wires_) {
       for (int bit = 0; bit < wire->width; ++bit) {
-        m_by_name.emplace(m_instances[i].m_path + text_of(*wire, bit),
-                          PLACE{static_cast<int>(i), RTLIL::SigBit(wire, bit)});
+        const PLACE place{static_cast<int>(i), RTLIL::SigBit(wire, bit)};
+        if (const auto [entry, is_new] = m_by_name.emplace(m_instances[i].m_path + text_of(*wire, bit), place);
+            !is_new) {
+          entry->second = PLACE{};
+        }
       }
     }
   }
+}
+
+void NETLIST_VIEW::note_readers() const {
+  for (const auto& [number, module] : m_modules) {
+    if (!module->has_readers_noted()) {
+      module->note_readers();
+    }
+  }
+}
+
+int NETLIST_VIEW::count_readers(const LOCATION& location) const {
+  const MODULE_VIEW& module_of = module(location.m_instance);
+  return module_of.has_readers_noted() ? module_of.count_readers(location.m_flop) : -1;
 }
 
 }  // namespace kpt_yosys

@@ -51,13 +51,20 @@ class NETLIST_VIEW {
 
   /// -1 when nothing stands there.
   int instance(const std::string& path) const;
-  /// The net that is called so, with its path; an instance of -1 when none is.
+  /// The net that is called so, with its path; an instance of -1 when none is, or several are.
   PLACE find(const std::string& name) const;
+  /// Makes `find` answer for the netlist as it is now, as long as the view exists; then a PLACE tells
+  /// no more than that there is one.
+  void index_names() const;
+
+  /// Counts who reads each register, as it is now.
+  void note_readers() const;
+  /// -1 where that was not counted.
+  int count_readers(const LOCATION& location) const;
 
  private:
   void add(RTLIL::Module* module, const std::string& path, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked,
            std::vector<const RTLIL::Module*>& above);
-  void index_names() const;
 
   std::unordered_map<unsigned int, std::shared_ptr<MODULE_VIEW>> m_modules;
   std::vector<INSTANCE> m_instances;

@@ -170,7 +170,7 @@ void RECORDER::fill_table(const MACHINE& machine, const std::vector<int>& r, con
     unsigned short column = 0;
     for (const int index : r) {
       const bool bit = machine.m_old_codes[state][static_cast<std::size_t>(point(index).m_column)] == '1';
-      table.set_reference_entry(row, ++column, bit != point(index).m_inverted);
+      table.set_reference_entry(row, ++column, bit != point(index).m_column_inverted);
     }
     column = 0;
     for (std::size_t k = 0; k < t.size(); ++k) {

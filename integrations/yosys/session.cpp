@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 
+#include "shelf.h"
+
 // Defined by Yosys, declared in none of its headers.
 namespace Yosys {
 extern Pass* first_queued_pass;
@@ -17,6 +19,8 @@ namespace {
 
 struct SESSION {
   std::unique_ptr<TRACKER> m_tracker;
+  SHELF m_shelf;
+  bool m_away = false;  // the followed design is on the shelf only
   std::string m_stage;
   std::string m_running;  // the pass that is being executed; empty outside of passes
   double m_seconds = 0;
@@ -41,20 +45,60 @@ double cpu_seconds(int whose) {
 // Of this process and of those that passes start.
 double all_cpu_seconds() { return cpu_seconds(RUSAGE_SELF) + cpu_seconds(RUSAGE_CHILDREN); }
 
-// Tells the tracker what `pass` did. A tracking that fails ends; the synthesis goes on.
-void tell(RTLIL::Design* design, const std::string& pass) {
+// Does something about the registers. A tracking that fails ends; the synthesis goes on.
+template <class ACTION>
+void track(RTLIL::Design* design, ACTION action) {
   SESSION& now = session();
   if (now.m_tracker == nullptr || design != Yosys::yosys_get_design()) {
     return;
   }
   const double begin = cpu_seconds(RUSAGE_SELF);
   try {
-    now.m_tracker->boundary(design, pass);
+    action(now);
   } catch (const std::exception& failure) {
     Yosys::log_warning("tracking of registers ended: %s\n", failure.what());
-    now.m_tracker.reset();
+    stop_tracking();
   }
   now.m_seconds += cpu_seconds(RUSAGE_SELF) - begin;
+}
+
+// Tells the tracker what `pass` did.
+void tell(RTLIL::Design* design, const std::string& pass) {
+  track(design, [&](const SESSION& now) {
+    if (!now.m_away) {
+      now.m_tracker->boundary(design, pass);
+    }
+  });
+}
+
+void tell_next(RTLIL::Design* design, const std::string& pass) {
+  track(design, [&](const SESSION& now) {
+    if (!now.m_away) {
+      now.m_tracker->prepare(pass);
+    }
+  });
+}
+
+// Designs are put aside and come back, with what is known of them.
+void tell_before_design(RTLIL::Design* design, const std::vector<std::string>& args) {
+  track(design, [&](SESSION& now) { now.m_shelf.before(design, args, now.m_away ? nullptr : now.m_tracker.get()); });
+}
+
+void tell_after_design(RTLIL::Design* design, const std::vector<std::string>& args) {
+  track(design, [&](SESSION& now) {
+    switch (now.m_shelf.after(args)) {
+      case SHELF::OUTCOME::STAYS:
+        tell(design, "");
+        break;
+      case SHELF::OUTCOME::AWAY:
+        now.m_away = true;
+        break;
+      case SHELF::OUTCOME::COMES_BACK:
+        now.m_away = false;
+        now.m_tracker->take_up(design, now.m_shelf.take());
+        break;
+    }
+  });
 }
 
 // The pass that runs, also when a pass calls others. One that ends by an exception has done nobody
@@ -63,12 +107,16 @@ class RUNNING {
  public:
   RUNNING(RTLIL::Design* design, const std::string& pass) : m_outer(session().m_running) {
     tell(design, m_outer);
+    tell_next(design, pass);
     session().m_running = pass;
   }
   ~RUNNING() { session().m_running = m_done ? m_outer : std::string(); }
   RUNNING(const RUNNING&) = delete;
   RUNNING& operator=(const RUNNING&) = delete;
-  void done() { m_done = true; }
+  void done(RTLIL::Design* design) {
+    m_done = true;
+    tell_next(design, m_outer);
+  }
 
  private:
   std::string m_outer;
@@ -86,10 +134,16 @@ struct WATCHED_PASS : Yosys::Pass {
   void on_shutdown() override { m_pass->on_shutdown(); }
   void execute(std::vector<std::string> args, RTLIL::Design* design) override {
     RUNNING running(design, pass_name);
-    m_pass->execute(std::move(args), design);
+    if (pass_name == "design") {
+      tell_before_design(design, args);
+      m_pass->execute(args, design);
+      tell_after_design(design, args);
+    } else {
+      m_pass->execute(std::move(args), design);
+      tell(design, pass_name);
+    }
     experimental_flag = m_pass->experimental_flag;
-    tell(design, pass_name);
-    running.done();
+    running.done(design);
   }
 
   Yosys::Pass* m_pass;
@@ -116,7 +170,7 @@ void watch_passes() {
 
 void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name) {
   SESSION& now = session();
-  now.m_tracker.reset();
+  stop_tracking();
   if (!now.m_wrapped) {
     watch_passes();
     now.m_wrapped = true;
@@ -127,7 +181,13 @@ void start_tracking(RTLIL::Design* design, const std::string& top, const std::st
   now.m_tracker = std::make_unique<TRACKER>(design, top);
 }
 
-void stop_tracking() { session().m_tracker.reset(); }
+void stop_tracking() {
+  session().m_tracker.reset();
+  session().m_shelf.clear();
+  session().m_away = false;
+}
+
+bool is_away() { return session().m_away; }
 
 TRACKER* current_tracker() { return session().m_tracker.get(); }
 
@@ -135,6 +195,7 @@ const std::string& current_stage() { return session().m_stage; }
 
 void next_stage(const std::string& name) {
   session().m_tracker->restart();
+  session().m_shelf.clear();  // what was put aside is of an earlier stage
   session().m_stage = name;
 }
 

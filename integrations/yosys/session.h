@@ -18,6 +18,8 @@ void stop_tracking();
 
 /// Null when no tracking goes on.
 TRACKER* current_tracker();
+/// Whether the followed design is put aside by `design`.
+bool is_away();
 const std::string& current_stage();
 /// Goes on with the next stage.
 void next_stage(const std::string& name);

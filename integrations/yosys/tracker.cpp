@@ -1,8 +1,10 @@
 #include "tracker.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <set>
+#include <stdexcept>
 
 namespace kpt_yosys {
 
@@ -12,8 +14,25 @@ namespace {
 // vanish put them into something else.
 bool removes_unused(const std::string& pass) { return pass == "opt_clean" || pass == "clean"; }
 
-// Passes that give a new net an old name, or keep a net while its meaning flips.
-bool keeps_names_only(const std::string& pass) { return pass == "opt_ffinv" || pass == "fsm_map"; }
+// Passes that make nets anew and give each the name that it bore. After all others, a name that was
+// borne before proves nothing: it may have been given anew.
+bool keeps_names(const std::string& pass) {
+  constexpr std::array NAMES{"design", "flatten", "hierarchy", "splitnets", "uniquify"};
+  return std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
+}
+
+// Passes that take a reader from a register only where that makes no difference, and passes that
+// only call others. All others may put a register into something else, and leave it behind unread.
+bool only_simplifies(const std::string& pass) {
+  constexpr std::array NAMES{
+      "abc",      "abc9",        "alumacc",      "attrmvcp",   "check",     "clean",     "design",    "dffinit",
+      "dffunmap", "dfflegalize", "dfflibmap",    "flatten",    "fsm",       "hierarchy", "memory",    "muxcover",
+      "opt",      "opt_clean",   "opt_demorgan", "opt_dff",    "opt_expr",  "opt_ffinv", "opt_lut",   "opt_lut_ins",
+      "opt_mem",  "opt_merge",   "opt_muxtree",  "opt_reduce", "opt_share", "peepopt",   "pmuxtree",  "proc",
+      "rename",   "script",      "setattr",      "setundef",   "share",     "simplemap", "splitnets", "stat",
+      "techmap",  "uniquify",    "zinit"};
+  return pass.empty() || pass.starts_with("synth") || std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
+}
 
 // Passes that put cells of the technology in place of flip-flops.
 bool maps_to_technology(const std::string& pass) {
@@ -76,24 +95,28 @@ struct TRACKER::CHANGES : RTLIL::Monitor {
   bool m_any = true;
 };
 
-TRACKER::TRACKER(RTLIL::Design* design, std::string top)
-    : m_top(std::move(top)), m_changes(std::make_unique<CHANGES>(design)) {
+TRACKER::TRACKER(RTLIL::Design* design, std::string top) : m_changes(std::make_unique<CHANGES>(design)) {
+  m_now.m_top = std::move(top);
   boundary(design, "");
 }
 
 TRACKER::~TRACKER() = default;
 
-RTLIL::Module* TRACKER::find_top(RTLIL::Design* design) const {
+// Another module of the same name is another design, but for passes that make a module anew.
+RTLIL::Module* TRACKER::find_top(RTLIL::Design* design, const std::string& pass) const {
   RTLIL::Module* by_name = nullptr;
   for (const auto& [name, module] : design->modules_) {
     if (module->hashidx_ == m_top_number) {
       return module;
     }
-    if (text_of(module->name) == m_top) {
+    if (text_of(module->name) == m_now.m_top) {
       by_name = module;
     }
   }
-  return by_name == nullptr && m_top.empty() ? the_only_top(design) : by_name;
+  if (!started()) {
+    return by_name == nullptr && m_now.m_top.empty() ? the_only_top(design) : by_name;
+  }
+  return keeps_names(pass) ? by_name : nullptr;
 }
 
 bool TRACKER::changed(RTLIL::Design* design, const std::string& pass) {
@@ -113,34 +136,70 @@ void TRACKER::boundary(RTLIL::Design* design, const std::string& pass) {
   if (!changed(design, pass)) {
     return;
   }
-  RTLIL::Module* const top = find_top(design);
-  if (top == nullptr) {
-    return;  // put aside for a while, as by "design -push"
+  RTLIL::Module* const top = find_top(design, pass);
+  if (top == nullptr && started()) {
+    throw std::runtime_error("the top module " + m_now.m_top + " is gone");
   }
   if (started()) {
     follow(top, pass);
-  } else if (!has_processes(top)) {
+  } else if (top != nullptr && !has_processes(top)) {
     begin(top);
   }
 }
 
+std::string TRACKER::why_not_started(RTLIL::Design* design) const {
+  if (find_top(design, "") != nullptr) {
+    return "processes are left";
+  }
+  return m_now.m_top.empty() ? "the design has no top module" : "there is no module " + m_now.m_top;
+}
+
+void TRACKER::prepare(const std::string& pass) {
+  if (!started()) {
+    return;
+  }
+  if (keeps_names(pass)) {
+    m_now.m_view->index_names();
+  }
+  if (!only_simplifies(pass)) {
+    m_now.m_view->note_readers();
+  }
+}
+
+TRACKING TRACKER::put_aside(RTLIL::Design* design) {
+  if (started()) {
+    m_now.m_view->index_names();
+    if (const RTLIL::Module* const top = find_top(design, ""); top != nullptr) {
+      m_now.m_top = text_of(top->name);  // it may have got another name
+    }
+  }
+  return m_now;
+}
+
+void TRACKER::take_up(RTLIL::Design* design, TRACKING kept) {
+  m_now = std::move(kept);
+  m_top_number = 0;
+  m_changes->m_any = true;
+  boundary(design, "design");
+}
+
 void TRACKER::begin(RTLIL::Module* top) {
-  m_top = text_of(top->name);
+  m_now.m_top = text_of(top->name);
   m_top_number = top->hashidx_;
-  m_view = std::make_unique<NETLIST_VIEW>(top, m_technology, WIRE_NUMBERS());
+  m_now.m_view = std::make_shared<NETLIST_VIEW>(top, m_now.m_technology, WIRE_NUMBERS());
   begin_points(current_names());
 }
 
 void TRACKER::begin_points(const NAMES& names) {
-  m_points.clear();
-  m_machines.clear();
+  m_now.m_points.clear();
+  m_now.m_machines.clear();
   for (const auto& [location, name] : names) {
     POINT point;
     point.m_location = location;
     point.m_name = name;
-    m_points.push_back(std::move(point));
+    m_now.m_points.push_back(std::move(point));
   }
-  std::stable_sort(m_points.begin(), m_points.end(),
+  std::stable_sort(m_now.m_points.begin(), m_now.m_points.end(),
                    [](const POINT& a, const POINT& b) { return a.m_name < b.m_name; });
 }
 
@@ -152,16 +211,16 @@ void TRACKER::restart() {
 
 TRACKER::NAMES TRACKER::current_names() const {
   NAMES names;
-  for (std::size_t i = 0; i < m_view->instances().size(); ++i) {
+  for (std::size_t i = 0; i < m_now.m_view->instances().size(); ++i) {
     const int instance = static_cast<int>(i);
-    for (std::size_t k = 0; k < m_view->module(instance).flops().size(); ++k) {
+    for (std::size_t k = 0; k < m_now.m_view->module(instance).flops().size(); ++k) {
       const LOCATION location{instance, static_cast<int>(k)};
-      names.emplace(location, m_view->name(location));
+      names.emplace(location, m_now.m_view->name(location));
     }
   }
   std::set<LOCATION> settled;
-  for (const POINT& point : m_points) {
-    if (point.m_fate == FATE::LIVE && m_view->bears(point.m_location, point.m_name) &&
+  for (const POINT& point : m_now.m_points) {
+    if (point.m_fate == FATE::LIVE && m_now.m_view->bears(point.m_location, point.m_name) &&
         settled.insert(point.m_location).second) {
       names[point.m_location] = point.m_name;
     }
@@ -170,26 +229,30 @@ TRACKER::NAMES TRACKER::current_names() const {
 }
 
 void TRACKER::follow(RTLIL::Module* top, const std::string& pass) {
+  m_now.m_top = text_of(top->name);
   m_top_number = top->hashidx_;
-  WIRE_NUMBERS asked = m_view->wires();
-  for (const POINT& point : m_points) {
+  WIRE_NUMBERS asked = m_now.m_view->wires();
+  for (const POINT& point : m_now.m_points) {
     for (const NET& net : point.m_nets) {
       asked.insert(net.m_wire);
     }
   }
-  auto after = std::make_unique<NETLIST_VIEW>(top, m_technology, asked);
-  if (maps_to_technology(pass) && find_technology({*m_view, *after, pass})) {
-    after = std::make_unique<NETLIST_VIEW>(top, m_technology, asked);
+  auto after = std::make_shared<NETLIST_VIEW>(top, m_now.m_technology, asked);
+  if (maps_to_technology(pass) && find_technology({*m_now.m_view, *after, pass})) {
+    after = std::make_shared<NETLIST_VIEW>(top, m_now.m_technology, asked);
   }
-  const STEP step{*m_view, *after, pass};
-  for (POINT& point : m_points) {
+  if (!only_simplifies(pass)) {
+    after->note_readers();
+  }
+  const STEP step{*m_now.m_view, *after, pass};
+  for (POINT& point : m_now.m_points) {
     follow_point(step, point);
   }
   find_machines(step);
-  for (std::size_t i = 0; i < m_machines.size(); ++i) {
+  for (std::size_t i = 0; i < m_now.m_machines.size(); ++i) {
     follow_machine(step, static_cast<int>(i));
   }
-  m_view = std::move(after);
+  m_now.m_view = std::move(after);
 }
 
 void TRACKER::follow_point(const STEP& step, POINT& point) {
@@ -201,11 +264,46 @@ void TRACKER::follow_point(const STEP& step, POINT& point) {
     return;
   }
   const FLOP& flop = step.m_before.flop(point.m_location);
+  const int readers = step.m_before.count_readers(point.m_location);
   const int instance = step.m_after.instance(step.m_before.path(point.m_location.m_instance));
-  if (!find_by_net(step, point, flop, instance) && !find_by_name(step, point, flop) &&
-      !find_by_cell(step, point, flop, instance)) {
+  if (find_by_moved_inverter(step, point, flop, instance) || find_by_net(step, point, flop, instance) ||
+      find_by_name(step, point, flop) || find_by_cell(step, point, flop, instance)) {
+    note_absorbed(step, point, readers);
+  } else {
     lose(step, point);
   }
+}
+
+// Such a register may vanish unread although it does drive something, from within that.
+void TRACKER::note_absorbed(const STEP& step, POINT& point, int readers) {
+  if (point.m_fate == FATE::LIVE && step.m_after.count_readers(point.m_location) < readers) {
+    point.m_absorbed = step.m_pass;
+  }
+}
+
+// The pass moves an inverter from the data input of a register to its readers, and leaves the
+// register its net. What keeps its meaning is the nets that carried the inverse; without any, the
+// data input tells: it is on the very net now that the inverter's input was on. (That net may have
+// become one with others, since the register before moved its inverter too.)
+bool TRACKER::find_by_moved_inverter(const STEP& step, POINT& point, const FLOP& flop, int instance) {
+  if (step.m_pass != "opt_ffinv" || instance < 0) {
+    return false;
+  }
+  const MODULE_VIEW& module = step.m_after.module(instance);
+  for (const NET& net : flop.m_inverted) {
+    if (settle(step, point, module.source(net), instance, true)) {
+      return true;
+    }
+  }
+  for (const NET& net : flop.m_nets) {
+    const SOURCE source = module.source(net);
+    if (source.m_kind == SOURCE_KIND::FLOP) {
+      const NET& data = module.flops()[static_cast<std::size_t>(source.m_flop)].m_data_net;
+      const bool moved = data == flop.m_uninverted_data && data != flop.m_data_net && data.m_wire != 0;
+      return settle(step, point, source, instance, moved);
+    }
+  }
+  return false;
 }
 
 bool TRACKER::find_by_net(const STEP& step, POINT& point, const FLOP& flop, int instance) {
@@ -213,48 +311,34 @@ bool TRACKER::find_by_net(const STEP& step, POINT& point, const FLOP& flop, int 
     return false;
   }
   const MODULE_VIEW& module = step.m_after.module(instance);
-  for (const NET& net : flop.m_nets) {
-    const SOURCE source = module.source(net);
-    // The pass moves an inverter from the data input to the output and keeps the output's net.
-    const bool flipped =
-        step.m_pass == "opt_ffinv" && source.m_kind == SOURCE_KIND::FLOP && flop.m_uninverted_data.m_wire != 0 &&
-        module.flops()[static_cast<std::size_t>(source.m_flop)].m_data == module.canonical(flop.m_uninverted_data);
-    if (settle(step, point, source, instance, flipped)) {
-      return true;
-    }
-  }
-  for (const NET& net : flop.m_inverted) {
-    if (settle(step, point, module.source(net), instance, true)) {
-      return true;
-    }
-  }
-  return false;
+  const auto settles = [&](const NET& net, bool inverted) {
+    return settle(step, point, module.source(net), instance, inverted);
+  };
+  return std::any_of(flop.m_nets.begin(), flop.m_nets.end(), [&](const NET& net) { return settles(net, false); }) ||
+         std::any_of(flop.m_inverted.begin(), flop.m_inverted.end(),
+                     [&](const NET& net) { return settles(net, true); });
 }
 
+// The net that bears the name now is the one that bore it only where no other did.
 bool TRACKER::find_by_name(const STEP& step, POINT& point, const FLOP& flop) {
-  if (keeps_names_only(step.m_pass)) {
+  if (!keeps_names(step.m_pass)) {
     return false;
   }
-  const NETLIST_VIEW::PLACE place = step.m_after.find(step.m_before.path(point.m_location.m_instance) + flop.m_name);
-  if (place.m_instance < 0) {
+  const std::string name = step.m_before.path(point.m_location.m_instance) + flop.m_name;
+  const NETLIST_VIEW::PLACE place = step.m_after.find(name);
+  if (place.m_instance < 0 || step.m_before.find(name).m_instance < 0) {
     return false;
   }
   const SOURCE source = step.m_after.module(place.m_instance).source(place.m_bit);
   return settle(step, point, source, place.m_instance, false);
 }
 
-// By its cell only when its nets are gone: a pass that leaves them in place and gives the cell a
-// new one has put the register elsewhere.
+// By its cell only after the pass that leaves all cells, and replaces their nets.
 bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int instance) {
-  if (keeps_names_only(step.m_pass) || instance < 0) {
+  if (step.m_pass != "splitnets" || instance < 0) {
     return false;
   }
-  const MODULE_VIEW& module = step.m_after.module(instance);
-  const auto is_there = [&module](const NET& net) { return module.wire(net.m_wire) != nullptr; };
-  if (std::any_of(flop.m_nets.begin(), flop.m_nets.end(), is_there)) {
-    return false;
-  }
-  const std::vector<FLOP>& flops = module.flops();
+  const std::vector<FLOP>& flops = step.m_after.module(instance).flops();
   const auto same = std::find_if(flops.begin(), flops.end(), [&flop](const FLOP& other) {
     return other.m_cell == flop.m_cell && other.m_index == flop.m_index && other.m_port == flop.m_port;
   });
@@ -268,8 +352,8 @@ bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int
 // A register whose net is now driven by a cell that Yosys does not know: from now on that pin of
 // cells of that type is a register.
 bool TRACKER::find_technology(const STEP& step) {
-  const std::size_t known = m_technology.size();
-  for (const POINT& point : m_points) {
+  const std::size_t known = m_now.m_technology.size();
+  for (const POINT& point : m_now.m_points) {
     if (point.m_fate != FATE::LIVE) {
       continue;
     }
@@ -277,11 +361,11 @@ bool TRACKER::find_technology(const STEP& step) {
     if (instance >= 0) {
       const std::string pin = step.m_after.module(instance).technology_driver(step.m_before.flop(point.m_location));
       if (!pin.empty()) {
-        m_technology.insert(pin);
+        m_now.m_technology.insert(pin);
       }
     }
   }
-  return m_technology.size() != known;
+  return m_now.m_technology.size() != known;
 }
 
 bool TRACKER::settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted) {
@@ -308,37 +392,43 @@ bool TRACKER::settle(const STEP& step, POINT& point, const SOURCE& source, int i
 
 void TRACKER::lose(const STEP& step, POINT& point) {
   const FLOP& flop = step.m_before.flop(point.m_location);
+  const bool unread = removes_unused(step.m_pass) || step.m_before.count_readers(point.m_location) == 0;
   point.m_pass = step.m_pass;
   point.m_path = step.m_before.path(point.m_location.m_instance);
   if (point.m_machine >= 0) {
     point.m_fate = FATE::IN_MACHINE;
-  } else if (removes_unused(step.m_pass)) {
+  } else if (unread && point.m_absorbed.empty()) {
     point.m_fate = FATE::NO_FANOUT;
   } else {
     point.m_fate = FATE::UNKNOWN;
     point.m_nets = flop.m_nets;
     point.m_last_name = point.m_path + flop.m_name;
+    point.m_pass = unread ? point.m_absorbed : step.m_pass;
   }
 }
 
 // A register may go into something else, as the output register of a memory does, and come back
-// on the net that carried it, or, where all nets were made anew, on the net of that name.
+// on the net that carried it.
 void TRACKER::find_again(const STEP& step, POINT& point) {
+  if (keeps_names(step.m_pass)) {
+    take_new_net(step, point);
+  }
   const int instance = step.m_after.instance(point.m_path);
-  bool any_net = false;
   for (const NET& net : point.m_nets) {
-    if (instance < 0 || step.m_after.module(instance).wire(net.m_wire) == nullptr) {
-      continue;
-    }
-    any_net = true;
-    if (come_back(step, point, step.m_after.module(instance).source(net), instance)) {
+    if (instance >= 0 && come_back(step, point, step.m_after.module(instance).source(net), instance)) {
       return;
     }
   }
-  const NETLIST_VIEW::PLACE place = any_net ? NETLIST_VIEW::PLACE{} : step.m_after.find(point.m_last_name);
-  if (place.m_instance >= 0) {
-    come_back(step, point, step.m_after.module(place.m_instance).source(place.m_bit), place.m_instance);
+}
+
+// Where all nets were made anew, the net to come back on is the one of that name.
+void TRACKER::take_new_net(const STEP& step, POINT& point) {
+  const NETLIST_VIEW::PLACE place = step.m_after.find(point.m_last_name);
+  if (place.m_instance < 0 || place.m_bit.wire == nullptr || step.m_before.find(point.m_last_name).m_instance < 0) {
+    return;
   }
+  point.m_path = step.m_after.path(place.m_instance);
+  point.m_nets.push_back({place.m_bit.wire->hashidx_, place.m_bit.offset});
 }
 
 bool TRACKER::come_back(const STEP& step, POINT& point, const SOURCE& source, int instance) {
@@ -347,14 +437,14 @@ bool TRACKER::come_back(const STEP& step, POINT& point, const SOURCE& source, in
 
 std::size_t TRACKER::count_new_registers() const {
   std::set<LOCATION> explained;
-  for (const POINT& point : m_points) {
+  for (const POINT& point : m_now.m_points) {
     if (point.m_fate == FATE::LIVE) {
       explained.insert(point.m_location);
     }
   }
   std::size_t all = 0;
-  for (std::size_t i = 0; i < m_view->instances().size(); ++i) {
-    all += m_view->module(static_cast<int>(i)).flops().size();
+  for (std::size_t i = 0; i < m_now.m_view->instances().size(); ++i) {
+    all += m_now.m_view->module(static_cast<int>(i)).flops().size();
   }
   return all - explained.size();
 }

@@ -10,44 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "netlist_view.h"
+#include "tracking.h"
 
 namespace kpt_yosys {
-
-enum class FATE {
-  LIVE,        // stands at m_location
-  ZERO,        // always 0
-  ONE,         // always 1
-  UNDEFINED,   // has no value in any state
-  NO_FANOUT,   // drove nothing
-  IN_MACHINE,  // a bit of a state machine's code, which is m_machine
-  UNKNOWN      // cannot be told
-};
-
-/// One bit of the reference netlist, or of a state machine's new code, and where it is now.
-struct POINT {
-  std::string m_name;  // in the reference netlist; empty for a bit of a new code
-  FATE m_fate = FATE::LIVE;
-  LOCATION m_location;
-  bool m_inverted = false;  // its inverse is held there, or in that column of its machine
-  int m_machine = -1;
-  int m_column = -1;        // of the machine's old code
-  std::string m_pass;       // that settled its fate
-  std::string m_path;       // of the instance where it was seen before it was lost
-  std::string m_last_name;  // what it was called there
-  std::vector<NET> m_nets;  // that carried it there
-};
-
-/// A state machine that was taken out of the netlist, to be given another code.
-struct MACHINE {
-  std::string m_path;
-  std::string m_name;  // as Yosys spells it
-  unsigned int m_cell = 0;
-  std::vector<std::string> m_old_codes;  // one of '0' and '1' per bit and state
-  std::vector<std::string> m_codes;      // the same states, as they are coded now
-  std::vector<int> m_points;             // per bit of the new code, once it is mapped
-  bool m_mapped = false;
-};
 
 class TRACKER {
  public:
@@ -58,23 +23,32 @@ class TRACKER {
   TRACKER(const TRACKER&) = delete;
   TRACKER& operator=(const TRACKER&) = delete;
 
+  /// To be called before a pass, after boundary(): notes what has to be known of the netlist as it is.
+  void prepare(const std::string& pass);
+
   /// To be called after every pass, and before one that is called by another: tells what became of
   /// the registers since the last call. `pass` is who changed the netlist, empty when nobody knows.
+  /// Throws when the top module is gone.
   void boundary(RTLIL::Design* design, const std::string& pass);
 
   /// Ends the stage: what is left of the registers becomes the reference of the next, under the
   /// names of current_names().
   void restart();
 
+  /// What is known now; to be taken up again when a copy of the design as it is now is the design.
+  TRACKING put_aside(RTLIL::Design* design);
+  void take_up(RTLIL::Design* design, TRACKING kept);
+
   using NAMES = std::map<LOCATION, std::string>;
   /// A name for each register that is there now: that of the reference register, if a net still
   /// bears it, else the best.
   NAMES current_names() const;
 
-  bool started() const { return m_view != nullptr; }
-  const std::vector<POINT>& points() const { return m_points; }
-  const std::vector<MACHINE>& machines() const { return m_machines; }
-  const NETLIST_VIEW& view() const { return *m_view; }
+  bool started() const { return m_now.m_view != nullptr; }
+  std::string why_not_started(RTLIL::Design* design) const;
+  const std::vector<POINT>& points() const { return m_now.m_points; }
+  const std::vector<MACHINE>& machines() const { return m_now.m_machines; }
+  const NETLIST_VIEW& view() const { return *m_now.m_view; }
   /// Registers of the netlist that no reference register explains.
   std::size_t count_new_registers() const;
 
@@ -87,7 +61,7 @@ class TRACKER {
   };
   struct CHANGES;
 
-  RTLIL::Module* find_top(RTLIL::Design* design) const;
+  RTLIL::Module* find_top(RTLIL::Design* design, const std::string& pass) const;
   bool changed(RTLIL::Design* design, const std::string& pass);
   void begin(RTLIL::Module* top);
   void begin_points(const NAMES& names);
@@ -97,12 +71,15 @@ class TRACKER {
 
   // One register.
   static void follow_point(const STEP& step, POINT& point);
+  static bool find_by_moved_inverter(const STEP& step, POINT& point, const FLOP& flop, int instance);
   static bool find_by_net(const STEP& step, POINT& point, const FLOP& flop, int instance);
   static bool find_by_name(const STEP& step, POINT& point, const FLOP& flop);
   static bool find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int instance);
   static void find_again(const STEP& step, POINT& point);
+  static void take_new_net(const STEP& step, POINT& point);
   static bool come_back(const STEP& step, POINT& point, const SOURCE& source, int instance);
   static void lose(const STEP& step, POINT& point);
+  static void note_absorbed(const STEP& step, POINT& point, int readers);
   static bool settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted);
 
   // State machines.
@@ -113,14 +90,10 @@ class TRACKER {
   void carry_over(MACHINE& earlier, int index);
   void drop_machine(const STEP& step, int index);
 
-  std::string m_top;
   unsigned int m_top_number = 0;
   std::size_t m_fingerprint = 0;
   std::unique_ptr<CHANGES> m_changes;
-  TECHNOLOGY m_technology;
-  std::unique_ptr<NETLIST_VIEW> m_view;
-  std::vector<POINT> m_points;
-  std::vector<MACHINE> m_machines;
+  TRACKING m_now;
 };
 
 }  // namespace kpt_yosys

@@ -40,13 +40,23 @@ RTLIL::Wire* wire_called(const RTLIL::Module& module, const std::string& name) {
   return nullptr;
 }
 
-RTLIL::Cell* cell_numbered(const RTLIL::Module& module, unsigned int number) {
+RTLIL::Cell* cell_of(const MACHINE& machine, const RTLIL::Module& module) {
   for (const auto& [id, cell] : module.cells_) {
-    if (cell->hashidx_ == number) {
+    if (cell->hashidx_ == machine.m_cell) {
       return cell;
     }
   }
   return nullptr;
+}
+
+// The copy of the cell in a design that was put aside and taken up again.
+unsigned int number_of_copy(const MACHINE& machine, const RTLIL::Module& module) {
+  for (const auto& [id, cell] : module.cells_) {
+    if (machine.m_cell_name == id.c_str() && is_machine(*cell)) {
+      return cell->hashidx_;
+    }
+  }
+  return machine.m_cell;
 }
 
 // Keeps the states that are still there, in their order.
@@ -124,37 +134,44 @@ void TRACKER::add_machine(const STEP& step, int instance, RTLIL::Cell* cell) {
   const std::string name = cell->getParam(Yosys::ID::NAME).decode_string();
   const MODULE_VIEW& module = step.m_after.module(instance);
   RTLIL::Wire* const old_state = wire_called(*module.module(), OLD_STATE + name);
-  if (old_state == nullptr || std::any_of(m_machines.begin(), m_machines.end(), same)) {
+  if (old_state == nullptr || std::any_of(m_now.m_machines.begin(), m_now.m_machines.end(), same)) {
     return;
   }
-  const int index = static_cast<int>(m_machines.size());
+  const int index = static_cast<int>(m_now.m_machines.size());
   for (int bit = 0; bit < old_state->width; ++bit) {
     const SOURCE source = module.source(RTLIL::SigBit(old_state, bit));
-    for (POINT& point : m_points) {
+    for (POINT& point : m_now.m_points) {
       if (source.m_kind == SOURCE_KIND::FLOP && point.m_fate == FATE::LIVE &&
           point.m_location == LOCATION{instance, source.m_flop}) {
         point.m_machine = index;
         point.m_column = bit;
+        point.m_column_inverted = point.m_inverted != source.m_inverted;
       }
     }
   }
   MACHINE machine;
   machine.m_path = path;
   machine.m_name = name;
+  machine.m_cell_name = cell->name.c_str();
   machine.m_cell = cell->hashidx_;
   machine.m_codes = codes_of(cell);
   machine.m_old_codes = machine.m_codes;
-  m_machines.push_back(std::move(machine));
+  m_now.m_machines.push_back(std::move(machine));
 }
 
 void TRACKER::follow_machine(const STEP& step, int index) {
-  MACHINE& machine = m_machines[static_cast<std::size_t>(index)];
+  MACHINE& machine = m_now.m_machines[static_cast<std::size_t>(index)];
   if (machine.m_mapped) {
     return;
   }
   const int instance = step.m_after.instance(machine.m_path);
-  RTLIL::Cell* const cell =
-      instance >= 0 ? cell_numbered(*step.m_after.module(instance).module(), machine.m_cell) : nullptr;
+  if (instance >= 0 && step.m_pass == "design") {
+    machine.m_cell = number_of_copy(machine, *step.m_after.module(instance).module());
+  }
+  RTLIL::Cell* const cell = instance >= 0 ? cell_of(machine, *step.m_after.module(instance).module()) : nullptr;
+  if (cell != nullptr) {
+    machine.m_cell_name = cell->name.c_str();
+  }
   if (cell == nullptr && instance >= 0 && step.m_pass == "fsm_map") {
     map_machine(step, index, instance);
   } else if (cell == nullptr) {
@@ -167,7 +184,7 @@ void TRACKER::follow_machine(const STEP& step, int index) {
 }
 
 void TRACKER::map_machine(const STEP& step, int index, int instance) {
-  MACHINE& machine = m_machines[static_cast<std::size_t>(index)];
+  MACHINE& machine = m_now.m_machines[static_cast<std::size_t>(index)];
   std::set<unsigned int> old_cells;
   if (const int before = step.m_before.instance(machine.m_path); before >= 0) {
     for (const FLOP& flop : step.m_before.module(before).flops()) {
@@ -184,10 +201,10 @@ void TRACKER::map_machine(const STEP& step, int index, int instance) {
   for (const int flop : bits) {
     POINT point;
     point.m_location = {instance, flop};
-    machine.m_points.push_back(static_cast<int>(m_points.size()));
-    m_points.push_back(std::move(point));
+    machine.m_points.push_back(static_cast<int>(m_now.m_points.size()));
+    m_now.m_points.push_back(std::move(point));
   }
-  for (MACHINE& earlier : m_machines) {
+  for (MACHINE& earlier : m_now.m_machines) {
     if (&earlier != &machine) {
       carry_over(earlier, index);
     }
@@ -196,9 +213,9 @@ void TRACKER::map_machine(const STEP& step, int index, int instance) {
 
 // A new code that was given another code once more: the earlier machine now stands in that.
 void TRACKER::carry_over(MACHINE& earlier, int index) {
-  const MACHINE& later = m_machines[static_cast<std::size_t>(index)];
+  const MACHINE& later = m_now.m_machines[static_cast<std::size_t>(index)];
   const auto went_in = [&](int point) {
-    const POINT& bit = m_points[static_cast<std::size_t>(point)];
+    const POINT& bit = m_now.m_points[static_cast<std::size_t>(point)];
     return bit.m_fate == FATE::IN_MACHINE && bit.m_machine == index;
   };
   if (std::none_of(earlier.m_points.begin(), earlier.m_points.end(), went_in)) {
@@ -211,9 +228,9 @@ void TRACKER::carry_over(MACHINE& earlier, int index) {
     std::string left;
     std::map<int, bool> wanted;  // by column of the later machine
     for (std::size_t k = 0; k < earlier.m_points.size(); ++k) {
-      const POINT& bit = m_points[static_cast<std::size_t>(earlier.m_points[k])];
+      const POINT& bit = m_now.m_points[static_cast<std::size_t>(earlier.m_points[k])];
       if (went_in(earlier.m_points[k])) {
-        wanted[bit.m_column] = (earlier.m_codes[state][k] == '1') != bit.m_inverted;
+        wanted[bit.m_column] = (earlier.m_codes[state][k] == '1') != bit.m_column_inverted;
       } else {
         left += earlier.m_codes[state][k];
       }
@@ -232,7 +249,7 @@ void TRACKER::carry_over(MACHINE& earlier, int index) {
 // The machine is gone with its registers: it drove nothing, or nobody knows.
 void TRACKER::drop_machine(const STEP& step, int index) {
   const bool unused = step.m_pass == "opt_clean" || step.m_pass == "clean";
-  for (POINT& point : m_points) {
+  for (POINT& point : m_now.m_points) {
     if (point.m_machine != index) {
       continue;
     }
@@ -242,7 +259,7 @@ void TRACKER::drop_machine(const STEP& step, int index) {
       point.m_pass = step.m_pass;
     }
   }
-  m_machines[static_cast<std::size_t>(index)].m_mapped = true;  // there is no more to follow
+  m_now.m_machines[static_cast<std::size_t>(index)].m_mapped = true;  // there is no more to follow
 }
 
 }  // namespace kpt_yosys

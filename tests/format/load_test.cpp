@@ -212,6 +212,16 @@ TEST(Load, keeps_the_later_of_two_registers_of_one_name) {
   EXPECT_THAT(maps_of("same_name_twice.xml"), ElementsAre("null a~ -> "));
 }
 
+// The entity is no part of the key.
+TEST(Load, replaces_an_instance_by_a_later_one_of_another_entity) {
+  EXPECT_THAT(reference_registers_of("same_instance_twice.xml"), ElementsAre("2:a/u2/dff"));
+}
+
+// Whichever stands first in the file.
+TEST(Load, takes_an_id_of_both_kinds_for_the_block_instance) {
+  EXPECT_THAT(maps_of("same_id_of_both_kinds.xml"), ElementsAre("a~ -> "));
+}
+
 // To the highest signal id, not past it: the first register after a load
 // repeats that id. One past it would renumber what flows have on record.
 TEST(Load, raises_the_counters_to_the_highest_signal_id) {

@@ -42,6 +42,17 @@ TEST(Save, writes_names_that_cannot_be_read_back) {
   EXPECT_FALSE(load(folder.file("db.xml")).result);
 }
 
+TEST(Save, writes_no_attributes) {
+  const DATABASE db = new_database("d");
+  KPT_KEYPOINT* q = db->add_to_register_set(KPT_REFERENCE_SET, 1, "q");
+  KPT_TRANSFORMATION_IMPL* map =
+      db->add_to_transformation_set(NI_PAIR_VECTOR{{{q}, {}}}, NI_PAIR_VECTOR{}, KPT_NOT_ELIMINATED);
+  const std::string without = saved(*db);
+  static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(q)->add_attribute("source", "top.v:7");
+  map->add_attribute("pass", "retime");
+  EXPECT_EQ(saved(*db), without);
+}
+
 TEST(Save, leaves_the_word_of_a_status_outside_the_list_out) {
   const DATABASE db = new_database("d");
   db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, static_cast<KPT_ELIM_ENUM>(5));

@@ -107,6 +107,25 @@ TEST_F(XmlElement, starts_again_at_the_first_child) {
   EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
 }
 
+TEST_F(XmlElement, moves_on_in_all_copies_at_once) {
+  KPT_XML_ELEMENT root = parse("<r><a/><b/><c/></r>");
+  bool ok = true;
+  root.get_first_child(&ok);
+  KPT_XML_ELEMENT copy = root;
+  EXPECT_STREQ(copy.get_next_sibling(&ok).get_node_name(), "b");
+  EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "c");
+}
+
+TEST_F(XmlElement, walks_on_its_own_in_a_copy_that_starts_anew) {
+  KPT_XML_ELEMENT root = parse("<r><a/><b/></r>");
+  bool ok = true;
+  root.get_first_child(&ok);
+  KPT_XML_ELEMENT copy = root;
+  copy.get_first_child(&ok);
+  copy.get_next_sibling(&ok);
+  EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
+}
+
 TEST_F(XmlElement, walks_children_while_a_child_walks_its_own) {
   KPT_XML_ELEMENT root = parse("<r><a><x/></a><b/></r>");
   bool ok = true;

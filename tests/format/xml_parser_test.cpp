@@ -46,6 +46,43 @@ TEST_F(XmlParser, reports_a_syntax_error_with_file_line_and_column) {
   EXPECT_THAT(lines.debug(), ElementsAre("XML parse: file: " + path + ", nerrors: 1"));
 }
 
+TEST_F(XmlParser, tells_line_and_column_apart) {
+  const HOST_LINES lines;
+  const std::string path = m_folder.file_of("<kpt_db>\n     <a></b></kpt_db>\n");
+  const KPT_XML_PARSER parser(path);
+  EXPECT_THAT(lines.errors(), ElementsAre("Syntax error in XML Keypoint Database " + path +
+                                          " at line number 2, column number 11 : expected end of tag 'a'"));
+}
+
+TEST_F(XmlParser, tells_of_a_warning_on_the_debug_channel_alone) {
+  const HOST_LINES lines;
+  const std::string path = m_folder.file_of("<!DOCTYPE a [\n<!ATTLIST a b CDATA '' b CDATA ''>]><a/>");
+  const KPT_XML_PARSER parser(path);
+  EXPECT_TRUE(parser.ok());
+  EXPECT_THAT(lines.debug(), ElementsAre("Warning in XML Keypoint Database " + path +
+                                             " at line number 2, column number 25 : attribute 'b' has already been "
+                                             "declared for element 'a'",
+                                         "XML parse: file: " + path + ", nerrors: 0"));
+  EXPECT_THAT(lines.errors(), IsEmpty());
+}
+
+TEST_F(XmlParser, tells_of_an_encoding_that_is_not_the_declared_one) {
+  const HOST_LINES lines;
+  const std::string path = m_folder.file_of("<?xml version='1.0' encoding='UTF-16'?><a/>");
+  const KPT_XML_PARSER parser(path);
+  EXPECT_TRUE(parser.ok());
+  EXPECT_THAT(lines.debug(), ElementsAre(StartsWith("Warning in XML Keypoint Database " + path + " at line number 1,"),
+                                         "XML parse: file: " + path + ", nerrors: 0"));
+}
+
+TEST(XmlParserAlone, starts_xerces_c_itself) {
+  const FOLDER folder;
+  const KPT_XML_PARSER parser(folder.file_of("<outer/>"));
+  ASSERT_TRUE(parser.ok());
+  bool ok = true;
+  EXPECT_STREQ(parser.root_element("", &ok).get_node_name(), "outer");
+}
+
 TEST_F(XmlParser, reports_a_file_that_does_not_exist) {
   const HOST_LINES lines;
   const std::string path = m_folder.file("missing.xml");

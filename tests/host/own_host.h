@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "h/mem_alloc_sys.h"
+#include "h/msg_sys.h"
 
 namespace own_host {
 
@@ -25,9 +26,18 @@ struct RECORD {
   std::vector<std::string> internal_errors;
   std::vector<std::string> switches;  // asked for
   bool debug = true;
+  std::vector<unsigned> argument_counts;  // the numbers that came with texts
+  std::set<const MSG_REPORT*> reports;    // destinations of messages
+  std::vector<std::string> tags;          // set on debug messages
+  std::vector<std::string> path_calls;    // what was asked of paths
+  unsigned long ticks = 0;
+  bool tells_of_the_end = false;  // prints what happens when the process ends
 };
 
 RECORD& record();
+
+/// From now on debug messages note the tags that are set on them.
+void hear_debug_messages();
 
 }  // namespace own_host
 

@@ -26,6 +26,10 @@ class OWN_HOST : public testing::Test {
     record().internal_errors.clear();
     record().switches.clear();
     record().debug = true;
+    record().argument_counts.clear();
+    record().reports.clear();
+    record().tags.clear();
+    record().path_calls.clear();
   }
 };
 
@@ -35,6 +39,17 @@ KPT_KEYPOINTS_DB& new_db(const char* name) {
   KPT_KEYPOINTS_DB& db = *manager().create_keypoints_db(name);
   db.associate_registers_signal_to_signal("a register with a rather long name", "another one, longer still");
   return db;
+}
+
+// The lines of times so far, without what all of them begin with.
+std::vector<std::string> times_told() {
+  std::vector<std::string> told;
+  for (const std::string& line : record().debug_lines) {
+    if (line.starts_with("KPT: TIME: ")) {
+      told.push_back(line.substr(sizeof("KPT: TIME: ") - 1));
+    }
+  }
+  return told;
 }
 
 std::string write_file(const char* name, const char* text) {
@@ -95,6 +110,58 @@ TEST_F(OWN_HOST, PostsMessagesOfClients) {
   debug->post();
   EXPECT_THAT(record().errors, ElementsAre("EKPT_REGNAME_NOT_IN_T_SET: \"q\" does not exist in the transformed set"));
   EXPECT_THAT(record().debug_lines, ElementsAre("KPT: 3 maps"));
+}
+
+TEST_F(OWN_HOST, GetsTheCountsOfMessagesAsTheyStand) {
+  std::unique_ptr<MSG_E> error(MSG_KPT::E::REGNAME_NOT_IN_T_SET("q"));
+  EXPECT_THAT(record().argument_counts, ElementsAre(1U));
+  error.reset(MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE("f", 1, 2, "t"));
+  EXPECT_THAT(record().argument_counts, ElementsAre(1U, 2U));
+}
+
+TEST_F(OWN_HOST, ChoosesWhereMessagesGo) {
+  delete MSG_KPT::E::REGNAME_NOT_IN_T_SET("q");
+  delete MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE("f", 1, 2, "t");
+  delete MSG_KPT::DEBUG_MSG("d");
+  EXPECT_THAT(record().reports, ElementsAre(nullptr));
+}
+
+TEST_F(OWN_HOST, MayHearWhatADebugMessageIsFiledUnder) {
+  own_host::hear_debug_messages();
+  const std::unique_ptr<MSG_D> debug(MSG_KPT::DEBUG_MSG("%d maps", 3));
+  EXPECT_THAT(record().tags, ElementsAre("KPT"));
+}
+
+TEST_F(OWN_HOST, ChangesTheSeparatorsOfASharesPathBeforeItMakesThePathFull) {
+  const std::string file = write_file("own_host_share.xml", "<kpt_db name=\"share\"/>\n");
+  EXPECT_NE(manager().load_db("/" + file), nullptr);
+  EXPECT_THAT(record().path_calls, ElementsAre("change: /" + file, "full: /" + file));
+  manager().destroy_keypoints_db("share");
+  std::remove(file.c_str());
+}
+
+// Every look at the clock moves it on by one.
+TEST_F(OWN_HOST, TimesTheLoopsOfAUnionFromTheirStartAndTheUnionAsAWhole) {
+  KPT_KEYPOINTS_DB& first = new_db("first");
+  KPT_KEYPOINTS_DB& second = new_db("second");
+  record().debug_lines.clear();
+  first.unite(second);
+  EXPECT_THAT(times_told(), ElementsAre("Start unite at : today", "Unite loop 1 time: 1", "Unite loop 2 time: 2",
+                                        "Unite loop 3 time: 3", "Unite time: 5", "End unite at : today"));
+  manager().destroy_keypoints_db("first");
+  manager().destroy_keypoints_db("second");
+}
+
+TEST_F(OWN_HOST, TimesEachChildOfTheRootInALoad) {
+  const std::string file = testing::TempDir() + "own_host_times.xml";
+  new_db("times").save(file);
+  manager().destroy_keypoints_db("times");
+  record().debug_lines.clear();
+  manager().load_db(file);
+  EXPECT_THAT(times_told(), ElementsAre("Load Start Time: today", "Register Set Load: 1", "Register Set Load: 1",
+                                        "Transformation Set Load: 1", "Load End Time: today"));
+  manager().destroy_keypoints_db("times");
+  std::remove(file.c_str());
 }
 
 TEST_F(OWN_HOST, HearsInternalErrors) {

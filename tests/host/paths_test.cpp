@@ -18,6 +18,14 @@ TEST(PATH, NetworkPathsBeginWithTwoSeparators) {
   EXPECT_FALSE(FIO_PATH::is_unc_path(nullptr));
 }
 
+TEST(PATH, NetworkPathsNameAServerBehindTheirSeparators) {
+  EXPECT_TRUE(FIO_PATH::is_unc_path("//s"));
+  EXPECT_TRUE(FIO_PATH::is_unc_path("\\\\s"));
+  for (const char* const path : {"//", "///", "///x", "\\\\", "\\\\\\x", "//\\x", "\\\\/x"}) {
+    EXPECT_FALSE(FIO_PATH::is_unc_path(path)) << path;
+  }
+}
+
 TEST(PATH, FullpathBeginsAtTheRoot) {
   EXPECT_EQ(full("/a/b.xml"), "/a/b.xml");
   EXPECT_EQ(full("b.xml"), (std::filesystem::current_path() / "b.xml").string());

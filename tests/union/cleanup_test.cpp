@@ -100,6 +100,25 @@ TEST_F(Cleanup, DeletesByNameSoARenamedRegisterTakesItsNamesakeAlong) {
   EXPECT_EQ(db.get_reference_set()->get_register("b"), nullptr);
 }
 
+// The renamed register comes first and takes its namesake along, which is then
+// no longer asked about: deleting it once more would fail.
+TEST_F(Cleanup, PassesOverARegisterThatItHasDeletedItself) {
+  db.add_to_register_set(KPT_REFERENCE_SET, 1, "a")->set_element_name("b");
+  db.add_to_register_set(KPT_REFERENCE_SET, 2, "b");
+  EXPECT_TRUE(db.cleanup_reference_keypoint_set());
+  EXPECT_EQ(db.get_reference_set()->get_register("b"), nullptr);
+  EXPECT_NE(db.get_reference_set()->get_register("a"), nullptr);
+}
+
+TEST_F(Cleanup, OfARenamedRegisterThatTookItsNamesakeAlongLetsTheUnionSucceed) {
+  KPT_KEYPOINTS_DB_IMPL db2("db2");
+  db.add_to_register_set(KPT_REFERENCE_SET, 1, "a")->set_element_name("b");
+  db.associate_registers_signal_to_signal("b", "x");
+  db2.associate_registers_signal_to_signal("x", "p");
+  EXPECT_TRUE(db.unite_db(db2));
+  EXPECT_EQ(db.get_reference_set()->get_register("b"), nullptr);
+}
+
 TEST_F(Cleanup, PrintsNothing) {
   db.add_to_register_set(KPT_REFERENCE_SET, 1, "a");
   db.cleanup_reference_keypoint_set();

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "host/kpt_host.h"
 #include "tests/union/stages.h"
 
@@ -14,6 +16,15 @@ using testing::IsEmpty;
 using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
 
 using UniteSet = TWO_SETS;
+
+// "x1 x2 ... x<count>"
+std::string numbered(const std::string& name, int count) {
+  std::string names = name + "1";
+  for (int k = 2; k <= count; ++k) {
+    names += " " + name + std::to_string(k);
+  }
+  return names;
+}
 
 // ---- Nothing to do ----
 
@@ -186,6 +197,51 @@ TEST_F(UniteSet, FusesButDoesNotAlignWhatAFurtherIndexFeeds) {
   EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> s u~"));
 }
 
+// ---- Large groups, whose polarities are kept from question to question ----
+
+// x1 and x2 are asked for, so the groups of the map are known when it takes
+// over z, which is then asked for. The map is swapped for it, and so joins w in
+// the other polarity.
+TEST_F(UniteSet, KnowsTheGroupsOfASecondMapAnewWhenItHasGrown) {
+  db1.plain("a -> x1 x2 y");
+  db1.plain("b -> w~z");
+  db2.plain(numbered("x", 20) + " -> p");
+  db2.plain("y z -> q");
+  db2.plain("w -> r");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> r~p q"));
+}
+
+// At its first index the second map is swapped for z and back for y; then the
+// first maps become one, which is asked for z at the second index.
+TEST_F(UniteSet, KnowsTheGroupsOfAFirstMapAnewWhenItHasGrown) {
+  db1.plain("a -> " + numbered("x", 20));
+  db1.plain("b -> y~z");
+  db2.plain("z y x1 x2|z -> p");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> ~p"));
+}
+
+// The machine that is copied takes the place of the map that went.
+TEST_F(UniteSet, KnowsNothingOfTheGroupsOfAFirstMapThatAMachineReplaced) {
+  db1.plain("a -> " + numbered("x", 20));
+  db2.plain("x1 x2 -> p");
+  db2.fsm("x3 -> " + numbered("s", 17) + "~v", {"0 0", "1 1"});
+  db2.plain("v -> q");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db2), testing::Contains("~v -> ~q"));
+}
+
+TEST_F(UniteSet, KnowsNothingOfTheGroupsOfAFirstMapThatAnotherTookOver) {
+  db1.plain("a -> y");
+  db1.plain("b -> " + numbered("x", 20));
+  db2.plain("y x1 x2 -> p");
+  db2.fsm("w -> " + numbered("s", 17) + "~v", {"0 0", "1 1"});
+  db2.plain("v -> q");
+  db1.unite(db2);
+  EXPECT_THAT(maps_of(db2), testing::Contains("~v -> ~q"));
+}
+
 TEST_F(UniteSet, FusesNoSecondMapsForAStateMachine) {
   db1.fsm("a -> x y", {"0 0", "1 1"});
   db2.plain("x -> p");
@@ -314,6 +370,29 @@ TEST_F(UniteSet, FusesAFirstStateMachineWithAPlainMapIntoTheProduct) {
   EXPECT_THAT(states_of(db1.get_list_of_register_transformations().front()->get_register_state_table()),
               states_of(make_table({"0 1", "1 0"}).cross_product_table(make_table({"0 0", "1 1"}))));
   EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> p~"));
+}
+
+// The table of a plain map has two states, so each one doubles the rows.
+TEST_F(UniteSet, DoublesTheRowsOfAStateMachineWithEachPlainMapThatIsFusedWithIt) {
+  db1.fsm("a -> x", {"0 1", "1 0", "1 1"});
+  db1.plain("b -> y1");
+  db1.plain("c -> y2");
+  db1.plain("d -> y3");
+  db2.plain("x y1 y2 y3 -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  EXPECT_EQ(db1.get_list_of_register_transformations().front()->get_number_of_states(), 3 * 8);
+}
+
+// The other's first column lands on the last of the table, and there is none:
+// one line for each of the 2 by 2 states, for each map that is fused.
+TEST_F(UniteSet, TellsOfEveryEntryThatHasNoPlaceInAProduct) {
+  KPT_STATE_TABLE_IMPL without_reference(2, 0, 1);
+  db1.add_map(registers.side("~"), registers.side("x~"), without_reference, KPT_NOT_ELIMINATED);
+  db1.plain("b -> y");
+  db2.plain("x y -> p");
+  EXPECT_TRUE(db1.unite(db2));
+  const LINES all = debug();
+  EXPECT_EQ(std::count(all.begin(), all.end(), kpt_test::REFUSED_R_WRITE), 4);
 }
 
 TEST_F(UniteSet, SkipsASecondMapWithoutFirstMaps) {

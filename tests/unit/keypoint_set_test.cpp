@@ -498,7 +498,8 @@ TEST(KeypointSetUnion, LeavesDeletedRegistersOut) {
 
 // --- saving ---
 
-TEST(KeypointSet, IsSavedInItsOrder) {
+// Whatever is not the reference side is the transformed one.
+TEST(KeypointSet, IsSavedInItsOrderUnderTheWordOfItsSide) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "q_a", "u1", "dff");
   set.add_register(2, "clk_en");
@@ -507,7 +508,7 @@ TEST(KeypointSet, IsSavedInItsOrder) {
     KPT_XML_WRITER writer(path);
     ASSERT_TRUE(writer.start_file());
     EXPECT_TRUE(set.save_keypoint_set(KPT_REFERENCE_SET, writer));
-    EXPECT_TRUE(KPT_KEYPOINT_SET_IMPL().save_keypoint_set(KPT_TRANSFORMED_SET, writer));
+    EXPECT_TRUE(KPT_KEYPOINT_SET_IMPL().save_keypoint_set(static_cast<KPT_SET_ENUM>(7), writer));
   }
   std::ostringstream text;
   text << std::ifstream(path).rdbuf();

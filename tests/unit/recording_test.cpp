@@ -105,6 +105,13 @@ TEST_F(Association, InstanceToInstance) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
+// The entity is no part of the key.
+TEST_F(Association, OfAnInstanceThatDiffersInItsEntityAloneIsRefused) {
+  ASSERT_TRUE(db->associate_registers_signal_to_instance("a", "u", "E1", "dff"));
+  EXPECT_FALSE(db->associate_registers_signal_to_instance("b", "u", "E2", "dff"));
+  EXPECT_TRUE(db->associate_registers_signal_to_instance("b", "u", "E1", "latch"));
+}
+
 TEST_F(Association, SecondTimeIsRefusedAndAddsNothing) {
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
   EXPECT_FALSE(db->associate_registers_signal_to_signal("a", "x"));

@@ -303,6 +303,16 @@ TEST_F(DeleteMergedKeypoint, EntryGoesEvenWhenTheGroupDoesNotListIt) {
   EXPECT_EQ(of_t("y"), "none");
 }
 
+// A client may have pointed a register's entry at another map, and deleted that one.
+TEST_F(DeleteMergedKeypoint, FalseWhenTheEntryLeadsToADeletedMap) {
+  KPT_TRANSFORMATION_IMPL* map = plain("a~", "x~");
+  KPT_TRANSFORMATION_IMPL* later = set.add_map(k["b"], nullptr);
+  set.record_replicated_keypoint_map(k["x"], later);
+  set.delete_map(later);
+  EXPECT_FALSE(set.delete_merged_keypoint(map, k["x"], 0, true));
+  EXPECT_EQ(text_of(*map), "a~ -> ~");
+}
+
 TEST_F(DeleteMergedKeypoint, FalseWithoutAnEntryThoughItLeftTheGroup) {
   KPT_TRANSFORMATION_IMPL* map = plain("a~", "x x~");
   EXPECT_TRUE(set.delete_merged_keypoint(map, k["x"], 0, true));

@@ -77,6 +77,32 @@ expect shown 'q[0] = q[0]' 'q[3] = q[3]'
 after memory.v 'opt; memory_dff; memory_collect; memory_map; opt; techmap; opt_clean'
 expect shown 'q[0] = q[0]' 'q[3] = q[3]'
 
+# A register that a memory takes for its address drives nothing any more, and is none of those that did.
+cat >address.v <<'V'
+module address(input clk, input we, input [2:0] wa, input [2:0] ra, input [3:0] d, output [3:0] q);
+  reg [3:0] m [7:0];
+  reg [2:0] a;
+  always @(posedge clk) begin
+    if (we) m[wa] <= d;
+    a <= ra;
+  end
+  assign q = m[a];
+endmodule
+V
+after address.v 'opt; memory_dff; opt_clean'
+expect log '3 unknown' 'Unknown after memory_dff: 3.'
+
+# A bit that nothing reads is without fanout, also where another pass than opt_clean removes it.
+cat >narrow.v <<'V'
+module narrow(input clk, input [7:0] d, output [3:0] q);
+  reg [7:0] r;
+  always @(posedge clk) r <= d;
+  assign q = r[3:0];
+endmodule
+V
+after narrow.v 'wreduce; opt_clean'
+expect log '4 kept under their name' '4 without fanout' '0 unknown'
+
 # Without a machine put back, the bits that went into it are unknown.
 if [ -e "$KPT_RTL/elevator.v" ]; then
   after "$KPT_RTL/elevator.v" 'flatten; opt -nodffe -nosdff; fsm -nomap'

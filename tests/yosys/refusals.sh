@@ -2,8 +2,10 @@
 . "${0%/*}/flow.sh"
 locate elevator
 
-refused 'No registers are being followed' "kpt_stage"
-refused 'No registers are being followed' "read_verilog $source; kpt_track -top $top; kpt_stage"
+refused 'No registers are being followed: use kpt_track' "kpt_stage"
+refused 'No registers are being followed: processes are left' "read_verilog $source; kpt_track -top $top; kpt_stage"
+refused 'No registers are being followed: the design has no top module' "kpt_track; kpt_stage"
+refused 'There is no module nope' "read_verilog $source; kpt_track -top nope"
 refused 'There is no keypoint database called kpt' "kpt_save kpt.xml"
 refused 'There is no keypoint database called other' "kpt_show -name other"
 refused 'missing.xml cannot be loaded' "kpt_load missing.xml"

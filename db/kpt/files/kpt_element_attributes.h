@@ -1,0 +1,19 @@
+// The attributes of the element that a file's source has come to.
+//
+// Ownership: the source owns them; they are good until the source goes on.
+#ifndef KPT_ELEMENT_ATTRIBUTES_H
+#define KPT_ELEMENT_ATTRIBUTES_H
+
+#include <string_view>
+
+class KPT_ELEMENT_ATTRIBUTES {
+ public:
+  /// The value, with references replaced; empty for an absent attribute. Good
+  /// until the next call.
+  virtual std::string_view value(std::string_view name) const = 0;
+
+ protected:
+  ~KPT_ELEMENT_ATTRIBUTES() = default;
+};
+
+#endif

@@ -1,0 +1,156 @@
+// Which files the scanner reads by itself, and which it leaves to the general
+// source. What becomes of either, the tests of the sources compare.
+#include <gmock/gmock.h>
+
+#include "db/kpt/files/kpt_file_loader.h"
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "tests/format/databases.h"
+#include "tests/support/host_lines.h"
+
+namespace {
+
+using namespace kpt_test;
+
+bool is_plain(const std::string& path) {
+  const HOST_LINES lines;
+  KPT_FILE_LOADER loader(path);
+  loader.read([](std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); });
+  return loader.is_plain();
+}
+
+bool is_plain_text(std::string_view text) {
+  const FOLDER folder;
+  return is_plain(folder.file_of(text));
+}
+
+// A file of one register with that name.
+std::string file_with_name(const std::string& name) {
+  return "<kpt_db name=\"d\"><key_points_set type=\"reference\"><key_point id=\"1\" type=\"register\"><name>" + name +
+         "</name></key_point></key_points_set></kpt_db>";
+}
+
+// What becomes of a name by the scanner.
+std::string name_read(const std::string& name) {
+  const FOLDER folder;
+  const HOST_LINES lines;
+  KPT_FILE_LOADER loader(folder.file_of(file_with_name(name)));
+  EXPECT_TRUE(loader.read([](std::string_view db_name) { return new KPT_KEYPOINTS_DB_IMPL(db_name); }));
+  EXPECT_TRUE(loader.is_plain());
+  const DATABASE db = loader.finish();
+  return registers(*db->get_reference_set()).front().substr(2);
+}
+
+TEST(PlainFile, is_what_the_library_writes) {
+  for (const char* name : {"empty.xml", "three_maps.xml", "state_machine.xml", "inverting_groups.xml"}) {
+    EXPECT_TRUE(is_plain(data_file(name))) << name;
+  }
+}
+
+struct TEXT {
+  const char* name;
+  std::string text;
+};
+void PrintTo(const TEXT& text, std::ostream* out) { *out << text.name; }
+std::string name_of(const testing::TestParamInfo<TEXT>& p) { return p.param.name; }
+
+class PlainFileWith : public testing::TestWithParam<TEXT> {};
+TEST_P(PlainFileWith, is_read_by_the_scanner) { EXPECT_TRUE(is_plain_text(GetParam().text)); }
+
+INSTANTIATE_TEST_SUITE_P(
+    , PlainFileWith,
+    testing::Values(TEXT{"an_empty_root", "<a name=\"d\"/>"}, TEXT{"blanks_around", " \r\n\t<a name=\"d\"></a> \r\n"},
+                    TEXT{"blanks_in_tags", "<a  name = \"d\"\n ><b\t/></a\n>"},
+                    TEXT{"predefined_entities", "<a name=\"&lt;&gt;&amp;&quot;&apos;\">&lt;&gt;&amp;&quot;&apos;</a>"},
+                    TEXT{"character_references", "<a name=\"&#65;&#x41;&#10;\">&#65;&#x10FFFF;&#0009;</a>"},
+                    TEXT{"utf_8", "<a name=\"\xC3\xA9\">\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80</a>"},
+                    TEXT{"a_closing_bracket_in_a_text", "<a name=\"d\">count<b/>[3]> ]]&gt;</a>"},
+                    TEXT{"quotes_in_texts", "<a name=\"d'\">'\"</a>"},
+                    TEXT{"many_attributes", "<a name=\"d\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\"/>"}),
+    name_of);
+
+class OtherFileWith : public testing::TestWithParam<TEXT> {};
+TEST_P(OtherFileWith, is_left_to_the_general_source) { EXPECT_FALSE(is_plain_text(GetParam().text)); }
+
+INSTANTIATE_TEST_SUITE_P(
+    , OtherFileWith,
+    testing::Values(
+        TEXT{"nothing_in_it", ""}, TEXT{"blanks_alone", " \n"},
+        TEXT{"a_declaration", "<?xml version=\"1.0\"?><a name=\"d\"/>"},
+        TEXT{"a_byte_order_mark", "\xEF\xBB\xBF<a name=\"d\"/>"}, TEXT{"a_comment", "<a name=\"d\"><!-- --></a>"},
+        TEXT{"an_instruction", "<a name=\"d\"><?b?></a>"},
+        TEXT{"a_character_section", "<a name=\"d\"><![CDATA[]]></a>"},
+        TEXT{"a_document_type", "<!DOCTYPE a><a name=\"d\"/>"}, TEXT{"single_quotes", "<a name='d'/>"},
+        TEXT{"a_colon_in_a_name", "<a:b name=\"d\"/>"}, TEXT{"a_namespace", "<a name=\"d\" xmlns=\"u\"/>"},
+        TEXT{"a_name_beyond_ascii", "<\xC3\xA9 name=\"d\"/>"}, TEXT{"another_entity", "<a name=\"d\">&b;</a>"},
+        TEXT{"a_reference_to_no_character", "<a name=\"d\">&#0;</a>"},
+        TEXT{"a_reference_to_half_a_character", "<a name=\"d\">&#xD800;</a>"},
+        TEXT{"a_reference_beyond_the_last_character", "<a name=\"d\">&#x110000;</a>"},
+        TEXT{"a_reference_without_an_end", "<a name=\"d\">&lt</a>"},
+        TEXT{"the_end_of_a_section", "<a name=\"d\">]]></a>"}, TEXT{"a_control_character", "<a name=\"d\">\x01</a>"},
+        TEXT{"a_null", std::string("<a name=\"d\">\0</a>", 17)}, TEXT{"half_a_character", "<a name=\"d\">\xC3</a>"},
+        TEXT{"an_overlong_character", "<a name=\"d\">\xC0\x80</a>"},
+        TEXT{"an_encoded_half", "<a name=\"d\">\xED\xA0\x80</a>"},
+        TEXT{"no_character", "<a name=\"d\">\xEF\xBF\xBE</a>"},
+        TEXT{"a_character_beyond_the_last", "<a name=\"d\">\xF4\x90\x80\x80</a>"},
+        TEXT{"an_opening_bracket_in_a_value", "<a name=\"<\"/>"},
+        TEXT{"an_attribute_twice", "<a name=\"d\" name=\"e\"/>"},
+        TEXT{"one_of_many_attributes_twice",
+             "<a name=\"d\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\" b=\"\"/>"},
+        TEXT{"attributes_that_touch", "<a name=\"d\"b=\"\"/>"}, TEXT{"an_attribute_without_a_value", "<a name/>"},
+        TEXT{"tags_that_do_not_match", "<a name=\"d\"><b></c></a>"},
+        TEXT{"a_tag_that_is_longer", "<a name=\"d\"></ab>"}, TEXT{"a_tag_too_many", "<a name=\"d\"></a></a>"},
+        TEXT{"a_tag_too_few", "<a name=\"d\"><b></a>"}, TEXT{"two_roots", "<a name=\"d\"/><b/>"},
+        TEXT{"text_before_the_root", "x<a name=\"d\"/>"}, TEXT{"text_behind_the_root", "<a name=\"d\"/>x"},
+        TEXT{"a_blank_before_a_name", "< a name=\"d\"/>"}, TEXT{"a_slash_in_a_tag", "<a name=\"d\" / >"},
+        TEXT{"no_end", "<a name=\"d\">"}),
+    name_of);
+
+TEST(PlainFile, has_its_references_replaced) { EXPECT_EQ(name_read("a&lt;b&#62;&amp;&#xE9;"), "a<b>&\xC3\xA9"); }
+
+TEST(PlainFile, has_its_ends_of_line_read_as_one_character) { EXPECT_EQ(name_read("a\r\nb\rc\n\r"), "a\nb\nc\n\n"); }
+
+TEST(PlainFile, keeps_blanks_that_are_references) { EXPECT_EQ(name_read("&#13;&#10;&#9;"), "\r\n\t"); }
+
+// In values blanks are spaces.
+TEST(PlainFile, has_the_blanks_of_its_name_read_as_spaces) {
+  const FOLDER folder;
+  KPT_FILE_LOADER loader(folder.file_of("<a name=\"a\tb\r\nc\nd&#9;e\"/>"));
+  std::string name;
+  loader.read([&](std::string_view db_name) {
+    name = db_name;
+    return nullptr;
+  });
+  EXPECT_TRUE(loader.is_plain());
+  EXPECT_EQ(name, "a b c d\te");
+}
+
+// Blocks end anywhere: in a tag, a reference, a character, the end of a line.
+TEST(PlainFile, is_read_alike_wherever_its_blocks_end) {
+  constexpr int BLOCK = 262144;
+  for (int place = BLOCK - 90; place < BLOCK + 4; ++place) {
+    const std::string front(static_cast<std::size_t>(place), ' ');
+    const FOLDER folder;
+    KPT_FILE_LOADER loader(
+        folder.file_of(front + file_with_name("a\r\n&amp;\xF0\x9F\x98\x80]]&gt;b") + std::string(BLOCK, ' ')));
+    ASSERT_TRUE(loader.read([](std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); }));
+    ASSERT_TRUE(loader.is_plain()) << place;
+    EXPECT_EQ(registers(*loader.finish()->get_reference_set()).front(), "1:a\n&\xF0\x9F\x98\x80]]>b");
+  }
+}
+
+TEST(PlainFile, ends_a_section_wherever_its_blocks_end) {
+  constexpr int BLOCK = 262144;
+  const std::string front = "<a name=\"d\">";
+  for (int more = -4; more < 4; ++more) {
+    const std::string text(static_cast<std::size_t>(BLOCK - 12 + more), 'x');
+    EXPECT_FALSE(is_plain_text(front + text + "]]></a>" + std::string(BLOCK, ' ')));
+    EXPECT_TRUE(is_plain_text(front + text + "]&#93;></a>" + std::string(BLOCK, ' ')));
+  }
+}
+
+TEST(PlainFile, may_have_a_tag_longer_than_a_block) {
+  const std::string value(1000000, 'v');
+  EXPECT_TRUE(is_plain_text("<a name=\"d\" b=\"" + value + "\"><c d=\"" + value + "\"/></a>"));
+}
+
+}  // namespace
