@@ -33,6 +33,13 @@ export class Tree {
     for (const s of this.design.path(scope)) this.open.add(this.design.scopes.parent[s]);
     this.open.add(scope);
     this.draw();
+    this.bringIntoView(this.itemOf(scope));
+  }
+  // Scrolls the tree alone: the page stays where it is.
+  bringIntoView(item) {
+    const row = item?.firstChild.getBoundingClientRect();
+    const box = this.node.getBoundingClientRect();
+    if (row && (row.top < box.top || row.bottom > box.bottom)) this.node.scrollTop += row.top - box.top - box.height / 3;
   }
 
   draw() {
