@@ -12,10 +12,10 @@
 
 #include <string_view>
 
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_keypoint_set_impl.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
 class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
  public:
@@ -145,7 +145,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_SET_IMPL m_transformed_set;
   KPT_TRANSFORMATION_SET_IMPL m_transformation_set;
   KPT_STRING m_db_name;
-  bool m_recorded = false;  // a manager's registry has an entry for it
+  // Called by the destructor of a recorded database, whoever destroys it: its registry entry is dead from then on.
+  void (*m_forget)(const KPT_KEYPOINTS_DB_IMPL*) = nullptr;
 };
 
 #endif

@@ -22,9 +22,9 @@
 #include <span>
 #include <string_view>
 
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_attributes.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
 class KPT_TRANSLATION;
 

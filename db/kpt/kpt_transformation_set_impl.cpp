@@ -70,7 +70,7 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const KPT_TRANSFOR
   const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(*map);
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     KPT_MAP_INDEX& entries = index(side);
-    for_each_register(m, side, [&](KPT_KEYPOINT* k) { entries.set(k, position); });
+    for_each_register(m, side, [&](KPT_KEYPOINT* k) { entries.set(KPT_KEYPOINT::slot_of(k), position); });
   }
   return map;
 }
@@ -80,7 +80,8 @@ bool KPT_TRANSFORMATION_SET_IMPL::make_keypoint_mapping_hash_entries(KPT_SET_ENU
   if (m_maps.contains(m)) {
     KPT_MAP_INDEX& entries = index(side);
     const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(*m);
-    KPT_TRANSFORMATION_IMPL::for_each_keypoint(v, [&](KPT_KEYPOINT* k) { entries.set(k, position); });
+    KPT_TRANSFORMATION_IMPL::for_each_keypoint(
+        v, [&](KPT_KEYPOINT* k) { entries.set(KPT_KEYPOINT::slot_of(k), position); });
   }
   return true;
 }
@@ -90,7 +91,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::make_keypoint_mapping_hash_entries(KPT_SET_ENU
 // the surviving map anew afterwards.
 void KPT_TRANSFORMATION_SET_IMPL::erase_entries(KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map) {
   KPT_MAP_INDEX& entries = index(side);
-  for_each_register(map, side, [&](KPT_KEYPOINT* k) { entries.erase(k); });
+  for_each_register(map, side, [&](KPT_KEYPOINT* k) { entries.erase(KPT_KEYPOINT::slot_of(k)); });
 }
 
 bool KPT_TRANSFORMATION_SET_IMPL::delete_map(KPT_TRANSFORMATION_IMPL* m) {
@@ -106,7 +107,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::delete_map(KPT_TRANSFORMATION_IMPL* m) {
 
 bool KPT_TRANSFORMATION_SET_IMPL::record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m) {
   if (m_maps.contains(m)) {
-    m_t_index.set(replica, KPT_TRANSFORMATION_LIST::position_of(*m));
+    m_t_index.set(KPT_KEYPOINT::slot_of(replica), KPT_TRANSFORMATION_LIST::position_of(*m));
   }
   return true;
 }
@@ -157,8 +158,8 @@ void KPT_TRANSFORMATION_SET_IMPL::fetch_translated(const KPT_TRANSFORMATION_LIST
   }
   const KPT_TRANSFORMATION_IMPL* near = maps.at(position + STEP);
   if (near != nullptr) {
-    m_r_index.fetch(translation.known(near->get_r_n_first(0)));
-    m_t_index.fetch(translation.known(near->get_t_n_first(0)));
+    m_r_index.fetch(KPT_KEYPOINT::slot_of(translation.known(near->get_r_n_first(0))));
+    m_t_index.fetch(KPT_KEYPOINT::slot_of(translation.known(near->get_t_n_first(0))));
   }
 }
 

@@ -15,12 +15,13 @@
 #ifndef KPT_TRANSFORMATION_SET_IMPL_H
 #define KPT_TRANSFORMATION_SET_IMPL_H
 
-#include "db/kpt/kpt_map_index.h"
-#include "db/kpt/kpt_pool.h"
+#include "db/kpt/containers/kpt_map_index.h"
+#include "db/kpt/containers/kpt_pool.h"
+#include "db/kpt/containers/kpt_zeroed.h"
+#include "db/kpt/kpt_keypoint.h"
 #include "db/kpt/kpt_transformation_impl.h"
 #include "db/kpt/kpt_transformation_list.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
 class KPT_TRANSLATION;
 
@@ -61,13 +62,13 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   bool delete_map(KPT_TRANSFORMATION_IMPL* m);
 
   /// Null when the keypoint is null, was never entered, or its map is gone.
-  KPT_TRANSFORMATION_IMPL* get_map_of_r_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_r_index.find(k)); }
-  KPT_TRANSFORMATION_IMPL* get_map_of_t_keypoint(const KPT_KEYPOINT* k) const { return m_maps.at(m_t_index.find(k)); }
+  KPT_TRANSFORMATION_IMPL* get_map_of_r_keypoint(const KPT_KEYPOINT* k) const { return map_of(KPT_REFERENCE_SET, k); }
+  KPT_TRANSFORMATION_IMPL* get_map_of_t_keypoint(const KPT_KEYPOINT* k) const { return map_of(KPT_TRANSFORMED_SET, k); }
 
-  /// The same from where a register stands, as a look-up by name gives it: the
-  /// keypoint is not looked at. The transformed index for the transformed side.
-  KPT_TRANSFORMATION_IMPL* get_map_of_place(KPT_SET_ENUM side, const KPT_KEYPOINT::PLACE& place) const {
-    return m_maps.at(index(side).find(place));
+  /// The same from the slot of a register, as a look-up by name gives it: the
+  /// keypoint is not read. The transformed index for the transformed side.
+  KPT_TRANSFORMATION_IMPL* get_map_of_slot(KPT_SET_ENUM side, const KPT_POOL_SLOT& slot) const {
+    return m_maps.at(index(side).find(slot));
   }
 
   /// Points the transformed entry of `replica` to `m`. The map is not touched. Always true.
@@ -107,7 +108,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   KPT_MAP_INDEX& index(KPT_SET_ENUM side) { return side == KPT_TRANSFORMED_SET ? m_t_index : m_r_index; }
   const KPT_MAP_INDEX& index(KPT_SET_ENUM side) const { return side == KPT_TRANSFORMED_SET ? m_t_index : m_r_index; }
   KPT_TRANSFORMATION_IMPL* map_of(KPT_SET_ENUM side, const KPT_KEYPOINT* k) const {
-    return m_maps.at(index(side).find(k));
+    return get_map_of_slot(side, KPT_KEYPOINT::slot_of(k));
   }
 
   // Every register of one side, index by index, as the map's own register

@@ -111,7 +111,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::delete_merged_keypoint(KPT_TRANSFORMATION_IMPL
   const bool deleted = in_n_group ? map->delete_keypoint_from_t_n_group_of_map(k, index)
                                   : map->delete_keypoint_from_t_i_group_of_map(k, index);
   const bool was_mapped = get_map_of_t_keypoint(k) != nullptr;  // an entry that leads to a deleted map is none
-  m_t_index.erase(k);
+  m_t_index.erase(KPT_KEYPOINT::slot_of(k));
   return was_mapped && deleted;
 }
 
@@ -129,6 +129,6 @@ bool KPT_TRANSFORMATION_SET_IMPL::set_eliminated_map(KPT_REGISTER_KEYPOINT_IMPL*
     return false;
   }
   const bool recorded = map->set_eliminated(k, status);
-  m_t_index.erase(k);
+  m_t_index.erase(KPT_KEYPOINT::slot_of(k));
   return recorded;
 }

@@ -9,10 +9,10 @@
 // Read from top to bottom: loop 1, loop 2, loop 3, leftovers.
 #include <algorithm>
 
-#include "db/kpt/kpt_polarities.h"
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/msg_kpt.h"
+#include "db/kpt/unite/kpt_polarities.h"
 #include "h/cfg_sys.h"
 #include "h/msg_sys.h"
 
@@ -107,8 +107,8 @@ class KPT_UNITE::LOOK_AHEAD {
   void from(const MAP& map) const {
     const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
     __builtin_prefetch(keypoint_of(m_walked.at(position + 4 * STEP)));
-    m_index.fetch(keypoint_of(m_walked.at(position + 3 * STEP)));
-    m_other.fetch(m_index.find(keypoint_of(m_walked.at(position + 2 * STEP))));
+    m_index.fetch(KPT_KEYPOINT::slot_of(keypoint_of(m_walked.at(position + 3 * STEP))));
+    m_other.fetch(m_index.find(KPT_KEYPOINT::slot_of(keypoint_of(m_walked.at(position + 2 * STEP)))));
     fetch(counterpart_of(m_walked.at(position + STEP)));
   }
 
@@ -132,7 +132,9 @@ class KPT_UNITE::LOOK_AHEAD {
     }
     return m_side == KPT_TRANSFORMED_SET ? map->get_t_n_first(0) : map->get_r_n_first(0);
   }
-  const MAP* counterpart_of(const MAP* map) const { return m_other.at(m_index.find(keypoint_of(map))); }
+  const MAP* counterpart_of(const MAP* map) const {
+    return m_other.at(m_index.find(KPT_KEYPOINT::slot_of(keypoint_of(map))));
+  }
 
   const KPT_TRANSFORMATION_LIST& m_walked;
   KPT_SET_ENUM m_side;
@@ -278,8 +280,8 @@ void KPT_UNITE::fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1
   __builtin_prefetch(far == nullptr ? nullptr : far->get_t_n_first(0));
   const MAP* near = look_ahead.counterpart(m1, NEAR);
   if (near != nullptr) {
-    db1.m_t_index.fetch(near->get_t_n_first(0));
-    db2.m_t_index.fetch(near->get_t_n_first(0));
+    db1.m_t_index.fetch(KPT_KEYPOINT::slot_of(near->get_t_n_first(0)));
+    db2.m_t_index.fetch(KPT_KEYPOINT::slot_of(near->get_t_n_first(0)));
   }
 }
 
@@ -334,11 +336,11 @@ void KPT_UNITE::step_from(MAP& m1, MAP& m2) {
   left.clear();
   ok = m1.update_transformations(m2, entered, left);
   for (const KPT_KEYPOINT* k : left) {
-    db1.m_t_index.erase(k);
+    db1.m_t_index.erase(KPT_KEYPOINT::slot_of(k));
   }
   for (const KPT_KEYPOINT* k : entered) {
     if (db1.get_map_of_t_keypoint(k) == nullptr) {
-      db1.m_t_index.set(k, KPT_TRANSFORMATION_LIST::position_of(m1));
+      db1.m_t_index.set(KPT_KEYPOINT::slot_of(k), KPT_TRANSFORMATION_LIST::position_of(m1));
     }
   }
   db1.make_keypoint_mapping_hash_entries(KPT_REFERENCE_SET, m2.r_vec(), &m1);

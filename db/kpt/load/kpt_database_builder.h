@@ -25,11 +25,11 @@
 #include <string_view>
 
 #include "db/kpt/files/kpt_element_attributes.h"
-#include "db/kpt/files/kpt_id_index.h"
-#include "db/kpt/files/kpt_load_lines.h"
 #include "db/kpt/files/kpt_state_values.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/load/kpt_id_index.h"
+#include "db/kpt/load/kpt_load_lines.h"
 
 class KPT_DATABASE_BUILDER {
  public:

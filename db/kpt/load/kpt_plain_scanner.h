@@ -11,8 +11,8 @@
 #ifndef KPT_PLAIN_SCANNER_H
 #define KPT_PLAIN_SCANNER_H
 
-#include "db/kpt/files/kpt_database_builder.h"
 #include "db/kpt/files/kpt_file_bytes.h"
+#include "db/kpt/load/kpt_database_builder.h"
 
 /// Whether all of the bytes are a plain file. `name` is then the attribute
 /// "name" of its root.

@@ -1,4 +1,4 @@
-#include "db/kpt/kpt_xml_platform.h"
+#include "db/kpt/files/kpt_xml_platform.h"
 
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>

@@ -1,4 +1,4 @@
-#include "db/kpt/files/kpt_plain_scanner.h"
+#include "db/kpt/load/kpt_plain_scanner.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "db/kpt/files/kpt_id_index.h"
+#include "db/kpt/load/kpt_id_index.h"
 
 #include <algorithm>
 #include <cstddef>

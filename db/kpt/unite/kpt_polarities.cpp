@@ -1,4 +1,4 @@
-#include "db/kpt/kpt_polarities.h"
+#include "db/kpt/unite/kpt_polarities.h"
 
 #include <algorithm>
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "h/gen_sys.h"
-#include "host/host_text.h"
+#include "host/services/text.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ __attribute__((format(printf, 1, 0))) MEM_STRING::size_type printed_length(const
 
 }  // namespace
 
-MEM_STRING kpt_host::formatted(const char* format, va_list args) {
+MEM_STRING kpt_services::formatted(const char* format, va_list args) {
   MEM_STRING text(printed_length(format, args), '\0');
   if (!text.empty()) {
     std::vsnprintf(text.data(), text.size() + 1, format, args);
@@ -69,7 +69,7 @@ void gen_sprintf(MEM_STRING* out, const char* format, ...) {
   va_list args;
   va_start(args, format);
   // Apart first: an argument may point into `out`.
-  MEM_STRING text = kpt_host::formatted(format, args);
+  MEM_STRING text = kpt_services::formatted(format, args);
   va_end(args);
   out->swap(text);
 }

@@ -1,9 +1,9 @@
-#include "db/kpt/files/kpt_file_loader.h"
+#include "db/kpt/load/kpt_file_loader.h"
 
 #include <utility>
 
-#include "db/kpt/files/kpt_plain_scanner.h"
 #include "db/kpt/kpt_xml_reader.h"
+#include "db/kpt/load/kpt_plain_scanner.h"
 #include "db/kpt/msg_kpt.h"
 
 KPT_FILE_LOADER::KPT_FILE_LOADER(std::string_view file_name, SOURCES sources)

@@ -1,4 +1,4 @@
-#include "db/kpt/files/kpt_database_builder.h"
+#include "db/kpt/load/kpt_database_builder.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "db/kpt/files/kpt_load_lines.h"
+#include "db/kpt/load/kpt_load_lines.h"
 
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/msg_kpt.h"

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "h/gen_sys.h"
-#include "host/host_text.h"
+#include "host/services/text.h"
 
 namespace {
 
@@ -83,7 +83,7 @@ void read_values(ARGUMENTS& arguments, va_list args) {
 
 }  // namespace
 
-MEM_STRING kpt_host::filled(const MEM_STRING& text, va_list args) {
+MEM_STRING kpt_services::filled(const MEM_STRING& text, va_list args) {
   ARGUMENTS arguments;
   find_kinds(text, arguments);
   read_values(arguments, args);

@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "db/kpt/kpt_small_vector.h"
+#include "db/kpt/containers/kpt_small_vector.h"
 
 class KPT_BIT_TABLE {
  public:
