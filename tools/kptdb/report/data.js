@@ -115,7 +115,7 @@ class Reader {
     const listed = this.next();
     const code = (columns) => Array.from({ length: columns }, () => '01?'[this.next()]).join('');
     const rows = Array.from({ length: listed }, () => [code(rColumns), code(tColumns)]);
-    return { states, rows };
+    return { states, rows, columns: [rColumns, tColumns] };
   }
   map() {
     const flags = this.next();

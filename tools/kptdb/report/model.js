@@ -184,20 +184,23 @@ export class Design {
     const other = related(map, 0, register);
     const to = other.same.map((r) => ({ register: r, inverse: sense.inverse, sure: sense.sure && !map.machine }));
     to.push(...other.inverse.map((r) => ({ register: r, inverse: !sense.inverse, sure: sense.sure && !map.machine })));
-    return { register, sense, map, to, what: this.whatHappened(map, register) };
+    const inverted = !map.machine && other.same.length === 0 && other.inverse.length > 0 ? ', inverted' : '';
+    return { register, sense, map, to, what: this.whatHappened(map, register) + inverted };
   }
   whatHappened(map, register) {
     const place = placeIn(map.reference, register);
-    const [r, t] = [membersOf(map.reference).length, membersOf(map.transformed).length];
+    if (map.machine && !tableFits(map)) return 'in a state machine whose table does not fit its registers';
+    if (place?.index === 0 && (map.reason === 1 || map.reason === 2)) {
+      const one = (map.reason === 2) !== (place.inverse && map.reference[0].same.length > 0);
+      return `stuck at ${one ? 'one' : 'zero'}`;
+    }
+    const own = map.machine ? map.reference : [map.reference[place?.index ?? 0] ?? NOBODY];
+    const other = map.machine ? map.transformed : [map.transformed[place?.index ?? 0] ?? NOBODY];
+    const [r, t] = [membersOf(own).length, membersOf(other).length];
     if (map.machine && t > 0) {
       return `re-encoded with a state machine: ${counted(r, 'register')} to ${t}`;
     }
-    if (map.reason === 1 || map.reason === 2) {
-      const one = (map.reason === 2) !== (place !== null && place.inverse && map.reference[place.index].same.length > 0);
-      return `stuck at ${one ? 'one' : 'zero'}`;
-    }
-    if (map.reason !== 0) return REASONS[map.reason];
-    if (t === 0) return 'no successor recorded';
+    if (t === 0) return map.reason > 2 ? REASONS[map.reason] : 'no successor recorded';
     const how = [r > 1 ? `merged with ${counted(r - 1, 'other')}` : '', t > 1 ? `replicated to ${t}` : ''];
     return how.filter(Boolean).join(', ') || 'kept';
   }
@@ -215,14 +218,19 @@ export function rowAt(texts, place) {
   return low;
 }
 
+const NOBODY = { same: [], inverse: [] };
+
+/** A table of another size than its map says nothing of its registers. */
+const tableFits = (map) => map.table.columns[0] === map.reference.length && map.table.columns[1] === map.transformed.length;
+
 /** Of a machine all registers of the other side: which one changes with which, only the table tells. */
 export function related(map, side, register) {
   const own = side === 0 ? map.reference : map.transformed;
   const other = side === 0 ? map.transformed : map.reference;
   const place = placeIn(own, register);
-  if (place === null) return { same: [], inverse: [], machine: map.machine };
+  if (place === null || (map.machine && !tableFits(map))) return { ...NOBODY, machine: map.machine };
   if (map.machine) return { same: membersOf(other), inverse: [], machine: true };
-  const pair = other[0] ?? { same: [], inverse: [] };
+  const pair = other[place.index] ?? NOBODY;
   return place.inverse
     ? { same: pair.inverse, inverse: pair.same, machine: false }
     : { same: pair.same, inverse: pair.inverse, machine: false };

@@ -24,18 +24,26 @@ function list(design, netlist, related) {
   return all.length > most ? [...parts, ` and ${count(all.length - most)} more`] : parts;
 }
 
+// Here the inverse is said in words: it is what a reader must not miss.
+function answerList(design, netlist, related) {
+  const nobody = { same: [], inverse: [] };
+  const same = related.same.length > 0 ? list(design, netlist, { ...nobody, same: related.same }) : null;
+  const inverse = related.inverse.length > 0 ? ['the inverse of ', list(design, netlist, { ...nobody, same: related.inverse })] : null;
+  return [same, same && inverse ? ', ' : null, inverse];
+}
+
 function answer(design, side, register) {
   const across = design.partners(side, register);
   const other = side === 0 ? design.netlists.length - 1 : 0;
   const where = side === 0 ? 'In the netlist' : 'In the source';
+  const value = side === 0 ? design.value(register) : null;
   if (across !== null && across.same.length + across.inverse.length > 0) {
     const machine = across.machine ? ', through the codes of a state machine' : '';
-    return el('p', { class: 'answer' }, `${where}${machine}: `, list(design, other, across), '.');
+    return el('p', { class: 'answer' }, value === null ? null : `It is always ${value}. `, `${where}${machine}: `, answerList(design, other, across), '.');
   }
   if (side === 1) return el('p', { class: 'answer' }, 'No register of the source is known for it.');
-  const value = design.value(register);
   const text = {
-    constant: `It is always ${value ?? 'constant'}; no register of the netlist carries it.`,
+    constant: `It is always ${value}; no register of the netlist carries it.`,
     'without fanout': 'Nothing reads it, so the netlist has no register for it.',
   }[WORDS[design.word(register)]];
   return el('p', { class: 'answer' }, text ?? 'No stage says what became of it.');

@@ -113,9 +113,10 @@ void REPORT_DATA::read_whole(const STAGE& stage) {
 }
 
 void REPORT_DATA::take_fates(const STAGE_MAP& map) {
-  for (const STAGE_PAIR& pair : map.sides[0]) {
+  for (std::size_t index = 0; index < map.sides[0].size(); ++index) {
+    const STAGE_PAIR& pair = map.sides[0][index];
     for (const bool is_inverse : {false, true}) {
-      const REGISTER_FATE fate = fate_of(map, pair, is_inverse);
+      const REGISTER_FATE fate = fate_of(map, index, is_inverse);
       for (const STAGE_MEMBER& member : is_inverse ? pair.inverse : pair.same) {
         if (member.is_register && member.is_found) {
           m_fates.at(m_netlists.front().find(member.key)) = fate;
