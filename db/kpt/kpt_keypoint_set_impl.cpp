@@ -4,17 +4,22 @@
 
 namespace {
 
-// Numbers of sets begin at 1: 0 marks a keypoint outside every set.
+// Numbers of sets begin at 1: 0 marks a keypoint outside every set. Two bits are left for the side.
 std::uint32_t next_set_number() {
+  constexpr std::uint32_t END = UINT32_MAX >> 2U;
   static std::uint32_t s_last = 0;
-  s_last = s_last + 1 == UINT32_MAX ? 1 : s_last + 1;
-  return s_last;
+  s_last = s_last + 1 == END ? 1 : s_last + 1;
+  return s_last << 2U;
 }
 
 }  // namespace
 
 KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL()
     : m_number(next_set_number()), m_signal_registers(m_keypoints), m_instance_registers(m_keypoints) {}
+
+KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL(KPT_SET_ENUM side) : KPT_KEYPOINT_SET_IMPL() {
+  m_number |= side == KPT_REFERENCE_SET ? KPT_KEYPOINT::REFERENCE : KPT_KEYPOINT::TRANSFORMED;
+}
 
 // In order of creation: the slots lie side by side, where the order of the
 // indexes would jump about in memory.
@@ -145,6 +150,20 @@ bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name, std::string_v
 bool KPT_KEYPOINT_SET_IMPL::delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
   const bool stands_here = keypoint.m_set == m_number && m_standings[keypoint.m_slot] != RETIRED;
   return remove(stands_here && keypoint.is_as_entered() ? &keypoint : get_namesake(keypoint));
+}
+
+// The first `count` steps are those over the signals, the next those over the block instances.
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::walk(std::size_t& step, std::size_t count) const {
+  const std::size_t end = m_instance_registers.size() > 0 ? 2 * count : count;
+  while (step < end) {
+    const std::size_t slot = step < count ? step : step - count;
+    const STANDING wanted = step < count ? AMONG_SIGNALS : AMONG_INSTANCES;
+    ++step;
+    if (m_standings[slot] == wanted) {
+      return m_keypoints.at(static_cast<std::uint32_t>(slot));
+    }
+  }
+  return nullptr;
 }
 
 KPT_KEYPOINT_LIST KPT_KEYPOINT_SET_IMPL::get_list_of_keypoints() const {

@@ -5,6 +5,8 @@
 
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_register_keypoint.h"
+#include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_register_transformation.h"
 #include "db/kpt/kpt_transformation_set.h"
 
@@ -96,6 +98,31 @@ KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_reference_register_transformat
 KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_transformed_register_transformation(std::string_view name) const {
   return KPT_REGISTER_TRANSFORMATION(impl().get_transformed_register_transformation(name));
 }
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_reference_register_transformation(
+    const KPT_REGISTER_KEYPOINT& keypoint) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().get_transformation_set()->get_map_of_r_keypoint(keypoint.m_impl));
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_transformed_register_transformation(
+    const KPT_REGISTER_KEYPOINT& keypoint) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().get_transformation_set()->get_map_of_t_keypoint(keypoint.m_impl));
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const {
+  const auto side = keypoint.is_null() ? std::nullopt : keypoint.get_side();
+  if (!side.has_value()) {
+    return KPT_REGISTER_TRANSFORMATION();
+  }
+  return *side == KPT_REFERENCE_SET ? get_reference_register_transformation(keypoint)
+                                    : get_transformed_register_transformation(keypoint);
+}
+
+KPT_KEYPOINT_SET KPT_KEYPOINTS_DB::get_set(KPT_SET_ENUM side) const {
+  return side == KPT_REFERENCE_SET ? get_reference_set() : get_transformed_set();
+}
+
+void KPT_KEYPOINTS_DB::move_id_counters_past_own_ids() const { impl().move_id_counters_past_own_ids(); }
 
 bool KPT_KEYPOINTS_DB::delete_keypoints_db() {
   KPT_KEYPOINTS_DB_IMPL* db = std::exchange(m_impl, nullptr);

@@ -74,6 +74,25 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   KPT_REGISTER_TRANSFORMATION get_reference_register_transformation(std::string_view name) const;
   KPT_REGISTER_TRANSFORMATION get_transformed_register_transformation(std::string_view name) const;
 
+  // The map of any register, block instances included, or a null handle: also
+  // for a null handle and for a register of another database.
+
+  /// The map that has the register on its reference side.
+  KPT_REGISTER_TRANSFORMATION get_reference_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const;
+  /// The map that has the register on its transformed side.
+  KPT_REGISTER_TRANSFORMATION get_transformed_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const;
+  /// The one or the other, by the side that the register was recorded to.
+  KPT_REGISTER_TRANSFORMATION get_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const;
+
+  /// The registers of a side: the reference side, or for any other value the transformed side.
+  KPT_KEYPOINT_SET get_set(KPT_SET_ENUM side) const;
+
+  /// Raises the id counters of the process beyond every id of this database.
+  /// Call it after a load and before anything is recorded: loading raises them
+  /// to the highest id of a signal, not beyond, and in a saved file two
+  /// registers of one id cannot be told apart.
+  void move_id_counters_past_own_ids() const;
+
   /// Destroys the database and makes this handle null. False when it is null
   /// already. Clients leave this to KPT_KEYPOINTS_MANAGER::destroy_keypoints_db,
   /// which takes the registry entry out as well.
@@ -83,6 +102,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
 
  private:
   friend class KPT_KEYPOINTS_MANAGER;
+  friend class KPT_UNREGISTERED_DB;
   KPT_KEYPOINTS_DB_IMPL& impl() const;
 
   KPT_KEYPOINTS_DB_IMPL* m_impl;

@@ -28,6 +28,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// then raised by one. The first id of a process is 0.
   static long get_next_r_id() { return s_r_id++; }
   static long get_next_t_id() { return s_t_id++; }
+  /// Raises both counters beyond every id of this database: the next register
+  /// of the process repeats none of them.
+  void move_id_counters_past_own_ids();
 
   const KPT_STRING& get_db_name() const { return m_db_name; }
   KPT_KEYPOINT_SET_IMPL* get_reference_set() { return &m_reference_set; }

@@ -107,7 +107,8 @@ KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER() {
 
 KPT_XML_PARSER_WRAPPER::~KPT_XML_PARSER_WRAPPER() = default;
 
-void KPT_XML_PARSER_WRAPPER::post(XMLFileLoc line, XMLFileLoc column, const char* message) const {
+void KPT_XML_PARSER_WRAPPER::post(XMLFileLoc line, XMLFileLoc column, const char* message) {
+  m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, message, as_int(line), as_int(column)});
   const std::unique_ptr<MSG_E> error(
       MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(m_file_name.c_str(), as_int(line), as_int(column), message));
   error->post();
@@ -207,6 +208,7 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   const KPT_STRING name(file_name);
   if (!m_platform.is_started()) {
     kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), 0);
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the XML parser cannot be started"});
     m_ok = false;
     return;
   }
@@ -232,6 +234,10 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   const std::size_t errors = m_parser.has_value() ? m_parser->error_count() : 0;
   kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), static_cast<int>(errors));
   m_ok = m_ok && errors == 0;
+  if (!m_ok) {
+    m_problem = m_parser.has_value() ? m_parser->problem() : KPT_LOAD_PROBLEM();
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});
+  }
 }
 
 // The parser goes before what keeps xerces-c started.

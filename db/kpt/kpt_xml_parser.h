@@ -21,6 +21,7 @@
 #include <xercesc/util/SecurityManager.hpp>
 
 #include "db/kpt/files/kpt_xml_platform.h"
+#include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
 
@@ -51,6 +52,8 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   void set_file_name(std::string_view file_name) { m_file_name = file_name; }
   /// What the parser counted, and the stop.
   std::size_t error_count() const { return getErrorCount() + m_stops; }
+  /// The first error.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
   // From the parser. A warning becomes a debug line.
   void error(unsigned int code, const XMLCh* domain, XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type,
@@ -70,10 +73,11 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
 
  private:
   void warn(XMLFileLoc line, XMLFileLoc column, const char* message) const;
-  void post(XMLFileLoc line, XMLFileLoc column, const char* message) const;
+  void post(XMLFileLoc line, XMLFileLoc column, const char* message);
   [[noreturn]] void stop(const char* message);
 
   KPT_STRING m_file_name;
+  KPT_LOAD_PROBLEM m_problem;
   XERCES_CPP_NAMESPACE::SecurityManager m_security;
   std::size_t m_stops = 0;
   bool m_has_document_type = false;
@@ -94,6 +98,8 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_PARSER& operator=(const KPT_XML_PARSER&) = delete;
 
   bool ok() const { return m_ok; }
+  /// Why it is not.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
   /// The document's element. The name is not compared: files whose root goes by
   /// another name have always been read.
   KPT_XML_ELEMENT root_element(std::string_view name, bool* ok) const;
@@ -102,6 +108,7 @@ class KPT_EXPORT KPT_XML_PARSER {
   void parse(const KPT_STRING& file_name);
 
   bool m_ok = true;
+  KPT_LOAD_PROBLEM m_problem;
   XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
   KPT_XML_ERROR_HANDLER m_error_handler;
   std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made

@@ -7,8 +7,9 @@
 namespace {
 
 // The parsed file's root, or a null wrapper.
-KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser) {
+KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem) {
   if (!parser.ok()) {
+    problem.note(parser.problem());
     return {};
   }
   kpt_msg_debug("Start XML parsing");
@@ -28,11 +29,22 @@ KPT_XML_READER::~KPT_XML_READER() = default;
 
 KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
   const KPT_XML_PARSER parser(file_name);
-  return root_of(parser).get_attribute_by_name("name");
+  KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name("name");
+  if (name.empty()) {
+    m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
+  }
+  return name;
 }
 
 bool KPT_XML_READER::load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db) {
   const KPT_XML_PARSER parser(file_name);
-  KPT_XML_ELEMENT root = root_of(parser);
-  return !root.is_null() && db->load_db(root);
+  KPT_XML_ELEMENT root = root_of(parser, m_problem);
+  if (root.is_null()) {
+    return false;
+  }
+  const bool loaded = db->load_db(root);
+  if (!loaded) {
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
+  }
+  return loaded;
 }

@@ -11,6 +11,16 @@ KPT_FILE_LOADER::KPT_FILE_LOADER(std::string_view file_name, SOURCES sources)
 
 KPT_FILE_LOADER::~KPT_FILE_LOADER() = default;
 
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view file_name, const CREATE& create,
+                                                             KPT_LOAD_PROBLEM* problem) {
+  KPT_FILE_LOADER loader(file_name);
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+  if (db == nullptr && problem != nullptr) {
+    problem->note(loader.problem());
+  }
+  return db;
+}
+
 // As the parser says it of a file without an error, and once more when the
 // database is built: a load once parsed its file twice, and hosts watch for both.
 void KPT_FILE_LOADER::tell_parsed() const {
@@ -33,7 +43,12 @@ bool KPT_FILE_LOADER::read(const CREATE& create) {
   if (look_through(name)) {
     tell_parsed();
   } else {
-    name = KPT_XML_READER().get_db_name(m_file_name);
+    KPT_XML_READER reader;
+    name = reader.get_db_name(m_file_name);
+    m_problem.note(reader.problem());
+  }
+  if (name.empty()) {
+    m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
   }
   m_db.reset(name.empty() ? nullptr : create(name));
   return m_db != nullptr;
@@ -41,7 +56,10 @@ bool KPT_FILE_LOADER::read(const CREATE& create) {
 
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
   if (!is_plain()) {
-    return KPT_XML_READER().load_kpt_xml(m_file_name, m_db.get()) ? std::move(m_db) : nullptr;
+    KPT_XML_READER reader;
+    const bool is_loaded = reader.load_kpt_xml(m_file_name, m_db.get());
+    m_problem.note(reader.problem());
+    return is_loaded ? std::move(m_db) : nullptr;
   }
   tell_parsed();
   KPT_LOAD_LINES lines(false);
@@ -49,8 +67,13 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
   const bool is_read = m_plain->rewind() && kpt_build_from_plain(*m_plain, builder);
   if (!is_read) {
     kpt_msg_debug("Error: file %s changed while it was read", m_file_name.c_str());
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file changed while it was read"});
     return nullptr;
   }
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = builder.take();
-  return builder.is_complete() ? std::move(db) : nullptr;
+  if (!builder.is_complete()) {
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
+    return nullptr;
+  }
+  return db;
 }

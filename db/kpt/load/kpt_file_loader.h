@@ -11,6 +11,7 @@
 
 #include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_load_problem.h"
 
 class KPT_EXPORT KPT_FILE_LOADER {
  public:
@@ -18,6 +19,11 @@ class KPT_EXPORT KPT_FILE_LOADER {
   enum SOURCES : bool { GENERAL_SOURCE_ALONE, ALL_SOURCES };
   /// Called with the name of a well-formed file's database. Null: it is not wanted.
   using CREATE = std::function<KPT_KEYPOINTS_DB_IMPL*(std::string_view name)>;
+
+  /// All of it: the database that the file holds, or null. `problem`, unless
+  /// null, then notes why.
+  static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(std::string_view file_name, const CREATE& create,
+                                                     KPT_LOAD_PROBLEM* problem);
 
   explicit KPT_FILE_LOADER(std::string_view file_name, SOURCES sources = ALL_SOURCES);
   ~KPT_FILE_LOADER();
@@ -33,6 +39,8 @@ class KPT_EXPORT KPT_FILE_LOADER {
 
   /// Whether `read` found the file to be plain.
   bool is_plain() const { return m_plain != nullptr; }
+  /// Why there is no database, unless `create` did not want it.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
  private:
   bool look_through(KPT_STRING& name);
@@ -40,6 +48,7 @@ class KPT_EXPORT KPT_FILE_LOADER {
 
   KPT_STRING m_file_name;
   SOURCES m_sources;
+  KPT_LOAD_PROBLEM m_problem;
   std::unique_ptr<KPT_BYTES> m_plain;  // of a plain file
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;
 };
