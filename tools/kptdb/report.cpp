@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "commands.h"
+#include "database.h"
 #include "files.h"
 #include "report/report_data.h"
 
@@ -36,9 +37,9 @@ EXIT_CODE run_report(const REPORT_OPTIONS& options) {
   std::vector<REPORT_STAGE> stages;
   for (const std::string& file : options.files) {
     databases.push_back(DATABASE::load(file));
-    stages.push_back({&databases.back(), file, time_of_file(file)});
+    stages.push_back({databases.back().handle(), file, time_of_file(file)});
   }
-  REPORT_DATA data(stages, nullptr);
+  REPORT_DATA data(stages, KPT_KEYPOINTS_DB());
   if (!options.title.empty()) {
     data.set_title(options.title);
   }

@@ -21,23 +21,23 @@ void add_text(std::string& texts, std::string_view text) {
 
 }  // namespace
 
-REPORT_DATA::REPORT_DATA(std::vector<REPORT_STAGE> stages, const DATABASE* whole)
-    : m_title(stages.front().db->name()),
+REPORT_DATA::REPORT_DATA(std::vector<REPORT_STAGE> stages, const KPT_KEYPOINTS_DB& whole)
+    : m_title(std::string_view(stages.front().db.get_name())),
       m_stages(std::move(stages)),
       m_netlists(m_stages.size() + 1),
-      m_has_whole(whole != nullptr) {
+      m_has_whole(!whole.is_null()) {
   for (std::size_t k = 0; k < m_stages.size(); ++k) {
-    read_registers(STAGE(*m_stages[k].db), k);
+    read_registers(STAGE(m_stages[k].db), k);
   }
   if (m_has_whole) {
-    read_registers(STAGE(*whole), m_stages.size());
+    read_registers(STAGE(whole), m_stages.size());
   }
   m_fates.resize(m_netlists.front().size());
   for (std::size_t k = 0; k < m_stages.size(); ++k) {
-    read_stage(STAGE(*m_stages[k].db), k);
+    read_stage(STAGE(m_stages[k].db), k);
   }
   if (m_has_whole) {
-    read_whole(STAGE(*whole));
+    read_whole(STAGE(whole));
   }
   count_words();
 }
@@ -91,7 +91,7 @@ void REPORT_DATA::read_stage(const STAGE& stage, std::size_t number) {
       }
     });
     if (number == 0) {
-      m_findings.look_at(map, reference, m_stages[number].db->name());
+      m_findings.look_at(map, reference, std::string(std::string_view(m_stages[number].db.get_name())));
     }
     if (!m_has_whole) {
       take_fates(map);
@@ -209,7 +209,8 @@ std::string REPORT_DATA::head(const std::string& written, const std::string& too
   head["design"] = m_title;
   head["written"] = written;
   for (const REPORT_STAGE& stage : m_stages) {
-    head["stages"].push_back({{"name", stage.db->name()}, {"file", stage.file}, {"modified", stage.modified}});
+    head["stages"].push_back(
+        {{"name", std::string_view(stage.db.get_name())}, {"file", stage.file}, {"modified", stage.modified}});
   }
   for (std::size_t w = 0; w < REGISTER_WORDS.size(); ++w) {
     head["words"][std::string(REGISTER_WORDS.at(w))] = m_word_counts.at(w);

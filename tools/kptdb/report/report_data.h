@@ -21,7 +21,7 @@ namespace kptdb {
 
 /// A database of a report and where it comes from. Times are texts like 2026-11-21T16:09:00Z.
 struct REPORT_STAGE {
-  const DATABASE* db;
+  KPT_KEYPOINTS_DB db;
   std::string file;
   std::string modified;
 };
@@ -38,8 +38,8 @@ struct REPORT_CHANGES {
 
 class REPORT_DATA {
  public:
-  /// `whole` says what the stages say together: null for a single stage.
-  REPORT_DATA(std::vector<REPORT_STAGE> stages, const DATABASE* whole);
+  /// `whole` says what the stages say together: a null handle for a single stage.
+  REPORT_DATA(std::vector<REPORT_STAGE> stages, const KPT_KEYPOINTS_DB& whole);
 
   void set_title(const std::string& title) { m_title = title; }
   void set_changes(REPORT_CHANGES changes) { m_changes = std::move(changes); }

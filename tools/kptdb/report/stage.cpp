@@ -1,6 +1,6 @@
 #include "stage.h"
 
-#include "../model.h"
+#include <memory>
 
 namespace kptdb {
 
@@ -8,24 +8,21 @@ namespace {
 
 constexpr std::array SIDES{KPT_REFERENCE_SET, KPT_TRANSFORMED_SET};
 
-REGISTER_KEY key_of(const KPT_REGISTER_KEYPOINT_IMPL& reg) {
-  return {reg.get_element_name(), reg.get_entity_name(), reg.get_register_type(), reg.register_is_signal()};
+REGISTER_KEY key_of(const KPT_REGISTER_KEYPOINT& reg) {
+  return {reg.get_name(), reg.get_entity_name(), reg.get_type(), reg.is_signal()};
 }
 
 template <class OWNER>
 ATTRIBUTES attributes_of(const OWNER& owner) {
   ATTRIBUTES result;
-  for (const std::string_view name : {"note", "pass", "stage", "status", "transitions"}) {
-    const KPT_STRING value = owner.get_attribute(name);
-    if (!value.empty()) {
-      result.emplace_back(name, std::string_view(value));
-    }
+  for (const auto& [name, value] : owner.get_attributes()) {
+    result.emplace_back(std::string_view(name), std::string_view(value));
   }
   return result;
 }
 
-MAP_REASON reason_of(const KPT_TRANSFORMATION_IMPL& map) {
-  switch (map.get_elim_status()) {
+MAP_REASON reason_of(const KPT_REGISTER_TRANSFORMATION& map) {
+  switch (map.get_elimination()) {
     case KPT_STUCK_AT_ZERO:
       return REASON_ZERO;
     case KPT_STUCK_AT_ONE:
@@ -39,58 +36,61 @@ MAP_REASON reason_of(const KPT_TRANSFORMATION_IMPL& map) {
   }
 }
 
-std::vector<STAGE_MEMBER> members_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map,
-                                     const KPT_KEYPOINT_LIST& group) {
+std::vector<STAGE_MEMBER> members_of(const KPT_KEYPOINTS_DB& db, unsigned side, const KPT_REGISTER_TRANSFORMATION& map,
+                                     std::size_t index, bool inverted) {
   std::vector<STAGE_MEMBER> result;
-  for (const KPT_KEYPOINT* keypoint : group) {
-    const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(keypoint);
-    if (reg == nullptr) {
+  for (const KPT_REGISTER_KEYPOINT reg : map.get_group(SIDES[side], index, inverted)) {
+    if (reg.is_null()) {
       result.push_back({{}, false, false});
-    } else {
-      result.push_back({key_of(*reg), true, map_of(db, side, keypoint) == &map});
+      continue;
     }
+    const KPT_REGISTER_TRANSFORMATION found =
+        side == 0 ? db.get_reference_register_transformation(reg) : db.get_transformed_register_transformation(reg);
+    result.push_back({key_of(reg), true, found == map});
   }
   return result;
 }
 
-void read_side(const DATABASE& db, unsigned side, const KPT_TRANSFORMATION_IMPL& map, STAGE_MAP& result) {
-  for (const NI_PAIR& pair : side_of(map, SIDES[side])) {
-    result.sides[side].push_back(
-        {members_of(db, SIDES[side], map, pair.first), members_of(db, SIDES[side], map, pair.second)});
+void read_side(const KPT_KEYPOINTS_DB& db, unsigned side, const KPT_REGISTER_TRANSFORMATION& map, STAGE_MAP& result) {
+  const std::size_t count = map.get_number_of_indices(SIDES[side]);
+  for (std::size_t index = 0; index < count; ++index) {
+    result.sides[side].push_back({members_of(db, side, map, index, false), members_of(db, side, map, index, true)});
   }
 }
 
-void read_table(const KPT_STATE_TABLE_IMPL& table, STAGE_MAP& result) {
-  result.states = table.get_num_states();
-  result.columns = {table.get_num_reference_registers(), table.get_num_transformed_registers()};
-  result.bit = [&table](unsigned side, unsigned state, unsigned column) {
-    return static_cast<unsigned>(
-        table.get_entry(SIDES[side], static_cast<unsigned short>(state + 1), static_cast<unsigned short>(column + 1)));
+void read_table(const KPT_REGISTER_TRANSFORMATION& map, STAGE_MAP& result) {
+  const auto table = std::make_shared<const KPT_STATE_TABLE>(map.get_state_table());
+  result.states = table->get_number_of_states();
+  result.columns = {table->get_state_reference_size(), table->get_state_transformed_size()};
+  result.bit = [table](unsigned side, unsigned state, unsigned column) {
+    const auto row = static_cast<unsigned short>(state + 1);
+    const auto at = static_cast<unsigned short>(column + 1);
+    return static_cast<unsigned>(side == 0 ? table->get_reference_entry(row, at)
+                                           : table->get_transformed_entry(row, at));
   };
 }
 
 }  // namespace
 
-std::size_t STAGE::size(unsigned side) const { return m_db.registers(SIDES[side]).size(); }
+std::size_t STAGE::size(unsigned side) const { return m_db.get_set(SIDES.at(side)).size(); }
 
 void STAGE::for_each_register(unsigned side,
                               const std::function<void(const REGISTER_KEY&, const ATTRIBUTES&)>& visit) const {
-  m_db.registers(SIDES[side]).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* reg) {
-    visit(key_of(*reg), attributes_of(*reg));
-    return true;
-  });
+  for (const KPT_REGISTER_KEYPOINT& reg : m_db.get_set(SIDES.at(side))) {
+    visit(key_of(reg), attributes_of(reg));
+  }
 }
 
 void STAGE::for_each_map(const std::function<void(const STAGE_MAP&)>& visit) const {
-  for (const KPT_TRANSFORMATION_IMPL* map : m_db.maps().get_list_of_register_transformations()) {
+  for (const KPT_REGISTER_TRANSFORMATION& map : m_db.get_transformation_set()) {
     STAGE_MAP result;
-    result.is_machine = map->map_has_fsm_transformation();
-    result.reason = reason_of(*map);
-    result.attributes = attributes_of(*map);
-    read_side(m_db, 0, *map, result);
-    read_side(m_db, 1, *map, result);
+    result.is_machine = map.has_fsm();
+    result.reason = reason_of(map);
+    result.attributes = attributes_of(map);
+    read_side(m_db, 0, map, result);
+    read_side(m_db, 1, map, result);
     if (result.is_machine) {
-      read_table(map->state_table(), result);
+      read_table(map, result);
     }
     visit(result);
   }

@@ -8,7 +8,7 @@
 #include <functional>
 #include <vector>
 
-#include "../database.h"
+#include "db/kpt/kpt.h"
 #include "netlist.h"
 
 namespace kptdb {
@@ -41,7 +41,7 @@ struct STAGE_MAP {
 
 class STAGE {
  public:
-  explicit STAGE(const DATABASE& db) : m_db(db) {}
+  explicit STAGE(const KPT_KEYPOINTS_DB& db) : m_db(db) {}
 
   std::size_t size(unsigned side) const;
   void for_each_register(unsigned side, const std::function<void(const REGISTER_KEY&, const ATTRIBUTES&)>& visit) const;
@@ -49,7 +49,7 @@ class STAGE {
   void for_each_map(const std::function<void(const STAGE_MAP&)>& visit) const;
 
  private:
-  const DATABASE& m_db;
+  KPT_KEYPOINTS_DB m_db;
 };
 
 }  // namespace kptdb
