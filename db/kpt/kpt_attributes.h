@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "db/kpt/kpt_types.h"
 

@@ -104,6 +104,10 @@ KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::texts_of(const KPT_REGISTER_KEYPOINT_I
                     : KPT_REGISTER_TEXTS(name, entity, type);
 }
 
+KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::get_texts(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
+  return texts_of(keypoint, keypoint.register_is_signal());
+}
+
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
   const KPT_STRING& name = keypoint.get_element_name();
   return keypoint.register_is_signal() ? get_register(name)

@@ -67,6 +67,9 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// one are looked up. For walks over `other` that call `get_namesake`.
   void fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, const KPT_KEYPOINT_SET_IMPL& other) const;
 
+  /// What a register of this set is called, with its hash where it is known.
+  KPT_REGISTER_TEXTS get_texts(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const;
+
   /// False when there is no such signal.
   bool delete_register(std::string_view name);
   /// False when there is no such block instance; the entity is ignored.

@@ -45,6 +45,31 @@ bool KPT_KEYPOINTS_DB::associate_registers_fsm_signals(const KPT_STRING_VECTOR& 
   return impl().associate_registers_fsm_signals(r_names, t_names, table);
 }
 
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                               KPT_ELIM_ENUM status) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().associate_groups(r, t, nullptr, status));
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                               const KPT_STATE_TABLE& table,
+                                                               KPT_ELIM_ENUM status) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().associate_groups(r, t, &table, status));
+}
+
+bool KPT_KEYPOINTS_DB::compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options,
+                               KPT_COMPOSITION_REPORT* report) const {
+  KPT_COMPOSITION::STAGES impls;
+  for (const KPT_KEYPOINTS_DB& stage : stages) {
+    impls.push_back(&stage.impl());
+  }
+  KPT_COMPOSITION composition(std::move(impls), options);
+  const bool ok = composition.compose(impl());
+  if (report != nullptr) {
+    *report = composition.report();
+  }
+  return ok;
+}
+
 bool KPT_KEYPOINTS_DB::set_replicated_registers(std::string_view t_name, std::string_view replica_name) const {
   return impl().set_replicated_registers(t_name, replica_name);
 }

@@ -9,11 +9,16 @@
 #define KPT_KEYPOINTS_DB_H
 
 #include <string_view>
+#include <vector>
 
+#include "db/kpt/kpt_composition.h"
+#include "db/kpt/kpt_groups.h"
 #include "db/kpt/kpt_types.h"
 
 class KPT_KEYPOINT_SET;
 class KPT_TRANSFORMATION_SET;
+
+using KPT_KEYPOINTS_DB_LIST = std::vector<KPT_KEYPOINTS_DB, MEM_STL_ALLOCATOR<KPT_KEYPOINTS_DB>>;
 
 class KPT_EXPORT KPT_KEYPOINTS_DB {
  public:
@@ -36,6 +41,17 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// (from 1) of that side of the table. At most 65,535 names a side.
   bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
                                        const KPT_STATE_TABLE& table) const;
+
+  /// A map of any shape, with signals and block instances alike: groups of new
+  /// registers on both sides, with a table or, with at most one index a side,
+  /// without. A status is the value of the first reference register of the
+  /// first index. The map's handle, or a null one: then nothing has changed and
+  /// a debug line "Error: Map not recorded: ..." tells why.
+  KPT_REGISTER_TRANSFORMATION associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                               KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) const;
+  KPT_REGISTER_TRANSFORMATION associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                               const KPT_STATE_TABLE& table,
+                                               KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) const;
 
   // The events below name transformed signal registers; block instances are
   // not found by name alone.
@@ -60,6 +76,13 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   KPT_KEYPOINT_SET get_reference_set() const;
   KPT_KEYPOINT_SET get_transformed_set() const;
 
+  /// Fills this database, which is empty, with what the stages say together,
+  /// first to last; they are left as they were. Exact where `unite` is not: see
+  /// KPT_COMPOSITION. False, writing nothing, when the database is not empty or
+  /// one of the stages, when two stages do not fit, or when they contradict
+  /// each other; `report`, unless null, and debug lines tell why.
+  bool compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options = {},
+               KPT_COMPOSITION_REPORT* report = nullptr) const;
   /// Appends the database of the next stage, which is left as it was.
   bool unite(const KPT_KEYPOINTS_DB& other) const;
   /// Writes the database file in place; false when it cannot be opened.

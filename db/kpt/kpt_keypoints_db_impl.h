@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "db/kpt/containers/kpt_zeroed.h"
+#include "db/kpt/kpt_groups.h"
 #include "db/kpt/kpt_keypoint_set_impl.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/kpt_types.h"
@@ -76,6 +77,13 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// encoding. False, changing nothing, when a name exists in its set.
   bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
                                        const KPT_STATE_TABLE& table);
+  /// A map of any shape: groups of new registers on both sides, with a table
+  /// or, with at most one index a side, without; a status is the value of the
+  /// first reference register. Null, changing nothing, with a debug line
+  /// "Error: Map not recorded: ..." when a register exists or is named twice,
+  /// the table has not the sides' size, has no row or contradicts the status.
+  KPT_TRANSFORMATION_IMPL* associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                            const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
   /// `t_name` was duplicated into the new register `replica_name`. When the
   /// map refuses, the replica stays in the transformed set, without a map.
   bool set_replicated_registers(std::string_view t_name, std::string_view replica_name);
@@ -139,6 +147,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
   bool create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
+  NI_PAIR_VECTOR create_groups(KPT_SET_ENUM set, const KPT_GROUPS_SIDE& side, KPT_KEYPOINT_LIST* created);
+  void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
   bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);
   bool align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);

@@ -87,18 +87,19 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
   problem = {};
   const auto create = [&](std::string_view name) {
-    const bool is_taken = get_keypoints_db(name) != nullptr;
-    if (is_taken) {
-      kpt_msg_debug("DB called %s already exists\n", KPT_STRING(name).c_str());
+    return get_keypoints_db(name) == nullptr ? create_keypoints_db_impl(name) : nullptr;
+  };
+  KPT_FILE_LOADER loader(file_name);
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+  if (db == nullptr) {
+    problem = loader.problem();
+    if (problem.is_none()) {
+      kpt_msg_debug("DB called %s already exists\n", loader.name().c_str());
       problem.note({KPT_LOAD_PROBLEM::NAME_IS_TAKEN, "a database of this name exists already"});
     }
-    return is_taken ? nullptr : create_keypoints_db_impl(name);
-  };
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = KPT_FILE_LOADER::load(file_name, create, &problem);
-  if (!record_new_db(db.get())) {
     return nullptr;
   }
-  db.release();
+  record_new_db(db.release());
   return &m_databases.back();
 }
 

@@ -121,6 +121,8 @@ bool KPT_REGISTER_TRANSFORMATION::is_stuck_at_zero() const {
 
 bool KPT_REGISTER_TRANSFORMATION::is_stuck_at_one() const { return checked(m_impl).r_representative_is_stuck_at_one(); }
 
+KPT_FATE_ENUM KPT_REGISTER_TRANSFORMATION::get_fate(unsigned short r_index) const { return kpt_fate(m_impl, r_index); }
+
 bool KPT_REGISTER_TRANSFORMATION::has_no_fanout() const { return checked(m_impl).has_no_fanout(); }
 
 bool KPT_REGISTER_TRANSFORMATION::add_attribute(std::string_view name, std::string_view value) const {

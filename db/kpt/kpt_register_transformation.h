@@ -15,6 +15,7 @@
 #include <functional>
 #include <string_view>
 
+#include "db/kpt/kpt_fate.h"
 #include "db/kpt/kpt_register_group.h"
 #include "db/kpt/kpt_register_keypoint.h"
 #include "db/kpt/kpt_state_table.h"
@@ -71,6 +72,10 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   bool is_stuck_at_zero() const;
   bool is_stuck_at_one() const;
   bool has_no_fanout() const;
+  /// What became of the reference registers of the index, exactly: of a map
+  /// with several indices the questions above speak of all of them alike.
+  /// Unknown for a null handle.
+  KPT_FATE_ENUM get_fate(unsigned short r_index) const;
 
   /// Sets the attribute, new or not. Always true. Attributes are not saved.
   bool add_attribute(std::string_view name, std::string_view value) const;

@@ -13,17 +13,19 @@
 #define KPT_XML_PARSER_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
-#include <xercesc/util/SecurityManager.hpp>
 
 #include "db/kpt/files/kpt_xml_platform.h"
 #include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
+
+class KPT_XML_GUARD;
 
 /// Installed so that a handler is installed; errors are reported further down.
 class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandler {
@@ -43,17 +45,14 @@ class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParse
 /// whatever would make it read elsewhere or grow beyond the file.
 class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
  public:
-  /// Thrown out of a parse that was stopped, after the message.
-  struct STOPPED {};
-
   KPT_XML_PARSER_WRAPPER();
   ~KPT_XML_PARSER_WRAPPER() override;
 
-  void set_file_name(std::string_view file_name) { m_file_name = file_name; }
+  void set_file_name(std::string_view file_name);
   /// What the parser counted, and the stop.
-  std::size_t error_count() const { return getErrorCount() + m_stops; }
+  std::size_t error_count() const;
   /// The first error.
-  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
+  const KPT_LOAD_PROBLEM& problem() const;
 
   // From the parser. A warning becomes a debug line.
   void error(unsigned int code, const XMLCh* domain, XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type,
@@ -72,19 +71,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
                     XMLSize_t attribute_count, bool is_empty, bool is_root) override;
 
  private:
-  void warn(XMLFileLoc line, XMLFileLoc column, const char* message) const;
-  void post(XMLFileLoc line, XMLFileLoc column, const char* message);
-  [[noreturn]] void stop(const char* message);
-
-  KPT_STRING m_file_name;
-  KPT_LOAD_PROBLEM m_problem;
-  XERCES_CPP_NAMESPACE::SecurityManager m_security;
-  std::size_t m_stops = 0;
-  bool m_has_document_type = false;
-  bool m_has_growing_entity = false;
-  std::size_t m_open_references = 0;
-  std::size_t m_expanded_elements = 0;
-  std::size_t m_default_characters = 0;
+  std::unique_ptr<KPT_XML_GUARD> m_guard;
 };
 
 /// One parsed file.

@@ -94,7 +94,7 @@ struct COMMAND_LINE {
     add_json(c, unite.json);
 
     c = add_command(app, run, "report", "Write a page that shows where the registers went", report, kptdb::run_report);
-    c->add_option("FILES", report.files, "A database file")->required()->expected(1);
+    c->add_option("FILES", report.files, "Database files in the order of the stages")->required()->expected(1, 1000);
     c->add_option("-o,--output", report.output, "The page to write")->required();
     c->add_option("--title", report.title, "The design's name (default: the first database's)");
 

@@ -55,7 +55,7 @@ function items(design) {
   if (wrong > 0) result.push(['wrong', to(design, { status: 'refuted' }), `${counted(wrong, 'register')} with a refuted fact`]);
   if (lost > 0) result.push(['wrong', to(design, { words: new Set([unknown]) }), `${counted(lost, 'register')} unknown: no stage says what became of ${lost === 1 ? 'it' : 'them'}`]);
   if (ones > 0) result.push(['look', to(design, { words: new Set([WORDS.indexOf('constant')]), value: 1 }), `${counted(ones, 'register')} constant at one`]);
-  return [...result, ...machines(design)];
+  return [...result, ...design.head.told.map((text) => ['look', '#', [shown(text)]]), ...machines(design)];
 }
 
 export function showAttention(design) {

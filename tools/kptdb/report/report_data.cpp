@@ -113,10 +113,9 @@ void REPORT_DATA::read_whole(const STAGE& stage) {
 }
 
 void REPORT_DATA::take_fates(const STAGE_MAP& map) {
-  for (std::size_t index = 0; index < map.sides[0].size(); ++index) {
-    const STAGE_PAIR& pair = map.sides[0][index];
+  for (const STAGE_PAIR& pair : map.sides[0]) {
     for (const bool is_inverse : {false, true}) {
-      const REGISTER_FATE fate = fate_of(map, index, is_inverse);
+      const REGISTER_FATE fate = fate_of(map, pair, is_inverse);
       for (const STAGE_MEMBER& member : is_inverse ? pair.inverse : pair.same) {
         if (member.is_register && member.is_found) {
           m_fates.at(m_netlists.front().find(member.key)) = fate;
@@ -236,6 +235,7 @@ std::string REPORT_DATA::head(const std::string& written, const std::string& too
     const bool is_source = found.reg < m_netlists.front().size();
     head["contradictions"].push_back({found.text, is_source ? static_cast<int>(found.reg) : -1});
   }
+  head["told"] = m_told;
   if (m_changes) {
     JSON changes = JSON::array();
     for (const REPORT_CHANGE& change : m_changes->changes) {

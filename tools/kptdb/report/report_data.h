@@ -42,6 +42,9 @@ class REPORT_DATA {
   REPORT_DATA(std::vector<REPORT_STAGE> stages, const KPT_KEYPOINTS_DB& whole);
 
   void set_title(const std::string& title) { m_title = title; }
+  /// What was told when the stages were put together.
+  void set_told(std::vector<std::string> told) { m_told = std::move(told); }
+  void add_contradiction(const std::string& text) { m_findings.add({text, FINDINGS::NO_REGISTER}); }
   void set_changes(REPORT_CHANGES changes) { m_changes = std::move(changes); }
   /// How many reference registers each word has.
   const std::array<std::size_t, REGISTER_WORDS.size()>& words() const { return m_word_counts; }
@@ -59,6 +62,7 @@ class REPORT_DATA {
   std::string head(const std::string& written, const std::string& tool) const;
 
   std::string m_title;
+  std::vector<std::string> m_told;
   std::vector<REPORT_STAGE> m_stages;
   std::deque<NETLIST> m_netlists;  // one more than stages
   std::deque<MAP_COLUMN> m_maps;   // one a stage, and one for them all together

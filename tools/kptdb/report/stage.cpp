@@ -1,5 +1,6 @@
 #include "stage.h"
 
+#include <climits>
 #include <memory>
 
 namespace kptdb {
@@ -39,7 +40,7 @@ MAP_REASON reason_of(const KPT_REGISTER_TRANSFORMATION& map) {
 std::vector<STAGE_MEMBER> members_of(const KPT_KEYPOINTS_DB& db, unsigned side, const KPT_REGISTER_TRANSFORMATION& map,
                                      std::size_t index, bool inverted) {
   std::vector<STAGE_MEMBER> result;
-  for (const KPT_REGISTER_KEYPOINT reg : map.get_group(SIDES[side], index, inverted)) {
+  for (const KPT_REGISTER_KEYPOINT reg : map.get_group(SIDES.at(side), index, inverted)) {
     if (reg.is_null()) {
       result.push_back({{}, false, false});
       continue;
@@ -52,9 +53,11 @@ std::vector<STAGE_MEMBER> members_of(const KPT_KEYPOINTS_DB& db, unsigned side, 
 }
 
 void read_side(const KPT_KEYPOINTS_DB& db, unsigned side, const KPT_REGISTER_TRANSFORMATION& map, STAGE_MAP& result) {
-  const std::size_t count = map.get_number_of_indices(SIDES[side]);
+  const std::size_t count = map.get_number_of_indices(SIDES.at(side));
   for (std::size_t index = 0; index < count; ++index) {
-    result.sides[side].push_back({members_of(db, side, map, index, false), members_of(db, side, map, index, true)});
+    const bool has_fate = side == 0 && index <= USHRT_MAX;
+    result.sides.at(side).push_back({members_of(db, side, map, index, false), members_of(db, side, map, index, true),
+                                     has_fate ? map.get_fate(static_cast<unsigned short>(index)) : KPT_FATE_UNKNOWN});
   }
 }
 

@@ -25,6 +25,7 @@ struct STAGE_MEMBER {
 struct STAGE_PAIR {
   std::vector<STAGE_MEMBER> same;
   std::vector<STAGE_MEMBER> inverse;
+  KPT_FATE_ENUM fate = KPT_FATE_UNKNOWN;  // of the registers of a reference index
 };
 
 /// A map. Side 0 is the reference, side 1 the transformed one.

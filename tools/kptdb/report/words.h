@@ -22,9 +22,9 @@ struct REGISTER_FATE {
 };
 
 /// What a map says of the reference registers of one group of an index. A status is the value of the
-/// first index's representative, which stands in the `same` group unless that is empty; the other group
-/// is its inverse.
-REGISTER_FATE fate_of(const STAGE_MAP& map, std::size_t index, bool is_inverse);
+/// index's representative, which stands in the `same` group unless that is empty; the other group is its
+/// inverse.
+REGISTER_FATE fate_of(const STAGE_MAP& map, const STAGE_PAIR& pair, bool is_inverse);
 
 }  // namespace kptdb
 
