@@ -91,6 +91,10 @@ EXIT_CODE run_report(const REPORT_OPTIONS& options) {
   if (!options.title.empty()) {
     data.set_title(options.title);
   }
+  if (!options.against.empty()) {
+    const DATABASE older = DATABASE::load(options.against);
+    data.set_changes({options.against, changes_between(older, whole ? whole->db : databases.front())});
+  }
   RESULT_FILE out(options.output);
   data.write(out, now(), "kptdb " KPTDB_VERSION);
   out.finish();

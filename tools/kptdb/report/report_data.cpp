@@ -11,6 +11,9 @@ namespace kptdb {
 
 namespace {
 
+// `kptdb diff` lists the others.
+constexpr std::size_t MOST_CHANGES = 10000;
+
 // Texts follow each other with a NUL behind each. No file holds a name with a NUL in it.
 void add_text(std::string& texts, std::string_view text) {
   for (const char c : text) {
@@ -201,6 +204,21 @@ void REPORT_DATA::write_whole(BLOCKS& blocks) const {
   blocks.write("columns-whole", columns.bytes());
 }
 
+namespace {
+
+JSON json_of(const REPORT_CHANGES& changes) {
+  JSON list = JSON::array();
+  for (const CHANGE& change : changes.changes) {
+    if (list.size() == MOST_CHANGES) {
+      break;
+    }
+    list.push_back({change.side == KPT_REFERENCE_SET ? 0 : 1, change.name, change.first, change.second});
+  }
+  return {{"file", changes.file}, {"total", changes.changes.size()}, {"changes", std::move(list)}};
+}
+
+}  // namespace
+
 std::string REPORT_DATA::head(const std::string& written, const std::string& tool) const {
   JSON head;
   head["format"] = 1;
@@ -237,11 +255,7 @@ std::string REPORT_DATA::head(const std::string& written, const std::string& too
   }
   head["told"] = m_told;
   if (m_changes) {
-    JSON changes = JSON::array();
-    for (const REPORT_CHANGE& change : m_changes->changes) {
-      changes.push_back({change.side, change.name, change.was, change.is});
-    }
-    head["against"] = {{"file", m_changes->file}, {"changes", std::move(changes)}};
+    head["against"] = json_of(*m_changes);
   }
   return json_text(head, -1);
 }

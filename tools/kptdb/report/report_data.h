@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "../diff.h"
 #include "blocks.h"
 #include "findings.h"
 #include "maps.h"
@@ -26,14 +27,10 @@ struct REPORT_STAGE {
   std::string modified;
 };
 
-/// A register of which an older database says something else.
-struct REPORT_CHANGE {
-  unsigned side;
-  std::string name, was, is;
-};
+/// What an older database says differently.
 struct REPORT_CHANGES {
   std::string file;
-  std::vector<REPORT_CHANGE> changes;
+  std::vector<CHANGE> changes;
 };
 
 class REPORT_DATA {
