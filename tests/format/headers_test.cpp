@@ -11,4 +11,4 @@
 #error "a header of the library pulls in the parser"
 #endif
 
-TEST(Headers, keep_the_parser_out_of_clients) { EXPECT_TRUE(KPT_XML_ELEMENT().is_null()); }
+TEST(Headers, KeepTheParserOutOfClients) { EXPECT_TRUE(KPT_XML_ELEMENT().is_null()); }
