@@ -221,9 +221,8 @@ std::vector<CHANGE> changes_between(const DATABASE& first, const DATABASE& secon
   std::vector<CHANGE> result;
   for (const DIFFERENCE& d : differences(a, b)) {
     const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
-    std::string name = text_of(reg.keypoint);
-    name.resize(name.find(SEPARATOR));
-    result.push_back({reg.side, std::move(name), said(d.first), said(d.second)});
+    const std::string text = text_of(reg.keypoint);
+    result.push_back({reg.side, text.substr(0, text.find(SEPARATOR)), said(d.first), said(d.second)});
     if (result.back().first == result.back().second) {
       result.back().second += ", with other relatives or another state table";
     }
