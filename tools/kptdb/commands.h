@@ -83,6 +83,14 @@ struct EXPLAIN_OPTIONS {
 };
 EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options);
 
+struct REPORT_OPTIONS {
+  std::vector<std::string> files;  // in the order of the stages
+  std::string output;
+  std::string title;    // empty: the name of the first database
+  std::string against;  // an older database; empty: none
+};
+EXIT_CODE run_report(const REPORT_OPTIONS& options);
+
 struct EXPORT_OPTIONS {
   std::string file;
   std::string format;
