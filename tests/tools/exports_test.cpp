@@ -105,9 +105,10 @@ TEST_F(ExportFacts, SqliteAnswersWithOneRowARegister) {
                       "{\"event\":\"eliminate\",\"register\":\"v\",\"reason\":\"stuck_at_one\"}\n"
                       "{\"event\":\"eliminate\",\"register\":\"w\",\"reason\":\"no_fanout\"}\n");
   good({"export", "d.xml", "--format", "sqlite", "-o", "d.db"});
-  EXPECT_EQ(sql("SELECT design, name, status, constant, successor, sense, copies FROM answers ORDER BY name;"),
-            "design|a|mapped||t|inverse|1\ndesign|b|mapped||u|same|2\ndesign|c|constant|1|||0\ndesign|d|without_fanout||||0\n"
-            "design|s[0]|machine||||0\ndesign|s[1]|machine||||0\n");
+  EXPECT_EQ(
+      sql("SELECT design, name, status, constant, successor, sense, copies FROM answers ORDER BY name;"),
+      "design|a|mapped||t|inverse|1\ndesign|b|mapped||u|same|2\ndesign|c|constant|1|||0\ndesign|d|without_fanout||||0\n"
+      "design|s[0]|machine||||0\ndesign|s[1]|machine||||0\n");
   EXPECT_EQ(sql("SELECT reference, transformed FROM states ORDER BY state;"), "00|100\n01|010\n10|001\n");
   EXPECT_EQ(sql("PRAGMA user_version;"), "1\n");
   EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE design = 'design' AND name = 'a';"),
