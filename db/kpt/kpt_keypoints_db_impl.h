@@ -1,3 +1,15 @@
+// The layers of the library, from the top. Each may use those below it and no
+// other; scripts/includes checks it.
+//   manager, handles     find databases by name; forward to what is below
+//   load, composition    make a database of a file, or of several databases
+//   database             finds registers by name, creates them, reports events
+//   transformation set   finds the map of a register, keeps indexes; unite/
+//   map                  groups of registers, and their state table
+//   keypoint set, table  registers by name; the codes of a state machine
+//   keypoint             one register
+//   files, then types    reading, writing, replacing files; then containers/
+//   h/                   what the host provides
+//
 // The keypoint database of one synthesis step: the registers before it, the
 // registers after it, and the maps between them.
 //

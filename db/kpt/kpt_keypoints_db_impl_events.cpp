@@ -18,10 +18,7 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, cons
   return set_of(set).add_register(set == KPT_REFERENCE_SET ? get_next_r_id() : get_next_t_id(), texts);
 }
 
-// Both look-ups wait for memory: the second is asked for before the first waits.
 bool KPT_KEYPOINTS_DB_IMPL::associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t) {
-  m_reference_set.fetch(r);
-  m_transformed_set.fetch(t);
   if (m_reference_set.get_register(r) != nullptr || m_transformed_set.get_register(t) != nullptr) {
     return false;
   }

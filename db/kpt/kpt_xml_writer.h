@@ -6,8 +6,8 @@
 //
 // The blanks of a file follow from these call sequences alone: each operation
 // moves the indentation level by fixed steps, and some helpers indent a line
-// twice. Files are compared byte for byte with those of earlier releases, so
-// the sequences are fixed. Nothing is escaped.
+// twice. Flows compare the files byte for byte, so the sequences are
+// fixed. Nothing is escaped.
 #ifndef KPT_XML_WRITER_H
 #define KPT_XML_WRITER_H
 

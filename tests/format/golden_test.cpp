@@ -1,5 +1,5 @@
-// Files that a release once wrote and every later one must write, byte for
-// byte: flows keep them under revision control and compare them.
+// The files that these databases are saved to, byte for byte: flows keep such
+// files under revision control and compare them.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt_state_table_impl.h"

@@ -3,6 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt.h"
+
+#ifdef BOOST_CONFIG_HPP
+#error "kpt.h pulls in Boost"
+#endif
+
 #include "db/kpt/kpt_xml_element.h"
 #include "db/kpt/kpt_xml_reader.h"
 #include "db/kpt/kpt_xml_writer.h"

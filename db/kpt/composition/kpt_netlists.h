@@ -37,7 +37,9 @@ class KPT_NETLISTS {
   KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes);
 
   /// NONE for a keypoint that is null or not in the stage's sets.
-  NODE node(std::size_t stage, const KPT_KEYPOINT* keypoint) const { return m_nodes[stage].find(KPT_KEYPOINT::slot_of(keypoint)) - 1U; }
+  NODE node(std::size_t stage, const KPT_KEYPOINT* keypoint) const {
+    return m_nodes[stage].find(KPT_KEYPOINT::slot_of(keypoint)) - 1U;
+  }
   const ENDS& first() const { return m_first; }
   const ENDS& last() const { return m_last; }
   /// Of the stages from the second on.
