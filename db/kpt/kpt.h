@@ -7,6 +7,7 @@
 #ifndef KPT_H
 #define KPT_H
 
+#include "db/kpt/kpt_bytes.h"
 #include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"

@@ -5,13 +5,23 @@
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/load/kpt_file_loader.h"
 
+namespace {
+
+KPT_KEYPOINTS_DB_IMPL* make(std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); }
+
+}  // namespace
+
 KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::create(std::string_view name) {
   return KPT_UNREGISTERED_DB(new KPT_KEYPOINTS_DB_IMPL(name));
 }
 
 KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(std::string_view file_name, KPT_LOAD_PROBLEM* problem) {
-  const auto make = [](std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); };
   return KPT_UNREGISTERED_DB(KPT_FILE_LOADER::load(file_name, make, problem).release());
+}
+
+KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(KPT_BYTES& bytes, std::string_view shown_name,
+                                              KPT_LOAD_PROBLEM* problem) {
+  return KPT_UNREGISTERED_DB(KPT_FILE_LOADER(bytes, shown_name).load(make, problem).release());
 }
 
 KPT_UNREGISTERED_DB::KPT_UNREGISTERED_DB(KPT_UNREGISTERED_DB&& other) noexcept : m_db(other.release()) {}

@@ -2,36 +2,46 @@
 //
 // Ownership: owns its words. A copy is independent.
 //
-// A bit is false until it is set, and only the words up to the last bit ever
-// set are kept. A table that a file declares with 65,535 rows and columns so
-// costs nothing before it is filled, and the first 64 bits need no allocation.
+// A bit is false until it is set, and a table costs what is set in it, whatever
+// it is declared to hold: a file of some hundred bytes declares 65,535 rows and
+// columns and sets the last bit. The words from the front on stand one behind
+// the other as long as a fair part of them is in use; those far behind go to a
+// hash table. The first 64 bits need no allocation.
 // The length is the owner's to know: asked beyond what is kept, a bit is false.
 #ifndef KPT_BIT_TABLE_H
 #define KPT_BIT_TABLE_H
 
 #include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "db/kpt/containers/kpt_small_vector.h"
 
 class KPT_BIT_TABLE {
  public:
-  bool get(std::uint64_t position) const {
-    const std::uint64_t word = position / WORD;
-    return word < m_words.size() && (m_words[word] >> (position % WORD) & 1U) != 0;
-  }
+  KPT_BIT_TABLE() = default;
+  KPT_BIT_TABLE(const KPT_BIT_TABLE& other)
+      : m_words(other.m_words),
+        m_far(other.m_far == nullptr ? nullptr : std::make_unique<FAR>(*other.m_far)),
+        m_in_use(other.m_in_use) {}
+  KPT_BIT_TABLE(KPT_BIT_TABLE&&) noexcept = default;
+  KPT_BIT_TABLE& operator=(const KPT_BIT_TABLE& other) { return *this = KPT_BIT_TABLE(other); }
+  KPT_BIT_TABLE& operator=(KPT_BIT_TABLE&&) noexcept = default;
+  ~KPT_BIT_TABLE() = default;
+
+  bool get(std::uint64_t position) const { return (word(position / WORD) >> (position % WORD) & 1U) != 0; }
 
   void set(std::uint64_t position, bool value) {
     const std::uint64_t bit = std::uint64_t{1} << (position % WORD);
-    if (value) {
-      m_words[reach(position)] |= bit;
-    } else if (position < kept()) {
-      m_words[position / WORD] &= ~bit;
-    }
+    put(position / WORD, bit, value ? bit : 0);
   }
 
-  void flip(std::uint64_t position) { m_words[reach(position)] ^= std::uint64_t{1} << (position % WORD); }
+  void flip(std::uint64_t position) {
+    const std::uint64_t bit = std::uint64_t{1} << (position % WORD);
+    put(position / WORD, bit, ~word(position / WORD) & bit);
+  }
 
   /// The `count` bits from `position` on, the first one lowest. `count` is 1 to 64.
   std::uint64_t get_bits(std::uint64_t position, unsigned count) const {
@@ -46,16 +56,11 @@ class KPT_BIT_TABLE {
 
   /// Overwrites the `count` bits from `position` on. `bits` has no higher bit set.
   void set_bits(std::uint64_t position, unsigned count, std::uint64_t bits) {
-    if (bits == 0 && position >= kept()) {
-      return;
-    }
-    reach(position + count - 1);
     const std::uint64_t first = position / WORD;
     const unsigned shift = position % WORD;
-    m_words[first] = (m_words[first] & ~(low_bits(count) << shift)) | bits << shift;
+    put(first, low_bits(count) << shift, bits << shift);
     if (shift + count > WORD) {
-      const unsigned done = WORD - shift;
-      m_words[first + 1] = (m_words[first + 1] & ~low_bits(shift + count - WORD)) | bits >> done;
+      put(first + 1, low_bits(shift + count - WORD), bits >> (WORD - shift));
     }
   }
 
@@ -71,38 +76,96 @@ class KPT_BIT_TABLE {
   }
 
   /// Every bit at or beyond this position is false.
-  std::uint64_t kept() const { return std::uint64_t{m_words.size()} * WORD; }
-
-  friend bool operator==(const KPT_BIT_TABLE& a, const KPT_BIT_TABLE& b) {
-    const WORDS& shorter = a.m_words.size() < b.m_words.size() ? a.m_words : b.m_words;
-    const WORDS& longer = a.m_words.size() < b.m_words.size() ? b.m_words : a.m_words;
-    const auto* rest = longer.begin() + shorter.size();
-    return std::equal(shorter.begin(), shorter.end(), longer.begin()) &&
-           std::all_of(rest, longer.end(), [](std::uint64_t bits) { return bits == 0; });
+  std::uint64_t kept() const {
+    return WORD * std::max(std::uint64_t{m_words.size()}, m_far == nullptr ? 0 : m_far->end);
   }
+
+  friend bool operator==(const KPT_BIT_TABLE& a, const KPT_BIT_TABLE& b) { return a.is_within(b) && b.is_within(a); }
 
  private:
   static constexpr unsigned WORD = 64;
   using WORDS = KPT_SMALL_VECTOR<std::uint64_t>;
+  // By their index. Indices are ours, so nobody chooses which of them collide.
+  struct FAR {
+    boost::unordered_flat_map<std::uint64_t, std::uint64_t, boost::hash<std::uint64_t>, std::equal_to<std::uint64_t>,
+                              MEM_STL_ALLOCATOR<std::pair<const std::uint64_t, std::uint64_t>>>
+        words;
+    std::uint64_t end = 0;  // behind the last
+  };
 
   static std::uint64_t low_bits(unsigned count) { return ~std::uint64_t{0} >> (WORD - count); }
 
-  std::uint64_t word(std::uint64_t index) const { return index < m_words.size() ? m_words[index] : 0; }
-
-  // Keeps the word of the position and returns its index. Tables are mostly
-  // filled from the front, so the words grow by doubling.
-  std::size_t reach(std::uint64_t position) {
-    const std::size_t index = position / WORD;
-    if (index >= m_words.size()) {
-      if (index >= m_words.capacity()) {
-        m_words.reserve(std::max(index + 1, 2 * m_words.capacity()));
-      }
-      m_words.resize(index + 1);
+  std::uint64_t word(std::uint64_t index) const {
+    if (index < m_words.size()) {
+      return m_words[index];
     }
-    return index;
+    return m_far == nullptr ? 0 : far_word(index);
+  }
+  std::uint64_t far_word(std::uint64_t index) const {
+    const auto found = m_far->words.find(index);
+    return found == m_far->words.end() ? 0 : found->second;
+  }
+
+  // Overwrites the bits of the mask. What is false already takes no room.
+  void put(std::uint64_t index, std::uint64_t mask, std::uint64_t bits) {
+    const std::uint64_t before = word(index);
+    const std::uint64_t after = (before & ~mask) | bits;
+    if (after == before) {
+      return;
+    }
+    m_in_use += before == 0 ? 1U : 0U;
+    if (!reach(index)) {
+      make_far();
+      m_far->words[index] = after;
+      m_far->end = std::max(m_far->end, index + 1);
+    } else {
+      m_words[index] = after;
+    }
+  }
+
+  // Makes room for the word among those from the front on, unless too few of
+  // them would be in use. Tables are mostly filled from the front, so the words
+  // grow by doubling.
+  bool reach(std::uint64_t index) {
+    constexpr std::uint64_t FEW = 64;
+    constexpr std::uint64_t MOST_WORDS_FOR_ONE_IN_USE = 8;
+    const std::size_t size = m_words.size();
+    if (index < size) {
+      return true;
+    }
+    if (index >= FEW + MOST_WORDS_FOR_ONE_IN_USE * m_in_use) {
+      return false;
+    }
+    if (index >= m_words.capacity()) {
+      m_words.reserve(std::max(static_cast<std::size_t>(index) + 1, 2 * m_words.capacity()));
+    }
+    m_words.resize(static_cast<std::size_t>(index) + 1);
+    for (std::size_t k = size; m_far != nullptr && k < m_words.size(); ++k) {
+      m_words[k] = far_word(k);
+      m_far->words.erase(k);
+    }
+    return true;
+  }
+
+  void make_far() {
+    if (m_far == nullptr) {
+      m_far = std::make_unique<FAR>();
+    }
+  }
+
+  bool is_within(const KPT_BIT_TABLE& other) const {
+    for (std::size_t k = 0; k < m_words.size(); ++k) {
+      if (m_words[k] != other.word(k)) {
+        return false;
+      }
+    }
+    return m_far == nullptr || std::all_of(m_far->words.begin(), m_far->words.end(),
+                                           [&](const auto& entry) { return other.word(entry.first) == entry.second; });
   }
 
   WORDS m_words;
+  std::unique_ptr<FAR> m_far;  // words that the vector does not reach
+  std::uint64_t m_in_use = 0;  // how often a word became other than 0
 };
 
 #endif

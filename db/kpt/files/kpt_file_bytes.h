@@ -11,23 +11,11 @@
 #include <cstdint>
 #include <string_view>
 
+#include "db/kpt/kpt_bytes.h"
 #include "db/kpt/kpt_types.h"
 
 /// The path under which the host opens a file of that name.
 KPT_STRING kpt_path_to_open(std::string_view file_name);
-
-/// Where bytes come from.
-class KPT_BYTES {
- public:
-  virtual ~KPT_BYTES() = default;
-  /// As many bytes as there are, up to `size`. 0 at the end; negative when
-  /// reading fails.
-  virtual std::ptrdiff_t read(char* to, std::size_t size) = 0;
-  /// Starts again. False when the bytes can be had only once.
-  virtual bool rewind() = 0;
-  /// How many there are, where that is known; else 0.
-  virtual std::uint64_t size() const = 0;
-};
 
 /// A file, opened by its name and by nothing but its name.
 class KPT_FILE_BYTES : public KPT_BYTES {
@@ -48,20 +36,6 @@ class KPT_FILE_BYTES : public KPT_BYTES {
   int m_descriptor = -1;
   bool m_is_regular = false;
   std::uint64_t m_size = 0;
-};
-
-/// Bytes in memory, which stay the caller's.
-class KPT_MEMORY_BYTES : public KPT_BYTES {
- public:
-  explicit KPT_MEMORY_BYTES(std::string_view bytes) : m_bytes(bytes) {}
-
-  std::ptrdiff_t read(char* to, std::size_t size) override;
-  bool rewind() override;
-  std::uint64_t size() const override { return m_bytes.size(); }
-
- private:
-  std::string_view m_bytes;
-  std::size_t m_position = 0;
 };
 
 #endif

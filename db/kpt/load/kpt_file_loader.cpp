@@ -18,16 +18,25 @@ struct KPT_FILE_LOADER::GENERAL {
 };
 
 KPT_FILE_LOADER::KPT_FILE_LOADER(std::string_view file_name, SOURCES sources)
-    : m_file_name(file_name), m_sources(sources), m_bytes(kpt_path_to_open(m_file_name)) {}
+    : m_file_name(file_name),
+      m_sources(sources),
+      m_file(kpt_path_to_open(m_file_name)),
+      m_bytes(m_file->is_open() ? &*m_file : nullptr) {}
+
+KPT_FILE_LOADER::KPT_FILE_LOADER(KPT_BYTES& bytes, std::string_view shown_name)
+    : m_file_name(shown_name), m_sources(ALL_SOURCES), m_bytes(&bytes) {}
 
 KPT_FILE_LOADER::~KPT_FILE_LOADER() = default;
 
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view file_name, const CREATE& create,
                                                              KPT_LOAD_PROBLEM* problem) {
-  KPT_FILE_LOADER loader(file_name);
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+  return KPT_FILE_LOADER(file_name).load(create, problem);
+}
+
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(const CREATE& create, KPT_LOAD_PROBLEM* problem) {
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = read(create) ? finish() : nullptr;
   if (db == nullptr && problem != nullptr) {
-    problem->note(loader.problem());
+    problem->note(m_problem);
   }
   return db;
 }
@@ -40,17 +49,19 @@ void KPT_FILE_LOADER::tell_parsing_starts() const { kpt_msg_debug("Start XML par
 
 // Looked at from end to end before anything is built.
 bool KPT_FILE_LOADER::look_through() {
-  if (m_sources == GENERAL_SOURCE_ALONE || !m_bytes.is_open() || !m_bytes.rewind()) {
+  if (m_sources == GENERAL_SOURCE_ALONE || m_bytes == nullptr || !m_bytes->rewind()) {
     return false;
   }
-  m_is_plain = kpt_is_plain(m_bytes, m_name);
-  m_bytes.rewind();
+  m_is_plain = kpt_is_plain(*m_bytes, m_name) && m_bytes->rewind();
+  if (!m_is_plain) {
+    m_bytes->rewind();
+  }
   return m_is_plain;
 }
 
 bool KPT_FILE_LOADER::read_generally(const CREATE& create) {
   m_general = std::make_unique<GENERAL>(create);
-  if (!m_general->source.read(m_file_name, m_bytes.is_open() ? &m_bytes : nullptr, m_general->builder)) {
+  if (!m_general->source.read(m_file_name, m_bytes, m_general->builder)) {
     m_problem.note(m_general->source.problem());
     return false;
   }
@@ -95,7 +106,7 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
   tell_parsing_starts();
   KPT_LOAD_LINES lines(false);
   KPT_DATABASE_BUILDER builder([&](std::string_view) { return m_db.release(); }, lines);
-  if (!kpt_build_from_plain(m_bytes, builder)) {
+  if (!kpt_build_from_plain(*m_bytes, builder)) {
     kpt_msg_debug("Error: file %s changed while it was read", m_file_name.c_str());
     m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file changed while it was read"});
     return nullptr;

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "db/kpt/files/kpt_file_bytes.h"
@@ -25,8 +26,11 @@ class KPT_EXPORT KPT_FILE_LOADER {
   /// null, then notes why.
   static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(std::string_view file_name, const CREATE& create,
                                                      KPT_LOAD_PROBLEM* problem);
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(const CREATE& create, KPT_LOAD_PROBLEM* problem);
 
   explicit KPT_FILE_LOADER(std::string_view file_name, SOURCES sources = ALL_SOURCES);
+  /// Bytes that outlive the loader, under a name for the messages.
+  KPT_FILE_LOADER(KPT_BYTES& bytes, std::string_view shown_name);
   ~KPT_FILE_LOADER();
   KPT_FILE_LOADER(const KPT_FILE_LOADER&) = delete;
   KPT_FILE_LOADER& operator=(const KPT_FILE_LOADER&) = delete;
@@ -58,7 +62,8 @@ class KPT_EXPORT KPT_FILE_LOADER {
   KPT_STRING m_file_name;
   SOURCES m_sources;
   KPT_LOAD_PROBLEM m_problem;
-  KPT_FILE_BYTES m_bytes;
+  std::optional<KPT_FILE_BYTES> m_file;
+  KPT_BYTES* m_bytes;  // null for a file that cannot be opened
   bool m_is_plain = false;
   KPT_STRING m_name;
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;  // of a plain file

@@ -24,7 +24,7 @@ void KPT_ID_INDEX::fill(const KPT_KEYPOINT_SET_IMPL& set) {
   // Ids of a file are ints, so the difference of two fits.
   const auto cells = static_cast<std::size_t>(most - m_least) + 1;
   if (cells / MOST_CELLS_A_KEYPOINT > set.size()) {
-    m_far = set.get_id_keypoint_hash();
+    fill_far(set);
     return;
   }
   m_near.resize(cells);
@@ -34,11 +34,22 @@ void KPT_ID_INDEX::fill(const KPT_KEYPOINT_SET_IMPL& set) {
   });
 }
 
+void KPT_ID_INDEX::fill_far(const KPT_KEYPOINT_SET_IMPL& set) {
+  m_far.reserve(set.size());
+  set.for_each_keypoint([&](KPT_KEYPOINT* keypoint) {
+    m_far.push_back({keypoint->get_kpid(), keypoint});
+    return true;
+  });
+  std::stable_sort(m_far.begin(), m_far.end(), [](const ENTRY& a, const ENTRY& b) { return a.id < b.id; });
+}
+
 KPT_KEYPOINT* KPT_ID_INDEX::find(long id) const {
   if (!m_near.empty()) {
     const auto cell = static_cast<std::size_t>(id - m_least);
     return cell < m_near.size() ? m_near[cell] : nullptr;
   }
-  const auto found = m_far.find(id);
-  return found == m_far.end() ? nullptr : found->second;
+  // Of those with that id the last.
+  const auto behind = std::upper_bound(m_far.begin(), m_far.end(), id,
+                                       [](long wanted, const ENTRY& entry) { return wanted < entry.id; });
+  return behind == m_far.begin() || behind[-1].id != id ? nullptr : behind[-1].keypoint;
 }

@@ -3,8 +3,8 @@
 // Ownership: none; the keypoints belong to their set.
 //
 // Ids mostly lie close together, and then their keypoints stand in one array;
-// ids that a file spreads far apart go to a hash table, so that the index costs
-// what the registers weigh.
+// ids that a file spreads far apart are sorted, so that the index costs what the
+// registers weigh. No hash: whoever writes a file chooses its ids.
 #ifndef KPT_ID_INDEX_H
 #define KPT_ID_INDEX_H
 
@@ -22,9 +22,16 @@ class KPT_ID_INDEX {
   KPT_KEYPOINT* find(long id) const;
 
  private:
+  struct ENTRY {
+    long id;
+    KPT_KEYPOINT* keypoint;
+  };
+
+  void fill_far(const KPT_KEYPOINT_SET_IMPL& set);
+
   long m_least = 0;
   std::vector<KPT_KEYPOINT*, MEM_STL_ALLOCATOR<KPT_KEYPOINT*>> m_near;  // by id, from the least
-  KPT_ID_KEYPOINT_HASH m_far;                                           // used when the array is not
+  std::vector<ENTRY, MEM_STL_ALLOCATOR<ENTRY>> m_far;                   // by id, when the array is empty
 };
 
 #endif
