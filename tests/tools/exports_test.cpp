@@ -92,7 +92,7 @@ TEST_F(ExportFacts, GtkwaveNamesBitsAsTheDumpHasThem) {
         "$scope module tb $end\n$var wire 1 ! a $end\n$var wire 4 \" b [3:0] $end\n$var wire 1 # \\c $end\n"
         "$var wire 3 $ h [0:2] $end\n$upscope $end\n$enddefinitions $end\n");
   good({"export", "d.xml", "--format", "gtkwave", "--dump", "g.vcd", "--scope", "tb", "-o", "view"});
-  const std::string text = read("view/d.gtkw");
+  const std::string text = read("view/design.gtkw");
   EXPECT_THAT(text, HasSubstr("@22\n#{q[1:0]} (1)tb.b[3:0] tb.a\n@68\n+{r} tb.\\c\n"));
   EXPECT_THAT(text, HasSubstr("#{s[1:0]} (0)tb.h[0:2] (1)tb.h[0:2] (2)tb.h[0:2]\n"));
   EXPECT_EQ(read("view/machine_1.txt"), "# s[1:0]\n001 10\n010 01\n100 00\n");
@@ -105,12 +105,13 @@ TEST_F(ExportFacts, SqliteAnswersWithOneRowARegister) {
                       "{\"event\":\"eliminate\",\"register\":\"v\",\"reason\":\"stuck_at_one\"}\n"
                       "{\"event\":\"eliminate\",\"register\":\"w\",\"reason\":\"no_fanout\"}\n");
   good({"export", "d.xml", "--format", "sqlite", "-o", "d.db"});
-  EXPECT_EQ(sql("SELECT design, name, status, constant, successor, sense, copies FROM answers ORDER BY name;"),
-            "d|a|mapped||t|inverse|1\nd|b|mapped||u|same|2\nd|c|constant|1|||0\nd|d|without_fanout||||0\n"
-            "d|s[0]|machine||||0\nd|s[1]|machine||||0\n");
+  EXPECT_EQ(
+      sql("SELECT design, name, status, constant, successor, sense, copies FROM answers ORDER BY name;"),
+      "design|a|mapped||t|inverse|1\ndesign|b|mapped||u|same|2\ndesign|c|constant|1|||0\ndesign|d|without_fanout||||0\n"
+      "design|s[0]|machine||||0\ndesign|s[1]|machine||||0\n");
   EXPECT_EQ(sql("SELECT reference, transformed FROM states ORDER BY state;"), "00|100\n01|010\n10|001\n");
   EXPECT_EQ(sql("PRAGMA user_version;"), "1\n");
-  EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE design = 'd' AND name = 'a';"),
+  EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE design = 'design' AND name = 'a';"),
               Not(HasSubstr("SCAN")));
 }
 
