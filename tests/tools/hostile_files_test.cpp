@@ -18,7 +18,8 @@ class Hostile : public TOOL_TEST {
                                                {"diff", "x.xml", "x.xml"},
                                                {"check", "x.xml"},
                                                {"unite", "x.xml", "x.xml", "-o", "out"},
-                                               {"export", "x.xml", "--json", "-o", "out"}}) {
+                                               {"export", "x.xml", "--json", "-o", "out"},
+                                               {"report", "x.xml", "-o", "out"}}) {
       const RUN_RESULT result = kptdb(command);
       EXPECT_EQ(result.exit_code, 3) << command.front() << ": " << result.err;
       EXPECT_EQ(result.out, "") << command.front();

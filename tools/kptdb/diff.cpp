@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "commands.h"
+#include "diff.h"
 #include "files.h"
 #include "model.h"
 #include "text.h"
@@ -212,6 +213,22 @@ JSON json_of(const DIFFERENCE& d) {
 }
 
 }  // namespace
+
+std::vector<CHANGE> changes_between(const DATABASE& first, const DATABASE& second) {
+  const auto said = [](const REGISTER* reg) { return reg == nullptr ? "no such register" : in_short(*reg); };
+  FACTS a(first);
+  FACTS b(second);
+  std::vector<CHANGE> result;
+  for (const DIFFERENCE& d : differences(a, b)) {
+    const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
+    const std::string text = text_of(reg.keypoint);
+    result.push_back({reg.side, text.substr(0, text.find(SEPARATOR)), said(d.first), said(d.second)});
+    if (result.back().first == result.back().second) {
+      result.back().second += ", with other relatives or another state table";
+    }
+  }
+  return result;
+}
 
 EXIT_CODE run_diff(const DIFF_OPTIONS& options) {
   const DATABASE first = DATABASE::load(options.first);

@@ -108,6 +108,11 @@ struct COMMAND_LINE {
     c->add_option("REGISTER", explain.name, "A register of the first netlist")->required();
     c->add_option("FILES", explain.files, "Database files in the order of the stages")->required()->expected(1, 1000);
     c->add_flag("--transformed", explain.transformed, "The register is one of the last netlist");
+    c = add_command(app, run, "report", "Write a page that shows where the registers went", report, kptdb::run_report);
+    c->add_option("FILES", report.files, "Database files in the order of the stages")->required()->expected(1, 1000);
+    c->add_option("-o,--output", report.output, "The page to write")->required();
+    c->add_option("--against", report.against, "An older database file: show what it says differently");
+    c->add_option("--title", report.title, "The design's name (default: the first database's)");
 
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
@@ -131,6 +136,7 @@ struct COMMAND_LINE {
   kptdb::UNITE_OPTIONS unite;
   kptdb::COMPOSE_OPTIONS compose;
   kptdb::EXPLAIN_OPTIONS explain;
+  kptdb::REPORT_OPTIONS report;
   kptdb::EXPORT_OPTIONS export_;
 };
 
