@@ -82,6 +82,7 @@ struct EXPLAIN_OPTIONS {
   bool transformed = false;        // the register is one of the last netlist
 };
 EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options);
+
 struct REPORT_OPTIONS {
   std::vector<std::string> files;  // in the order of the stages
   std::string output;
