@@ -121,7 +121,7 @@ void MODULE_VIEW::add_flops(RTLIL::Cell* cell) {
 
 // A port that is read at a clock holds what was read: it is the register that went into it.
 void MODULE_VIEW::add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked) {
-  const int width = clocked.bits.empty() ? 0 : data.size() / clocked.size();
+  const int width = clocked.size() == 0 ? 0 : data.size() / clocked.size();
   for (int i = 0; i < data.size() && width > 0; ++i) {
     if (clocked[i / width] == RTLIL::State::S1) {
       add_flop(cell, i, data[i], RTLIL::SigBit());
@@ -190,7 +190,7 @@ void MODULE_VIEW::add_lut(RTLIL::Cell* cell) {
   if (input.size() != 1) {
     return;
   }
-  const std::vector<RTLIL::State>& table = cell->getParam(Yosys::ID::LUT).bits;
+  const RTLIL::Const& table = cell->getParam(Yosys::ID::LUT);
   if (table.size() == 2 && table[0] != table[1]) {
     m_inverters[m_sigmap(cell->getPort(Yosys::ID::Y)[0])] = {input[0], table[0] == RTLIL::State::S1};
   }

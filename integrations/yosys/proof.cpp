@@ -112,6 +112,7 @@ class PROOF {
                           const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes);
   RTLIL::Wire* shared_wire(const NETS& nets, const std::string& name, int width);
   void tie_gold(const MEMBER& member);
+  void miss(const NETS& nets, const char* what, const std::string& name);
   void hide_names();
 
   const KPT_KEYPOINTS_DB& m_db;
@@ -161,8 +162,14 @@ void PROOF::add_member(std::vector<MEMBER>& members, const KPT_REGISTER_KEYPOINT
     m_known.insert(member.m_bit.wire);
     members.push_back(std::move(member));
   } else {
-    ++m_summary.m_missing;
+    miss(m_gold, "register", member.m_name);
   }
+}
+
+// A pass between flattening and here may have deleted it, or the database is of another design.
+void PROOF::miss(const NETS& nets, const char* what, const std::string& name) {
+  ++m_summary.m_missing;
+  Yosys::log_warning("Module %s has no %s %s.\n", text_of(nets.module()->name).c_str(), what, name.c_str());
 }
 
 std::vector<PROOF::MEMBER> PROOF::reference_members(const KPT_REGISTER_TRANSFORMATION& map, unsigned short index) {
@@ -200,8 +207,10 @@ void PROOF::apply_constant(const std::vector<MEMBER>& members, bool value) {
 // that reads it reads the shared name; the others are copies.
 void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<MEMBER>& members) {
   RTLIL::SigBit gate_bit;
-  if (!m_gate.find(map.get_transformed(0), gate_bit)) {
-    m_summary.m_missing += members.size();
+  if (const KPT_REGISTER_KEYPOINT transformed = map.get_transformed(0); !m_gate.find(transformed, gate_bit)) {
+    for (const MEMBER& member : members) {
+      miss(m_gate, "net for register", member.m_name);
+    }
     return;
   }
   const bool inverted = map.is_negative_unate(0, 0) != members.front().m_inverted;
@@ -254,14 +263,17 @@ void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
     if (m_gold.find(map.get_reference(i), bit)) {
       r.push_back(i);
       m_known.insert(bit.wire);
+    } else if (!map.get_reference(i).is_null()) {
+      miss(m_gold, "register", to_string(map.get_reference(i).get_name()));
     }
   }
   for (unsigned short i = 0; i < map.get_state_transformed_size(); ++i) {
     if (m_gate.find(map.get_transformed(i), bit)) {
       t.push_back(i);
+    } else if (!map.get_transformed(i).is_null()) {
+      miss(m_gate, "net for state bit", to_string(map.get_transformed(i).get_name()));
     }
   }
-  m_summary.m_missing += map.get_state_reference_size() - r.size();
   const KPT_STATE_TABLE table = map.get_state_table();
   std::map<std::string, std::string> codes;  // by the gate's code; the highest bit stands first
   for (unsigned short row = 1; row <= table.get_number_of_states(); ++row) {

@@ -18,7 +18,7 @@ struct PROOF_SUMMARY {
   std::size_t m_machines = 0;
   std::size_t m_no_fanout = 0;
   std::size_t m_hidden = 0;   // names of the gate module that mean something else in the gold one
-  std::size_t m_missing = 0;  // registers of the database that a module does not have
+  std::size_t m_missing = 0;  // registers and state bits that a module does not have
 };
 
 /// Writes the codes of state machines to `codes`, as equiv_make reads them.

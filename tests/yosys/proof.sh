@@ -28,3 +28,7 @@ wrong 'a swapped pair' -e 's/>floor\[0\]</>other</' -e 's/>moving</>floor[0]</' 
 wrong 'a wrong constant' 's/elim_type="stuck_at_one"/elim_type="stuck_at_zero"/'
 wrong 'a wrong polarity' 's/\(<\/*\)inverts>/\1noninverts>/'
 wrong 'a wrong state code' '/<state index="3">/,/<\/reference>/s/index="0"> 1 /index="0"> 0 /'
+
+# What a module does not have is told by name.
+run log "read_rtlil gate.il; rename $top gate; kpt_load kpt.xml; kpt_apply -encfile codes gate gate"
+expect log 'Warning: Module gate has no register floor[0].'
