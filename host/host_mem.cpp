@@ -57,12 +57,13 @@ std::string readable_name(const std::type_info& type) {
 }  // namespace
 
 void* MEM_MANAGER::new_wrapper(unsigned long size, MEM_TRACKER_THUNK* thunk, const char*) {
-  void* const raw = size <= LARGEST_BLOCK ? std::malloc(sizeof(BLOCK_HEADER) + size) : nullptr;
+  std::unique_ptr<void, decltype(&std::free)> raw(
+      size <= LARGEST_BLOCK ? std::malloc(sizeof(BLOCK_HEADER) + size) : nullptr, &std::free);
   if (raw == nullptr) {
     throw std::bad_alloc();
   }
-  charge(*thunk, size);
-  return new (raw) BLOCK_HEADER{size, thunk} + 1;
+  charge(*thunk, size);  // may need memory of its own
+  return new (raw.release()) BLOCK_HEADER{size, thunk} + 1;
 }
 
 void MEM_MANAGER::delete_wrapper(void* p, const char*) {

@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <optional>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
@@ -30,36 +31,73 @@ bool write_database(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_WRITER& writer) {
   return saved;
 }
 
-// Whether the text comes back from a file as it is: nothing is escaped, and
-// the parser's narrow characters are only sure to hold ASCII.
-bool reads_back(std::string_view text) {
-  const auto plain = [](char c) { return c >= 0x20 && c <= 0x7E && c != '<' && c != '&' && c != '"'; };
-  return std::all_of(text.begin(), text.end(), plain) && text.find("]]>") == std::string_view::npos;
-}
-
-bool register_reads_back(const KPT_REGISTER_KEYPOINT_IMPL& k) {
-  const bool ok = reads_back(k.get_element_name()) &&
-                  (k.register_is_signal() || (reads_back(k.get_entity_name()) && reads_back(k.get_register_type())));
-  if (!ok) {
-    kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
-                  k.get_element_name().c_str());
+// The length of the character of XML that the text begins with, in UTF-8; 0
+// when it begins with none.
+std::size_t character_length(std::string_view text) {
+  const auto byte = [&](std::size_t k) { return k < text.size() ? static_cast<unsigned char>(text[k]) : 0U; };
+  const unsigned first = byte(0);
+  if (first < 0x80) {
+    return first >= 0x20 || first == '\t' || first == '\n' || first == '\r' ? 1 : 0;
   }
-  return ok;
+  const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  unsigned code = first & (0x7FU >> length);
+  for (std::size_t k = 1; k < length; ++k) {
+    if ((byte(k) & 0xC0U) != 0x80) {
+      return 0;
+    }
+    code = code << 6U | (byte(k) & 0x3FU);
+  }
+  constexpr std::array<unsigned, 3> LEAST{0x80, 0x800, 0x10000};  // in fewer bytes it is another spelling of one
+  const bool is_character = code >= LEAST[length - 2] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF) &&
+                            code != 0xFFFE && code != 0xFFFF && first >= 0xC0;
+  return is_character ? length : 0;
 }
 
-bool set_reads_back(const KPT_KEYPOINT_SET_IMPL& set) {
+// Whether a file can hold the text: XML knows no control characters, and bytes
+// that are not UTF-8 are none of its characters.
+bool can_be_held(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = character_length(text);
+    if (length == 0) {
+      return false;
+    }
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
+void tell_of_texts(const char* file_name, const KPT_STRING& owner) {
+  const std::unique_ptr<MSG_E> message(MSG_KPT::E::TEXTS_CANNOT_BE_SAVED(file_name, owner.c_str()));
+  message->post();
+}
+
+bool register_can_be_held(const KPT_REGISTER_KEYPOINT_IMPL& k) {
+  return can_be_held(k.get_element_name()) &&
+         (k.register_is_signal() || (can_be_held(k.get_entity_name()) && can_be_held(k.get_register_type())));
+}
+
+bool set_can_be_held(const KPT_KEYPOINT_SET_IMPL& set, const char* file_name) {
   bool ok = true;
-  set.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) { return ok = register_reads_back(*k); });
+  set.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
+    ok = register_can_be_held(*k);
+    if (!ok) {
+      kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
+                    k->get_element_name().c_str());
+      tell_of_texts(file_name, "register " + k->get_element_name());
+    }
+    return ok;
+  });
   return ok;
 }
 
-bool database_reads_back(KPT_KEYPOINTS_DB_IMPL& db) {
+bool database_can_be_held(KPT_KEYPOINTS_DB_IMPL& db, const char* file_name) {
   const KPT_STRING& name = db.get_db_name();
-  if (name.empty() || !reads_back(name)) {
+  if (name.empty() || !can_be_held(name)) {
     kpt_msg_debug("Error: database %s cannot be saved: a file cannot hold its name", name.c_str());
+    tell_of_texts(file_name, "database " + name);
     return false;
   }
-  return set_reads_back(*db.get_reference_set()) && set_reads_back(*db.get_transformed_set());
+  return set_can_be_held(*db.get_reference_set(), file_name) && set_can_be_held(*db.get_transformed_set(), file_name);
 }
 
 KPT_STRING decimal(std::size_t number) {
@@ -283,23 +321,36 @@ class REPLACEMENT {
   std::optional<mode_t> m_earlier_mode;
 };
 
+bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
+  REPLACEMENT file(file_name);
+  KPT_XML_WRITER writer(file_name);
+  writer.escape_texts();
+  bool saved = writer.start_file_on(file.open()) && write_database(db, writer);
+  saved = writer.finish_file() && saved && file.replace_target();
+  if (!saved) {
+    kpt_msg_debug("Error: cannot write %s", file_name.c_str());
+  }
+  return saved;
+}
+
 }  // namespace
 
 bool KPT_KEYPOINTS_DB_IMPL::save(std::string_view file_name) {
-  KPT_XML_WRITER writer(file_name);
-  return writer.start_file() && write_database(*this, writer);
+  try {
+    KPT_XML_WRITER writer(file_name);
+    return writer.start_file() && write_database(*this, writer);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+    return false;
+  }
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
-  if (!database_reads_back(*this)) {
+  try {
+    const KPT_STRING name(file_name);
+    return database_can_be_held(*this, name.c_str()) && replace_file(*this, name);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
     return false;
   }
-  REPLACEMENT file(file_name);
-  KPT_XML_WRITER writer(file_name);
-  bool saved = writer.start_file_on(file.open()) && write_database(*this, writer);
-  saved = writer.finish_file() && saved && file.replace_target();
-  if (!saved) {
-    kpt_msg_debug("Error: cannot write %s", KPT_STRING(file_name).c_str());
-  }
-  return saved;
 }

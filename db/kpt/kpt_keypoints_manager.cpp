@@ -48,7 +48,9 @@ KPT_KEYPOINTS_MANAGER::DATABASES::iterator KPT_KEYPOINTS_MANAGER::find(std::stri
 }
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::create_keypoints_db(std::string_view name) {
-  record_new_db(create_keypoints_db_impl(name));
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db(create_keypoints_db_impl(name));
+  record_new_db(db.get());
+  db.release();
   return get_keypoints_db(name);
 }
 
@@ -71,6 +73,15 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::get_keypoints_db(std::string_view name)
 }
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
+  try {
+    return loaded(file_name);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+    return nullptr;
+  }
+}
+
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::loaded(std::string_view file_name) {
   const auto create = [&](std::string_view name) {
     const bool is_taken = get_keypoints_db(name) != nullptr;
     if (is_taken) {
@@ -83,9 +94,8 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
   if (db == nullptr) {
     return nullptr;
   }
-  const KPT_STRING name = db->get_db_name();
-  record_new_db(db.release());
-  return get_keypoints_db(name);
+  record_new_db(db.get());
+  return get_keypoints_db(db.release()->get_db_name());
 }
 
 bool KPT_KEYPOINTS_MANAGER::save_db(std::string_view name, std::string_view file_name) {

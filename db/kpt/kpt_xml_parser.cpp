@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <string>
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
@@ -129,7 +130,7 @@ void kpt_append_narrow(const XMLCh* text, KPT_STRING& out) {
 
 KESTOV_DOM_PARSER::~KESTOV_DOM_PARSER() = default;
 
-KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER() {
+KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER(MemoryManager* memory) : KESTOV_DOM_PARSER(memory) {
   m_security.setEntityExpansionLimit(MOST_EXPANSIONS);
   setSecurityManager(&m_security);
   // Without this the parser asks nobody and opens what an entity names.
@@ -235,46 +236,59 @@ void KPT_XML_PARSER_WRAPPER::startElement(const XMLElementDecl& element, unsigne
 }
 
 KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
-  const KPT_STRING name(file_name);
-  if (!m_platform.is_started()) {
-    kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), 0);
-    m_ok = false;
-    return;
-  }
   try {
-    m_parser.emplace();
-    m_parser->setErrorHandler(&m_error_handler);
-    m_parser->set_file_name(name);
-    parse(name);
-  } catch (const XMLException& problem) {
-    kpt_msg_debug("Caught XMLException(error_msg: %s) while parsing file %s", narrow(problem.getMessage()).c_str(),
-                  name.c_str());
+    parse(file_name);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);  // not even for the name of the file
     m_ok = false;
-  } catch (const DOMException& problem) {
-    kpt_msg_debug("Caught DOM_DOMException(code %d) while parsing file %s", static_cast<int>(problem.code),
-                  name.c_str());
-    m_ok = false;
-  } catch (const KPT_XML_PARSER_WRAPPER::STOPPED&) {
-    m_ok = false;  // reported where it was thrown
-  } catch (...) {
-    kpt_msg_debug("Caught Unknown XML exception while parsing file %s", name.c_str());
-    m_ok = false;
+  }
+}
+
+// The parser goes before its memory and before what keeps xerces-c started.
+KPT_XML_PARSER::~KPT_XML_PARSER() { m_parser.reset(); }
+
+void KPT_XML_PARSER::parse(std::string_view file_name) {
+  const KPT_STRING name(file_name);
+  m_ok = m_platform.is_started();
+  if (m_ok) {
+    try {
+      const KPT_STRING path = kpt_path_to_open(name);
+      const FILE_SOURCE source(path);
+      m_parser.emplace(&m_memory);
+      m_parser->setErrorHandler(&m_error_handler);
+      m_parser->set_file_name(name);
+      m_parser->parse(source);
+    } catch (...) {
+      tell_caught(name.c_str());
+      m_ok = false;
+    }
   }
   const std::size_t errors = m_parser.has_value() ? m_parser->error_count() : 0;
   kpt_msg_debug("XML parse: file: %s, nerrors: %d", name.c_str(), static_cast<int>(errors));
   m_ok = m_ok && errors == 0;
+  m_document = m_ok ? m_parser->getDocument() : nullptr;
 }
 
-// The parser goes before what keeps xerces-c started.
-KPT_XML_PARSER::~KPT_XML_PARSER() { m_parser.reset(); }
-
-void KPT_XML_PARSER::parse(const KPT_STRING& file_name) {
-  const KPT_STRING path = kpt_path_to_open(file_name);
-  const FILE_SOURCE source(path);
-  m_parser->parse(source);
-  m_ok = m_parser->error_count() == 0;
-  if (m_ok) {
-    m_document = m_parser->getDocument();
+// Called while an exception is handled.
+void KPT_XML_PARSER::tell_caught(const char* file_name) {
+  constexpr char UNKNOWN[] = "Caught Unknown XML exception while parsing file %s";
+  try {
+    throw;
+  } catch (const XMLException& problem) {
+    kpt_msg_debug("Caught XMLException(error_msg: %s) while parsing file %s", narrow(problem.getMessage()).c_str(),
+                  file_name);
+  } catch (const DOMException& problem) {
+    kpt_msg_debug("Caught DOM_DOMException(code %d) while parsing file %s", static_cast<int>(problem.code), file_name);
+  } catch (const KPT_XML_PARSER_WRAPPER::STOPPED&) {
+    // Reported where it was thrown.
+  } catch (const OutOfMemoryException&) {
+    kpt_msg_debug(UNKNOWN, file_name);
+    kpt_tell_out_of_memory(file_name);
+  } catch (const std::bad_alloc&) {
+    kpt_msg_debug(UNKNOWN, file_name);
+    kpt_tell_out_of_memory(file_name);
+  } catch (...) {
+    kpt_msg_debug(UNKNOWN, file_name);
   }
 }
 

@@ -22,6 +22,7 @@
 
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
+#include "db/kpt/kpt_xml_memory.h"
 #include "db/kpt/kpt_xml_platform.h"
 
 /// Text in the parser's characters.
@@ -38,6 +39,9 @@ class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandl
 
 class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParser {
  public:
+  explicit KESTOV_DOM_PARSER(
+      XERCES_CPP_NAMESPACE::MemoryManager* memory = XERCES_CPP_NAMESPACE::XMLPlatformUtils::fgMemoryManager)
+      : XercesDOMParser(nullptr, memory) {}
   ~KESTOV_DOM_PARSER() override;
 };
 
@@ -48,7 +52,8 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   /// Thrown out of a parse that was stopped, after the message.
   struct STOPPED {};
 
-  KPT_XML_PARSER_WRAPPER();
+  explicit KPT_XML_PARSER_WRAPPER(
+      XERCES_CPP_NAMESPACE::MemoryManager* memory = XERCES_CPP_NAMESPACE::XMLPlatformUtils::fgMemoryManager);
   ~KPT_XML_PARSER_WRAPPER() override;
 
   void set_file_name(std::string_view file_name) { m_file_name = file_name; }
@@ -90,7 +95,8 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
 class KPT_EXPORT KPT_XML_PARSER {
  public:
   /// Parses. Every error is posted as a message, every exception becomes a
-  /// debug line; `ok` is false after either.
+  /// debug line; `ok` is false after either. Of memory that ended a message
+  /// tells as well.
   explicit KPT_XML_PARSER(std::string_view file_name);
   ~KPT_XML_PARSER();
   KPT_XML_PARSER(const KPT_XML_PARSER&) = delete;
@@ -102,13 +108,15 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_ELEMENT root_element(std::string_view name, bool* ok) const;
 
  private:
-  void parse(const KPT_STRING& file_name);
+  void parse(std::string_view file_name);
+  void tell_caught(const char* file_name);
 
   bool m_ok = true;
   XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
   KPT_XML_ERROR_HANDLER m_error_handler;
   std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made
   KPT_XML_PLATFORM m_platform;
+  KPT_XML_MEMORY m_memory;  // of the parser and its document
 };
 
 /// The parser's text as narrow text. ASCII, which is all that a database file
