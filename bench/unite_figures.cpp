@@ -8,7 +8,7 @@
 // database: INSERT ... SELECT over two tables that are indexed by name, and the
 // indexes of the result on both of its names; "none" records and ends.
 #include <sqlite3.h>
-#include <time.h>  // NOLINT(modernize-deprecated-headers): clock_gettime is POSIX
+#include <time.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,5 +1,6 @@
 # What every target of this project is compiled with. Only our own targets ask for it, so code that
-# is merely included, and clients, are not held to these warnings.
+# is merely included, and clients, are not held to these warnings. Warnings are errors where the
+# presets say so: another compiler or build type may warn of what is none, and builds all the same.
 
 set(KPT_WARNINGS
     -Wall
@@ -16,17 +17,15 @@ set(KPT_WARNINGS
     -Wformat=2
     -Wimplicit-fallthrough
     -Wundef
-    -Wvla
-    -Werror)
+    -Wvla)
+if(KPT_WARNINGS_AS_ERRORS)
+  list(APPEND KPT_WARNINGS -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   list(APPEND KPT_WARNINGS -Wduplicated-cond -Wduplicated-branches -Wlogical-op)
 endif()
 
 set(KPT_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all)
-
-if(KPT_TIDY)
-  find_program(KPT_CLANG_TIDY NAMES clang-tidy clang-tidy-14 REQUIRED)
-endif()
 
 function(kpt_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_20)
@@ -42,8 +41,5 @@ function(kpt_target_defaults target)
   if(KPT_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=single)
     target_link_options(${target} PRIVATE --coverage)
-  endif()
-  if(KPT_TIDY)
-    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${KPT_CLANG_TIDY};--quiet")
   endif()
 endfunction()

@@ -4,11 +4,12 @@
 #include <utility>
 
 #include "h/msg_sys.h"
-#include "host/host_text.h"
 #include "host/kpt_host.h"
+#include "host/services/text.h"
 
 namespace {
 
+using kpt_services::or_empty;
 using TEXT_SINK = std::function<void(const char* tag, const char* text)>;
 using CHECK_SINK = std::function<void(const char* condition, const char* tag, const char* file, int line)>;
 
@@ -49,56 +50,7 @@ void send(SINK sink, ARGS... args) {
   sink(args...);
 }
 
-const char* or_empty(const char* text) { return text != nullptr ? text : ""; }
-
-bool is_identifier(std::string_view text) {
-  constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
-  return !text.empty() && text.find_first_not_of(LETTERS) == std::string_view::npos;
-}
-
-// Takes the identifier off the end of `text`; empty when there is none.
-MEM_STRING cut_identifier(MEM_STRING& text) {
-  const std::size_t slash = text.rfind('/');
-  if (slash == MEM_STRING::npos || !is_identifier(std::string_view(text).substr(slash + 1))) {
-    return {};
-  }
-  MEM_STRING identifier = text.substr(slash + 1);
-  text.erase(slash);
-  return identifier;
-}
-
 }  // namespace
-
-MSG_BASE::MSG_BASE(MSG_REPORT* report) : m_report(report) {}
-
-MSG_BASE::~MSG_BASE() = default;
-
-void* MSG_BASE::operator new(std::size_t size) {
-  void* const memory = std::calloc(1, size);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return memory;
-}
-
-void MSG_BASE::operator delete(void* p) { std::free(p); }
-
-void MSG_BASE::fill_args(const char* text, unsigned int n, ...) {
-  MEM_STRING pattern = or_empty(text);
-  // Before the arguments go in, so that a "/" of theirs is not taken for the separator.
-  const MEM_STRING identifier = cut_identifier(pattern);
-  if (m_tag.empty()) {
-    m_tag = identifier;
-  }
-  va_list args;
-  va_start(args, n);
-  m_text = kpt_host::filled(pattern, args);
-  va_end(args);
-}
-
-void MSG_BASE::fill_args(const char* format, va_list args) { m_text = kpt_host::formatted(format, args); }
-
-void MSG_BASE::set_tag(const char* tag) { m_tag = or_empty(tag); }
 
 void MSG_BASE::post() {
   if (dynamic_cast<MSG_D*>(this) == nullptr) {
@@ -108,10 +60,6 @@ void MSG_BASE::post() {
   }
 }
 
-MSG_E::MSG_E(MSG_REPORT* report) : MSG_BASE(report) {}
-
-MSG_D::MSG_D(MSG_REPORT* report) : MSG_BASE(report) {}
-
 void MSG_INTERNAL_ERROR::report(const char* condition, const char* tag, const char* file, int line) {
   send(channels().m_check_sink, or_empty(condition), or_empty(tag), or_empty(file), line);
 }
@@ -120,7 +68,7 @@ bool msg_local_vdebug(char* tag, const char* format, va_list args) {
   if (!channels().m_debug) {
     return false;
   }
-  send(channels().m_debug_sink, or_empty(tag), kpt_host::formatted(format, args).c_str());
+  send(channels().m_debug_sink, or_empty(tag), kpt_services::formatted(format, args).c_str());
   return true;
 }
 

@@ -1,6 +1,6 @@
 #include "db/kpt/kpt_attributes.h"
 
-#include "db/kpt/kpt_zeroed.h"
+#include "db/kpt/containers/kpt_zeroed.h"
 
 struct KPT_ATTRIBUTES::STORE : KPT_ZEROED {
   boost::unordered_flat_map<KPT_STRING, KPT_STRING, STL_CASE_SENSITIVE_HASH_COMPARE, STL_CASE_SENSITIVE_HASH_COMPARE,

@@ -8,11 +8,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include "db/kpt/containers/kpt_pool_slot.h"
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
-
-template <class VALUE>
-class KPT_BY_KEYPOINT;
 
 class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
  public:
@@ -35,15 +33,13 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
   /// id beyond 2,147,483,647 does not survive a save.
   long get_kpid() const { return m_kpid; }
 
-  /// What the indexes know a keypoint by, read off without a look at it: which
-  /// set made it, by a number that no other set of the process ever has, and as
-  /// which of its keypoints (from 0). All zero for no keypoint.
-  static constexpr std::uint32_t OUTSIDE = 0;
-  struct PLACE {
-    std::uint32_t set;
-    std::uint32_t place;
-    const KPT_KEYPOINT* keypoint;
-  };
+  /// The slot by which indexes know a keypoint: the number of the set that made
+  /// it, which no other set of the process ever has, and its own number there.
+  /// The slot of nothing for null.
+  using POOL_SLOT = KPT_POOL_SLOT;
+  static POOL_SLOT slot_of(const KPT_KEYPOINT* keypoint) {
+    return keypoint == nullptr ? POOL_SLOT() : POOL_SLOT{keypoint->m_set, keypoint->m_slot, keypoint};
+  }
 
   /// Writes a "key_point" element of type "keypoint". Always true. Such an
   /// element is not read back.
@@ -52,17 +48,12 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
  protected:
   KPT_STRING m_element_name;
   long m_kpid;
-  bool is_in_set() const { return m_set != OUTSIDE; }
+  bool is_in_set() const { return m_set != POOL_SLOT::NO_POOL; }
 
  private:
-  // Which set made the keypoint, by a number that no other set of the process
-  // ever has, and as which of its keypoints (from 0): the key under which an
-  // index knows the keypoint without a hash.
   friend class KPT_KEYPOINT_SET_IMPL;
-  template <class VALUE>
-  friend class KPT_BY_KEYPOINT;
-  std::uint32_t m_set = OUTSIDE;
-  std::uint32_t m_place = 0;
+  std::uint32_t m_set = POOL_SLOT::NO_POOL;
+  std::uint32_t m_slot = 0;
 };
 
 #endif

@@ -15,38 +15,38 @@ bool KPT_KEYPOINT_INDEX::stands_for(const ENTRY& entry, const KEY& key, std::uin
 // The position of the entry for the key, or of the free one where it belongs.
 std::size_t KPT_KEYPOINT_INDEX::position_of(const KEY& key, std::uint32_t hash) const {
   std::size_t at = home(hash);
-  while (m_entries[at].place != 0 && !stands_for(m_entries[at], key, hash)) {
+  while (m_entries[at].slot != 0 && !stands_for(m_entries[at], key, hash)) {
     at = after(at);
   }
   return at;
 }
 
-// A free entry has place 0: one less is none.
-std::uint32_t KPT_KEYPOINT_INDEX::find_place(const KPT_REGISTER_TEXTS& texts) const {
-  return m_size == 0 ? NO_PLACE : m_entries[position_of({texts.name, texts.register_type}, texts.hash)].place - 1U;
+// A free entry has slot 0: one less is none.
+std::uint32_t KPT_KEYPOINT_INDEX::find_slot(const KPT_REGISTER_TEXTS& texts) const {
+  return m_size == 0 ? NO_SLOT : m_entries[position_of({texts.name, texts.register_type}, texts.hash)].slot - 1U;
 }
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::find(const KPT_REGISTER_TEXTS& texts) const {
-  const std::uint32_t place = find_place(texts);
-  return place == NO_PLACE ? nullptr : m_pool.at(place);
+  const std::uint32_t slot = find_slot(texts);
+  return slot == NO_SLOT ? nullptr : m_pool.at(slot);
 }
 
-KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::enter(std::uint32_t place, std::uint32_t hash) {
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::enter(std::uint32_t slot, std::uint32_t hash) {
   make_room();
-  ENTRY& entry = m_entries[position_of(m_pool.at(place)->key(), hash)];
-  KPT_REGISTER_KEYPOINT_IMPL* earlier = entry.place == 0 ? nullptr : keypoint(entry);
-  entry = {place + 1U, hash};
+  ENTRY& entry = m_entries[position_of(m_pool.at(slot)->key(), hash)];
+  KPT_REGISTER_KEYPOINT_IMPL* earlier = entry.slot == 0 ? nullptr : keypoint(entry);
+  entry = {slot + 1U, hash};
   m_size += earlier == nullptr ? 1U : 0U;
   return earlier;
 }
 
-bool KPT_KEYPOINT_INDEX::remove(std::uint32_t place, std::uint32_t hash) {
+bool KPT_KEYPOINT_INDEX::remove(std::uint32_t slot, std::uint32_t hash) {
   if (m_size == 0) {
     return false;
   }
   std::size_t at = home(hash);
-  while (m_entries[at].place != place + 1U) {
-    if (m_entries[at].place == 0) {
+  while (m_entries[at].slot != slot + 1U) {
+    if (m_entries[at].slot == 0) {
       return false;
     }
     at = after(at);
@@ -60,7 +60,7 @@ bool KPT_KEYPOINT_INDEX::remove(std::uint32_t place, std::uint32_t hash) {
 // before its entry: those that would be reached from their home at the gap.
 void KPT_KEYPOINT_INDEX::close_gap(std::size_t gap) {
   const std::size_t mask = m_entries.size() - 1;
-  for (std::size_t at = after(gap); m_entries[at].place != 0; at = after(at)) {
+  for (std::size_t at = after(gap); m_entries[at].slot != 0; at = after(at)) {
     const std::size_t steps = (at - home(m_entries[at].hash)) & mask;
     if (steps >= ((at - gap) & mask)) {
       m_entries[gap] = m_entries[at];
@@ -82,9 +82,9 @@ void KPT_KEYPOINT_INDEX::make_room() {
   before.swap(m_entries);
   m_shift = 32U - static_cast<unsigned>(std::countr_zero(wanted));
   for (const ENTRY& entry : before) {
-    if (entry.place != 0) {
+    if (entry.slot != 0) {
       std::size_t at = home(entry.hash);
-      while (m_entries[at].place != 0) {
+      while (m_entries[at].slot != 0) {
         at = after(at);
       }
       m_entries[at] = entry;
@@ -103,10 +103,10 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_INDEX::first_with(std::uint32_t hash) c
     return nullptr;
   }
   std::size_t at = home(hash);
-  while (m_entries[at].place != 0 && m_entries[at].hash != hash) {
+  while (m_entries[at].slot != 0 && m_entries[at].hash != hash) {
     at = after(at);
   }
-  return m_entries[at].place == 0 ? nullptr : keypoint(m_entries[at]);
+  return m_entries[at].slot == 0 ? nullptr : keypoint(m_entries[at]);
 }
 
 void KPT_KEYPOINT_INDEX::fetch_keypoint(std::uint32_t hash) const { __builtin_prefetch(first_with(hash)); }

@@ -4,8 +4,8 @@
 // Ownership: none; the keypoints live in the pool of the set, which outlives
 // the index.
 //
-// An open table of eight bytes an entry, the keypoint's place in the pool and
-// 32 bits of its hash, probed step by step from the place that the hash names.
+// An open table of eight bytes an entry, the keypoint's slot in the pool and
+// 32 bits of its hash, probed step by step from the entry that the hash names.
 // A probe reads one line of memory and a keypoint only when those 32 bits
 // agree; growing reads no keypoint. Callers bring the hash, so that a walk over
 // registers whose hashes are known computes none, and can ask for the memory
@@ -17,7 +17,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "db/kpt/kpt_pool.h"
+#include "db/kpt/containers/kpt_pool.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_register_texts.h"
 
@@ -29,14 +29,14 @@ class KPT_KEYPOINT_INDEX {
 
   /// By name and register type; null when there is none.
   KPT_REGISTER_KEYPOINT_IMPL* find(const KPT_REGISTER_TEXTS& texts) const;
-  /// Its place in the pool, or NO_PLACE.
-  std::uint32_t find_place(const KPT_REGISTER_TEXTS& texts) const;
-  static constexpr std::uint32_t NO_PLACE = UINT32_MAX;
-  /// Enters the keypoint at that place of the pool, with the hash of its key;
+  /// Its slot in the pool, or NO_SLOT.
+  std::uint32_t find_slot(const KPT_REGISTER_TEXTS& texts) const;
+  static constexpr std::uint32_t NO_SLOT = UINT32_MAX;
+  /// Enters the keypoint in that slot of the pool, with the hash of its key;
   /// the one that was found under the same key until now, or null.
-  KPT_REGISTER_KEYPOINT_IMPL* enter(std::uint32_t place, std::uint32_t hash);
-  /// Takes the entry of the keypoint at that place out. False when it has none.
-  bool remove(std::uint32_t place, std::uint32_t hash);
+  KPT_REGISTER_KEYPOINT_IMPL* enter(std::uint32_t slot, std::uint32_t hash);
+  /// Takes the entry of the keypoint in that slot out. False when it has none.
+  bool remove(std::uint32_t slot, std::uint32_t hash);
   std::size_t size() const { return m_size; }
 
   /// Ask for what a coming `find` reads: its entry; the keypoint, once the
@@ -47,14 +47,14 @@ class KPT_KEYPOINT_INDEX {
 
  private:
   struct ENTRY {
-    std::uint32_t place;  // from 1; 0 in a free entry
+    std::uint32_t slot;  // from 1; 0 in a free entry
     std::uint32_t hash;
   };
 
   // Requires a table. Entries are passed from `home` on until a free one.
   std::size_t home(std::uint32_t hash) const { return hash >> m_shift; }
   std::size_t after(std::size_t at) const { return (at + 1) & (m_entries.size() - 1); }
-  KPT_REGISTER_KEYPOINT_IMPL* keypoint(const ENTRY& entry) const { return m_pool.at(entry.place - 1U); }
+  KPT_REGISTER_KEYPOINT_IMPL* keypoint(const ENTRY& entry) const { return m_pool.at(entry.slot - 1U); }
   using KEY = KPT_REGISTER_KEYPOINT_IMPL::KEY;
   bool stands_for(const ENTRY& entry, const KEY& key, std::uint32_t hash) const;
   std::size_t position_of(const KEY& key, std::uint32_t hash) const;

@@ -1,6 +1,5 @@
 #include "db/kpt/kpt_keypoint_set_impl.h"
 
-#include "db/kpt/kpt_translation.h"
 #include "db/kpt/kpt_xml_writer.h"
 
 namespace {
@@ -17,7 +16,7 @@ std::uint32_t next_set_number() {
 KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL()
     : m_number(next_set_number()), m_signal_registers(m_keypoints), m_instance_registers(m_keypoints) {}
 
-// In order of creation: the places lie side by side, where the order of the
+// In order of creation: the slots lie side by side, where the order of the
 // indexes would jump about in memory.
 KPT_KEYPOINT_SET_IMPL::~KPT_KEYPOINT_SET_IMPL() {
   for (std::uint32_t k = 0; k < m_keypoints.count(); ++k) {
@@ -33,15 +32,15 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::construct(long id, const KPT_
 // Retired until it is entered: were the index to run out of memory, the
 // keypoint would stay in the pool but not in the set.
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, const KPT_REGISTER_TEXTS& texts) {
-  const std::uint32_t place = m_keypoints.count();
-  m_standings.resize(std::size_t{place} + 1, RETIRED);
-  m_hashes.resize(std::size_t{place} + 1);
-  m_hashes[place] = texts.hash;
+  const std::uint32_t slot = m_keypoints.count();
+  m_standings.resize(std::size_t{slot} + 1, RETIRED);
+  m_hashes.resize(std::size_t{slot} + 1);
+  m_hashes[slot] = texts.hash;
   KPT_REGISTER_KEYPOINT_IMPL* keypoint = construct(id, texts);
   keypoint->m_set = m_number;
-  keypoint->m_place = place;
-  KPT_REGISTER_KEYPOINT_IMPL* earlier = index(texts.is_signal).enter(place, texts.hash);
-  m_standings[place] = texts.is_signal ? AMONG_SIGNALS : AMONG_INSTANCES;
+  keypoint->m_slot = slot;
+  KPT_REGISTER_KEYPOINT_IMPL* earlier = index(texts.is_signal).enter(slot, texts.hash);
+  m_standings[slot] = texts.is_signal ? AMONG_SIGNALS : AMONG_INSTANCES;
   if (earlier != nullptr) {
     retire(*earlier);
   }
@@ -49,7 +48,7 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, const K
 }
 
 void KPT_KEYPOINT_SET_IMPL::retire(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
-  m_standings[keypoint.m_place] = RETIRED;
+  m_standings[keypoint.m_slot] = RETIRED;
   keypoint.retire();
 }
 
@@ -66,10 +65,10 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(const KPT_REGIST
   return index(texts.is_signal).find(texts);
 }
 
-KPT_KEYPOINT::PLACE KPT_KEYPOINT_SET_IMPL::get_place(const KPT_REGISTER_TEXTS& texts) const {
-  const std::uint32_t place = index(texts.is_signal).find_place(texts);
-  return place == KPT_KEYPOINT_INDEX::NO_PLACE ? KPT_KEYPOINT::PLACE()
-                                               : KPT_KEYPOINT::PLACE{m_number, place, m_keypoints.at(place)};
+KPT_KEYPOINT::POOL_SLOT KPT_KEYPOINT_SET_IMPL::get_slot(const KPT_REGISTER_TEXTS& texts) const {
+  const std::uint32_t slot = index(texts.is_signal).find_slot(texts);
+  return slot == KPT_KEYPOINT_INDEX::NO_SLOT ? KPT_KEYPOINT::POOL_SLOT()
+                                             : KPT_KEYPOINT::POOL_SLOT{m_number, slot, m_keypoints.at(slot)};
 }
 
 void KPT_KEYPOINT_SET_IMPL::fetch(const KPT_REGISTER_TEXTS& texts) const {
@@ -92,11 +91,11 @@ KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::texts_of(const KPT_REGISTER_KEYPOINT_I
       keypoint.m_set == m_number && keypoint.is_as_entered() && keypoint.register_is_signal() == as_signal;
   const std::string_view name = keypoint.get_element_name();
   if (as_signal) {
-    return as_entered ? KPT_REGISTER_TEXTS(name, m_hashes[keypoint.m_place]) : KPT_REGISTER_TEXTS(name);
+    return as_entered ? KPT_REGISTER_TEXTS(name, m_hashes[keypoint.m_slot]) : KPT_REGISTER_TEXTS(name);
   }
   const std::string_view entity = keypoint.get_entity_name();
   const std::string_view type = keypoint.get_register_type();
-  return as_entered ? KPT_REGISTER_TEXTS(name, entity, type, m_hashes[keypoint.m_place])
+  return as_entered ? KPT_REGISTER_TEXTS(name, entity, type, m_hashes[keypoint.m_slot])
                     : KPT_REGISTER_TEXTS(name, entity, type);
 }
 
@@ -116,22 +115,22 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGIST
 void KPT_KEYPOINT_SET_IMPL::fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
                                                    const KPT_KEYPOINT_SET_IMPL& other) const {
   constexpr std::size_t STEP = 8;
-  const auto fetch = [&](std::size_t place, void (KPT_KEYPOINT_INDEX::*what)(std::uint32_t) const) {
-    if (place < other.m_hashes.size() && other.m_standings[place] != RETIRED) {
-      (index(other.m_standings[place] == AMONG_SIGNALS).*what)(other.m_hashes[place]);
+  const auto fetch = [&](std::size_t slot, void (KPT_KEYPOINT_INDEX::*what)(std::uint32_t) const) {
+    if (slot < other.m_hashes.size() && other.m_standings[slot] != RETIRED) {
+      (index(other.m_standings[slot] == AMONG_SIGNALS).*what)(other.m_hashes[slot]);
     }
   };
-  fetch(keypoint.m_place + 3 * STEP, &KPT_KEYPOINT_INDEX::fetch_entry);
-  fetch(keypoint.m_place + 2 * STEP, &KPT_KEYPOINT_INDEX::fetch_keypoint);
-  fetch(keypoint.m_place + STEP, &KPT_KEYPOINT_INDEX::fetch_name);
+  fetch(keypoint.m_slot + 3 * STEP, &KPT_KEYPOINT_INDEX::fetch_entry);
+  fetch(keypoint.m_slot + 2 * STEP, &KPT_KEYPOINT_INDEX::fetch_keypoint);
+  fetch(keypoint.m_slot + STEP, &KPT_KEYPOINT_INDEX::fetch_name);
 }
 
 bool KPT_KEYPOINT_SET_IMPL::remove(KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
   if (keypoint == nullptr) {
     return false;
   }
-  const std::uint32_t place = keypoint->m_place;
-  index(m_standings[place] == AMONG_SIGNALS).remove(place, m_hashes[place]);
+  const std::uint32_t slot = keypoint->m_slot;
+  index(m_standings[slot] == AMONG_SIGNALS).remove(slot, m_hashes[slot]);
   retire(*keypoint);
   return true;
 }
@@ -144,8 +143,14 @@ bool KPT_KEYPOINT_SET_IMPL::delete_register(std::string_view name, std::string_v
 }
 
 bool KPT_KEYPOINT_SET_IMPL::delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
-  const bool stands_here = keypoint.m_set == m_number && m_standings[keypoint.m_place] != RETIRED;
+  const bool stands_here = keypoint.m_set == m_number && m_standings[keypoint.m_slot] != RETIRED;
   return remove(stands_here && keypoint.is_as_entered() ? &keypoint : get_namesake(keypoint));
+}
+
+void KPT_KEYPOINT_SET_IMPL::take_back(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
+  if (m_standings[keypoint.m_slot] != RETIRED) {
+    remove(&keypoint);
+  }
 }
 
 KPT_KEYPOINT_LIST KPT_KEYPOINT_SET_IMPL::get_list_of_keypoints() const {
@@ -176,17 +181,17 @@ bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_
 
 // The index in which the other set has a register decides what is looked for
 // and added, whatever kind the register has been made since.
-bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_TRANSLATION* translation) {
+bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_NAMESAKES* namesakes) {
   other.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
     fetch_namesakes_behind(*keypoint, other);
-    const bool as_signal = other.m_standings[keypoint->m_place] == AMONG_SIGNALS;
+    const bool as_signal = other.m_standings[keypoint->m_slot] == AMONG_SIGNALS;
     const KPT_REGISTER_TEXTS texts = other.texts_of(*keypoint, as_signal);
     KPT_REGISTER_KEYPOINT_IMPL* namesake = get_register(texts);
     if (namesake == nullptr) {
       namesake = add_register(++next_id, texts);
     }
-    if (translation != nullptr && keypoint->register_is_signal() == as_signal) {
-      translation->remember(keypoint, namesake);
+    if (namesakes != nullptr && keypoint->register_is_signal() == as_signal) {
+      namesakes->at(KPT_KEYPOINT::slot_of(keypoint)) = namesake;
     }
     return true;
   });

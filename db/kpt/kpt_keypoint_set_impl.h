@@ -15,11 +15,13 @@
 #include <string_view>
 #include <vector>
 
+#include "db/kpt/containers/kpt_by_slot.h"
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_keypoint_index.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
-class KPT_TRANSLATION;
+/// What walks remember of look-ups: from the keypoints of any set to registers of one set.
+using KPT_NAMESAKES = KPT_BY_SLOT<KPT_REGISTER_KEYPOINT_IMPL*>;
 
 class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
  public:
@@ -46,9 +48,9 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// The same by texts whose hash is known.
   KPT_REGISTER_KEYPOINT_IMPL* add_register(long id, const KPT_REGISTER_TEXTS& texts);
   KPT_REGISTER_KEYPOINT_IMPL* get_register(const KPT_REGISTER_TEXTS& texts) const;
-  /// The place of that register, all zero when it is absent: what it leads to
-  /// is on its way from memory while its name is still being compared.
-  KPT_KEYPOINT::PLACE get_place(const KPT_REGISTER_TEXTS& texts) const;
+  /// The slot of that register, or the slot of nothing when it is absent: what
+  /// it leads to is on its way from memory while its name is still being compared.
+  KPT_KEYPOINT::POOL_SLOT get_slot(const KPT_REGISTER_TEXTS& texts) const;
   /// Asks for the memory in which the texts are looked up.
   void fetch(const KPT_REGISTER_TEXTS& texts) const;
 
@@ -73,6 +75,8 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// one, another when it was renamed, has left the set or is of another set.
   /// False when there is none.
   bool delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
+  /// Deletes a register of this set that is the last to have been added under its key.
+  void take_back(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
 
   KPT_KEYPOINT_LIST get_list_of_keypoints() const;
   /// From id to keypoint; of two with one id the later in walking order wins.
@@ -84,8 +88,8 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// and attributes of `other` are not carried over. A register of `other` is
   /// looked up under the name that it has now.
   bool make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id);
-  /// The same, and tells a translation onto this set, unless null, what it found.
-  bool make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_TRANSLATION* translation);
+  /// The same, and enters in `namesakes`, unless null, what it found.
+  bool make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_NAMESAKES* namesakes);
 
   /// Writes the "key_points_set" element. False once a keypoint could not be
   /// written; the rest is then left out.

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "db/kpt/kpt_keypoints_manager.h"
 #include "db/kpt/kpt_state_table.h"
 #include "db/kpt/kpt_state_table_impl.h"
 
@@ -11,10 +10,9 @@ long KPT_KEYPOINTS_DB_IMPL::s_t_id = 0;
 
 KPT_KEYPOINTS_DB_IMPL::KPT_KEYPOINTS_DB_IMPL(std::string_view name) : m_db_name(name) {}
 
-// Whoever destroys a recorded database, its registry entry is dead from here on.
 KPT_KEYPOINTS_DB_IMPL::~KPT_KEYPOINTS_DB_IMPL() {
-  if (m_recorded) {
-    KPT_KEYPOINTS_MANAGER::forget(this);
+  if (m_forget != nullptr) {
+    m_forget(this);
   }
 }
 
@@ -73,9 +71,9 @@ KPT_STATE_TABLE_IMPL KPT_KEYPOINTS_DB_IMPL::create_state_table_impl(const KPT_ST
 }
 
 KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_reference_register_transformation(std::string_view name) const {
-  return m_transformation_set.get_map_of_place(KPT_REFERENCE_SET, m_reference_set.get_place(name));
+  return m_transformation_set.get_map_of_slot(KPT_REFERENCE_SET, m_reference_set.get_slot(name));
 }
 
 KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_transformed_register_transformation(std::string_view name) const {
-  return m_transformation_set.get_map_of_place(KPT_TRANSFORMED_SET, m_transformed_set.get_place(name));
+  return m_transformation_set.get_map_of_slot(KPT_TRANSFORMED_SET, m_transformed_set.get_slot(name));
 }

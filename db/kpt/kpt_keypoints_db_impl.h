@@ -12,10 +12,10 @@
 
 #include <string_view>
 
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_keypoint_set_impl.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
 class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
  public:
@@ -59,6 +59,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   // What passes report. False when the event was refused; an association, an
   // elimination and an event on a register without a map are refused silently.
+  // Where memory ends, std::bad_alloc leaves, nothing has changed, and the event
+  // can be reported again; but a merge with a state machine may be recorded
+  // with its table as it was.
 
   /// A register kept 1:1. False, changing nothing, when either register exists.
   bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name);
@@ -90,9 +93,12 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   /// Appends the next stage: afterwards the maps run from this database's
   /// reference registers to the transformed registers of `db2`, which is left
-  /// as it was. There is no rollback.
+  /// as it was. There is no rollback: where memory ends, std::bad_alloc leaves
+  /// a database behind that can be used, saved and destroyed, and spans the
+  /// two stages in part.
   bool unite_db(KPT_KEYPOINTS_DB_IMPL& db2);
-  /// Gives this database a pass-through map for every register that `db2` starts from and that it lacks.
+  /// Gives this database a pass-through map for every register that `db2`
+  /// starts from and that it lacks. Where memory ends those made so far stay.
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2);
   /// Deletes the registers of a set that no map lists. The result is that of the last deletion.
   bool cleanup_reference_keypoint_set();
@@ -101,8 +107,11 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// Writes the database file. False when it cannot be opened or a part
   /// cannot be written; what the file held before is then lost.
   bool save(std::string_view file_name);
-  /// Writes the file beside its target and renames it. False, with a debug
-  /// line, when a name could not be read back or anything cannot be written;
+  /// Writes the file beside its target and renames it, with references for
+  /// what XML needs escaped, so that every name comes back. False when anything
+  /// cannot be written, with a debug line, or when a text has a control
+  /// character or is not UTF-8, which the message EKPT_TEXTS_CANNOT_BE_SAVED
+  /// tells as well;
   /// an earlier file of that name is then untouched and nothing else stays.
   /// A process that is killed meanwhile may leave a file ".kpt-*" in the
   /// folder, which a later save that replaces the target removes if it may
@@ -135,7 +144,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts);
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
-  bool create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
+  void create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
+  void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
   bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);
   bool align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);
@@ -145,7 +155,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_SET_IMPL m_transformed_set;
   KPT_TRANSFORMATION_SET_IMPL m_transformation_set;
   KPT_STRING m_db_name;
-  bool m_recorded = false;  // a manager's registry has an entry for it
+  // Called by the destructor of a recorded database, whoever destroys it: its registry entry is dead from then on.
+  void (*m_forget)(const KPT_KEYPOINTS_DB_IMPL*) = nullptr;
 };
 
 #endif

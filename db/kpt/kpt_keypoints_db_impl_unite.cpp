@@ -13,7 +13,7 @@ bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   KPT_TRANSLATION translation(m_transformed_set);
   make_complete_db(db2, translation);
   KPT_TRANSFORMATION_SET_IMPL second;
-  const bool ok = m_transformed_set.make_union(db2.m_transformed_set, s_t_id, &translation) &&
+  const bool ok = m_transformed_set.make_union(db2.m_transformed_set, s_t_id, &translation.namesakes()) &&
                   second.translate_map_set(db2.m_transformation_set, translation) &&
                   m_transformation_set.unite(second) && cleanup_reference_keypoint_set() &&
                   cleanup_transformed_keypoint_set();

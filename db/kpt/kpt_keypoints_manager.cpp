@@ -5,8 +5,8 @@
 #include <memory>
 #include <new>
 
-#include "db/kpt/files/kpt_file_loader.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/load/kpt_file_loader.h"
 #include "db/kpt/msg_kpt.h"
 
 // Static objects that were made before the manager are destroyed after it, and
@@ -63,7 +63,7 @@ bool KPT_KEYPOINTS_MANAGER::record_new_db(KPT_KEYPOINTS_DB_IMPL* db) {
     return false;
   }
   m_databases.emplace_back(db);
-  db->m_recorded = true;
+  db->m_forget = &KPT_KEYPOINTS_MANAGER::forget;
   return true;
 }
 

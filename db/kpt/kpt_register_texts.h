@@ -12,7 +12,7 @@
 #include "db/kpt/kpt_types.h"
 
 struct KPT_REGISTER_TEXTS {
-  // NOLINTNEXTLINE(google-explicit-constructor): a name alone is a signal
+  // Not explicit: a name alone is a signal.
   KPT_REGISTER_TEXTS(std::string_view signal) : KPT_REGISTER_TEXTS(signal, hash_of(signal, {})) {}
   KPT_REGISTER_TEXTS(std::string_view instance, std::string_view its_entity, std::string_view its_type)
       : KPT_REGISTER_TEXTS(instance, its_entity, its_type, hash_of(instance, its_type)) {}

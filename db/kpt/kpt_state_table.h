@@ -8,8 +8,8 @@
 
 #include <memory>
 
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
 class KPT_EXPORT KPT_STATE_TABLE : public KPT_ZEROED {
  public:

@@ -16,9 +16,9 @@
 
 #include <cstdint>
 
-#include "db/kpt/kpt_bit_table.h"
+#include "db/kpt/containers/kpt_bit_table.h"
+#include "db/kpt/containers/kpt_zeroed.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_zeroed.h"
 
 class KPT_EXPORT KPT_STATE_TABLE_IMPL : public KPT_ZEROED {
  public:

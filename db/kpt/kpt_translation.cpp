@@ -9,11 +9,11 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::namesake_in(const KPT_KEYPOINT_SET_
 
 template <class LOOK_UP>
 KPT_REGISTER_KEYPOINT_IMPL* KPT_TRANSLATION::remembered(const KPT_KEYPOINT* keypoint, LOOK_UP look_up) {
-  KPT_REGISTER_KEYPOINT_IMPL* namesake = m_namesakes.find(keypoint);
+  KPT_REGISTER_KEYPOINT_IMPL* namesake = known(keypoint);
   if (namesake == nullptr) {
     namesake = look_up();
     if (namesake != nullptr) {
-      remember(keypoint, namesake);
+      m_namesakes.at(KPT_KEYPOINT::slot_of(keypoint)) = namesake;
     }
   }
   return namesake;

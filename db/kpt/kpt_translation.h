@@ -6,7 +6,6 @@
 #ifndef KPT_TRANSLATION_H
 #define KPT_TRANSLATION_H
 
-#include "db/kpt/kpt_by_keypoint.h"
 #include "db/kpt/kpt_keypoint_set_impl.h"
 
 class KPT_TRANSLATION {
@@ -22,18 +21,18 @@ class KPT_TRANSLATION {
   /// The same, looked up and not remembered.
   static KPT_REGISTER_KEYPOINT_IMPL* namesake_in(const KPT_KEYPOINT_SET_IMPL& set, const KPT_KEYPOINT* keypoint);
   /// What is remembered; null when nothing is.
-  KPT_REGISTER_KEYPOINT_IMPL* known(const KPT_KEYPOINT* keypoint) const { return m_namesakes.find(keypoint); }
-  /// Remembers what `of` is to answer.
-  void remember(const KPT_KEYPOINT* keypoint, KPT_REGISTER_KEYPOINT_IMPL* namesake) {
-    m_namesakes.at(keypoint) = namesake;
+  KPT_REGISTER_KEYPOINT_IMPL* known(const KPT_KEYPOINT* keypoint) const {
+    return m_namesakes.find(KPT_KEYPOINT::slot_of(keypoint));
   }
+  /// All that is remembered, for others to add to: what `of` is to answer.
+  KPT_NAMESAKES& namesakes() { return m_namesakes; }
 
  private:
   template <class LOOK_UP>
   KPT_REGISTER_KEYPOINT_IMPL* remembered(const KPT_KEYPOINT* keypoint, LOOK_UP look_up);
 
   const KPT_KEYPOINT_SET_IMPL& m_set;
-  KPT_BY_KEYPOINT<KPT_REGISTER_KEYPOINT_IMPL*> m_namesakes;
+  KPT_NAMESAKES m_namesakes;
 };
 
 #endif

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "db/kpt/kpt_small_vector.h"
+#include "db/kpt/containers/kpt_small_vector.h"
 #include "h/mem_alloc_sys.h"
 #include "kpt_export.h"
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <xercesc/util/XercesDefs.hpp>
-// Behind the definitions it needs.
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLString.hpp>
+// After the definitions it needs.
 #include <xercesc/dom/DOMMemoryManager.hpp>
 
-#include "db/kpt/kpt_xml_parser.h"
+#include "db/kpt/files/kpt_xml_text.h"
 #include "h/gen_sys.h"
 
 using namespace XERCES_CPP_NAMESPACE;

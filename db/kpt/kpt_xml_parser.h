@@ -7,26 +7,23 @@
 // nothing else: external entities, external document types and entities that
 // expand beyond a bound are syntax errors like any other.
 //
-// The only header of the library that needs the headers of xerces-c.
+// The only header that is included outside the library's sources and needs the
+// headers of xerces-c.
 #ifndef KPT_XML_PARSER_H
 #define KPT_XML_PARSER_H
 
 #include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
+#include "db/kpt/files/kpt_xml_memory.h"
+#include "db/kpt/files/kpt_xml_platform.h"
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
-#include "db/kpt/kpt_xml_memory.h"
-#include "db/kpt/kpt_xml_platform.h"
-
-/// Text in the parser's characters.
-using KPT_WIDE_STRING = std::basic_string<XMLCh, std::char_traits<XMLCh>, MEM_STL_ALLOCATOR<XMLCh>>;
 
 /// Installed so that a handler is installed; errors are reported further down.
 class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandler {
@@ -118,12 +115,5 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_PLATFORM m_platform;
   KPT_XML_MEMORY m_memory;  // of the parser and its document
 };
-
-/// The parser's text as narrow text. ASCII, which is all that a database file
-/// is expected to hold, is narrowed in place; the rest goes through the parser's
-/// own transcoder, and is left out where that fails.
-void kpt_narrow(const XMLCh* text, KPT_STRING& out);
-/// The same, behind what `out` holds.
-void kpt_append_narrow(const XMLCh* text, KPT_STRING& out);
 
 #endif

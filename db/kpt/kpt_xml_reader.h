@@ -7,8 +7,8 @@
 
 #include <string_view>
 
+#include "db/kpt/files/kpt_xml_platform.h"
 #include "db/kpt/kpt_types.h"
-#include "db/kpt/kpt_xml_platform.h"
 
 class KPT_EXPORT KPT_XML_READER {
  public:

@@ -4,14 +4,7 @@
 #ifndef YOSYS_HOST_H
 #define YOSYS_HOST_H
 
-#include <cstdarg>
-
-#include "h/mem_alloc_sys.h"
-
 namespace kpt_yosys {
-
-/// printf into a string; empty when the format cannot be carried out.
-__attribute__((format(printf, 1, 0))) MEM_STRING printed(const char* format, va_list args);
 
 /// Whether Yosys shows debug output.
 bool debug_is_shown();

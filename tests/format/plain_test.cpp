@@ -2,8 +2,8 @@
 // source. What becomes of either, the tests of the sources compare.
 #include <gmock/gmock.h>
 
-#include "db/kpt/files/kpt_file_loader.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/load/kpt_file_loader.h"
 #include "tests/format/databases.h"
 #include "tests/support/host_lines.h"
 

@@ -9,12 +9,12 @@
 #include <stdexcept>
 #include <utility>
 
-#include "db/kpt/files/kpt_file_loader.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
 #include "db/kpt/kpt_xml_reader.h"
+#include "db/kpt/load/kpt_file_loader.h"
 #include "host/kpt_host.h"
 
 namespace kpt_test {

@@ -8,7 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 class Cleanup : public testing::Test {
  protected:

@@ -9,7 +9,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 class Complete : public testing::Test {
  protected:

@@ -1,7 +1,7 @@
 // What a union of large groups costs: thousands of registers that were merged
 // into one stand in one group, and each of them is looked for in it.
 #include <gtest/gtest.h>
-#include <time.h>  // NOLINT(modernize-deprecated-headers): clock_gettime is POSIX
+#include <time.h>
 
 #include <algorithm>
 #include <memory>

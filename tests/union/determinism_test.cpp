@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 // Blocks of odd sizes between the objects, so that they come in another order of address.
 class JUNK {

@@ -25,7 +25,7 @@
 
 namespace {
 
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 using VALUE = std::uint64_t;                   // a register's value in 64 cycles
 using NETLIST = std::map<std::string, VALUE>;  // by name

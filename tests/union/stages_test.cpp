@@ -19,7 +19,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 TEST(Stages, ThreeWithEveryEventInEach) {
   KPT_KEYPOINTS_DB_IMPL db("flow");

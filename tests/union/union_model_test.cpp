@@ -17,8 +17,8 @@
 
 namespace {
 
-using namespace kpt_test;         // NOLINT(google-build-using-namespace): the lines and the stages
-using namespace kpt_test::plain;  // NOLINT(google-build-using-namespace): the model
+using namespace kpt_test;
+using namespace kpt_test::plain;
 
 // ---- From a database to the model, and both to text ----
 

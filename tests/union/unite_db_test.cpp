@@ -13,7 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 constexpr char START[] = "TIME: Start unite at : #";
 constexpr char ALL[] = "TIME: Unite time: #";

@@ -13,7 +13,7 @@ namespace {
 using kpt_test::LINES;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 using UniteSet = TWO_SETS;
 

@@ -1,4 +1,4 @@
-#include "db/kpt/kpt_map_index.h"
+#include "db/kpt/containers/kpt_map_index.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,8 @@
 
 namespace {
 
+KPT_KEYPOINT::POOL_SLOT slot(const KPT_KEYPOINT* keypoint) { return KPT_KEYPOINT::slot_of(keypoint); }
+
 // Where a keypoint may come from. An index keeps those of the first sets that
 // it meets in another way than the rest, so all are asked the same questions.
 enum ORIGIN { FIRST_SET, SECOND_SET, THIRD_SET, NO_SET };
@@ -23,8 +25,8 @@ class MapIndex : public testing::TestWithParam<ORIGIN> {
     for (int n = 0; n < 3; ++n) {
       KPT_KEYPOINT* met = sets[n].add_register(0, "met");
       if (GetParam() != FIRST_SET) {
-        index.set(met, 1);
-        index.erase(met);
+        index.set(slot(met), 1);
+        index.erase(slot(met));
       }
     }
     if (GetParam() == NO_SET) {
@@ -49,108 +51,108 @@ INSTANTIATE_TEST_SUITE_P(, MapIndex, testing::Values(FIRST_SET, SECOND_SET, THIR
 
 TEST_P(MapIndex, StartsEmpty) {
   EXPECT_EQ(index.size(), 0U);
-  EXPECT_EQ(index.find(a), 0U);
-  EXPECT_EQ(index.find(nullptr), 0U);
+  EXPECT_EQ(index.find(slot(a)), 0U);
+  EXPECT_EQ(index.find(slot(nullptr)), 0U);
 }
 
 TEST_P(MapIndex, FindsWhatWasEntered) {
-  index.set(a, 7);
-  index.set(b, 8);
-  EXPECT_EQ(index.find(a), 7U);
-  EXPECT_EQ(index.find(b), 8U);
+  index.set(slot(a), 7);
+  index.set(slot(b), 8);
+  EXPECT_EQ(index.find(slot(a)), 7U);
+  EXPECT_EQ(index.find(slot(b)), 8U);
   EXPECT_EQ(index.size(), 2U);
 }
 
-// A look-up by name hands over where a register stands, without a look at it.
-TEST_P(MapIndex, FindsTheSameByThePlaceOfARegister) {
-  index.set(a, 7);
+// A look-up by name hands over the slot of a register without reading the register.
+TEST_P(MapIndex, FindsTheSameByTheSlotOfARegister) {
+  index.set(slot(a), 7);
   for (const KPT_KEYPOINT_SET_IMPL& set : sets) {
-    const KPT_KEYPOINT::PLACE place = set.get_place(KPT_REGISTER_TEXTS("a"));
-    EXPECT_EQ(place.keypoint, set.get_register("a"));
-    EXPECT_EQ(index.find(place), index.find(set.get_register("a")));
-    EXPECT_EQ(index.find(set.get_place(KPT_REGISTER_TEXTS("absent"))), 0U);
+    const KPT_KEYPOINT::POOL_SLOT by_name = set.get_slot(KPT_REGISTER_TEXTS("a"));
+    EXPECT_EQ(by_name.object, set.get_register("a"));
+    EXPECT_EQ(index.find(by_name), index.find(slot(set.get_register("a"))));
+    EXPECT_EQ(index.find(set.get_slot(KPT_REGISTER_TEXTS("absent"))), 0U);
   }
 }
 
 TEST_P(MapIndex, LastWriterWins) {
-  index.set(a, 7);
-  index.set(a, 9);
-  EXPECT_EQ(index.find(a), 9U);
+  index.set(slot(a), 7);
+  index.set(slot(a), 9);
+  EXPECT_EQ(index.find(slot(a)), 9U);
   EXPECT_EQ(index.size(), 1U);
 }
 
 TEST_P(MapIndex, NullIsNeverEntered) {
-  index.set(nullptr, 7);
-  EXPECT_EQ(index.find(nullptr), 0U);
+  index.set(slot(nullptr), 7);
+  EXPECT_EQ(index.find(slot(nullptr)), 0U);
   EXPECT_EQ(index.size(), 0U);
-  EXPECT_FALSE(index.erase(nullptr));
+  EXPECT_FALSE(index.erase(slot(nullptr)));
 }
 
 TEST_P(MapIndex, FindingEntersNothing) {
-  EXPECT_EQ(index.find(a), 0U);
+  EXPECT_EQ(index.find(slot(a)), 0U);
   EXPECT_EQ(index.size(), 0U);
 }
 
 TEST_P(MapIndex, ErasedKeypointIsAbsent) {
-  index.set(a, 7);
-  EXPECT_TRUE(index.erase(a));
-  EXPECT_EQ(index.find(a), 0U);
+  index.set(slot(a), 7);
+  EXPECT_TRUE(index.erase(slot(a)));
+  EXPECT_EQ(index.find(slot(a)), 0U);
   EXPECT_EQ(index.size(), 0U);
 }
 
 TEST_P(MapIndex, ErasingAnAbsentKeypointIsFalse) {
-  index.set(a, 7);
-  EXPECT_FALSE(index.erase(b));
-  EXPECT_TRUE(index.erase(a));
-  EXPECT_FALSE(index.erase(a));
+  index.set(slot(a), 7);
+  EXPECT_FALSE(index.erase(slot(b)));
+  EXPECT_TRUE(index.erase(slot(a)));
+  EXPECT_FALSE(index.erase(slot(a)));
 }
 
 TEST_P(MapIndex, ErasingFromOneIndexLeavesTheOthers) {
-  index.set(a, 7);
-  second.set(a, 8);
-  EXPECT_TRUE(second.erase(a));
-  EXPECT_EQ(index.find(a), 7U);
-  EXPECT_EQ(second.find(a), 0U);
-  second.set(a, 9);
-  EXPECT_TRUE(index.erase(a));
-  EXPECT_EQ(second.find(a), 9U);
+  index.set(slot(a), 7);
+  second.set(slot(a), 8);
+  EXPECT_TRUE(second.erase(slot(a)));
+  EXPECT_EQ(index.find(slot(a)), 7U);
+  EXPECT_EQ(second.find(slot(a)), 0U);
+  second.set(slot(a), 9);
+  EXPECT_TRUE(index.erase(slot(a)));
+  EXPECT_EQ(second.find(slot(a)), 9U);
 }
 
 TEST_P(MapIndex, OneKeypointStandsInSeveralIndexes) {
-  index.set(a, 7);
-  second.set(a, 8);
-  second.set(a, 9);
-  EXPECT_EQ(index.find(a), 7U);
-  EXPECT_EQ(second.find(a), 9U);
+  index.set(slot(a), 7);
+  second.set(slot(a), 8);
+  second.set(slot(a), 9);
+  EXPECT_EQ(index.find(slot(a)), 7U);
+  EXPECT_EQ(second.find(slot(a)), 9U);
 }
 
 TEST_P(MapIndex, NamesakeIsAnotherKeypoint) {
   const KPT_REGISTER_KEYPOINT_IMPL namesake(1, "a");
-  index.set(a, 7);
-  EXPECT_EQ(index.find(&namesake), 0U);
-  EXPECT_EQ(index.find(b), 0U);
+  index.set(slot(a), 7);
+  EXPECT_EQ(index.find(slot(&namesake)), 0U);
+  EXPECT_EQ(index.find(slot(b)), 0U);
 }
 
 TEST_P(MapIndex, CopyOfAKeypointHasNoEntry) {
-  index.set(a, 7);
+  index.set(slot(a), 7);
   KPT_REGISTER_KEYPOINT_IMPL copy(*static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(a));
-  EXPECT_EQ(index.find(&copy), 0U);
-  index.set(&copy, 8);
-  EXPECT_EQ(index.find(a), 7U);
+  EXPECT_EQ(index.find(slot(&copy)), 0U);
+  index.set(slot(&copy), 8);
+  EXPECT_EQ(index.find(slot(a)), 7U);
   EXPECT_EQ(index.size(), 2U);
 }
 
 TEST_P(MapIndex, EntriesOfADestroyedIndexAreDead) {
   auto earlier = std::make_unique<KPT_MAP_INDEX>();
-  earlier->set(a, 7);
+  earlier->set(slot(a), 7);
   earlier.reset();
   KPT_MAP_INDEX later;
-  EXPECT_EQ(later.find(a), 0U);
-  later.set(a, 8);
-  EXPECT_EQ(later.find(a), 8U);
+  EXPECT_EQ(later.find(slot(a)), 0U);
+  later.set(slot(a), 8);
+  EXPECT_EQ(later.find(slot(a)), 8U);
   EXPECT_EQ(later.size(), 1U);
-  EXPECT_TRUE(later.erase(a));
-  EXPECT_EQ(later.find(a), 0U);
+  EXPECT_TRUE(later.erase(slot(a)));
+  EXPECT_EQ(later.find(slot(a)), 0U);
 }
 
 // The keypoints of a set may lie anywhere in it, and most may never be entered.
@@ -161,11 +163,11 @@ TEST_P(MapIndex, ManyKeypointsAreToldApart) {
     keypoints.push_back(set.add_register(n, "q" + std::to_string(n)));
   }
   for (std::size_t n = 3000; n > 0; n -= 3) {
-    index.set(keypoints[n - 1], static_cast<std::uint32_t>(n - 1));
+    index.set(slot(keypoints[n - 1]), static_cast<std::uint32_t>(n - 1));
   }
   EXPECT_EQ(index.size(), 1000U);
   for (std::size_t n = 0; n < 3000; ++n) {
-    ASSERT_EQ(index.find(keypoints[n]), n % 3 == 2 ? n : 0U) << n;
+    ASSERT_EQ(index.find(slot(keypoints[n])), n % 3 == 2 ? n : 0U) << n;
   }
 }
 
@@ -173,11 +175,11 @@ TEST_P(MapIndex, KeypointThatItsSetDeletedKeepsItsEntry) {
   if (GetParam() == NO_SET) {
     return;
   }
-  index.set(a, 7);
+  index.set(slot(a), 7);
   ASSERT_TRUE(sets[GetParam()].delete_register("a"));
   KPT_KEYPOINT* anew = sets[GetParam()].add_register(3, "a");
-  EXPECT_EQ(index.find(a), 7U);
-  EXPECT_EQ(index.find(anew), 0U);
+  EXPECT_EQ(index.find(slot(a)), 7U);
+  EXPECT_EQ(index.find(slot(anew)), 0U);
 }
 
 }  // namespace

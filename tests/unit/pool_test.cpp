@@ -6,7 +6,7 @@
 #include <new>
 #include <vector>
 
-#include "db/kpt/kpt_pool.h"
+#include "db/kpt/containers/kpt_pool.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "db/kpt/kpt_small_vector.h"
+#include "db/kpt/containers/kpt_small_vector.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

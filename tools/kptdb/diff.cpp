@@ -175,7 +175,7 @@ std::string in_short(const REGISTER& reg) {
   std::vector<std::string> names;
   const auto add = [&](const KPT_KEYPOINT_LIST& group, bool inverse) {
     for (const KPT_KEYPOINT* k : group) {
-      names.push_back((inverse ? "~" : "") + label(k));
+      names.push_back(fmt::format("{}{}", inverse ? "~" : "", label(k)));
     }
   };
   for (const NI_PAIR& pair : side_of(*reg.map, other_side(reg.side))) {
@@ -209,7 +209,7 @@ JSON json_of_map(const REGISTER* reg) {
 JSON json_of(const DIFFERENCE& d) {
   const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
   JSON result;
-  result["difference"] = d.second == nullptr ? "only_in_first" : d.first == nullptr ? "only_in_second" : "changed";
+  result["difference"] = d.first == nullptr ? "only_in_second" : d.second == nullptr ? "only_in_first" : "changed";
   result["side"] = side_word(reg.side);
   result["register"] = kptdb::json_of(reg.keypoint);
   result["first"] = json_of_map(d.first);

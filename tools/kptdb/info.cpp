@@ -144,7 +144,7 @@ EXIT_CODE run_info(const INFO_OPTIONS& options) {
   } else {
     out.write(fmt::format("database {}\n\n{}\n{}\n{}", printable(db.name()), text_of_registers(r, t),
                           text_of_maps(maps), text_of_coverage(r)));
-    out.write(options.memory ? "\n" + text_of_memory() : "");
+    out.write(options.memory ? fmt::format("\n{}", text_of_memory()) : "");
   }
   out.finish();
   return EXIT_DONE;

@@ -224,7 +224,7 @@ EXIT_CODE run_show(const SHOW_OPTIONS& options) {
     if (options.json) {
       answers.push_back(json_of_answer(reg));
     } else {
-      text += (text.empty() ? "" : "\n") + text_of_answer(reg);
+      text += fmt::format("{}{}", text.empty() ? "" : "\n", text_of_answer(reg));
     }
   }
   out.write(options.json ? json_text(JSON{{"registers", answers}}) + "\n" : text);

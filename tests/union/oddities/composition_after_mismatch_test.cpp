@@ -9,7 +9,7 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 TEST(CompositionAfterMismatch, GoesOnAndSucceeds) {
   HOST_LINES lines;

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 // a became x in the first stage, inverted or not, and x became p in the second,
 // which found that it stays at zero.

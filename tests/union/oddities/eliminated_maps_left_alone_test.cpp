@@ -8,7 +8,7 @@
 namespace {
 
 using testing::ElementsAre;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 TEST(EliminatedMapsLeftAlone, AndTheirRegistersAreNotLookedUp) {
   HOST_LINES lines;

@@ -7,7 +7,7 @@
 namespace {
 
 using testing::ElementsAre;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 // The second stage took x to y, and knows nothing of the y that the first
 // stage left. Both are listed; y leads to the map that it led to before.

@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): the lines and the stages
+using namespace kpt_test;
 
 TEST(MachineReplacesFeedingMaps, AndTheFirstRegistersThatFedItLeaveTheDatabase) {
   KPT_KEYPOINTS_DB_IMPL db1("first");

@@ -1,0 +1,63 @@
+// A file that is written out of sight and takes its target's place at the end.
+// Where the file system can hold a file without a name it has none until then,
+// so that nothing stays behind however the process ends. Elsewhere, and for the
+// moment in which it replaces a target, it has a temporary name, one of a few
+// that belong to the target.
+//
+// The new file is locked as long as the object lives. A file of a temporary
+// name that nobody locks was left by a process that was killed: whoever comes
+// upon it removes it, if it may be opened to see to the lock.
+//
+// Ownership: owns the folder's descriptor and the lock, and removes the new
+// file unless `replace_target` succeeded. The descriptor that `open` returns is
+// the caller's.
+#ifndef KPT_FILE_REPLACEMENT_H
+#define KPT_FILE_REPLACEMENT_H
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string_view>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_FILE_REPLACEMENT {
+ public:
+  explicit KPT_FILE_REPLACEMENT(std::string_view target) : m_target(target) {}
+  ~KPT_FILE_REPLACEMENT();
+  KPT_FILE_REPLACEMENT(const KPT_FILE_REPLACEMENT&) = delete;
+  KPT_FILE_REPLACEMENT& operator=(const KPT_FILE_REPLACEMENT&) = delete;
+
+  /// The new file, or -1.
+  int open();
+  /// Gives the new file, which is written, synced and closed, its target's
+  /// name. False when the target is still what it was.
+  bool replace_target();
+
+ private:
+  bool follow_link();
+  bool open_folder();
+  bool may_replace();
+  int open_nameless();
+  int open_named();
+  int create(const char* name);
+  bool lock(int file);
+  bool leads_to(const char* name, int file) const;
+  bool has_own_name() const;
+  bool take_free_name() const;
+  bool rename_over_target();
+  int link_locked(const char* name) const;
+  KPT_STRING path_of_locked() const;
+  template <class MAKE>
+  int with_temporary_name(MAKE make);
+  bool remove_abandoned(const char* name) const;
+
+  KPT_STRING m_target;
+  KPT_STRING m_leaf;
+  KPT_STRING m_temporary;  // empty while the new file has no name
+  int m_folder = -1;
+  int m_lock = -1;
+  std::optional<mode_t> m_earlier_mode;
+};
+
+#endif

@@ -1,0 +1,151 @@
+// Builds a database from the elements of a file, as a source meets them one
+// after the other. It keeps what one register or one state of a table needs,
+// and the map that it is in; never the file.
+//
+// Ownership: owns the database until `take` and the texts of the element that it
+// is in. What a source hands in is read during the call only.
+//
+// A source calls `start` and `end` for each element, `text` for what stands
+// between, `start_reference` and `end_reference` around what an entity stands
+// for, and `instruction`. Anything may follow anything: a source sees to it
+// that starts and ends pair.
+//
+// What a reference stands for is not read, but for its text and the values of
+// tables in it; yet a reference, like an instruction, counts as the child of
+// its name. Files are read so because loading once walked a document in which
+// references are nodes; flows have files that rely on it.
+#ifndef KPT_DATABASE_BUILDER_H
+#define KPT_DATABASE_BUILDER_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "db/kpt/files/kpt_element_attributes.h"
+#include "db/kpt/files/kpt_state_values.h"
+#include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/load/kpt_id_index.h"
+#include "db/kpt/load/kpt_load_lines.h"
+
+class KPT_DATABASE_BUILDER {
+ public:
+  /// Asked for the database once its name is known. Null: nothing is built.
+  using CREATE = std::function<KPT_KEYPOINTS_DB_IMPL*(std::string_view name)>;
+
+  KPT_DATABASE_BUILDER(CREATE create, KPT_LOAD_LINES& lines);
+
+  void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
+  void end();
+  void text(std::string_view piece);
+  void start_reference(std::string_view name);
+  void end_reference() { end(); }
+  void instruction(std::string_view target, std::string_view data);
+
+  /// The name that the file gives its database.
+  const KPT_STRING& name() const { return m_name; }
+  /// Whether nothing stood behind the transformations.
+  bool is_complete() const { return !m_has_more; }
+  /// The database, with everything in it; raises the id counters of the process
+  /// to what the file holds. Called once, behind the last element.
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> take();
+
+ private:
+  // What an open element is to the database. Below a leaf nothing is told apart.
+  enum ROLE : std::uint8_t {
+    DOCUMENT,
+    ROOT,
+    KEYPOINT_SET,
+    KEYPOINT,
+    MAPS,
+    MAP,
+    PART,         // of a map: a side, the state table, or both
+    STATE,        // of a side, of the table, or of both
+    GROUP,        // of the state of a side
+    PASSED_OVER,  // the leaves from here on
+    TEXT,         // of a keypoint
+    VALUES        // of one side of the state of a table
+  };
+  static bool is_leaf(ROLE role) { return role >= PASSED_OVER; }
+
+  // A child that is looked for by its name: the first counts.
+  struct NAMED_TEXT {
+    bool is_there = false;
+    KPT_STRING text;
+  };
+  enum KEYPOINT_TEXT : std::uint8_t { NAME, ENTITY, REG_TYPE, NO_TEXT };
+
+  ROLE& role() { return m_path[m_depth]; }
+  void push(ROLE role);
+  ROLE child(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE named_child(std::string_view name);
+  ROLE passed_over(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE start_root(const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE start_child_of_root(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE start_keypoint(const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE start_maps(std::string_view name);
+  ROLE start_part(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE start_state(const KPT_ELEMENT_ATTRIBUTES& attributes);
+  ROLE keypoint_text(std::string_view name);
+  ROLE child_of_state(std::string_view name);
+  ROLE group(KPT_KEYPOINT_LIST& list, bool& is_there);
+  ROLE values(KPT_SET_ENUM side);
+  void start_table(const KPT_ELEMENT_ATTRIBUTES& attributes);
+
+  void finish(ROLE role);
+  void finish_keypoint();
+  void finish_map();
+  void finish_state();
+  void enter_values(KPT_SET_ENUM side);
+
+  int number(const KPT_ELEMENT_ATTRIBUTES& attributes, std::string_view name);
+
+  CREATE m_create;
+  KPT_LOAD_LINES& m_lines;
+  KPT_STRING m_name;
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;
+  std::array<long, 2> m_highest_ids;  // of the signals read, by side
+  bool m_had_maps = false;
+  bool m_has_more = false;
+  unsigned long m_start = 0;  // ticks
+
+  static constexpr std::size_t DEEPEST = 8;
+  std::array<ROLE, DEEPEST> m_path;
+  std::size_t m_depth = 0;
+  std::size_t m_below_leaf = 0;  // open elements and references
+  KPT_STRING m_number;
+
+  // The set and the register that are being read.
+  KPT_SET_ENUM m_set = KPT_REFERENCE_SET;
+  long m_id = 0;
+  bool m_is_register = false;
+  KEYPOINT_TEXT m_text = NO_TEXT;
+  std::array<NAMED_TEXT, 3> m_texts;
+
+  // The map.
+  std::array<KPT_ID_INDEX, 2> m_ids;
+  std::array<NI_PAIR_VECTOR, 2> m_sides;
+  KPT_ELIM_ENUM m_status = KPT_NOT_ELIMINATED;
+  bool m_has_table = false;
+  KPT_STATE_TABLE_IMPL m_table;
+
+  // Its part, and the state of it.
+  bool m_part_is_side = false;
+  bool m_part_is_table = false;
+  KPT_SET_ENUM m_side = KPT_REFERENCE_SET;
+  std::size_t m_states_left = 0;  // of the table
+  bool m_state_is_read = false;   // as one of the table
+  unsigned short m_row = 0;
+  bool m_has_noninverts = false;
+  bool m_has_inverts = false;
+  KPT_KEYPOINT_LIST* m_group = nullptr;
+  std::array<bool, 2> m_has_values{};
+  std::array<KPT_STATE_VALUES, 2> m_values;
+  KPT_SET_ENUM m_values_side = KPT_REFERENCE_SET;
+  std::vector<std::size_t, MEM_STL_ALLOCATOR<std::size_t>> m_open_values;  // by m_below_leaf
+};
+
+#endif

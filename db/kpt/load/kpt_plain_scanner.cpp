@@ -1,0 +1,356 @@
+#include "db/kpt/load/kpt_plain_scanner.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "db/kpt/files/kpt_plain_characters.h"
+#include "db/kpt/files/kpt_window.h"
+
+namespace {
+
+using namespace kpt_plain;
+
+// The attributes of one start tag, as they stand in it.
+class ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
+ public:
+  void clear() { m_attributes.clear(); }
+  // `is_as_is`: neither a reference nor a blank to be replaced is in the value.
+  void add(std::string_view name, std::string_view value, bool is_as_is) {
+    m_attributes.push_back({name, value, is_as_is});
+  }
+  bool are_unique();
+
+  std::string_view value(std::string_view name) const override {
+    for (const ATTRIBUTE& attribute : m_attributes) {
+      if (attribute.name == name) {
+        return attribute.is_as_is ? attribute.value : replaced(attribute.value);
+      }
+    }
+    return {};
+  }
+
+ private:
+  struct ATTRIBUTE {
+    std::string_view name;
+    std::string_view value;
+    bool is_as_is;
+  };
+  std::string_view replaced(std::string_view value) const;
+
+  std::vector<ATTRIBUTE, MEM_STL_ALLOCATOR<ATTRIBUTE>> m_attributes;
+  std::vector<std::string_view, MEM_STL_ALLOCATOR<std::string_view>> m_sorted;
+  mutable KPT_STRING m_replaced;
+};
+
+// Few are compared with each other, many are sorted.
+bool ATTRIBUTES::are_unique() {
+  constexpr std::size_t FEW = 8;
+  if (m_attributes.size() <= FEW) {
+    for (auto attribute = m_attributes.begin(); attribute != m_attributes.end(); ++attribute) {
+      if (std::any_of(m_attributes.begin(), attribute, [&](const ATTRIBUTE& a) { return a.name == attribute->name; })) {
+        return false;
+      }
+    }
+    return true;
+  }
+  m_sorted.clear();
+  for (const ATTRIBUTE& attribute : m_attributes) {
+    m_sorted.push_back(attribute.name);
+  }
+  std::sort(m_sorted.begin(), m_sorted.end());
+  return std::adjacent_find(m_sorted.begin(), m_sorted.end()) == m_sorted.end();
+}
+
+// Each blank is a space, the two that end a line are one; what a reference
+// stands for stays.
+std::string_view ATTRIBUTES::replaced(std::string_view value) const {
+  m_replaced.clear();
+  while (!value.empty()) {
+    std::size_t taken = 1;
+    if (value.front() == '&') {
+      char out[4];
+      std::size_t size = 0;
+      taken = reference_length(value, out, size);
+      m_replaced.append(out, size);
+    } else if (is(value.front(), BLANK)) {
+      taken = value.starts_with("\r\n") ? 2 : 1;
+      m_replaced += ' ';
+    } else {
+      m_replaced += value.front();
+    }
+    value.remove_prefix(taken);
+  }
+  return m_replaced;
+}
+
+// Goes through a file once. Handler: start(name, attributes), end(), text(piece).
+template <class HANDLER>
+class SCANNER {
+ public:
+  SCANNER(KPT_BYTES& bytes, HANDLER& handler) : m_window(bytes), m_handler(handler), m_at(m_window.begin()) {}
+
+  bool is_plain() {
+    if (!passes_blanks() || m_at == m_window.end() || !passes_tag()) {
+      return false;
+    }
+    while (!m_levels.empty()) {
+      if (!passes_text() || !passes_tag()) {
+        return false;
+      }
+    }
+    return passes_blanks() && m_at == m_window.end() && !m_window.has_failed();
+  }
+
+ private:
+  enum STEP { PASSED, CUT_OFF, NOT_PLAIN };
+
+  // At a character that does not belong there. The null behind the window is one.
+  STEP unexpected(const char* p) const { return p == m_window.end() ? CUT_OFF : NOT_PLAIN; }
+  bool more() { return m_window.more(m_at); }
+
+  // Reads on when less of the file than that is in view behind the place.
+  void see(std::size_t count) {
+    while (static_cast<std::size_t>(m_window.end() - m_at) < count && more_in_text()) {
+    }
+  }
+  // Two bytes before the place stay in view.
+  bool more_in_text() {
+    const std::size_t before = std::min<std::size_t>(2, static_cast<std::size_t>(m_at - m_window.begin()));
+    const char* keep = m_at - before;
+    const bool any = m_window.more(keep);
+    m_at = keep + before;
+    return any;
+  }
+  std::string_view ahead() const { return {m_at, static_cast<std::size_t>(m_window.end() - m_at)}; }
+
+  bool passes_blanks() {
+    do {
+      m_at = behind(m_at, BLANK);
+    } while (m_at == m_window.end() && more());
+    return m_at == m_window.end() || *m_at == '<';
+  }
+
+  // To the next tag.
+  bool passes_text() {
+    while (true) {
+      const char* const start = m_at;
+      m_at = behind_text(start);
+      if (m_at != start) {
+        m_handler.text({start, static_cast<std::size_t>(m_at - start)});
+      }
+      if (*m_at == '<') {
+        return true;
+      }
+      if (!passes_special()) {
+        return false;
+      }
+    }
+  }
+
+  bool passes_special() {
+    switch (*m_at) {
+      case '\0':
+        return m_at == m_window.end() && more_in_text();
+      case '&':
+        return passes_reference();
+      case '\r':
+        see(2);
+        m_at += m_at[1] == '\n' ? 2 : 1;
+        m_handler.text("\n");
+        return true;
+      case '>':
+        // "]]>" ends what no plain file begins.
+        if (m_at - m_window.begin() >= 2 && m_at[-1] == ']' && m_at[-2] == ']') {
+          return false;
+        }
+        m_handler.text({m_at++, 1});
+        return true;
+      default:
+        return passes_characters_beyond_ascii();
+    }
+  }
+
+  bool passes_reference() {
+    see(LONGEST_CHARACTER);
+    char out[4];
+    std::size_t size = 0;
+    const std::size_t length = reference_length(ahead(), out, size);
+    m_handler.text({out, size});
+    m_at += length;
+    return length != 0;
+  }
+
+  bool passes_characters_beyond_ascii() {
+    see(LONGEST_CHARACTER);
+    const char* const start = m_at;
+    while (const std::size_t length = utf8_length(ahead())) {
+      m_at += length;
+    }
+    m_handler.text({start, static_cast<std::size_t>(m_at - start)});
+    return m_at != start;
+  }
+
+  // A tag is looked at as a whole: one that the window cuts off is read again
+  // from its begin when more of it is in view.
+  bool passes_tag() {
+    while (true) {
+      const STEP step = m_at[1] == '/' ? end_tag() : start_tag();
+      if (step != CUT_OFF) {
+        return step == PASSED;
+      }
+      if (!more()) {
+        return false;
+      }
+    }
+  }
+
+  STEP start_tag() {
+    const char* const start = m_at + 1;
+    if (!is(*start, NAME_START)) {
+      return unexpected(start);
+    }
+    const char* p = behind(start + 1, IN_NAME);
+    const std::string_view name(start, static_cast<std::size_t>(p - start));
+    m_attributes.clear();
+    while (*p != '>' && *p != '/') {
+      const STEP step = attribute(p);
+      if (step != PASSED) {
+        return step;
+      }
+    }
+    const bool is_empty = *p == '/';
+    p += is_empty ? 1 : 0;
+    if (*p != '>') {
+      return unexpected(p);
+    }
+    if (is_reserved(name) || !m_attributes.are_unique()) {
+      return NOT_PLAIN;
+    }
+    m_handler.start(name, m_attributes);
+    if (is_empty) {
+      m_handler.end();
+    } else {
+      m_names += name;
+      m_levels.push_back(name.size());
+    }
+    m_at = p + 1;
+    return PASSED;
+  }
+
+  // One attribute and the blanks around it.
+  STEP attribute(const char*& p) {
+    const char* const name = behind(p, BLANK);
+    if (*name == '>' || *name == '/') {
+      p = name;
+      return PASSED;
+    }
+    if (name == p || !is(*name, NAME_START)) {
+      return unexpected(name);
+    }
+    const char* const name_end = behind(name + 1, IN_NAME);
+    p = behind(name_end, BLANK);
+    if (*p != '=') {
+      return unexpected(p);
+    }
+    p = behind(p + 1, BLANK);
+    if (*p != '"') {
+      return unexpected(p);
+    }
+    const char* const value = ++p;
+    bool is_as_is = true;
+    const STEP step = value_end(p, is_as_is);
+    if (step != PASSED) {
+      return step;
+    }
+    const std::string_view text(name, static_cast<std::size_t>(name_end - name));
+    m_attributes.add(text, {value, static_cast<std::size_t>(p - value)}, is_as_is);
+    ++p;
+    return is_reserved(text) ? NOT_PLAIN : PASSED;
+  }
+
+  STEP value_end(const char*& p, bool& is_as_is) const {
+    while (*(p = behind(p, IN_VALUE)) != '"') {
+      const std::string_view rest(p, static_cast<std::size_t>(m_window.end() - p));
+      char out[4];
+      std::size_t size = 0;
+      std::size_t length = 1;
+      if (*p == '&') {
+        length = reference_length(rest, out, size);
+      } else if (!is(*p, BLANK)) {
+        length = utf8_length(rest);
+      }
+      is_as_is = is_as_is && *p != '&' && !is(*p, BLANK);
+      if (length == 0) {
+        return rest.size() < LONGEST_CHARACTER ? CUT_OFF : NOT_PLAIN;
+      }
+      p += length;
+    }
+    return PASSED;
+  }
+
+  STEP end_tag() {
+    const char* p = m_at + 2;
+    if (m_levels.empty()) {
+      return NOT_PLAIN;
+    }
+    const std::size_t size = m_levels.back();
+    if (static_cast<std::size_t>(m_window.end() - p) <= size) {
+      return CUT_OFF;
+    }
+    if (std::memcmp(p, m_names.data() + m_names.size() - size, size) != 0) {
+      return NOT_PLAIN;
+    }
+    p = behind(p + size, BLANK);
+    if (*p != '>') {
+      return unexpected(p);
+    }
+    m_names.resize(m_names.size() - size);
+    m_levels.pop_back();
+    m_handler.end();
+    m_at = p + 1;
+    return PASSED;
+  }
+
+  // Names that begin with "xml" mean something to a parser.
+  static bool is_reserved(std::string_view name) {
+    return name.size() >= 3 && (name[0] | 0x20) == 'x' && (name[1] | 0x20) == 'm' && (name[2] | 0x20) == 'l';
+  }
+
+  KPT_WINDOW m_window;
+  HANDLER& m_handler;
+  const char* m_at;
+  ATTRIBUTES m_attributes;
+  // The names of the open elements, one behind the other, and their lengths.
+  KPT_STRING m_names;
+  std::vector<std::size_t, MEM_STL_ALLOCATOR<std::size_t>> m_levels;
+};
+
+// Keeps the name of the database and nothing else.
+class NAME_READER {
+ public:
+  explicit NAME_READER(KPT_STRING& name) : m_name(name) {}
+
+  void start(std::string_view, const ATTRIBUTES& attributes) {
+    if (!m_had_root) {
+      m_name = attributes.value("name");
+      m_had_root = true;
+    }
+  }
+  void end() {}
+  void text(std::string_view) {}
+
+ private:
+  KPT_STRING& m_name;
+  bool m_had_root = false;
+};
+
+}  // namespace
+
+bool kpt_is_plain(KPT_BYTES& bytes, KPT_STRING& name) {
+  NAME_READER reader(name);
+  return SCANNER<NAME_READER>(bytes, reader).is_plain();
+}
+
+bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_DATABASE_BUILDER& builder) {
+  return SCANNER<KPT_DATABASE_BUILDER>(bytes, builder).is_plain();
+}

@@ -1,0 +1,384 @@
+// The union of two stages. The maps of the first run from netlist 1 to
+// netlist 2, those of the second from netlist 2 to netlist 3; afterwards those
+// of the first run from netlist 1 to netlist 3.
+//
+// Every match is by keypoint: a register of netlist 2 is one object, in the
+// first stage's transformed index and in the second's reference index. The
+// second stage is consumed; the caller gives a translated copy of it.
+//
+// Read from top to bottom: loop 1, loop 2, loop 3, leftovers.
+#include <algorithm>
+
+#include "db/kpt/containers/kpt_undo.h"
+#include "db/kpt/kpt_ticks.h"
+#include "db/kpt/kpt_transformation_set_impl.h"
+#include "db/kpt/msg_kpt.h"
+#include "db/kpt/unite/kpt_polarities.h"
+#include "h/cfg_sys.h"
+#include "h/msg_sys.h"
+
+namespace {
+
+using MAP = KPT_TRANSFORMATION_IMPL;
+using CANDIDATES = KPT_SMALL_VECTOR<MAP*>;
+
+const char* name_of(const KPT_KEYPOINT* keypoint) {
+  return keypoint == nullptr ? "" : keypoint->get_element_name().c_str();
+}
+
+}  // namespace
+
+class KPT_UNITE {
+ public:
+  KPT_UNITE(KPT_TRANSFORMATION_SET_IMPL& first, KPT_TRANSFORMATION_SET_IMPL& second) : db1(first), db2(second) {}
+  bool run();
+
+ private:
+  class LOOK_AHEAD;
+
+  void loop_1_fuse_maps_of_db2();
+  void loop_2_fuse_maps_of_db1();
+  void loop_3_compose();
+  void copy_leftovers();
+
+  void fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index);
+  void fuse_db1_maps_feeding(MAP& m2, unsigned short r_index);
+  void align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k);
+  void fuse(KPT_TRANSFORMATION_SET_IMPL& set);
+  void forget(const MAP& map);
+  void compose(MAP& m1);
+  MAP* successor_of(MAP& m1);
+  MAP* report_first_in_db2(const KPT_KEYPOINT_LIST& registers);
+  void step_from(MAP& m1, MAP& m2);
+  void fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1) const;
+  static void report_mismatch(const MAP& m1, const MAP& m2);
+  static void report_side(const MAP& map, KPT_SET_ENUM side);
+
+  KPT_TRANSFORMATION_SET_IMPL& db1;
+  KPT_TRANSFORMATION_SET_IMPL& db2;
+  bool ok = true;  // false ends the loop at hand and skips the later ones
+  // Reused from map to map, so that a plain map costs no allocation.
+  CANDIDATES candidates;
+  KPT_KEYPOINT_LIST registers;
+  KPT_KEYPOINT_LIST entered;
+  KPT_KEYPOINT_LIST left;
+  // Of the registers between the stages, where loops 1 and 2 look for them.
+  KPT_POLARITIES t_polarities{KPT_TRANSFORMED_SET};
+  KPT_POLARITIES r_polarities{KPT_REFERENCE_SET};
+};
+
+// A set that is united with itself gives a copy to be consumed.
+bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2) {
+  if (&db2 != this) {
+    return KPT_UNITE(*this, db2).run();
+  }
+  KPT_TRANSFORMATION_SET_IMPL copy;
+  for (const KPT_TRANSFORMATION_IMPL* map : m_maps) {
+    copy.entered(copy.create_map(*map));
+  }
+  return KPT_UNITE(*this, copy).run();
+}
+
+// The timing lines count from the start of the union, not loop by loop.
+bool KPT_UNITE::run() {
+  const unsigned long start = gen_get_tick_count();
+  loop_1_fuse_maps_of_db2();
+  kpt_msg_debug("TIME: Unite loop 1 time: %s", kpt_ticks_since(start).c_str());
+  loop_2_fuse_maps_of_db1();
+  kpt_msg_debug("TIME: Unite loop 2 time: %s", kpt_ticks_since(start).c_str());
+  loop_3_compose();
+  kpt_msg_debug("TIME: Unite loop 3 time: %s", kpt_ticks_since(start).c_str());
+  copy_leftovers();
+  return ok;
+}
+
+// The maps of one stage lie all over memory in the order of the other, and a
+// walk that waits for each of them waits most of its time. This asks ahead of
+// the walk for what leads from a map to its counterpart in the other stage, one
+// step of that way at a time: the keypoint, its index entry, the map's place in
+// the list, the map. It changes nothing.
+class KPT_UNITE::LOOK_AHEAD {
+ public:
+  LOOK_AHEAD(const KPT_TRANSFORMATION_SET_IMPL& walked, KPT_SET_ENUM side, const KPT_TRANSFORMATION_SET_IMPL& other)
+      : m_walked(walked.m_maps),
+        m_side(side),
+        m_other(other.m_maps),
+        m_index(other.index(side == KPT_TRANSFORMED_SET ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET)) {}
+
+  void from(const MAP& map) const {
+    const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
+    __builtin_prefetch(keypoint_of(m_walked.at(position + 4 * STEP)));
+    m_index.fetch(KPT_KEYPOINT::slot_of(keypoint_of(m_walked.at(position + 3 * STEP))));
+    m_other.fetch(m_index.find(KPT_KEYPOINT::slot_of(keypoint_of(m_walked.at(position + 2 * STEP)))));
+    fetch(counterpart_of(m_walked.at(position + STEP)));
+  }
+
+  /// The map to which the one some way behind leads; null when there is none.
+  const MAP* counterpart(const MAP& map, std::uint32_t ahead) const {
+    return counterpart_of(m_walked.at(KPT_TRANSFORMATION_LIST::position_of(map) + ahead));
+  }
+
+ private:
+  static constexpr std::uint32_t STEP = 6;
+
+  static void fetch(const MAP* map) {
+    if (map != nullptr) {
+      __builtin_prefetch(map);
+      __builtin_prefetch(reinterpret_cast<const char*>(map) + sizeof(MAP) - 1);
+    }
+  }
+  const KPT_KEYPOINT* keypoint_of(const MAP* map) const {
+    if (map == nullptr) {
+      return nullptr;
+    }
+    return m_side == KPT_TRANSFORMED_SET ? map->get_t_n_first(0) : map->get_r_n_first(0);
+  }
+  const MAP* counterpart_of(const MAP* map) const {
+    return m_other.at(m_index.find(KPT_KEYPOINT::slot_of(keypoint_of(map))));
+  }
+
+  const KPT_TRANSFORMATION_LIST& m_walked;
+  KPT_SET_ENUM m_side;
+  const KPT_TRANSFORMATION_LIST& m_other;
+  const KPT_MAP_INDEX& m_index;
+};
+
+// Loop 1: where one index of a first-stage map feeds several second-stage
+// maps, these become one.
+void KPT_UNITE::loop_1_fuse_maps_of_db2() {
+  const LOOK_AHEAD look_ahead(db1, KPT_TRANSFORMED_SET, db2);
+  for (MAP* m1 : db1.m_maps) {
+    if (!ok) {
+      return;
+    }
+    look_ahead.from(*m1);
+    if (m1->map_has_fsm_transformation()) {
+      continue;
+    }
+    for (unsigned short i = 0; ok && i < m1->get_num_transformed_registers(); ++i) {
+      fuse_db2_maps_fed_by(*m1, i);
+    }
+  }
+}
+
+void KPT_UNITE::fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index) {
+  candidates.clear();
+  m1.for_each_register_at_index(KPT_TRANSFORMED_SET, t_index, [&](KPT_KEYPOINT* k) {
+    MAP* m2 = db2.get_map_of_r_keypoint(k);
+    if (m2 != nullptr && !m2->map_has_fsm_transformation()) {
+      align(m1, *m2, k);
+      candidates.push_back(m2);
+    }
+  });
+  fuse(db2);
+}
+
+// Loop 2: where several first-stage maps feed one index of a second-stage
+// map, these become one. A state machine of the second stage replaces the
+// first-stage maps that feed it: its table speaks of its own reference
+// registers, and no composition of it with a plain map is defined.
+void KPT_UNITE::loop_2_fuse_maps_of_db1() {
+  const LOOK_AHEAD look_ahead(db2, KPT_REFERENCE_SET, db1);
+  for (MAP* m2 : db2.m_maps) {
+    if (!ok) {
+      return;
+    }
+    look_ahead.from(*m2);
+    for (unsigned short i = 0; ok && i < m2->get_num_reference_registers(); ++i) {
+      fuse_db1_maps_feeding(*m2, i);
+    }
+    if (m2->map_has_fsm_transformation()) {
+      db1.add_map(*m2);
+    }
+  }
+}
+
+// The registers are listed first: aligning swaps the groups of `m2`, in which
+// they stand.
+void KPT_UNITE::fuse_db1_maps_feeding(MAP& m2, unsigned short r_index) {
+  candidates.clear();
+  registers.clear();
+  m2.for_each_register_at_index(KPT_REFERENCE_SET, r_index, [&](KPT_KEYPOINT* k) { registers.push_back(k); });
+  for (KPT_KEYPOINT* k : registers) {
+    MAP* m1 = db1.get_map_of_t_keypoint(k);
+    if (m1 == nullptr) {
+      continue;
+    }
+    if (m2.map_has_fsm_transformation()) {
+      forget(*m1);
+      db1.delete_map(m1);
+    } else {
+      align(*m1, m2, k);
+      candidates.push_back(m1);
+    }
+  }
+  fuse(db1);
+}
+
+// The map of the later stage gives way: its groups change places unless the
+// register has one polarity in both. That is what a map's own alignment does,
+// which walks the groups anew for each register.
+void KPT_UNITE::align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k) {
+  const KPT_POLARITIES::STANDING earlier = t_polarities.of(m1, k);
+  const KPT_POLARITIES::STANDING later = r_polarities.of(m2, k);
+  if (earlier.anywhere() && later.anywhere() && earlier.in_n_group != later.in_n_group) {
+    m2.interchange_registers_in_r_n_i_groups_of_map();
+    m2.interchange_registers_in_t_n_i_groups_of_map();
+    r_polarities.exchanged(m2);
+  }
+}
+
+void KPT_UNITE::forget(const MAP& map) {
+  t_polarities.forget(map);
+  r_polarities.forget(map);
+}
+
+// Makes one map of the candidates, the oldest of them, and enters it anew. A
+// candidate is deleted also when it could not be united.
+void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
+  if (candidates.size() < 2) {
+    return;
+  }
+  const auto older = [](const MAP* a, const MAP* b) {
+    return KPT_TRANSFORMATION_LIST::position_of(*a) < KPT_TRANSFORMATION_LIST::position_of(*b);
+  };
+  std::sort(candidates.begin(), candidates.end(), older);
+  candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+  if (candidates.size() < 2) {
+    return;
+  }
+  for (const MAP* map : candidates) {
+    set.make_entry_room(*map);
+  }
+  MAP* target = candidates.front();
+  forget(*target);
+  // On the way out, also where memory ends: what went into the target leads to it.
+  const KPT_UNDO entered_anew([&] { set.enter_whole(*target); });
+  for (auto other = candidates.begin() + 1; other != candidates.end(); ++other) {
+    ok = ok && target->make_union(**other);
+    forget(**other);
+    set.delete_map(*other);
+  }
+}
+
+// Loop 3: every plain first-stage map whose registers still exist goes on to
+// where the second stage takes them.
+void KPT_UNITE::loop_3_compose() {
+  const LOOK_AHEAD look_ahead(db1, KPT_TRANSFORMED_SET, db2);
+  for (MAP* m1 : db1.m_maps) {
+    if (!ok) {
+      return;
+    }
+    look_ahead.from(*m1);
+    fetch_entries_behind(look_ahead, *m1);
+    if (!m1->map_has_fsm_transformation() && m1->get_elim_status() == KPT_NOT_ELIMINATED) {
+      compose(*m1);
+    }
+  }
+}
+
+// A step enters the registers of the second stage in the first and takes them
+// out of the second: asks for these, then for their entries.
+void KPT_UNITE::fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1) const {
+  constexpr std::uint32_t NEAR = 2;
+  const MAP* far = look_ahead.counterpart(m1, 2 * NEAR);
+  __builtin_prefetch(far == nullptr ? nullptr : far->get_t_n_first(0));
+  const MAP* near = look_ahead.counterpart(m1, NEAR);
+  if (near != nullptr) {
+    db1.m_t_index.fetch(KPT_KEYPOINT::slot_of(near->get_t_n_first(0)));
+    db2.m_t_index.fetch(KPT_KEYPOINT::slot_of(near->get_t_n_first(0)));
+  }
+}
+
+// A mismatch is reported and the maps are composed all the same: the second
+// stage may know registers under one name that the first split in two.
+void KPT_UNITE::compose(MAP& m1) {
+  MAP* m2 = successor_of(m1);
+  if (m2 == nullptr || m2->map_has_fsm_transformation()) {
+    return;
+  }
+  if (!m1.t_equals_r(*m2)) {
+    report_mismatch(m1, *m2);
+  }
+  step_from(m1, *m2);
+}
+
+MAP* KPT_UNITE::successor_of(MAP& m1) {
+  KPT_KEYPOINT* representative = m1.get_t_representative(0);
+  MAP* m2 = db2.get_map_of_r_keypoint(representative);
+  if (m2 != nullptr) {
+    return m2;
+  }
+  kpt_msg_debug("Representative of db1 transformation %s is not in db2", name_of(representative));
+  m2 = report_first_in_db2(m1.get_t_representative_equivalents(0));
+  if (m2 == nullptr) {
+    m2 = report_first_in_db2(m1.get_t_representative_inverted_equivalents(0));
+  }
+  if (m2 == nullptr) {
+    kpt_msg_debug("Couldn't find any register in db1's transformation in db2's R set");
+  }
+  return m2;
+}
+
+MAP* KPT_UNITE::report_first_in_db2(const KPT_KEYPOINT_LIST& candidates_for_it) {
+  for (const KPT_KEYPOINT* k : candidates_for_it) {
+    MAP* m2 = db2.get_map_of_r_keypoint(k);
+    if (m2 != nullptr) {
+      kpt_msg_debug("Found keypoint %s in db2's R set", name_of(k));
+      return m2;
+    }
+  }
+  return nullptr;
+}
+
+// A register that entered keeps an entry that it has: another map of the
+// first stage got there earlier. (One that leads to a deleted map is none.)
+// And it is the reference side of `m2`, the registers between the stages, that
+// is entered in the first stage's reference index: consumers ask for a
+// register of netlist 2 and get the map that it was part of.
+void KPT_UNITE::step_from(MAP& m1, MAP& m2) {
+  entered.clear();
+  left.clear();
+  db1.make_entry_room(m2);
+  ok = m1.update_transformations(m2, entered, left);
+  for (const KPT_KEYPOINT* k : left) {
+    db1.m_t_index.erase(KPT_KEYPOINT::slot_of(k));
+  }
+  for (const KPT_KEYPOINT* k : entered) {
+    if (db1.get_map_of_t_keypoint(k) == nullptr) {
+      db1.m_t_index.set(KPT_KEYPOINT::slot_of(k), KPT_TRANSFORMATION_LIST::position_of(m1));
+    }
+  }
+  db1.make_keypoint_mapping_hash_entries(KPT_REFERENCE_SET, m2.r_vec(), &m1);
+  db2.delete_map(&m2);
+}
+
+void KPT_UNITE::report_mismatch(const MAP& m1, const MAP& m2) {
+  kpt_msg_debug("UNMATCHED: The following T side of db1 was expected to match R side of db2");
+  kpt_msg_debug("T set of db1:");
+  report_side(m1, KPT_TRANSFORMED_SET);
+  kpt_msg_debug("R set of db2:");
+  report_side(m2, KPT_REFERENCE_SET);
+}
+
+void KPT_UNITE::report_side(const MAP& map, KPT_SET_ENUM side) {
+  const unsigned short end =
+      side == KPT_TRANSFORMED_SET ? map.get_num_transformed_registers() : map.get_num_reference_registers();
+  for (unsigned short j = 0; j < end; ++j) {
+    map.for_each_register_at_index(side, j,
+                                   [&](const KPT_KEYPOINT* k) { kpt_msg_debug("  %d: %s", int{j}, name_of(k)); });
+  }
+}
+
+// Leftovers: what the second stage knows and no first-stage map reached is
+// copied only when the host asks for it. A state machine that loop 2 copied
+// is still there and is then reported and copied once more.
+void KPT_UNITE::copy_leftovers() {
+  if (!cfg_is_on("kpt_add_unmatched_transformations", false)) {
+    return;
+  }
+  for (const MAP* map : db2.m_maps) {
+    MSG_INTERNAL_ERROR::report("Unite has unmatched db2 entries", KPT_TAG, "db/kpt/kpt_transformation_set_impl", 1036);
+    ok = db1.add_map(*map) != nullptr && ok;
+  }
+}

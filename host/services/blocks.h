@@ -1,0 +1,19 @@
+// Blocks of memory that know their size and their account. Not installed.
+//
+// Ownership: a block belongs to whoever asked for it, until it is freed. A tracker outlives the blocks
+// that are charged to it.
+#ifndef HOST_SERVICES_BLOCKS_H
+#define HOST_SERVICES_BLOCKS_H
+
+#include "h/mem_alloc_sys.h"
+
+namespace kpt_services {
+
+/// As MEM_MANAGER::new_wrapper.
+void* allocate_block(unsigned long size, MEM_TRACKER_THUNK* thunk);
+/// As MEM_MANAGER::delete_wrapper.
+void free_block(void* p);
+
+}  // namespace kpt_services
+
+#endif

@@ -1,0 +1,17 @@
+// Switches that the environment sets. Not installed.
+//
+// Ownership: the key is read during the call only.
+#ifndef HOST_SERVICES_SWITCHES_H
+#define HOST_SERVICES_SWITCHES_H
+
+#include <optional>
+#include <string>
+
+namespace kpt_services {
+
+/// What KPT_SWITCH_<key> says: 1, on, true or yes; 0, off, false or no. Nothing for any other word.
+std::optional<bool> switch_in_environment(const std::string& key);
+
+}  // namespace kpt_services
+
+#endif

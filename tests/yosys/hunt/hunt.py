@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""Hunts for false claims: random designs through random passes, and every claim that the plugin
+records checked in a simulation of source and netlist.
+
+Fails when a claim is false. A netlist that does something else than its source is Yosys' fault and
+counted; so are flows that end with an error of Yosys, and claims whose values were never known.
+"""
+
+import argparse
+import os
+import random
+import subprocess
+import sys
+import tempfile
+import time
+
+sys.dont_write_bytecode = True  # the sources stay as they are
+
+import claims  # noqa: E402
+import flows  # noqa: E402
+import rtl  # noqa: E402
+import simulation  # noqa: E402
+
+
+class Totals:
+    def __init__(self):
+        self.designs = self.checked = self.silent = self.nothing = self.broken = self.ended = self.false = 0
+
+    def __str__(self):
+        return "%d designs: %d claims checked, %d never seen, %d designs without any; " \
+               "%d netlists wrong, %d flows ended by Yosys; %d false claims" % (
+                   self.designs, self.checked, self.silent, self.nothing, self.broken, self.ended, self.false)
+
+
+def record(folder, plugin, steps):
+    """One Yosys; false when it ended with an error."""
+    script = ["read_verilog source.v", "hierarchy -top top", "kpt_track"] + steps
+    script += ["kpt_stage", "kpt_save kpt.xml", "write_json gate.json", "write_verilog -noattr -norename gate.v"]
+    with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
+        file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
+    done = subprocess.run(["yosys", "-m", plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
+                          timeout=120, check=False)
+    with open(folder + "/yosys.log", "w", encoding="utf-8") as file:
+        file.write(done.stdout + done.stderr)
+    if done.returncode not in (0, 1):
+        raise RuntimeError("Yosys ended with %d: %s" % (done.returncode, done.stderr[-300:]))
+    return done.returncode == 0
+
+
+def hunt(seed, folder, options, totals):
+    """One design; returns its false claims."""
+    dice = random.Random(seed)
+    source = rtl.Design(dice).text
+    with open(folder + "/source.v", "w", encoding="utf-8") as file:
+        file.write(source)
+    totals.designs += 1
+    if not record(folder, options.plugin, flows.flow(dice, options.cells + "/cells.lib")):
+        totals.ended += 1
+        return []
+    found = claims.claims(folder + "/kpt.xml")
+    outcome = simulation.simulate(folder, source, found, seed, [options.cells + "/cells.v"])
+    if outcome.broken:
+        totals.broken += 1
+        return []
+    totals.checked += outcome.checked
+    totals.silent += len(outcome.silent)
+    totals.nothing += outcome.checked == 0
+    return outcome.false
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("plugin")
+    parser.add_argument("cells", help="folder of cells.lib and cells.v")
+    parser.add_argument("--seed", type=int, default=1, help="of the first design; the next have the next")
+    parser.add_argument("--designs", type=int, default=1)
+    parser.add_argument("--seconds", type=float, help="end after that time, whatever is left")
+    parser.add_argument("--keep", help="work in this folder, and leave there what the last design was")
+    options = parser.parse_args()
+    options.plugin, options.cells = os.path.abspath(options.plugin), os.path.abspath(options.cells)
+    begin = time.monotonic()
+    totals = Totals()
+    with tempfile.TemporaryDirectory() as temporary:
+        folder = options.keep or temporary
+        os.makedirs(folder, exist_ok=True)
+        for seed in range(options.seed, options.seed + options.designs):
+            if options.seconds and time.monotonic() - begin > options.seconds:
+                break
+            try:
+                false = hunt(seed, folder, options, totals)
+            except (subprocess.SubprocessError, RuntimeError, KeyError, ValueError) as failure:
+                print("seed %d: %s %s" % (seed, failure, getattr(failure, "stderr", "") or ""))
+                totals.false += 1
+                continue
+            totals.false += len(false)
+            for claim in false:
+                print("seed %d: false: %s" % (seed, claim.text), flush=True)
+    print(totals)
+    return totals.false != 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
