@@ -27,7 +27,7 @@ class THROWING : public PanicHandler {
 };
 
 // The last part of a start, in which a few bytes are taken past the memory
-// manager. What it had done before it failed is done once more.
+// manager: the first thing that it does, and one of its last.
 class STATIC_DATA : public XMLInitializer {
  public:
   static void initialize() { initializeStaticData(); }
@@ -44,23 +44,28 @@ PanicHandler& panic_handler() {
   return s_handler;
 }
 
-bool s_is_broken = false;  // memory ended twice within one start: it can be neither completed nor taken back
+bool s_is_half_started = false;
 
-// The parser counts a start before it makes it, so a second call would take it for started.
+// The parser counts a start before it makes it, so a second call would take it
+// for started. A start that failed before its last part has done much is
+// completed, now or by the next one; later it can be taken back.
 void complete_start() {
-  s_is_broken = true;
   if (DOMImplementation::getImplementation() == nullptr) {
     STATIC_DATA::initialize();
-    s_is_broken = false;
-  } else {
-    XMLPlatformUtils::Terminate();
-    s_is_broken = false;
-    memory().release();
-    throw PANIC();
+    s_is_half_started = false;
+    return;
   }
+  XMLPlatformUtils::Terminate();
+  s_is_half_started = false;
+  memory().release();
+  throw PANIC();
 }
 
 void start() {
+  if (s_is_half_started) {
+    complete_start();
+    return;
+  }
   if (XMLPlatformUtils::fgMemoryManager != nullptr) {
     XMLPlatformUtils::Initialize();  // once more, by us or by the host
     return;
@@ -69,6 +74,7 @@ void start() {
   try {
     XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, &panic_handler(), &memory());
   } catch (...) {
+    s_is_half_started = true;
     complete_start();
   }
 }
@@ -77,14 +83,9 @@ void start() {
 
 KPT_XML_PLATFORM::KPT_XML_PLATFORM() {
   try {
-    if (!s_is_broken) {
-      start();
-      m_started = true;
-    }
+    start();
+    m_started = true;
   } catch (...) {
-    // Told below.
-  }
-  if (!m_started) {
     kpt_msg_debug("Error: the XML parser cannot be initialised");
   }
 }
