@@ -19,11 +19,14 @@
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_keypoints_manager.h"
+#include "db/kpt/kpt_load_problem.h"
+#include "db/kpt/kpt_register_group.h"
 #include "db/kpt/kpt_register_keypoint.h"
 #include "db/kpt/kpt_register_transformation.h"
 #include "db/kpt/kpt_state_table.h"
 #include "db/kpt/kpt_transformation_set.h"
 #include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt_unregistered_db.h"
 #include "db/kpt/msg_kpt.h"
 
 #endif

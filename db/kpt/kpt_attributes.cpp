@@ -1,5 +1,7 @@
 #include "db/kpt/kpt_attributes.h"
 
+#include <algorithm>
+
 #include "db/kpt/containers/kpt_zeroed.h"
 
 struct KPT_ATTRIBUTES::STORE : KPT_ZEROED {
@@ -30,3 +32,14 @@ KPT_STRING KPT_ATTRIBUTES::get(std::string_view name) const {
 }
 
 void KPT_ATTRIBUTES::clear() noexcept { m_store.reset(); }
+
+bool KPT_ATTRIBUTES::empty() const { return m_store == nullptr || m_store->texts.empty(); }
+
+KPT_ATTRIBUTE_LIST KPT_ATTRIBUTES::sorted() const {
+  KPT_ATTRIBUTE_LIST all;
+  if (m_store != nullptr) {
+    all.assign(m_store->texts.begin(), m_store->texts.end());
+    std::sort(all.begin(), all.end());
+  }
+  return all;
+}

@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "db/kpt/kpt_types.h"
 
@@ -25,6 +27,9 @@ class KPT_EXPORT KPT_ATTRIBUTES {
   /// The value, or an empty text for an absent attribute. Creates nothing.
   KPT_STRING get(std::string_view name) const;
   void clear() noexcept;
+  bool empty() const;
+  /// Every attribute, in the order of names.
+  KPT_ATTRIBUTE_LIST sorted() const;
 
  private:
   struct STORE;

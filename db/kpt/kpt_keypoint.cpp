@@ -20,6 +20,17 @@ bool KPT_KEYPOINT::operator!=(const KPT_KEYPOINT& other) const {
 
 void KPT_KEYPOINT::set_element_name(std::string_view name) { m_element_name = name; }
 
+std::optional<KPT_SET_ENUM> KPT_KEYPOINT::get_side() const {
+  switch (m_set & SIDE_BITS) {
+    case REFERENCE:
+      return KPT_REFERENCE_SET;
+    case TRANSFORMED:
+      return KPT_TRANSFORMED_SET;
+    default:
+      return std::nullopt;
+  }
+}
+
 bool KPT_KEYPOINT::save_keypoint(KPT_XML_WRITER& writer) const {
   return writer.write_keypoint_xml(gen_itoa(static_cast<int>(m_kpid), 10), "keypoint", m_element_name);
 }

@@ -6,6 +6,7 @@
 #define KPT_KEYPOINT_H
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "db/kpt/containers/kpt_pool_slot.h"
@@ -41,6 +42,10 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
     return keypoint == nullptr ? POOL_SLOT() : POOL_SLOT{keypoint->m_set, keypoint->m_slot, keypoint};
   }
 
+  /// The side of the set that made the keypoint; empty when none did, and for
+  /// a set that belongs to no database.
+  std::optional<KPT_SET_ENUM> get_side() const;
+
   /// Writes a "key_point" element of type "keypoint". Always true. Such an
   /// element is not read back.
   bool save_keypoint(KPT_XML_WRITER& writer) const;
@@ -52,6 +57,8 @@ class KPT_EXPORT KPT_KEYPOINT : public KPT_ZEROED {
 
  private:
   friend class KPT_KEYPOINT_SET_IMPL;
+  // The lowest two bits of a set's number tell the side.
+  enum SIDE_IN_NUMBER : std::uint32_t { NO_SIDE = 0, REFERENCE = 1, TRANSFORMED = 2, SIDE_BITS = 3 };
   std::uint32_t m_set = POOL_SLOT::NO_POOL;
   std::uint32_t m_slot = 0;
 };

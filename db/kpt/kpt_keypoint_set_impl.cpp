@@ -4,17 +4,22 @@
 
 namespace {
 
-// Numbers of sets begin at 1: 0 marks a keypoint outside every set.
+// Numbers of sets begin at 1: 0 marks a keypoint outside every set. Two bits are left for the side.
 std::uint32_t next_set_number() {
+  constexpr std::uint32_t END = UINT32_MAX >> 2U;
   static std::uint32_t s_last = 0;
-  s_last = s_last + 1 == UINT32_MAX ? 1 : s_last + 1;
-  return s_last;
+  s_last = s_last + 1 == END ? 1 : s_last + 1;
+  return s_last << 2U;
 }
 
 }  // namespace
 
 KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL()
     : m_number(next_set_number()), m_signal_registers(m_keypoints), m_instance_registers(m_keypoints) {}
+
+KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL(KPT_SET_ENUM side) : KPT_KEYPOINT_SET_IMPL() {
+  m_number |= side == KPT_REFERENCE_SET ? KPT_KEYPOINT::REFERENCE : KPT_KEYPOINT::TRANSFORMED;
+}
 
 // In order of creation: the slots lie side by side, where the order of the
 // indexes would jump about in memory.
@@ -99,6 +104,10 @@ KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::texts_of(const KPT_REGISTER_KEYPOINT_I
                     : KPT_REGISTER_TEXTS(name, entity, type);
 }
 
+KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::get_texts(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
+  return texts_of(keypoint, keypoint.register_is_signal());
+}
+
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
   const KPT_STRING& name = keypoint.get_element_name();
   return keypoint.register_is_signal() ? get_register(name)
@@ -151,6 +160,20 @@ void KPT_KEYPOINT_SET_IMPL::take_back(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
   if (m_standings[keypoint.m_slot] != RETIRED) {
     remove(&keypoint);
   }
+}
+
+// The first `count` steps are those over the signals, the next those over the block instances.
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::walk(std::size_t& step, std::size_t count) const {
+  const std::size_t end = m_instance_registers.size() > 0 ? 2 * count : count;
+  while (step < end) {
+    const std::size_t slot = step < count ? step : step - count;
+    const STANDING wanted = step < count ? AMONG_SIGNALS : AMONG_INSTANCES;
+    ++step;
+    if (m_standings[slot] == wanted) {
+      return m_keypoints.at(static_cast<std::uint32_t>(slot));
+    }
+  }
+  return nullptr;
 }
 
 KPT_KEYPOINT_LIST KPT_KEYPOINT_SET_IMPL::get_list_of_keypoints() const {

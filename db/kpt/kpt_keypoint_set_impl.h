@@ -1,5 +1,5 @@
 // All registers of one netlist: the reference side or the transformed side of
-// a database. Which side it is, the set does not know.
+// a database, or a set of its own.
 //
 // Ownership: the set owns its keypoints. A pointer to one is good until the
 // set is destroyed, also after the keypoint was deleted or another took over
@@ -25,7 +25,9 @@ using KPT_NAMESAKES = KPT_BY_SLOT<KPT_REGISTER_KEYPOINT_IMPL*>;
 
 class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
  public:
+  /// A set of its own, or one side of a database, which its registers then tell.
   KPT_KEYPOINT_SET_IMPL();
+  explicit KPT_KEYPOINT_SET_IMPL(KPT_SET_ENUM side);
   ~KPT_KEYPOINT_SET_IMPL();
   KPT_KEYPOINT_SET_IMPL(const KPT_KEYPOINT_SET_IMPL&) = delete;
   KPT_KEYPOINT_SET_IMPL& operator=(const KPT_KEYPOINT_SET_IMPL&) = delete;
@@ -65,6 +67,9 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// one are looked up. For walks over `other` that call `get_namesake`.
   void fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, const KPT_KEYPOINT_SET_IMPL& other) const;
 
+  /// What a register of this set is called, with its hash where it is known.
+  KPT_REGISTER_TEXTS get_texts(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const;
+
   /// False when there is no such signal.
   bool delete_register(std::string_view name);
   /// False when there is no such block instance; the entity is ignored.
@@ -101,6 +106,13 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// any. For the library's own walks: no list is made.
   template <class VISIT>
   void for_each_keypoint(VISIT visit) const;
+
+  /// The same walk, step by step: the keypoint at `step` or the next one
+  /// behind it, with `step` behind that; null at the end. Begins with step 0 and
+  /// takes the `count` of the begin every time: keypoints that are added
+  /// meanwhile are not walked.
+  KPT_REGISTER_KEYPOINT_IMPL* walk(std::size_t& step, std::size_t count) const;
+  std::size_t count() const { return m_standings.size(); }
 
   /// The number of registers, signals and block instances.
   std::size_t size() const { return m_signal_registers.size() + m_instance_registers.size(); }

@@ -5,6 +5,8 @@
 
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_register_keypoint.h"
+#include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_register_transformation.h"
 #include "db/kpt/kpt_transformation_set.h"
 
@@ -41,6 +43,31 @@ bool KPT_KEYPOINTS_DB::associate_registers_fsm_signals(const KPT_STRING_VECTOR& 
                                                        const KPT_STRING_VECTOR& t_names,
                                                        const KPT_STATE_TABLE& table) const {
   return impl().associate_registers_fsm_signals(r_names, t_names, table);
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                               KPT_ELIM_ENUM status) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().associate_groups(r, t, nullptr, status));
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                               const KPT_STATE_TABLE& table,
+                                                               KPT_ELIM_ENUM status) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().associate_groups(r, t, &table, status));
+}
+
+bool KPT_KEYPOINTS_DB::compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options,
+                               KPT_COMPOSITION_REPORT* report) const {
+  KPT_COMPOSITION::STAGES impls;
+  for (const KPT_KEYPOINTS_DB& stage : stages) {
+    impls.push_back(&stage.impl());
+  }
+  KPT_COMPOSITION composition(std::move(impls), options);
+  const bool ok = composition.compose(impl());
+  if (report != nullptr) {
+    *report = composition.report();
+  }
+  return ok;
 }
 
 bool KPT_KEYPOINTS_DB::set_replicated_registers(std::string_view t_name, std::string_view replica_name) const {
@@ -96,6 +123,31 @@ KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_reference_register_transformat
 KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_transformed_register_transformation(std::string_view name) const {
   return KPT_REGISTER_TRANSFORMATION(impl().get_transformed_register_transformation(name));
 }
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_reference_register_transformation(
+    const KPT_REGISTER_KEYPOINT& keypoint) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().get_transformation_set()->get_map_of_r_keypoint(keypoint.m_impl));
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_transformed_register_transformation(
+    const KPT_REGISTER_KEYPOINT& keypoint) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().get_transformation_set()->get_map_of_t_keypoint(keypoint.m_impl));
+}
+
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const {
+  const auto side = keypoint.is_null() ? std::nullopt : keypoint.get_side();
+  if (!side.has_value()) {
+    return KPT_REGISTER_TRANSFORMATION();
+  }
+  return *side == KPT_REFERENCE_SET ? get_reference_register_transformation(keypoint)
+                                    : get_transformed_register_transformation(keypoint);
+}
+
+KPT_KEYPOINT_SET KPT_KEYPOINTS_DB::get_set(KPT_SET_ENUM side) const {
+  return side == KPT_REFERENCE_SET ? get_reference_set() : get_transformed_set();
+}
+
+void KPT_KEYPOINTS_DB::move_id_counters_past_own_ids() const { impl().move_id_counters_past_own_ids(); }
 
 bool KPT_KEYPOINTS_DB::delete_keypoints_db() {
   KPT_KEYPOINTS_DB_IMPL* db = std::exchange(m_impl, nullptr);

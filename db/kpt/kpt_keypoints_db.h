@@ -9,11 +9,16 @@
 #define KPT_KEYPOINTS_DB_H
 
 #include <string_view>
+#include <vector>
 
+#include "db/kpt/kpt_composition.h"
+#include "db/kpt/kpt_groups.h"
 #include "db/kpt/kpt_types.h"
 
 class KPT_KEYPOINT_SET;
 class KPT_TRANSFORMATION_SET;
+
+using KPT_KEYPOINTS_DB_LIST = std::vector<KPT_KEYPOINTS_DB, MEM_STL_ALLOCATOR<KPT_KEYPOINTS_DB>>;
 
 class KPT_EXPORT KPT_KEYPOINTS_DB {
  public:
@@ -36,6 +41,17 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// (from 1) of that side of the table. At most 65,535 names a side.
   bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
                                        const KPT_STATE_TABLE& table) const;
+
+  /// A map of any shape, with signals and block instances alike: groups of new
+  /// registers on both sides, with a table or, with at most one index a side,
+  /// without. A status is the value of the first reference register of the
+  /// first index. The map's handle, or a null one: then nothing has changed and
+  /// a debug line "Error: Map not recorded: ..." tells why.
+  KPT_REGISTER_TRANSFORMATION associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                               KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) const;
+  KPT_REGISTER_TRANSFORMATION associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                               const KPT_STATE_TABLE& table,
+                                               KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) const;
 
   // The events below name transformed signal registers; block instances are
   // not found by name alone.
@@ -60,6 +76,13 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   KPT_KEYPOINT_SET get_reference_set() const;
   KPT_KEYPOINT_SET get_transformed_set() const;
 
+  /// Fills this database, which is empty, with what the stages say together,
+  /// first to last; they are left as they were. Exact where `unite` is not: see
+  /// KPT_COMPOSITION. False, writing nothing, when the database is not empty or
+  /// one of the stages, when two stages do not fit, or when they contradict
+  /// each other; `report`, unless null, and debug lines tell why.
+  bool compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options = {},
+               KPT_COMPOSITION_REPORT* report = nullptr) const;
   /// Appends the database of the next stage, which is left as it was.
   bool unite(const KPT_KEYPOINTS_DB& other) const;
   /// Writes the database file in place; false when it cannot be opened.
@@ -74,6 +97,25 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   KPT_REGISTER_TRANSFORMATION get_reference_register_transformation(std::string_view name) const;
   KPT_REGISTER_TRANSFORMATION get_transformed_register_transformation(std::string_view name) const;
 
+  // The map of any register, block instances included, or a null handle: also
+  // for a null handle and for a register of another database.
+
+  /// The map that has the register on its reference side.
+  KPT_REGISTER_TRANSFORMATION get_reference_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const;
+  /// The map that has the register on its transformed side.
+  KPT_REGISTER_TRANSFORMATION get_transformed_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const;
+  /// The one or the other, by the side that the register was recorded to.
+  KPT_REGISTER_TRANSFORMATION get_register_transformation(const KPT_REGISTER_KEYPOINT& keypoint) const;
+
+  /// The registers of a side: the reference side, or for any other value the transformed side.
+  KPT_KEYPOINT_SET get_set(KPT_SET_ENUM side) const;
+
+  /// Raises the id counters of the process beyond every id of this database.
+  /// Call it after a load and before anything is recorded: loading raises them
+  /// to the highest id of a signal, not beyond, and in a saved file two
+  /// registers of one id cannot be told apart.
+  void move_id_counters_past_own_ids() const;
+
   /// Destroys the database and makes this handle null. False when it is null
   /// already. Clients leave this to KPT_KEYPOINTS_MANAGER::destroy_keypoints_db,
   /// which takes the registry entry out as well.
@@ -83,6 +125,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
 
  private:
   friend class KPT_KEYPOINTS_MANAGER;
+  friend class KPT_UNREGISTERED_DB;
   KPT_KEYPOINTS_DB_IMPL& impl() const;
 
   KPT_KEYPOINTS_DB_IMPL* m_impl;

@@ -1,5 +1,7 @@
 #include "db/kpt/kpt_keypoints_db_impl.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "db/kpt/kpt_state_table.h"
@@ -8,7 +10,8 @@
 long KPT_KEYPOINTS_DB_IMPL::s_r_id = 0;
 long KPT_KEYPOINTS_DB_IMPL::s_t_id = 0;
 
-KPT_KEYPOINTS_DB_IMPL::KPT_KEYPOINTS_DB_IMPL(std::string_view name) : m_db_name(name) {}
+KPT_KEYPOINTS_DB_IMPL::KPT_KEYPOINTS_DB_IMPL(std::string_view name)
+    : m_reference_set(KPT_REFERENCE_SET), m_transformed_set(KPT_TRANSFORMED_SET), m_db_name(name) {}
 
 KPT_KEYPOINTS_DB_IMPL::~KPT_KEYPOINTS_DB_IMPL() {
   if (m_forget != nullptr) {
@@ -76,4 +79,15 @@ KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_reference_register_transform
 
 KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_transformed_register_transformation(std::string_view name) const {
   return m_transformation_set.get_map_of_slot(KPT_TRANSFORMED_SET, m_transformed_set.get_slot(name));
+}
+
+void KPT_KEYPOINTS_DB_IMPL::move_id_counters_past_own_ids() {
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    long& counter = side == KPT_REFERENCE_SET ? s_r_id : s_t_id;
+    set_of(side).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
+      const long id = keypoint->get_kpid();
+      counter = std::max(counter, id == std::numeric_limits<long>::max() ? id : id + 1);
+      return true;
+    });
+  }
 }

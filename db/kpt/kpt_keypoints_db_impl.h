@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "db/kpt/containers/kpt_zeroed.h"
+#include "db/kpt/kpt_groups.h"
 #include "db/kpt/kpt_keypoint_set_impl.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/kpt_types.h"
@@ -28,6 +29,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// then raised by one. The first id of a process is 0.
   static long get_next_r_id() { return s_r_id++; }
   static long get_next_t_id() { return s_t_id++; }
+  /// Raises both counters beyond every id of this database: the next register
+  /// of the process repeats none of them.
+  void move_id_counters_past_own_ids();
 
   const KPT_STRING& get_db_name() const { return m_db_name; }
   KPT_KEYPOINT_SET_IMPL* get_reference_set() { return &m_reference_set; }
@@ -76,6 +80,13 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// encoding. False, changing nothing, when a name exists in its set.
   bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
                                        const KPT_STATE_TABLE& table);
+  /// A map of any shape: groups of new registers on both sides, with a table
+  /// or, with at most one index a side, without; a status is the value of the
+  /// first reference register. Null, changing nothing, with a debug line
+  /// "Error: Map not recorded: ..." when a register exists or is named twice,
+  /// the table has not the sides' size, has no row or contradicts the status.
+  KPT_TRANSFORMATION_IMPL* associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                            const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
   /// `t_name` was duplicated into the new register `replica_name`. When the
   /// map refuses, the replica stays in the transformed set, without a map.
   bool set_replicated_registers(std::string_view t_name, std::string_view replica_name);
@@ -145,6 +156,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
   void create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
+  NI_PAIR_VECTOR create_groups(KPT_SET_ENUM set, const KPT_GROUPS_SIDE& side, KPT_KEYPOINT_LIST* created);
   void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
   bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);

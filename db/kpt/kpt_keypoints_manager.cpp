@@ -6,6 +6,7 @@
 #include <new>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_unregistered_db.h"
 #include "db/kpt/load/kpt_file_loader.h"
 #include "db/kpt/msg_kpt.h"
 
@@ -72,39 +73,65 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::get_keypoints_db(std::string_view name)
   return found == m_databases.end() ? nullptr : &*found;
 }
 
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::record_db(KPT_UNREGISTERED_DB&& db) {
+  if (!record_new_db(db.get().m_impl)) {
+    return nullptr;
+  }
+  db.release();
+  return &m_databases.back();
+}
+
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
+  KPT_LOAD_PROBLEM problem;
+  return load_db(file_name, problem);
+}
+
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
+  problem = {};
   try {
-    return loaded(file_name);
+    return loaded(file_name, problem);
   } catch (const std::bad_alloc&) {
     kpt_tell_out_of_memory(file_name);
+    problem.note_end_of_memory();
     return nullptr;
   }
 }
 
-KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::loaded(std::string_view file_name) {
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
   const auto create = [&](std::string_view name) {
-    const bool is_taken = get_keypoints_db(name) != nullptr;
-    if (is_taken) {
-      kpt_msg_debug("DB called %s already exists\n", KPT_STRING(name).c_str());
-    }
-    return is_taken ? nullptr : create_keypoints_db_impl(name);
+    return get_keypoints_db(name) == nullptr ? create_keypoints_db_impl(name) : nullptr;
   };
   KPT_FILE_LOADER loader(file_name);
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
   if (db == nullptr) {
+    problem = loader.problem();
+    if (problem.is_none()) {
+      kpt_msg_debug("DB called %s already exists\n", loader.name().c_str());
+      problem.note({KPT_LOAD_PROBLEM::NAME_IS_TAKEN, "a database of this name exists already"});
+    }
     return nullptr;
   }
   record_new_db(db.get());
-  return get_keypoints_db(db.release()->get_db_name());
+  db.release();
+  return &m_databases.back();
 }
 
-bool KPT_KEYPOINTS_MANAGER::save_db(std::string_view name, std::string_view file_name) {
+const KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::find_to_save(std::string_view name) {
   const KPT_KEYPOINTS_DB* db = get_keypoints_db(name);
   if (db == nullptr) {
     kpt_msg_debug("database named %s doesn't exist", KPT_STRING(name).c_str());
-    return false;
   }
-  return db->save(file_name);
+  return db;
+}
+
+bool KPT_KEYPOINTS_MANAGER::save_db(std::string_view name, std::string_view file_name) {
+  const KPT_KEYPOINTS_DB* db = find_to_save(name);
+  return db != nullptr && db->save(file_name);
+}
+
+bool KPT_KEYPOINTS_MANAGER::save_db_atomically(std::string_view name, std::string_view file_name) {
+  const KPT_KEYPOINTS_DB* db = find_to_save(name);
+  return db != nullptr && db->save_atomically(file_name);
 }
 
 bool KPT_KEYPOINTS_MANAGER::destroy_keypoints_db(std::string_view name) {

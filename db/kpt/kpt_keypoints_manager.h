@@ -18,7 +18,10 @@
 #include <string_view>
 
 #include "db/kpt/kpt_keypoints_db.h"
+#include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
+
+class KPT_UNREGISTERED_DB;
 
 class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
  public:
@@ -33,6 +36,9 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   KPT_KEYPOINTS_DB_IMPL* create_keypoints_db_impl(std::string_view name);
   /// Takes the database over. False for null.
   bool record_new_db(KPT_KEYPOINTS_DB_IMPL* db);
+  /// Takes the database over from the value that owned it, and returns its
+  /// entry, also when the name is in use. Null when the value owned nothing.
+  KPT_KEYPOINTS_DB* record_db(KPT_UNREGISTERED_DB&& db);
   /// The first database of that name (byte for byte), or null.
   KPT_KEYPOINTS_DB* get_keypoints_db(std::string_view name);
   /// Loads a database file and records what it holds. Null when the file
@@ -40,8 +46,13 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   /// EKPT_OUT_OF_MEMORY tells, or, with the line "DB called %s already
   /// exists\n", when a database of its name is recorded.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name);
+  /// The same; when it is null, `problem` tells the first reason.
+  KPT_KEYPOINTS_DB* load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
   /// False, with the line "database named %s doesn't exist", for an unknown name.
   bool save_db(std::string_view name, std::string_view file_name);
+  /// The same by KPT_KEYPOINTS_DB::save_atomically: the file is written whole or
+  /// not at all, and is read back as it was.
+  bool save_db_atomically(std::string_view name, std::string_view file_name);
   /// Destroys the first database of that name. False for an unknown name.
   bool destroy_keypoints_db(std::string_view name);
 
@@ -56,7 +67,8 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   // The database is being destroyed: its entries are dead.
   static void forget(const KPT_KEYPOINTS_DB_IMPL* db);
   DATABASES::iterator find(std::string_view name);
-  KPT_KEYPOINTS_DB* loaded(std::string_view file_name);
+  KPT_KEYPOINTS_DB* loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
+  const KPT_KEYPOINTS_DB* find_to_save(std::string_view name);
 
   DATABASES m_databases;
 };

@@ -15,6 +15,10 @@ KPT_REGISTER_KEYPOINT_IMPL& checked(KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
 
 const KPT_STRING& KPT_REGISTER_KEYPOINT::get_name() const { return checked(m_impl).get_element_name(); }
 
+long KPT_REGISTER_KEYPOINT::get_id() const { return checked(m_impl).get_kpid(); }
+
+std::optional<KPT_SET_ENUM> KPT_REGISTER_KEYPOINT::get_side() const { return checked(m_impl).get_side(); }
+
 const KPT_STRING& KPT_REGISTER_KEYPOINT::get_entity_name() const { return checked(m_impl).get_entity_name(); }
 
 const KPT_STRING& KPT_REGISTER_KEYPOINT::get_type() const { return checked(m_impl).get_register_type(); }
@@ -43,3 +47,5 @@ bool KPT_REGISTER_KEYPOINT::remove_attribute(std::string_view name) const {
 KPT_STRING KPT_REGISTER_KEYPOINT::get_attribute(std::string_view name) const {
   return checked(m_impl).get_attribute(name);
 }
+
+KPT_ATTRIBUTE_LIST KPT_REGISTER_KEYPOINT::get_attributes() const { return checked(m_impl).attributes().sorted(); }

@@ -6,6 +6,9 @@
 #ifndef KPT_REGISTER_KEYPOINT_H
 #define KPT_REGISTER_KEYPOINT_H
 
+#include <cstddef>
+#include <functional>
+#include <optional>
 #include <string_view>
 
 #include "db/kpt/kpt_types.h"
@@ -15,6 +18,12 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT {
   explicit KPT_REGISTER_KEYPOINT(KPT_REGISTER_KEYPOINT_IMPL* keypoint = nullptr) : m_impl(keypoint) {}
 
   const KPT_STRING& get_name() const;
+  /// The id, by which a database file tells the registers of a side apart.
+  long get_id() const;
+  /// The side to which the register was recorded; empty for one that no
+  /// database has made. In a united database a map may list a register of the
+  /// transformed side on its reference side: this tells where the register is.
+  std::optional<KPT_SET_ENUM> get_side() const;
   /// Empty for a signal register.
   const KPT_STRING& get_entity_name() const;
   /// The register type; empty for a signal register.
@@ -33,11 +42,26 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT {
   bool remove_attribute(std::string_view name) const;
   /// Empty for an absent attribute.
   KPT_STRING get_attribute(std::string_view name) const;
+  /// Every attribute, in the order of the names.
+  KPT_ATTRIBUTE_LIST get_attributes() const;
 
   bool is_null() const { return m_impl == nullptr; }
+  /// Whether both are the same register of the same database, or both null.
+  friend bool operator==(const KPT_REGISTER_KEYPOINT&, const KPT_REGISTER_KEYPOINT&) = default;
 
  private:
+  friend class KPT_KEYPOINTS_DB;
+  friend struct std::hash<KPT_REGISTER_KEYPOINT>;
+
   KPT_REGISTER_KEYPOINT_IMPL* m_impl;
+};
+
+/// For tables whose keys are handles. The value says nothing else and differs from run to run.
+template <>
+struct std::hash<KPT_REGISTER_KEYPOINT> {
+  std::size_t operator()(const KPT_REGISTER_KEYPOINT& keypoint) const noexcept {
+    return std::hash<const void*>()(keypoint.m_impl);
+  }
 };
 
 #endif

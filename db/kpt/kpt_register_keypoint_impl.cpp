@@ -109,6 +109,11 @@ bool KPT_REGISTER_KEYPOINT_IMPL::remove_attribute(std::string_view name) {
   return m_extras != nullptr && m_extras->attributes.remove(name);
 }
 
+const KPT_ATTRIBUTES& KPT_REGISTER_KEYPOINT_IMPL::attributes() const {
+  static const KPT_ATTRIBUTES s_none;
+  return m_extras == nullptr ? s_none : m_extras->attributes;
+}
+
 KPT_STRING KPT_REGISTER_KEYPOINT_IMPL::get_attribute(std::string_view name) const {
   return m_extras == nullptr ? KPT_STRING() : m_extras->attributes.get(name);
 }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string_view>
 
+#include "db/kpt/kpt_attributes.h"
 #include "db/kpt/kpt_keypoint.h"
 
 class KPT_EXPORT KPT_REGISTER_KEYPOINT_IMPL : public KPT_KEYPOINT {
@@ -47,6 +48,7 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT_IMPL : public KPT_KEYPOINT {
   bool remove_attribute(std::string_view name);
   /// Empty for an absent attribute, as for one whose value is empty.
   KPT_STRING get_attribute(std::string_view name) const;
+  const KPT_ATTRIBUTES& attributes() const;
 
   using KPT_KEYPOINT::operator!=;
   /// Unequal when ids, names, entities or register types differ, asked in

@@ -2,7 +2,6 @@
 
 #include <cassert>
 
-#include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
 
@@ -14,9 +13,10 @@ KPT_TRANSFORMATION_IMPL& checked(KPT_TRANSFORMATION_IMPL* map) {
 }
 
 // A keypoint that is no register has nothing to show: the handle is null.
-KPT_REGISTER_KEYPOINT handle(KPT_KEYPOINT* keypoint) {
-  return KPT_REGISTER_KEYPOINT(
-      keypoint != nullptr && keypoint->is_register() ? static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(keypoint) : nullptr);
+KPT_REGISTER_KEYPOINT handle(KPT_KEYPOINT* keypoint) { return KPT_REGISTER_GROUP::handle(keypoint); }
+
+const NI_PAIR_VECTOR& side_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side) {
+  return side == KPT_REFERENCE_SET ? map.r_vec() : map.t_vec();
 }
 
 enum RELATION { EQUIVALENT, INVERTED };
@@ -37,7 +37,7 @@ std::size_t room_for(const NI_PAIR_VECTOR& side, unsigned short index, RELATION 
 KPT_REGISTER_KEYPOINT_LIST list_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, unsigned short index,
                                    RELATION relation) {
   KPT_REGISTER_KEYPOINT_LIST list;
-  list.reserve(room_for(side == KPT_REFERENCE_SET ? map.r_vec() : map.t_vec(), index, relation));
+  list.reserve(room_for(side_of(map, side), index, relation));
   const auto append = [&](KPT_KEYPOINT* keypoint) { list.push_back(handle(keypoint)); };
   if (relation == EQUIVALENT) {
     map.for_each_equivalent(side, index, append);
@@ -80,6 +80,19 @@ KPT_REGISTER_KEYPOINT_LIST KPT_REGISTER_TRANSFORMATION::get_transformed_inverted
   return list_of(checked(m_impl), KPT_TRANSFORMED_SET, index, INVERTED);
 }
 
+KPT_REGISTER_GROUP KPT_REGISTER_TRANSFORMATION::get_group(KPT_SET_ENUM side, std::size_t index, bool inverted) const {
+  const NI_PAIR_VECTOR& pairs = side_of(checked(m_impl), side);
+  if (index >= pairs.size()) {
+    return {};
+  }
+  const KPT_KEYPOINT_LIST& group = inverted ? pairs[index].second : pairs[index].first;
+  return {group.begin(), group.size()};
+}
+
+std::size_t KPT_REGISTER_TRANSFORMATION::get_number_of_indices(KPT_SET_ENUM side) const {
+  return side_of(checked(m_impl), side).size();
+}
+
 bool KPT_REGISTER_TRANSFORMATION::is_positive_unate(unsigned short r_index, unsigned short t_index) const {
   return checked(m_impl).association_is_positive_unate(r_index, t_index);
 }
@@ -100,11 +113,15 @@ unsigned short KPT_REGISTER_TRANSFORMATION::get_number_of_states() const {
   return checked(m_impl).get_number_of_states();
 }
 
+KPT_ELIM_ENUM KPT_REGISTER_TRANSFORMATION::get_elimination() const { return checked(m_impl).get_elim_status(); }
+
 bool KPT_REGISTER_TRANSFORMATION::is_stuck_at_zero() const {
   return checked(m_impl).r_representative_is_stuck_at_zero();
 }
 
 bool KPT_REGISTER_TRANSFORMATION::is_stuck_at_one() const { return checked(m_impl).r_representative_is_stuck_at_one(); }
+
+KPT_FATE_ENUM KPT_REGISTER_TRANSFORMATION::get_fate(unsigned short r_index) const { return kpt_fate(m_impl, r_index); }
 
 bool KPT_REGISTER_TRANSFORMATION::has_no_fanout() const { return checked(m_impl).has_no_fanout(); }
 
@@ -119,3 +136,5 @@ bool KPT_REGISTER_TRANSFORMATION::remove_attribute(std::string_view name) const 
 KPT_STRING KPT_REGISTER_TRANSFORMATION::get_attribute(std::string_view name) const {
   return checked(m_impl).get_attribute(name);
 }
+
+KPT_ATTRIBUTE_LIST KPT_REGISTER_TRANSFORMATION::get_attributes() const { return checked(m_impl).attributes().sorted(); }

@@ -11,8 +11,12 @@
 #ifndef KPT_REGISTER_TRANSFORMATION_H
 #define KPT_REGISTER_TRANSFORMATION_H
 
+#include <cstddef>
+#include <functional>
 #include <string_view>
 
+#include "db/kpt/kpt_fate.h"
+#include "db/kpt/kpt_register_group.h"
 #include "db/kpt/kpt_register_keypoint.h"
 #include "db/kpt/kpt_state_table.h"
 #include "db/kpt/kpt_types.h"
@@ -37,21 +41,41 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   KPT_REGISTER_KEYPOINT_LIST get_reference_inverted_equivalents(unsigned short index) const;
   KPT_REGISTER_KEYPOINT_LIST get_transformed_inverted_equivalents(unsigned short index) const;
 
+  // The map as it is: what each index lists, whatever its representative.
+
+  /// The registers that an index lists with their value as it is, or with the
+  /// inverse. Empty beyond the side's indices.
+  KPT_REGISTER_GROUP get_reference_group(std::size_t index, bool inverted) const {
+    return get_group(KPT_REFERENCE_SET, index, inverted);
+  }
+  KPT_REGISTER_GROUP get_transformed_group(std::size_t index, bool inverted) const {
+    return get_group(KPT_TRANSFORMED_SET, index, inverted);
+  }
+  KPT_REGISTER_GROUP get_group(KPT_SET_ENUM side, std::size_t index, bool inverted) const;
+  /// The number of indices of the side.
+  std::size_t get_number_of_indices(KPT_SET_ENUM side) const;
+
   /// Whether the two representatives move together, or against each other.
   /// Both answer false for registers that stand at a further index only, and
   /// both answer true for those of a state machine.
   bool is_positive_unate(unsigned short r_index, unsigned short t_index) const;
   bool is_negative_unate(unsigned short r_index, unsigned short t_index) const;
 
-  /// The number of indices of the side, modulo 65,536.
+  /// The number of indices of the side, modulo 65,536; get_number_of_indices has all of them.
   unsigned short get_state_reference_size() const;
   unsigned short get_state_transformed_size() const;
   /// 2 without a state machine.
   unsigned short get_number_of_states() const;
 
+  /// Whether and why registers of the map were eliminated.
+  KPT_ELIM_ENUM get_elimination() const;
   bool is_stuck_at_zero() const;
   bool is_stuck_at_one() const;
   bool has_no_fanout() const;
+  /// What became of the reference registers of the index, exactly: of a map
+  /// with several indices the questions above speak of all of them alike.
+  /// Unknown for a null handle.
+  KPT_FATE_ENUM get_fate(unsigned short r_index) const;
 
   /// Sets the attribute, new or not. Always true. Attributes are not saved.
   bool add_attribute(std::string_view name, std::string_view value) const;
@@ -59,11 +83,25 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   bool remove_attribute(std::string_view name) const;
   /// Empty for an absent attribute.
   KPT_STRING get_attribute(std::string_view name) const;
+  /// Every attribute, in the order of the names.
+  KPT_ATTRIBUTE_LIST get_attributes() const;
 
   bool is_null() const { return m_impl == nullptr; }
+  /// Whether both are the same map of the same database, or both null.
+  friend bool operator==(const KPT_REGISTER_TRANSFORMATION&, const KPT_REGISTER_TRANSFORMATION&) = default;
 
  private:
+  friend struct std::hash<KPT_REGISTER_TRANSFORMATION>;
+
   KPT_TRANSFORMATION_IMPL* m_impl;
+};
+
+/// For tables whose keys are handles. The value says nothing else and differs from run to run.
+template <>
+struct std::hash<KPT_REGISTER_TRANSFORMATION> {
+  std::size_t operator()(const KPT_REGISTER_TRANSFORMATION& map) const noexcept {
+    return std::hash<const void*>()(map.m_impl);
+  }
 };
 
 #endif

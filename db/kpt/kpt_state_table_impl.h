@@ -52,6 +52,9 @@ class KPT_EXPORT KPT_STATE_TABLE_IMPL : public KPT_ZEROED {
   unsigned short get_num_reference_registers() const { return m_num_r_columns; }
   unsigned short get_num_transformed_registers() const { return m_num_t_columns; }
 
+  /// The bits of a side, row by row and without gaps: for walks over whole tables.
+  const KPT_BIT_TABLE& get_bits(KPT_SET_ENUM set) const { return bits(set); }
+
   /// Whether no two columns of the side are equal or opposite in every state.
   /// A side of one column or none is; one of several columns without a row is
   /// not. Of an unknown side no entry can be read, so it is canonical only

@@ -155,6 +155,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   bool remove_attribute(std::string_view name) { return m_attributes.remove(name); }
   /// Empty for an absent attribute.
   KPT_STRING get_attribute(std::string_view name) const { return m_attributes.get(name); }
+  const KPT_ATTRIBUTES& attributes() const { return m_attributes; }
 
   // ---- Queries ----
 

@@ -1,7 +1,7 @@
 // The maps of a transformation set, in order of creation.
 //
 // Ownership: none; the set owns the maps. Iterators stay good while maps are
-// added or deleted: a deleted map is passed over.
+// added or deleted: a deleted map is passed over, an added one is not walked.
 //
 // A map's position (from 1) is given out once and never again, so an index
 // that names a position leads to that map or, once it is deleted, to none.
@@ -26,7 +26,10 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
     using reference = KPT_TRANSFORMATION_IMPL*;
 
     ITERATOR() = default;
-    ITERATOR(const KPT_TRANSFORMATION_LIST* list, std::size_t cell) : m_list(list), m_cell(cell) { skip(); }
+    ITERATOR(const KPT_TRANSFORMATION_LIST* list, std::size_t cell)
+        : m_list(list), m_cell(cell), m_end(list->m_cells.size()) {
+      skip();
+    }
     KPT_TRANSFORMATION_IMPL* operator*() const { return m_list->m_cells[m_cell]; }
     ITERATOR& operator++() {
       ++m_cell;
@@ -38,13 +41,14 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
       ++*this;
       return before;
     }
-    // Two iterators that have run off the end are equal, wherever the end was.
+    // The end is where it was when the walk began. Two iterators that have come
+    // to theirs are equal, wherever it was.
     friend bool operator==(const ITERATOR& a, const ITERATOR& b) {
       return a.m_cell == b.m_cell || (a.done() && b.done());
     }
 
    private:
-    bool done() const { return m_list == nullptr || m_cell >= m_list->m_cells.size(); }
+    bool done() const { return m_cell >= m_end; }
     void skip() {
       while (!done() && m_list->m_cells[m_cell] == nullptr) {
         ++m_cell;
@@ -52,6 +56,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
     }
     const KPT_TRANSFORMATION_LIST* m_list = nullptr;
     std::size_t m_cell = 0;
+    std::size_t m_end = 0;
   };
   using value_type = KPT_TRANSFORMATION_IMPL*;
   using iterator = ITERATOR;

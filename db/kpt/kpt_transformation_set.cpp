@@ -2,16 +2,35 @@
 
 #include <cassert>
 
-#include "db/kpt/kpt_register_transformation.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 
-KPT_REGISTER_TRANSFORMATION_LIST KPT_TRANSFORMATION_SET::get_list_of_register_transformations() const {
+KPT_TRANSFORMATION_SET::ITERATOR& KPT_TRANSFORMATION_SET::ITERATOR::operator++() {
+  KPT_TRANSFORMATION_IMPL* next = nullptr;
+  while (next == nullptr && m_position < m_last) {
+    next = m_list->at(++m_position);
+  }
+  m_map = KPT_REGISTER_TRANSFORMATION(next);
+  return *this;
+}
+
+KPT_TRANSFORMATION_SET::ITERATOR KPT_TRANSFORMATION_SET::begin() const {
   assert(m_impl != nullptr);
-  const KPT_TRANSFORMATION_LIST& maps = m_impl->get_list_of_register_transformations();
+  ITERATOR first;
+  first.m_list = &m_impl->get_list_of_register_transformations();
+  first.m_last = first.m_list->last_position();
+  return ++first;
+}
+
+std::size_t KPT_TRANSFORMATION_SET::size() const {
+  assert(m_impl != nullptr);
+  return m_impl->get_list_of_register_transformations().size();
+}
+
+KPT_REGISTER_TRANSFORMATION_LIST KPT_TRANSFORMATION_SET::get_list_of_register_transformations() const {
   KPT_REGISTER_TRANSFORMATION_LIST list;
-  list.reserve(maps.size());
-  for (KPT_TRANSFORMATION_IMPL* map : maps) {
-    list.emplace_back(map);
+  list.reserve(size());
+  for (const KPT_REGISTER_TRANSFORMATION& map : *this) {
+    list.push_back(map);
   }
   return list;
 }

@@ -6,11 +6,49 @@
 #ifndef KPT_TRANSFORMATION_SET_H
 #define KPT_TRANSFORMATION_SET_H
 
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+#include "db/kpt/kpt_register_transformation.h"
 #include "db/kpt/kpt_types.h"
 
 class KPT_EXPORT KPT_TRANSFORMATION_SET {
  public:
   explicit KPT_TRANSFORMATION_SET(KPT_TRANSFORMATION_SET_IMPL* set = nullptr) : m_impl(set) {}
+
+  /// A walk over the maps in order of creation, without a list of them:
+  ///   for (const KPT_REGISTER_TRANSFORMATION& map : db.get_transformation_set())
+  /// Maps may come and go meanwhile: those that are added are not walked.
+  class ITERATOR {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = KPT_REGISTER_TRANSFORMATION;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const KPT_REGISTER_TRANSFORMATION*;
+    using reference = const KPT_REGISTER_TRANSFORMATION&;
+
+    /// The end of every walk.
+    ITERATOR() = default;
+    const KPT_REGISTER_TRANSFORMATION& operator*() const { return m_map; }
+    const KPT_REGISTER_TRANSFORMATION* operator->() const { return &m_map; }
+    KPT_EXPORT ITERATOR& operator++();
+    void operator++(int) { ++*this; }
+    friend bool operator==(const ITERATOR& a, const ITERATOR& b) { return a.m_map == b.m_map; }
+
+   private:
+    friend class KPT_TRANSFORMATION_SET;
+    const KPT_TRANSFORMATION_LIST* m_list = nullptr;
+    std::uint32_t m_position = 0;
+    std::uint32_t m_last = 0;
+    KPT_REGISTER_TRANSFORMATION m_map;
+  };
+  using value_type = KPT_REGISTER_TRANSFORMATION;
+  using const_iterator = ITERATOR;
+  ITERATOR begin() const;
+  ITERATOR end() const { return {}; }
+  /// The number of maps.
+  std::size_t size() const;
 
   /// A handle for every map, in order of creation.
   KPT_REGISTER_TRANSFORMATION_LIST get_list_of_register_transformations() const;

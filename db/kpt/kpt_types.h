@@ -60,6 +60,10 @@ using NI_PAIR = std::pair<KPT_KEYPOINT_LIST, KPT_KEYPOINT_LIST>;
 /// One side of a map: the NI pair at position k (from 0) is column k + 1 of that side's state table.
 using NI_PAIR_VECTOR = KPT_SMALL_VECTOR<NI_PAIR>;
 
+/// Attributes: names and their values.
+using KPT_ATTRIBUTE_LIST =
+    std::vector<std::pair<KPT_STRING, KPT_STRING>, MEM_STL_ALLOCATOR<std::pair<KPT_STRING, KPT_STRING>>>;
+
 using KPT_ID_LIST = std::vector<long, MEM_STL_ALLOCATOR<long>>;
 using KPT_ROW_LIST = std::vector<unsigned short, MEM_STL_ALLOCATOR<unsigned short>>;
 using KPT_REGISTER_KEYPOINT_LIST = std::vector<KPT_REGISTER_KEYPOINT, MEM_STL_ALLOCATOR<KPT_REGISTER_KEYPOINT>>;

@@ -13,17 +13,20 @@
 #define KPT_XML_PARSER_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
-#include <xercesc/util/SecurityManager.hpp>
 
 #include "db/kpt/files/kpt_xml_memory.h"
 #include "db/kpt/files/kpt_xml_platform.h"
+#include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
 #include "db/kpt/kpt_xml_element.h"
+
+class KPT_XML_GUARD;
 
 /// Installed so that a handler is installed; errors are reported further down.
 class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandler {
@@ -46,16 +49,15 @@ class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParse
 /// whatever would make it read elsewhere or grow beyond the file.
 class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
  public:
-  /// Thrown out of a parse that was stopped, after the message.
-  struct STOPPED {};
-
   explicit KPT_XML_PARSER_WRAPPER(
       XERCES_CPP_NAMESPACE::MemoryManager* memory = XERCES_CPP_NAMESPACE::XMLPlatformUtils::fgMemoryManager);
   ~KPT_XML_PARSER_WRAPPER() override;
 
-  void set_file_name(std::string_view file_name) { m_file_name = file_name; }
+  void set_file_name(std::string_view file_name);
   /// What the parser counted, and the stop.
-  std::size_t error_count() const { return getErrorCount() + m_stops; }
+  std::size_t error_count() const;
+  /// The first error.
+  const KPT_LOAD_PROBLEM& problem() const;
 
   // From the parser. A warning becomes a debug line.
   void error(unsigned int code, const XMLCh* domain, XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type,
@@ -74,18 +76,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
                     XMLSize_t attribute_count, bool is_empty, bool is_root) override;
 
  private:
-  void warn(XMLFileLoc line, XMLFileLoc column, const char* message) const;
-  void post(XMLFileLoc line, XMLFileLoc column, const char* message) const;
-  [[noreturn]] void stop(const char* message);
-
-  KPT_STRING m_file_name;
-  XERCES_CPP_NAMESPACE::SecurityManager m_security;
-  std::size_t m_stops = 0;
-  bool m_has_document_type = false;
-  bool m_has_growing_entity = false;
-  std::size_t m_open_references = 0;
-  std::size_t m_expanded_elements = 0;
-  std::size_t m_default_characters = 0;
+  std::unique_ptr<KPT_XML_GUARD> m_guard;
 };
 
 /// One parsed file.
@@ -100,15 +91,17 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_PARSER& operator=(const KPT_XML_PARSER&) = delete;
 
   bool ok() const { return m_ok; }
+  /// Why it is not.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
   /// The document's element. The name is not compared: files whose root goes by
   /// another name have always been read.
   KPT_XML_ELEMENT root_element(std::string_view name, bool* ok) const;
 
  private:
-  void parse(std::string_view file_name);
-  void tell_caught(const char* file_name);
+  void parse(const KPT_STRING& file_name);
 
   bool m_ok = true;
+  KPT_LOAD_PROBLEM m_problem;
   XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
   KPT_XML_ERROR_HANDLER m_error_handler;
   std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made

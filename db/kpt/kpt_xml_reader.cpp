@@ -10,8 +10,9 @@
 namespace {
 
 // The parsed file's root, or a null wrapper.
-KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser) {
+KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem) {
   if (!parser.ok()) {
+    problem.note(parser.problem());
     return {};
   }
   kpt_msg_debug("Start XML parsing");
@@ -25,7 +26,7 @@ KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser) {
 
 // Called while an exception is handled: memory that ended, ours or the
 // parser's, ends a load. Nothing else is thrown here.
-void tell_caught(std::string_view file_name) {
+void tell_caught(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
   try {
     throw;
   } catch (const std::bad_alloc&) {
@@ -33,6 +34,7 @@ void tell_caught(std::string_view file_name) {
   } catch (const XERCES_CPP_NAMESPACE::OutOfMemoryException&) {
     kpt_tell_out_of_memory(file_name);
   }
+  problem.note_end_of_memory();
 }
 
 }  // namespace
@@ -44,9 +46,13 @@ KPT_XML_READER::~KPT_XML_READER() = default;
 KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
   const KPT_XML_PARSER parser(file_name);
   try {
-    return root_of(parser).get_attribute_by_name("name");
+    KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name("name");
+    if (name.empty()) {
+      m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
+    }
+    return name;
   } catch (...) {
-    tell_caught(file_name);
+    tell_caught(file_name, m_problem);
     return {};
   }
 }
@@ -54,10 +60,17 @@ KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
 bool KPT_XML_READER::load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db) {
   const KPT_XML_PARSER parser(file_name);
   try {
-    KPT_XML_ELEMENT root = root_of(parser);
-    return !root.is_null() && db->load_db(root);
+    KPT_XML_ELEMENT root = root_of(parser, m_problem);
+    if (root.is_null()) {
+      return false;
+    }
+    const bool loaded = db->load_db(root);
+    if (!loaded) {
+      m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
+    }
+    return loaded;
   } catch (...) {
-    tell_caught(file_name);
+    tell_caught(file_name, m_problem);
     return false;
   }
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "db/kpt/files/kpt_xml_platform.h"
+#include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
 
 class KPT_EXPORT KPT_XML_READER {
@@ -23,8 +24,12 @@ class KPT_EXPORT KPT_XML_READER {
   /// was loaded before a failure stays in `db`.
   bool load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db);
 
+  /// The first problem of all that was read so far.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
+
  private:
   KPT_XML_PLATFORM m_platform;
+  KPT_LOAD_PROBLEM m_problem;
 };
 
 #endif

@@ -30,7 +30,7 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_DATABASE_BUILDER::take() {
     KPT_KEYPOINTS_DB_IMPL::s_r_id = std::max(KPT_KEYPOINTS_DB_IMPL::s_r_id, m_highest_ids[KPT_REFERENCE_SET]);
     KPT_KEYPOINTS_DB_IMPL::s_t_id = std::max(KPT_KEYPOINTS_DB_IMPL::s_t_id, m_highest_ids[KPT_TRANSFORMED_SET]);
   }
-  return std::move(m_db);
+  return m_has_more ? nullptr : std::move(m_db);
 }
 
 int KPT_DATABASE_BUILDER::number(const KPT_ELEMENT_ATTRIBUTES& attributes, std::string_view name) {

@@ -41,16 +41,18 @@ class KPT_DATABASE_BUILDER {
   void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
   void end();
   void text(std::string_view piece);
+  /// Whether a text at the present place means anything.
+  bool wants_text() const { return m_path[m_depth] == TEXT || m_path[m_depth] == VALUES; }
   void start_reference(std::string_view name);
   void end_reference() { end(); }
   void instruction(std::string_view target, std::string_view data);
 
   /// The name that the file gives its database.
   const KPT_STRING& name() const { return m_name; }
-  /// Whether nothing stood behind the transformations.
-  bool is_complete() const { return !m_has_more; }
-  /// The database, with everything in it; raises the id counters of the process
-  /// to what the file holds. Called once, behind the last element.
+  bool has_database() const { return m_db != nullptr; }
+  /// Called once, behind the last element: the database with everything in it.
+  /// Null when something stood behind the transformations. Raises the id
+  /// counters of the process to what the file holds, also for null.
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> take();
 
  private:

@@ -2,55 +2,111 @@
 
 #include <utility>
 
-#include "db/kpt/kpt_xml_reader.h"
+#include "db/kpt/load/kpt_general_source.h"
 #include "db/kpt/load/kpt_plain_scanner.h"
 #include "db/kpt/msg_kpt.h"
 
+// The general source knows only at the end of a file whether it is well-formed.
+// It builds as it goes, and what it builds is not seen before that.
+struct KPT_FILE_LOADER::GENERAL {
+  explicit GENERAL(const CREATE& create)
+      : builder([&](std::string_view name) { return name.empty() ? nullptr : create(name); }, lines) {}
+
+  KPT_LOAD_LINES lines{true};
+  KPT_DATABASE_BUILDER builder;
+  KPT_GENERAL_SOURCE source;
+};
+
 KPT_FILE_LOADER::KPT_FILE_LOADER(std::string_view file_name, SOURCES sources)
-    : m_file_name(file_name), m_sources(sources) {}
+    : m_file_name(file_name), m_sources(sources), m_bytes(kpt_path_to_open(m_file_name)) {}
 
 KPT_FILE_LOADER::~KPT_FILE_LOADER() = default;
 
-// As the parser says it of a file without an error, and once more when the
-// database is built: a load once parsed its file twice, and hosts watch for both.
-void KPT_FILE_LOADER::tell_parsed() const {
-  kpt_msg_debug("XML parse: file: %s, nerrors: %d", m_file_name.c_str(), 0);
-  kpt_msg_debug("Start XML parsing");
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view file_name, const CREATE& create,
+                                                             KPT_LOAD_PROBLEM* problem) {
+  try {
+    KPT_FILE_LOADER loader(file_name);
+    std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
+    if (db == nullptr && problem != nullptr) {
+      problem->note(loader.problem());
+    }
+    return db;
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+    if (problem != nullptr) {
+      problem->note_end_of_memory();
+    }
+    return nullptr;
+  }
 }
 
+// As the parser says it of a file without an error, and once more when the
+// database is built: a load once parsed its file twice, and hosts watch for both.
+void KPT_FILE_LOADER::tell_parsed() const { kpt_msg_debug("XML parse: file: %s, nerrors: %d", m_file_name.c_str(), 0); }
+
+void KPT_FILE_LOADER::tell_parsing_starts() const { kpt_msg_debug("Start XML parsing"); }
+
 // Looked at from end to end before anything is built.
-bool KPT_FILE_LOADER::look_through(KPT_STRING& name) {
-  auto bytes = std::make_unique<KPT_FILE_BYTES>(kpt_path_to_open(m_file_name));
-  if (m_sources == GENERAL_SOURCE_ALONE || !bytes->is_open() || !bytes->rewind() || !kpt_is_plain(*bytes, name)) {
+bool KPT_FILE_LOADER::look_through() {
+  if (m_sources == GENERAL_SOURCE_ALONE || !m_bytes.is_open() || !m_bytes.rewind()) {
     return false;
   }
-  m_plain = std::move(bytes);
-  return true;
+  m_is_plain = kpt_is_plain(m_bytes, m_name);
+  m_bytes.rewind();
+  return m_is_plain;
+}
+
+bool KPT_FILE_LOADER::read_generally(const CREATE& create) {
+  m_general = std::make_unique<GENERAL>(create);
+  if (!m_general->source.read(m_file_name, m_bytes.is_open() ? &m_bytes : nullptr, m_general->builder)) {
+    m_problem.note(m_general->source.problem());
+    return false;
+  }
+  tell_parsing_starts();
+  m_name = m_general->builder.name();
+  return m_general->builder.has_database();
 }
 
 bool KPT_FILE_LOADER::read(const CREATE& create) {
-  KPT_STRING name;
-  if (look_through(name)) {
+  bool is_wanted = false;
+  if (look_through()) {
     tell_parsed();
+    tell_parsing_starts();
+    m_db.reset(m_name.empty() ? nullptr : create(m_name));
+    is_wanted = m_db != nullptr;
   } else {
-    name = KPT_XML_READER().get_db_name(m_file_name);
+    m_name.clear();
+    is_wanted = read_generally(create);
   }
-  m_db.reset(name.empty() ? nullptr : create(name));
-  return m_db != nullptr;
+  if (m_name.empty()) {
+    m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
+  }
+  return is_wanted;
+}
+
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::complete(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db) {
+  if (db == nullptr) {
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
+  }
+  return db;
 }
 
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
-  if (!is_plain()) {
-    return KPT_XML_READER().load_kpt_xml(m_file_name, m_db.get()) ? std::move(m_db) : nullptr;
+  if (m_general != nullptr) {
+    m_general->source.repeat_warnings();
+    tell_parsed();
+    tell_parsing_starts();
+    m_general->lines.release();
+    return complete(m_general->builder.take());
   }
   tell_parsed();
+  tell_parsing_starts();
   KPT_LOAD_LINES lines(false);
   KPT_DATABASE_BUILDER builder([&](std::string_view) { return m_db.release(); }, lines);
-  const bool is_read = m_plain->rewind() && kpt_build_from_plain(*m_plain, builder);
-  if (!is_read) {
+  if (!kpt_build_from_plain(m_bytes, builder)) {
     kpt_msg_debug("Error: file %s changed while it was read", m_file_name.c_str());
+    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file changed while it was read"});
     return nullptr;
   }
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = builder.take();
-  return builder.is_complete() ? std::move(db) : nullptr;
+  return complete(builder.take());
 }

@@ -11,13 +11,20 @@
 
 #include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_load_problem.h"
 
 class KPT_EXPORT KPT_FILE_LOADER {
  public:
   /// For tests of the general source.
   enum SOURCES : bool { GENERAL_SOURCE_ALONE, ALL_SOURCES };
-  /// Called with the name of a well-formed file's database. Null: it is not wanted.
+  /// Called with the name of the file's database, unless that is empty. Null: it
+  /// is not wanted.
   using CREATE = std::function<KPT_KEYPOINTS_DB_IMPL*(std::string_view name)>;
+
+  /// All of it: the database that the file holds, or null. `problem`, unless
+  /// null, then notes why.
+  static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(std::string_view file_name, const CREATE& create,
+                                                     KPT_LOAD_PROBLEM* problem);
 
   explicit KPT_FILE_LOADER(std::string_view file_name, SOURCES sources = ALL_SOURCES);
   ~KPT_FILE_LOADER();
@@ -31,17 +38,31 @@ class KPT_EXPORT KPT_FILE_LOADER {
   /// the file is refused as one in which something follows the transformations.
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> finish();
 
+  /// The name of the database of a well-formed file; else empty.
+  const KPT_STRING& name() const { return m_name; }
+
   /// Whether `read` found the file to be plain.
-  bool is_plain() const { return m_plain != nullptr; }
+  bool is_plain() const { return m_is_plain; }
+  /// Why there is no database, unless `create` did not want it.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
  private:
-  bool look_through(KPT_STRING& name);
+  struct GENERAL;
+
+  bool look_through();
+  bool read_generally(const CREATE& create);
   void tell_parsed() const;
+  void tell_parsing_starts() const;
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> complete(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db);
 
   KPT_STRING m_file_name;
   SOURCES m_sources;
-  std::unique_ptr<KPT_BYTES> m_plain;  // of a plain file
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;
+  KPT_LOAD_PROBLEM m_problem;
+  KPT_FILE_BYTES m_bytes;
+  bool m_is_plain = false;
+  KPT_STRING m_name;
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;  // of a plain file
+  std::unique_ptr<GENERAL> m_general;           // what the general source made of another
 };
 
 #endif

@@ -1,0 +1,25 @@
+// What became of a register, in five words.
+//
+// Ownership: plain values.
+#ifndef KPT_FATE_H
+#define KPT_FATE_H
+
+#include "db/kpt/kpt_types.h"
+
+/// In this order: a register that is constant and has a copy that still lives
+/// is counted as constant.
+enum KPT_FATE_ENUM : int {
+  KPT_FATE_CONSTANT = 0,
+  KPT_FATE_MACHINE = 1,
+  KPT_FATE_MAPPED = 2,
+  KPT_FATE_WITHOUT_FANOUT = 3,
+  KPT_FATE_UNKNOWN = 4
+};
+
+/// What the map says of the reference registers of an index. Unknown without
+/// a map, beyond its indices, and for a machine whose table has not its size.
+KPT_EXPORT KPT_FATE_ENUM kpt_fate(const KPT_TRANSFORMATION_IMPL* map, unsigned long r_index);
+/// "constant", "machine", "mapped", "without fanout" or "unknown".
+KPT_EXPORT const char* kpt_fate_word(KPT_FATE_ENUM fate);
+
+#endif

@@ -1,0 +1,30 @@
+// Reads any database file by xerces-c's SAX2, element by element: what is not
+// plain, and what is not well-formed, for the message. No document is made.
+//
+// Ownership: owns the warnings of the file.
+#ifndef KPT_GENERAL_SOURCE_H
+#define KPT_GENERAL_SOURCE_H
+
+#include "db/kpt/files/kpt_file_bytes.h"
+#include "db/kpt/files/kpt_xml_guard.h"
+#include "db/kpt/load/kpt_database_builder.h"
+
+class KPT_GENERAL_SOURCE {
+ public:
+  /// Hands the file to the builder. Null bytes are a file that cannot be opened.
+  /// False when it is not well-formed, which is told as KPT_XML_PARSER tells it;
+  /// what stands before the error is handed on by then.
+  bool read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_DATABASE_BUILDER& builder);
+
+  /// Why it is not.
+  const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
+
+  /// Issues the lines of all warnings once more.
+  void repeat_warnings() const { m_guard.repeat_warnings(); }
+
+ private:
+  KPT_XML_GUARD m_guard;
+  KPT_LOAD_PROBLEM m_problem;
+};
+
+#endif
