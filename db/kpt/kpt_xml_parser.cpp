@@ -76,8 +76,7 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
   try {
     const KPT_STRING name(file_name);
     m_ok = kpt_parse_and_tell(
-        m_platform.is_started(), name, [&] { parse(name); },
-        [&] { return m_parser.has_value() ? m_parser->error_count() : 0; });
+        m_platform, name, [&] { parse(name); }, [&] { return m_parser.has_value() ? m_parser->error_count() : 0; });
     if (!m_ok) {
       m_problem = m_parser.has_value() ? m_parser->problem() : KPT_LOAD_PROBLEM();
       m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});

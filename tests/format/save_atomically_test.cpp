@@ -298,6 +298,9 @@ class SaveAtomicallyNames : public SaveAtomically, public testing::WithParamInte
     EXPECT_FALSE(db.save_atomically(m_path));
     EXPECT_THAT(lines.debug(), ElementsAre("Error: register " + name +
                                            " cannot be saved: a file cannot hold its name, entity or type"));
+    EXPECT_THAT(lines.errors(), ElementsAre("Keypoint Database " + m_path +
+                                            " cannot be saved: no file can hold the texts of register " + name));
+    EXPECT_THAT(lines.error_tags(), ElementsAre("EKPT_TEXTS_CANNOT_BE_SAVED"));
     EXPECT_EQ(read_file(m_path), EARLIER);
     EXPECT_THAT(m_folder.names(), ElementsAre("db.xml"));
   }
@@ -326,14 +329,20 @@ TEST_P(SaveAtomicallyNames, refuses_it_of_a_database) {
   EXPECT_FALSE(new_database(GetParam().text)->save_atomically(m_path));
   EXPECT_THAT(lines.debug(), ElementsAre(std::string("Error: database ") + GetParam().text.c_str() +
                                          " cannot be saved: a file cannot hold its name"));
+  EXPECT_THAT(lines.errors(),
+              ElementsAre("Keypoint Database " + m_path + " cannot be saved: no file can hold the texts of database " +
+                          GetParam().text.c_str()));
   EXPECT_EQ(read_file(m_path), EARLIER);
 }
 
 INSTANTIATE_TEST_SUITE_P(, SaveAtomicallyNames,
-                         testing::Values(NAMES{"opens_a_tag", "a<b"}, NAMES{"starts_a_reference", "a&b"},
-                                         NAMES{"ends_an_attribute", "a\"b"}, NAMES{"ends_a_section", "a]]>b"},
-                                         NAMES{"tab", "a\tb"}, NAMES{"line_end", "a\nb"}, NAMES{"delete", "a\x7F"},
-                                         NAMES{"beyond_ascii", "caf\xC3\xA9"}, NAMES{"nul", std::string("a\0b", 3)}),
+                         testing::Values(NAMES{"control_character", "a\x01"}, NAMES{"escape", "a\x1B"},
+                                         NAMES{"nul", std::string("a\0b", 3)}, NAMES{"latin_1", "caf\xE9"},
+                                         NAMES{"cut_off", "caf\xC3"}, NAMES{"lone_tail", "\xA9"},
+                                         NAMES{"overlong", "\xC0\xAF"}, NAMES{"overlong_of_three", "\xE0\x80\xAF"},
+                                         NAMES{"surrogate", "\xED\xA0\x80"}, NAMES{"no_character", "\xEF\xBF\xBF"},
+                                         NAMES{"beyond_the_last", "\xF4\x90\x80\x80"},
+                                         NAMES{"five_bytes", "\xF8\x88\x80\x80\x80"}),
                          [](const testing::TestParamInfo<NAMES>& p) { return p.param.why; });
 
 TEST_F(SaveAtomically, refuses_a_database_without_a_name) {
@@ -341,20 +350,31 @@ TEST_F(SaveAtomically, refuses_a_database_without_a_name) {
   EXPECT_EQ(read_file(m_path), EARLIER);
 }
 
-TEST_F(SaveAtomically, takes_every_other_character_and_gives_it_back) {
+TEST_F(SaveAtomically, gives_every_character_back) {
   const COUNTERS counters(0, 0);
-  std::string all;
+  std::string all = "\t\n\r\x7F\xC3\xA9\xE2\x82\xAC\xEF\xBF\xBD\xF0\x9F\x98\x80\xF4\x8F\xBF\xBD";
   for (char c = ' '; c <= '~'; ++c) {
-    all += c == '<' || c == '&' || c == '"' ? "" : std::string(1, c);
+    all += c;
   }
   const DATABASE db = new_database(all);
-  db->add_to_register_set(KPT_REFERENCE_SET, 0, all + "]]");
+  db->add_to_register_set(KPT_REFERENCE_SET, 0, all + "]]>");
   db->add_to_register_set(KPT_REFERENCE_SET, 1, "");
-  db->add_to_register_set(KPT_REFERENCE_SET, 2, " ", all, "");
+  db->add_to_register_set(KPT_REFERENCE_SET, 2, " ", all, "count<3>");
   EXPECT_TRUE(db->save_atomically(m_path));
   const LOADED loaded = load(m_path);
   EXPECT_TRUE(loaded.result);
-  EXPECT_THAT(registers(*loaded.db->get_reference_set()), ElementsAre("0:" + all + "]]", "1:", "2: /" + all + "/"));
+  EXPECT_EQ(loaded.db->get_db_name(), all);
+  EXPECT_THAT(registers(*loaded.db->get_reference_set()),
+              ElementsAre("0:" + all + "]]>", "1:", "2: /" + all + "/count<3>"));
+}
+
+// Only what XML needs: flows compare files.
+TEST_F(SaveAtomically, writes_references_for_what_would_not_come_back_alone) {
+  const DATABASE db = new_database("a\"b");
+  db->add_to_register_set(KPT_REFERENCE_SET, 1, "c<3> & ]]> ]> > '");
+  EXPECT_TRUE(db->save_atomically(m_path));
+  EXPECT_THAT(read_file(m_path), testing::HasSubstr("<kpt_db name=\"a&quot;b\">\n"));
+  EXPECT_THAT(read_file(m_path), testing::HasSubstr("<name>c&lt;3> &amp; ]]&gt; ]> > '</name>\n"));
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ TEST(Save, takes_the_place_of_an_earlier_file) {
   EXPECT_EQ(read_file(path), read_file(data_file("empty.xml")));
 }
 
-// Nothing is escaped: the pair is save_atomically, which refuses such names.
+// Nothing is escaped: the pair is save_atomically, which does.
 TEST(Save, writes_names_that_cannot_be_read_back) {
   const FOLDER folder;
   const DATABASE db = new_database("d");

@@ -14,14 +14,8 @@ refused 'broken.xml cannot be loaded' "kpt_load broken.xml"
 refused 'Give the names of two databases' "kpt_unite kpt"
 refused 'There is no module gold' "kpt_apply -encfile codes gold gate"
 
-# A name that the file cannot hold.
-cat >name.v <<'V'
-module name(input clk, input d, output q);
-  reg \a<b ;
-  always @(posedge clk) \a<b <= d;
-  assign q = ~\a<b ;
-endmodule
-V
+# A name that no file can hold.
+printf 'module name(input clk, input d, output q);\n  reg \\a\351b ;\n  always @(posedge clk) \\a\351b <= d;\n  assign q = ~\\a\351b ;\nendmodule\n' >name.v
 echo earlier >name.xml
 refused 'kpt cannot be saved as name.xml' \
   "read_verilog name.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save name.xml"

@@ -159,9 +159,6 @@ class CHECK {
   void check_name(std::size_t line, std::string_view what, std::string_view name) {
     if (name.empty()) {
       warning(line, "name-empty", fmt::format("the {} is empty", what));
-    } else if (!reads_back(name)) {
-      error(line, "name-unreadable",
-            fmt::format("the {} \"{}\" cannot be read back once it is saved", what, printable(name)));
     }
   }
 

@@ -77,7 +77,7 @@ std::string text_of(const JSON& value, std::string_view what) {
     refuse(fmt::format("\"{}\" is empty", what));
   }
   if (!reads_back(text)) {
-    refuse(fmt::format("\"{}\" is \"{}\": a database file holds printable ASCII without <, &, \" and ]]>", what,
+    refuse(fmt::format("\"{}\" is \"{}\": a database file holds no control characters", what,
                        printable(text)));
   }
   return text;

@@ -84,9 +84,9 @@ bool widths_fit(const KPT_TRANSFORMATION_IMPL& map) {
          map.t_vec().size() == table.get_num_transformed_registers();
 }
 
-// A name with a blank in it would read as two.
+// A name with a blank or a line end in it would read as two.
 void refuse_blanks(std::string_view what, const std::string& name) {
-  if (name.empty() || !reads_back(name) || name.find(' ') != std::string::npos) {
+  if (name.empty() || !reads_back(name) || name.find_first_of(" \t\r\n") != std::string::npos) {
     throw FAILURE(EXIT_FOUND, fmt::format("an encoding file cannot hold the {} \"{}\"", what, printable(name)));
   }
 }

@@ -54,11 +54,14 @@ bool is_given(const XMLCh* text) { return text != nullptr && *text != 0; }
 
 }  // namespace
 
-bool kpt_parse_and_tell(bool is_started, const KPT_STRING& file_name, const std::function<void()>& parse,
-                        const std::function<std::size_t()>& error_count) {
-  bool ok = is_started;
+bool kpt_parse_and_tell(const KPT_XML_PLATFORM& platform, const KPT_STRING& file_name,
+                        const std::function<void()>& parse, const std::function<std::size_t()>& error_count) {
+  bool ok = platform.is_started();
+  if (platform.ran_out_of_memory()) {
+    kpt_tell_out_of_memory(file_name);
+  }
   try {
-    if (is_started) {
+    if (ok) {
       parse();
     }
   } catch (const XMLException& problem) {

@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t BYTES_OF_A_START = std::size_t{1} << 20;
 
 struct PANIC {};
+struct TAKEN_BACK {};
 
 // The parser's own handler ends the process.
 class THROWING : public PanicHandler {
@@ -58,7 +59,7 @@ void complete_start() {
   XMLPlatformUtils::Terminate();
   s_is_half_started = false;
   memory().release();
-  throw PANIC();
+  throw TAKEN_BACK();
 }
 
 void start() {
@@ -85,7 +86,14 @@ KPT_XML_PLATFORM::KPT_XML_PLATFORM() {
   try {
     start();
     m_started = true;
+  } catch (const std::bad_alloc&) {
+    m_ran_out_of_memory = true;
+  } catch (const TAKEN_BACK&) {
+    m_ran_out_of_memory = true;
   } catch (...) {
+    // The parser lacks something else; told below.
+  }
+  if (!m_started) {
     kpt_msg_debug("Error: the XML parser cannot be initialised");
   }
 }
