@@ -10,7 +10,17 @@ include(CMakePackageConfigHelpers)
 set(kpt_headers ${CMAKE_INSTALL_INCLUDEDIR}/kpt)
 set(kpt_package ${CMAKE_INSTALL_LIBDIR}/cmake/kpt)
 
-install(DIRECTORY h db DESTINATION ${kpt_headers} COMPONENT dev FILES_MATCHING PATTERN "*.h")
+# Of the library's headers, those that a client or a derived class needs.
+install(DIRECTORY h DESTINATION ${kpt_headers} COMPONENT dev FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY db DESTINATION ${kpt_headers} COMPONENT dev
+        FILES_MATCHING PATTERN "*.h"
+        PATTERN composition EXCLUDE
+        PATTERN files EXCLUDE
+        PATTERN load EXCLUDE
+        PATTERN unite EXCLUDE
+        PATTERN kpt_ticks.h EXCLUDE
+        PATTERN kpt_translation.h EXCLUDE)
+install(FILES db/kpt/files/kpt_xml_platform.h DESTINATION ${kpt_headers}/db/kpt/files COMPONENT dev)
 install(FILES host/kpt_host.h DESTINATION ${kpt_headers}/host COMPONENT dev)
 install(FILES ${PROJECT_BINARY_DIR}/include/kpt_export.h DESTINATION ${kpt_headers} COMPONENT dev)
 

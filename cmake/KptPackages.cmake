@@ -31,7 +31,8 @@ set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Keypoint database for logic synthesis f
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libkpt-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${kpt_this_library}, libboost1.81-dev")
+# Clients of kpt.h need neither; classes derived from the library's own do.
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${kpt_this_library}, libboost1.81-dev, libxerces-c-dev")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Keypoint database: headers and package files")
 
 # The tool's libraries are named here, since the tools that find them do not know a library that is

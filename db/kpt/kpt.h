@@ -11,11 +11,12 @@
 // where an operation says otherwise.
 //
 // Saving: `save_atomically` keeps the earlier file until the new one is whole,
-// brings every name back, and answers true only for what is on the disk. `save`
-// writes in place, writes names as they are, and answers true on a full disk.
+// refuses names that would not come back, and answers true only for what is on
+// the disk. `save` writes in place, and answers true on a full disk.
 #ifndef KPT_H
 #define KPT_H
 
+#include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_keypoints_manager.h"

@@ -1,6 +1,7 @@
 #include "db/kpt/kpt_attributes.h"
 
 #include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
 
 #include "db/kpt/containers/kpt_zeroed.h"
 

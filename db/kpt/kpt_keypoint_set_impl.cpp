@@ -76,10 +76,6 @@ KPT_KEYPOINT::POOL_SLOT KPT_KEYPOINT_SET_IMPL::get_slot(const KPT_REGISTER_TEXTS
                                              : KPT_KEYPOINT::POOL_SLOT{m_number, slot, m_keypoints.at(slot)};
 }
 
-void KPT_KEYPOINT_SET_IMPL::fetch(const KPT_REGISTER_TEXTS& texts) const {
-  index(texts.is_signal).fetch_entry(texts.hash);
-}
-
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view name) const {
   return get_register(KPT_REGISTER_TEXTS(name));
 }

@@ -17,6 +17,7 @@
 
 #include "db/kpt/containers/kpt_by_slot.h"
 #include "db/kpt/containers/kpt_zeroed.h"
+#include "db/kpt/kpt_id_keypoint_hash.h"
 #include "db/kpt/kpt_keypoint_index.h"
 #include "db/kpt/kpt_types.h"
 
@@ -53,8 +54,6 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// The slot of that register, or the slot of nothing when it is absent: what
   /// it leads to is on its way from memory while its name is still being compared.
   KPT_KEYPOINT::POOL_SLOT get_slot(const KPT_REGISTER_TEXTS& texts) const;
-  /// Asks for the memory in which the texts are looked up.
-  void fetch(const KPT_REGISTER_TEXTS& texts) const;
 
   /// The register of this set that a register of any set is called after: by
   /// its name, or for a block instance by its name and type. Null when absent.

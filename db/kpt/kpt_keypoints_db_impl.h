@@ -1,3 +1,15 @@
+// The layers of the library, from the top. Each may use those below it and no
+// other; scripts/includes checks it.
+//   manager, handles     find databases by name; forward to what is below
+//   load, composition    make a database of a file, or of several databases
+//   database             finds registers by name, creates them, reports events
+//   transformation set   finds the map of a register, keeps indexes; unite/
+//   map                  groups of registers, and their state table
+//   keypoint set, table  registers by name; the codes of a state machine
+//   keypoint             one register
+//   files, then types    reading, writing, replacing files; then containers/
+//   h/                   what the host provides
+//
 // The keypoint database of one synthesis step: the registers before it, the
 // registers after it, and the maps between them.
 //
@@ -118,11 +130,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// Writes the database file. False when it cannot be opened or a part
   /// cannot be written; what the file held before is then lost.
   bool save(std::string_view file_name);
-  /// Writes the file beside its target and renames it, with references for
-  /// what XML needs escaped, so that every name comes back. False when anything
-  /// cannot be written, with a debug line, or when a text has a control
-  /// character or is not UTF-8, which the message EKPT_TEXTS_CANNOT_BE_SAVED
-  /// tells as well;
+  /// Writes the file beside its target and renames it. False, with a debug
+  /// line, when a name could not be read back or anything cannot be written;
   /// an earlier file of that name is then untouched and nothing else stays.
   /// A process that is killed meanwhile may leave a file ".kpt-*" in the
   /// folder, which a later save that replaces the target removes if it may

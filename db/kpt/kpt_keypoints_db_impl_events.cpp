@@ -51,10 +51,7 @@ void KPT_KEYPOINTS_DB_IMPL::take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST&
   }
 }
 
-// Both look-ups wait for memory: the second is asked for before the first waits.
 bool KPT_KEYPOINTS_DB_IMPL::associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t) {
-  m_reference_set.fetch(r);
-  m_transformed_set.fetch(t);
   if (m_reference_set.get_register(r) != nullptr || m_transformed_set.get_register(t) != nullptr) {
     return false;
   }

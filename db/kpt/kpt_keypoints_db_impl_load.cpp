@@ -15,8 +15,8 @@
 namespace {
 
 constexpr char TRANSFORMATIONS_SET[] = "transformations_set";
-// Names the check that fails, as every release has reported it: hosts file
-// internal errors by text and line, not by where the check stands today.
+// Names the check that fails. Hosts file internal errors by this text and its
+// line, so both are constants and do not follow the source.
 constexpr char TRANSFORMATIONS_SET_CHECK[] =
     "strcmp(db_xml_subtree.get_node_name(), KPT_XML_STR_TRANSFORMATIONS_SET) == 0";
 constexpr char CHECK_SOURCE[] = "db/kpt/kpt_keypoints_db_impl";

@@ -1,13 +1,13 @@
 // How a database becomes a file.
-#include <memory>
+#include <algorithm>
 #include <new>
 
 #include "db/kpt/files/kpt_file_replacement.h"
-#include "db/kpt/files/kpt_held_text.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "db/kpt/msg_kpt.h"
+#include "h/gen_sys.h"
 
 namespace {
 
@@ -21,45 +21,41 @@ bool write_database(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_WRITER& writer) {
   return saved;
 }
 
-void tell_of_texts(const char* file_name, const KPT_STRING& owner) {
-  const std::unique_ptr<MSG_E> message(MSG_KPT::E::TEXTS_CANNOT_BE_SAVED(file_name, owner.c_str()));
-  message->post();
+// Whether the text comes back from a file as it is: nothing is escaped, and
+// the parser's narrow characters are only sure to hold ASCII.
+bool reads_back(std::string_view text) {
+  const auto plain = [](char c) { return c >= 0x20 && c <= 0x7E && c != '<' && c != '&' && c != '"'; };
+  return std::all_of(text.begin(), text.end(), plain) && text.find("]]>") == std::string_view::npos;
 }
 
-bool register_can_be_held(const KPT_REGISTER_KEYPOINT_IMPL& k) {
-  return kpt_file_can_hold(k.get_element_name()) &&
-         (k.register_is_signal() ||
-          (kpt_file_can_hold(k.get_entity_name()) && kpt_file_can_hold(k.get_register_type())));
-}
-
-bool set_can_be_held(const KPT_KEYPOINT_SET_IMPL& set, const char* file_name) {
-  bool ok = true;
-  set.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
-    ok = register_can_be_held(*k);
-    if (!ok) {
-      kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
-                    k->get_element_name().c_str());
-      tell_of_texts(file_name, "register " + k->get_element_name());
-    }
-    return ok;
-  });
+bool register_reads_back(const KPT_REGISTER_KEYPOINT_IMPL& k) {
+  const bool ok = reads_back(k.get_element_name()) &&
+                  (k.register_is_signal() || (reads_back(k.get_entity_name()) && reads_back(k.get_register_type())));
+  if (!ok) {
+    kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
+                  k.get_element_name().c_str());
+  }
   return ok;
 }
 
-bool database_can_be_held(KPT_KEYPOINTS_DB_IMPL& db, const char* file_name) {
+bool set_reads_back(const KPT_KEYPOINT_SET_IMPL& set) {
+  bool ok = true;
+  set.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) { return ok = register_reads_back(*k); });
+  return ok;
+}
+
+bool database_reads_back(KPT_KEYPOINTS_DB_IMPL& db) {
   const KPT_STRING& name = db.get_db_name();
-  if (name.empty() || !kpt_file_can_hold(name)) {
+  if (name.empty() || !reads_back(name)) {
     kpt_msg_debug("Error: database %s cannot be saved: a file cannot hold its name", name.c_str());
-    tell_of_texts(file_name, "database " + name);
     return false;
   }
-  return set_can_be_held(*db.get_reference_set(), file_name) && set_can_be_held(*db.get_transformed_set(), file_name);
+  return set_reads_back(*db.get_reference_set()) && set_reads_back(*db.get_transformed_set());
 }
 
 bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
   KPT_FILE_REPLACEMENT file(file_name);
   KPT_XML_WRITER writer(file_name);
-  writer.escape_texts();
   bool saved = writer.start_file_on(file.open()) && write_database(db, writer);
   saved = writer.finish_file() && saved && file.replace_target();
   if (!saved) {
@@ -82,8 +78,7 @@ bool KPT_KEYPOINTS_DB_IMPL::save(std::string_view file_name) {
 
 bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
   try {
-    const KPT_STRING name(file_name);
-    return database_can_be_held(*this, name.c_str()) && replace_file(*this, name);
+    return database_reads_back(*this) && replace_file(*this, KPT_STRING(file_name));
   } catch (const std::bad_alloc&) {
     kpt_tell_out_of_memory(file_name);
     return false;

@@ -26,16 +26,10 @@ struct KPT_REGISTER_TEXTS {
   std::string_view name;
   std::string_view entity;         // of an instance; no part of what it is found by
   std::string_view register_type;  // of an instance
-  std::uint32_t hash;              // of name and register type
+  std::uint32_t hash;              // of name and register type, with this process's salt
 
  private:
-  // The string hash leaves names that differ in their last bytes close
-  // together; the product spreads them before half of the bits are dropped.
-  static std::uint32_t hash_of(std::string_view name, std::string_view register_type) {
-    constexpr std::uint64_t SPREAD = 0x9E3779B97F4A7C15U;
-    const std::uint64_t hash = KPT_STRINGPAIR_HASH_COMPARE()({name, register_type});
-    return static_cast<std::uint32_t>((hash * SPREAD) >> 32U);
-  }
+  KPT_EXPORT static std::uint32_t hash_of(std::string_view name, std::string_view register_type) noexcept;
 };
 
 #endif

@@ -35,3 +35,5 @@ unsigned short KPT_STATE_TABLE::get_state_reference_size() const { return m_impl
 unsigned short KPT_STATE_TABLE::get_state_transformed_size() const { return m_impl->get_num_transformed_registers(); }
 
 unsigned short KPT_STATE_TABLE::get_number_of_states() const { return m_impl->get_num_states(); }
+
+bool KPT_STATE_TABLE::is_in_canonical_form(KPT_SET_ENUM side) const { return m_impl->is_table_in_canonical_form(side); }

@@ -35,6 +35,8 @@ class KPT_EXPORT KPT_STATE_TABLE : public KPT_ZEROED {
   /// The number of transformed registers.
   unsigned short get_state_transformed_size() const;
   unsigned short get_number_of_states() const;
+  /// False when two columns of a side are equal or opposite in every state.
+  bool is_in_canonical_form(KPT_SET_ENUM side) const;
 
  private:
   std::unique_ptr<KPT_STATE_TABLE_IMPL> m_impl;

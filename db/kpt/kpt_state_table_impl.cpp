@@ -11,6 +11,62 @@ namespace {
 
 bool is_known(KPT_SET_ENUM set) { return set == KPT_REFERENCE_SET || set == KPT_TRANSFORMED_SET; }
 
+// Classes of columns that no row so far tells apart. All columns begin in one.
+class COLUMN_CLASSES {
+ public:
+  explicit COLUMN_CLASSES(unsigned num_columns) : m_class_of(num_columns, 0) {
+    m_classes.reserve(num_columns);
+    m_classes.push_back({num_columns});
+  }
+
+  bool all_are_alone() const { return m_classes.size() == m_class_of.size(); }
+
+  /// The row at hand is true in this column.
+  void add(unsigned column) {
+    CLASS& its_class = m_classes[m_class_of[column]];
+    if (its_class.members > 1) {
+      m_true_columns.push_back(column);
+      if (its_class.true_members++ == 0) {
+        m_touched.push_back(m_class_of[column]);
+      }
+    }
+  }
+
+  /// The true columns of a class leave it for one of their own, unless all are true.
+  void end_row() {
+    for (const unsigned touched : m_touched) {
+      CLASS& its_class = m_classes[touched];
+      if (its_class.true_members < its_class.members) {
+        its_class.members -= its_class.true_members;
+        its_class.split_into = static_cast<unsigned>(m_classes.size());
+        m_classes.push_back({its_class.true_members});
+      }
+    }
+    for (const unsigned column : m_true_columns) {
+      const unsigned split_into = m_classes[m_class_of[column]].split_into;
+      m_class_of[column] = split_into == 0 ? m_class_of[column] : split_into;
+    }
+    for (const unsigned touched : m_touched) {
+      m_classes[touched] = {m_classes[touched].members};
+    }
+    m_true_columns.clear();
+    m_touched.clear();
+  }
+
+ private:
+  struct CLASS {
+    unsigned members = 0;
+    unsigned true_members = 0;  // in the row at hand
+    unsigned split_into = 0;    // the class for these; 0 for none
+  };
+  using NUMBERS = std::vector<unsigned, MEM_STL_ALLOCATOR<unsigned>>;
+
+  NUMBERS m_class_of;
+  std::vector<CLASS, MEM_STL_ALLOCATOR<CLASS>> m_classes;
+  NUMBERS m_true_columns;
+  NUMBERS m_touched;
+};
+
 }  // namespace
 
 KPT_STATE_TABLE_IMPL::KPT_STATE_TABLE_IMPL(unsigned short num_states, unsigned short num_reference_registers,
@@ -111,56 +167,22 @@ bool KPT_STATE_TABLE_IMPL::is_table_in_canonical_form(KPT_SET_ENUM set) const {
     return false;
   }
   const KPT_BIT_TABLE& table = bits(set);
-  using COUNTS = std::vector<unsigned, MEM_STL_ALLOCATOR<unsigned>>;
-  COUNTS class_of(num_columns, 0);
-  COUNTS members(num_columns, 0);
-  COUNTS set_members(num_columns, 0);
-  COUNTS split_into(num_columns, 0);
-  COUNTS set_columns;
-  COUNTS touched;
-  members[0] = num_columns;
-  unsigned num_classes = 1;
-
-  for (std::uint64_t row = 1; row < m_num_rows && num_classes < num_columns; ++row) {
+  COLUMN_CLASSES classes(num_columns);
+  for (std::uint64_t row = 1; row < m_num_rows && !classes.all_are_alone(); ++row) {
     const std::uint64_t start = row * num_columns;
     if (start >= table.kept() + num_columns) {
       break;  // as false throughout as the row before, so it tells nothing more apart
     }
-    set_columns.clear();
-    touched.clear();
     for (unsigned column = 0; column < num_columns; column += 64) {
       const unsigned count = std::min(64U, num_columns - column);
       for (std::uint64_t left = table.get_bits(start + column, count) ^ table.get_bits(column, count); left != 0;
            left &= left - 1) {
-        const unsigned set_column = column + static_cast<unsigned>(std::countr_zero(left));
-        const unsigned its_class = class_of[set_column];
-        if (members[its_class] > 1) {
-          set_columns.push_back(set_column);
-          if (set_members[its_class]++ == 0) {
-            touched.push_back(its_class);
-          }
-        }
+        classes.add(column + static_cast<unsigned>(std::countr_zero(left)));
       }
     }
-    for (const unsigned its_class : touched) {
-      if (set_members[its_class] < members[its_class]) {
-        split_into[its_class] = num_classes;
-        members[num_classes++] = set_members[its_class];
-        members[its_class] -= set_members[its_class];
-      }
-    }
-    for (const unsigned column : set_columns) {
-      const unsigned its_class = class_of[column];
-      if (split_into[its_class] != 0) {
-        class_of[column] = split_into[its_class];
-      }
-    }
-    for (const unsigned its_class : touched) {
-      set_members[its_class] = 0;
-      split_into[its_class] = 0;
-    }
+    classes.end_row();
   }
-  return num_classes == num_columns;
+  return classes.all_are_alone();
 }
 
 bool KPT_STATE_TABLE_IMPL::is_r_table_in_canonical_form() const {

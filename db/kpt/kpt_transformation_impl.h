@@ -192,7 +192,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   /// says, callers take true to mean that the register is still there.
   bool r_representative_is_eliminated() const { return m_elim_status == KPT_NOT_ELIMINATED; }
 
-  /// A copy of the stored table. A map that has always been plain has the
+  /// A copy of the stored table. A map that never had a state machine has the
   /// identity of one register: 2 states, one column a side.
   KPT_STATE_TABLE_IMPL get_register_state_table() const;
 

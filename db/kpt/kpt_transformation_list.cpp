@@ -6,7 +6,9 @@
 
 #include "db/kpt/kpt_transformation_impl.h"
 
-std::uint32_t KPT_TRANSFORMATION_LIST::position_of(const KPT_TRANSFORMATION_IMPL& map) { return map.m_position; }
+KPT_TRANSFORMATION_LIST::MAP_POSITION KPT_TRANSFORMATION_LIST::position_of(const KPT_TRANSFORMATION_IMPL& map) {
+  return map.m_position;
+}
 
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_LIST::back() const {
   const auto last = std::find_if(m_cells.rbegin(), m_cells.rend(), [](const auto* map) { return map != nullptr; });

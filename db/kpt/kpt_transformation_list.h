@@ -17,6 +17,9 @@
 
 class KPT_EXPORT KPT_TRANSFORMATION_LIST {
  public:
+  /// Of a map in its set, from 1; 0 is the position of no map.
+  using MAP_POSITION = std::uint32_t;
+
   class ITERATOR {
    public:
     using iterator_category = std::forward_iterator_tag;
@@ -75,21 +78,21 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
   KPT_TRANSFORMATION_IMPL* back() const;
 
   /// The map at a position (from 1), or null when it was deleted or never was.
-  KPT_TRANSFORMATION_IMPL* at(std::uint32_t position) const {
+  KPT_TRANSFORMATION_IMPL* at(MAP_POSITION position) const {
     return position - 1U < m_cells.size() ? m_cells[position - 1U] : nullptr;
   }
 
   /// Asks for the memory that `at` reads.
-  void fetch(std::uint32_t position) const {
+  void fetch(MAP_POSITION position) const {
     if (position - 1U < m_cells.size()) {
       __builtin_prefetch(&m_cells[position - 1U]);
     }
   }
 
   /// The highest position that was ever given out; 0 at first.
-  std::uint32_t last_position() const { return static_cast<std::uint32_t>(m_cells.size()); }
+  MAP_POSITION last_position() const { return static_cast<MAP_POSITION>(m_cells.size()); }
   /// The position of a map in the list that holds it; 0 when none does.
-  static std::uint32_t position_of(const KPT_TRANSFORMATION_IMPL& map);
+  static MAP_POSITION position_of(const KPT_TRANSFORMATION_IMPL& map);
 
  private:
   friend class KPT_TRANSFORMATION_SET_IMPL;

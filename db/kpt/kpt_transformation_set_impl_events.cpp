@@ -96,7 +96,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_between_maps(KPT_TRANSFORMATION_IMPL& a,
   }
   delete_map(&b);
   enter_whole(a);
-  // The columns are those that flows have always been given: the last of the
+  // Flows compare the tables that come of this, so the columns are fixed: the last of the
   // united table when `a` brought the machine, the one behind the first of `b`
   // when `b` did. They are passed as they are, whatever the product's layout.
   if (fsm_a) {

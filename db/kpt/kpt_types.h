@@ -6,7 +6,6 @@
 #ifndef KPT_TYPES_H
 #define KPT_TYPES_H
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -69,10 +68,6 @@ using KPT_ROW_LIST = std::vector<unsigned short, MEM_STL_ALLOCATOR<unsigned shor
 using KPT_REGISTER_KEYPOINT_LIST = std::vector<KPT_REGISTER_KEYPOINT, MEM_STL_ALLOCATOR<KPT_REGISTER_KEYPOINT>>;
 using KPT_REGISTER_TRANSFORMATION_LIST =
     std::vector<KPT_REGISTER_TRANSFORMATION, MEM_STL_ALLOCATOR<KPT_REGISTER_TRANSFORMATION>>;
-
-/// From a keypoint's id to the keypoint, for one side of one database.
-using KPT_ID_KEYPOINT_HASH = boost::unordered_flat_map<long, KPT_KEYPOINT*, boost::hash<long>, std::equal_to<long>,
-                                                       MEM_STL_ALLOCATOR<std::pair<const long, KPT_KEYPOINT*>>>;
 
 /// Continues the library's string hash over the bytes of a text:
 /// h = h * 17 + each byte as a signed char, modulo 2^64.

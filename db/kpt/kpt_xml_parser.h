@@ -93,8 +93,8 @@ class KPT_EXPORT KPT_XML_PARSER {
   bool ok() const { return m_ok; }
   /// Why it is not.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
-  /// The document's element. The name is not compared: files whose root goes by
-  /// another name have always been read.
+  /// The document's element. The name is not compared: files whose root has
+  /// another name are read.
   KPT_XML_ELEMENT root_element(std::string_view name, bool* ok) const;
 
  private:

@@ -1,7 +1,9 @@
 // The commands that this plugin adds to Yosys.
+#include <algorithm>
 #include <fstream>
 
 #include "kernel/yosys.h"
+#include "lasting_names.h"
 #include "listing.h"
 #include "proof.h"
 #include "recorder.h"
@@ -31,6 +33,12 @@ KPT_KEYPOINTS_DB* find_database(const std::string& name) {
     Yosys::log_cmd_error("There is no keypoint database called %s.\n", name.c_str());
   }
   return db;
+}
+
+void demand_free(const std::string& name) {
+  if (KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db(name) != nullptr) {
+    Yosys::log_cmd_error("A keypoint database called %s exists already.\n", name.c_str());
+  }
 }
 
 // The value of an option that is followed by one.
@@ -66,13 +74,19 @@ struct KPT_TRACK : Yosys::Pass {
         "that turns the last one into a netlist.\n\n"
         "    -top <module>\n        the module to look at (default: the top module)\n\n"
         "    -name <name>\n        the name of the stage's database (default: kpt)\n\n"
+        "    -audit\n        keep the netlist as it is, for 'kpt_audit', and let 'kpt_stage' audit\n\n"
         "    -off\n        end following without recording anything\n\n");
   }
   void execute(Arguments args, RTLIL::Design* design) override {
     std::string top;
     std::string name = "kpt";
+    bool audits = false;
     std::size_t at = 1;
     for (; at < args.size(); ++at) {
+      if (args[at] == "-audit") {
+        audits = true;
+        continue;
+      }
       if (args[at] == "-off") {
         kpt_yosys::stop_tracking();
         return;
@@ -85,9 +99,70 @@ struct KPT_TRACK : Yosys::Pass {
     if (!top.empty() && design->module(RTLIL::escape_id(top)) == nullptr) {
       Yosys::log_cmd_error("There is no module %s.\n", top.c_str());
     }
-    guarded([&] { kpt_yosys::start_tracking(design, top, name); });
+    guarded([&] { kpt_yosys::start_tracking(design, top, name, audits); });
   }
 } kpt_track;
+
+// Takes back what a simulation refutes, and says so.
+void audit(RTLIL::Design* design, const kpt_yosys::AUDIT::EFFORT& effort) {
+  kpt_yosys::TRACKER& tracker = *kpt_yosys::current_tracker();
+  tracker.boundary(design, "");
+  const kpt_yosys::AUDIT::FINDINGS findings = kpt_yosys::current_audit()->check(tracker, effort);
+  for (const int point : findings.m_false_points) {
+    const std::string name = tracker.points()[static_cast<std::size_t>(point)].m_name;
+    Yosys::log_warning("Register %s does otherwise since %s: what was seen of it is not recorded.\n", name.c_str(),
+                       tracker.refuse(point).c_str());
+  }
+  for (const int machine : findings.m_false_machines) {
+    const std::string name = tracker.machines()[static_cast<std::size_t>(machine)].m_name;
+    Yosys::log_warning("State machine %s does otherwise since %s: what was seen of it is not recorded.\n", name.c_str(),
+                       tracker.refuse_machine(machine).c_str());
+  }
+  Yosys::log("Audit: %zu facts hold in %d runs of %d cycles, %zu have no values there, %zu are false.\n",
+             findings.m_held, effort.m_runs, effort.m_cycles, findings.m_unseen,
+             findings.m_false_points.size() + findings.m_false_machines.size());
+}
+
+struct KPT_AUDIT : Yosys::Pass {
+  KPT_AUDIT() : Pass("kpt_audit", "check what was seen of registers in a simulation") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_audit [options]\n\n"
+        "Simulates the netlist that 'kpt_track -audit' kept and the present one side by side, on random\n"
+        "inputs from power-up, and takes back what was seen of a register where the simulation shows\n"
+        "something else. After 'kpt_track -audit', 'kpt_stage' does this before it records.\n\n"
+        "    -runs <number>\n        how often to start from power-up (default: 256), 64 at a time\n\n"
+        "    -cycles <number>\n        how long each run is (default: 64)\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string runs = "256";
+    std::string cycles = "64";
+    std::size_t at = 1;
+    while (at < args.size() && (takes(args, at, "-runs", runs) || takes(args, at, "-cycles", cycles))) {
+      ++at;
+    }
+    extra_args(args, at, design, false);
+    demand_tracking(design);
+    if (kpt_yosys::current_audit() == nullptr) {
+      Yosys::log_cmd_error("No reference is kept: use kpt_track -audit.\n");
+    }
+    const kpt_yosys::AUDIT::EFFORT effort{std::max(std::atoi(runs.c_str()), 1), std::max(std::atoi(cycles.c_str()), 1)};
+    guarded([&] { audit(design, effort); });
+  }
+} kpt_audit;
+
+// Tells how many names will not be found in a netlist that is written, or gives lasting ones.
+void see_to_names(RTLIL::Design* design, bool give) {
+  kpt_yosys::TRACKER& tracker = *kpt_yosys::current_tracker();
+  const std::size_t count = kpt_yosys::count_private_names(tracker);
+  if (count > 0 && give) {
+    kpt_yosys::give_lasting_names(tracker);
+    tracker.boundary(design, "rename");
+  } else if (count > 0) {
+    Yosys::log_warning("%zu registers have private names, which write_verilog gives anew: see kpt_stage -names.\n",
+                       count);
+  }
+}
 
 struct KPT_STAGE : Yosys::Pass {
   KPT_STAGE() : Pass("kpt_stage", "end a stage and record what became of the registers") {}
@@ -96,23 +171,32 @@ struct KPT_STAGE : Yosys::Pass {
         "\n    kpt_stage [options]\n\n"
         "Records what became of the registers in the stage's database, prints how many were kept,\n"
         "merged, eliminated and so on, and ends following.\n\n"
+        "    -names\n        give registers with private names public ones, which stay when the netlist is\n"
+        "        written: _kpt_17_\n\n"
         "    -next <name>\n        go on with a next stage, recorded in a database of that name\n\n");
   }
   void execute(Arguments args, RTLIL::Design* design) override {
     std::string next;
+    bool names = false;
     std::size_t at = 1;
-    while (at < args.size() && takes(args, at, "-next", next)) {
-      ++at;
+    for (; at < args.size(); ++at) {
+      if (args[at] == "-names") {
+        names = true;
+      } else if (!takes(args, at, "-next", next)) {
+        break;
+      }
     }
     extra_args(args, at, design, false);
     demand_tracking(design);
     const std::string& name = kpt_yosys::current_stage();
     KPT_KEYPOINTS_MANAGER* const manager = KPT_KEYPOINTS_MANAGER::get_instance();
-    if (manager->get_keypoints_db(name) != nullptr) {
-      Yosys::log_cmd_error("A keypoint database called %s exists already.\n", name.c_str());
-    }
+    demand_free(name);
     guarded([&] {
       kpt_yosys::current_tracker()->boundary(design, "");
+      if (kpt_yosys::current_audit() != nullptr) {
+        audit(design, kpt_yosys::AUDIT::EFFORT());
+      }
+      see_to_names(design, names);
       const KPT_KEYPOINTS_DB& db = *manager->create_keypoints_db(name);
       kpt_yosys::print(kpt_yosys::record(*kpt_yosys::current_tracker(), db), name);
       const kpt_yosys::COST cost = kpt_yosys::tracking_cost();
@@ -126,36 +210,50 @@ struct KPT_STAGE : Yosys::Pass {
   }
 } kpt_stage;
 
-struct KPT_UNITE : Yosys::Pass {
-  KPT_UNITE() : Pass("kpt_unite", "unite the databases of successive stages") {}
+struct KPT_COMPOSE : Yosys::Pass {
+  KPT_COMPOSE() : Pass("kpt_compose", "compose the databases of successive stages") {}
   void help() override {
     Yosys::log(
-        "\n    kpt_unite <first> <next>...\n\n"
-        "Appends the databases of the next stages to the first, in order.\n\n");
+        "\n    kpt_compose <new> <first> <next>...\n\n"
+        "Makes a database that says of the registers before the first stage what became of them by the\n"
+        "end of the last. The stages stay as they are.\n\n");
   }
   void execute(Arguments args, RTLIL::Design*) override {
-    if (args.size() < 3) {
-      Yosys::log_cmd_error("Give the names of two databases or more.\n");
+    if (args.size() < 4) {
+      Yosys::log_cmd_error("Give a new name and the names of two databases or more.\n");
     }
+    KPT_KEYPOINTS_DB_LIST stages;
     for (std::size_t i = 2; i < args.size(); ++i) {
-      const KPT_KEYPOINTS_DB* const first = find_database(args[1]);
-      const KPT_KEYPOINTS_DB* const next = find_database(args[i]);
-      bool united = false;
-      guarded([&] { united = first->unite(*next); });
-      if (!united) {
-        Yosys::log_cmd_error("%s cannot be united with %s.\n", args[i].c_str(), args[1].c_str());
+      stages.push_back(*find_database(args[i]));
+    }
+    KPT_KEYPOINTS_MANAGER* const manager = KPT_KEYPOINTS_MANAGER::get_instance();
+    demand_free(args[1]);
+    KPT_COMPOSITION_REPORT report;
+    bool composed = false;
+    guarded([&] {
+      KPT_KEYPOINTS_DB* const db = manager->create_keypoints_db(args[1]);
+      composed = db->compose(stages, {}, &report);
+      if (!composed) {
+        manager->destroy_keypoints_db(args[1]);
       }
+    });
+    for (const KPT_STRING& line : report.warnings) {
+      Yosys::log_warning("%s\n", line.c_str());
+    }
+    if (!composed) {
+      Yosys::log_cmd_error("The stages cannot be composed: %s.\n",
+                           report.errors.empty() ? "no reason is known" : report.errors.front().c_str());
     }
   }
-} kpt_unite;
+} kpt_compose;
 
 struct KPT_SAVE : Yosys::Pass {
   KPT_SAVE() : Pass("kpt_save", "save a keypoint database") {}
   void help() override {
     Yosys::log(
         "\n    kpt_save [-name <name>] <file>\n\n"
-        "Saves a recorded database (default: kpt). A database that no file can hold, because a name\n"
-        "has control characters or is not UTF-8, is refused; the file is then left as it was.\n\n");
+        "Saves a recorded database (default: kpt). A database that could not be read back, because\n"
+        "a name holds <, & or \", is refused; the file is then left as it was.\n\n");
   }
   void execute(Arguments args, RTLIL::Design*) override {
     std::string name = "kpt";
@@ -170,7 +268,9 @@ struct KPT_SAVE : Yosys::Pass {
     bool saved = false;
     guarded([&] { saved = db->save_atomically(args[at]); });
     if (!saved) {
-      Yosys::log_cmd_error("%s cannot be saved as %s.\n", name.c_str(), args[at].c_str());
+      const std::string unfit = kpt_yosys::name_unfit_for_a_file(*db);
+      Yosys::log_cmd_error("%s cannot be saved as %s%s%s.\n", name.c_str(), args[at].c_str(),
+                           unfit.empty() ? "" : ": the file cannot hold the name of register ", unfit.c_str());
     }
     Yosys::log("Saved %s as %s.\n", name.c_str(), args[at].c_str());
   }

@@ -80,4 +80,16 @@ std::vector<std::string> listing(const KPT_KEYPOINTS_DB& db) {
   return lines;
 }
 
+std::string name_unfit_for_a_file(const KPT_KEYPOINTS_DB& db) {
+  for (const KPT_KEYPOINT_SET& set : {db.get_reference_set(), db.get_transformed_set()}) {
+    for (const KPT_REGISTER_KEYPOINT& keypoint : set) {
+      const std::string_view name = keypoint.get_name();
+      if (name.find_first_of("<&\"\n\r\t") != std::string_view::npos) {
+        return std::string(name);
+      }
+    }
+  }
+  return {};
+}
+
 }  // namespace kpt_yosys

@@ -15,21 +15,32 @@ class RECORDER {
   TOTALS run();
 
  private:
+  // A register of the netlist as the database names it: a cell of the technology, else its net.
+  struct TRANSFORMED {
+    std::string m_name;
+    std::string m_entity;
+    std::string m_type;
+    KPT_REGISTER_NAME view() const {
+      return m_entity.empty() ? KPT_REGISTER_NAME(m_name) : KPT_REGISTER_NAME(m_name, m_entity, m_type);
+    }
+  };
+  // A register of a state machine, and its value in each state.
+  struct COLUMN {
+    int m_point = -1;
+    std::vector<bool> m_values;
+  };
+
   void group_registers();
   void record_machine(const MACHINE& machine, int index);
-  void fill_table(const MACHINE& machine, const std::vector<int>& r, const std::vector<int>& t,
-                  KPT_STATE_TABLE& table) const;
-  std::vector<int> reference_bits(int machine) const;
+  std::vector<COLUMN> reference_columns(const MACHINE& machine, int index, const std::vector<int>& t) const;
   std::vector<int> transformed_bits(const MACHINE& machine) const;
   bool is_lost(const MACHINE& machine, const std::vector<int>& t) const;
-  bool record_fsm(const MACHINE& machine, const std::vector<int>& r, const std::vector<int>& t);
+  bool record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, const std::vector<int>& t);
   void record_group(const LOCATION& location, const std::vector<int>& group);
-  bool associate_instance(const POINT& point, const LOCATION& location) const;
-  void record_first(const POINT& point, const LOCATION& location, bool alone);
-  void record_merged(const POINT& point, const std::string& kept);
+  void count_first(const POINT& point, const LOCATION& location);
   void record_eliminated(const POINT& point);
   void count_eliminated(const POINT& point);
-  std::string passing_name(const std::string& name);
+  TRANSFORMED transformed(const LOCATION& location) const;
   const std::string& name_at(const LOCATION& location) const { return m_names.at(location); }
   void note(bool recorded) { m_totals.m_not_recorded += recorded ? 0 : 1; }
   const POINT& point(int index) const { return m_tracker.points()[static_cast<std::size_t>(index)]; }
@@ -40,7 +51,6 @@ class RECORDER {
   TOTALS m_totals;
   std::map<LOCATION, std::vector<int>> m_groups;  // reference registers that are one register now
   std::set<LOCATION> m_state_bits;                // registers of new codes, already recorded
-  std::set<std::string> m_transformed_names;
 };
 
 TOTALS RECORDER::run() {
@@ -57,6 +67,7 @@ TOTALS RECORDER::run() {
       record_eliminated(each);
     }
   }
+  m_totals.m_front_end = m_tracker.made_by_front_end();
   m_totals.m_new = m_tracker.count_new_registers();
   return m_totals;
 }
@@ -67,28 +78,43 @@ void RECORDER::group_registers() {
     if (each.m_fate != FATE::LIVE) {
       continue;
     }
-    m_transformed_names.insert(name_at(each.m_location));
     if (!each.m_name.empty()) {
       m_groups[each.m_location].push_back(static_cast<int>(i));
     }
   }
 }
 
-// One register per column of the old code; of several that were one register, the first.
-std::vector<int> RECORDER::reference_bits(int machine) const {
-  std::map<int, int> by_column;
+// The old code's registers, in the order of its bits, and the registers that became one with a bit of the
+// new code: what holds such a bit holds them too.
+std::vector<RECORDER::COLUMN> RECORDER::reference_columns(const MACHINE& machine, int index,
+                                                          const std::vector<int>& t) const {
+  std::multimap<int, COLUMN> by_column;
   for (std::size_t i = 0; i < m_tracker.points().size(); ++i) {
     const POINT& each = m_tracker.points()[i];
-    if (!each.m_name.empty() && each.m_fate == FATE::IN_MACHINE && each.m_machine == machine) {
-      by_column.emplace(each.m_column, static_cast<int>(i));
+    if (!each.m_name.empty() && each.m_fate == FATE::IN_MACHINE && each.m_machine == index) {
+      COLUMN column{static_cast<int>(i), {}};
+      for (const std::string& code : machine.m_old_codes) {
+        column.m_values.push_back((code[static_cast<std::size_t>(each.m_column)] == '1') != each.m_column_inverted);
+      }
+      by_column.emplace(each.m_column, std::move(column));
     }
   }
-  std::vector<int> bits;
-  bits.reserve(by_column.size());
-  for (const auto& [column, index] : by_column) {
-    bits.push_back(index);
+  std::vector<COLUMN> columns;
+  for (auto& [column, bit] : by_column) {
+    columns.push_back(std::move(bit));
   }
-  return bits;
+  for (std::size_t k = 0; k < t.size(); ++k) {
+    const auto group = t[k] >= 0 ? m_groups.find(point(t[k]).m_location) : m_groups.end();
+    for (std::size_t i = 0; group != m_groups.end() && i < group->second.size(); ++i) {
+      COLUMN column{group->second[i], {}};
+      const bool turned = point(t[k]).m_inverted != point(column.m_point).m_inverted;
+      for (const std::string& code : machine.m_codes) {
+        column.m_values.push_back((code[k] == '1') != turned);
+      }
+      columns.push_back(std::move(column));
+    }
+  }
+  return columns;
 }
 
 // The columns of the new code that are still registers, each register once; -1 for the others.
@@ -103,7 +129,6 @@ std::vector<int> RECORDER::transformed_bits(const MACHINE& machine) const {
 }
 
 void RECORDER::record_machine(const MACHINE& machine, int index) {
-  const std::vector<int> r = reference_bits(index);
   const std::vector<int> t = transformed_bits(machine);
   std::size_t members = 0;
   for (const POINT& each : m_tracker.points()) {
@@ -121,8 +146,9 @@ void RECORDER::record_machine(const MACHINE& machine, int index) {
   }
   m_totals.m_machine += members;
   ++m_totals.m_machines;
-  m_totals.m_not_recorded += members - r.size();
-  note(record_fsm(machine, r, t));
+  const std::vector<COLUMN> r = reference_columns(machine, index, t);
+  m_totals.m_merged += r.size() - members;
+  m_totals.m_not_recorded += record_fsm(machine, r, t) ? 0 : r.size();
 }
 
 // The stage ended before the machine was put back, or bits of the new code are unknown, and the
@@ -145,48 +171,48 @@ bool RECORDER::is_lost(const MACHINE& machine, const std::vector<int>& t) const 
   return codes.size() < machine.m_codes.size();
 }
 
-bool RECORDER::record_fsm(const MACHINE& machine, const std::vector<int>& r, const std::vector<int>& t) {
-  KPT_STRING_VECTOR r_names;
-  KPT_STRING_VECTOR t_names;
-  for (const int index : r) {
-    r_names.emplace_back(point(index).m_name);
-  }
-  for (const int index : t) {
-    if (index >= 0) {
-      t_names.emplace_back(name_at(point(index).m_location));
-      m_state_bits.insert(point(index).m_location);
+bool RECORDER::record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, const std::vector<int>& t) {
+  std::vector<TRANSFORMED> names;
+  std::vector<std::size_t> bits;
+  for (std::size_t k = 0; k < t.size(); ++k) {
+    if (t[k] >= 0) {
+      names.push_back(transformed(point(t[k]).m_location));
+      bits.push_back(k);
+      m_state_bits.insert(point(t[k]).m_location);
     }
   }
-  KPT_STATE_TABLE table(static_cast<unsigned short>(machine.m_codes.size()),
-                        static_cast<unsigned short>(r_names.size()), static_cast<unsigned short>(t_names.size()));
-  fill_table(machine, r, t, table);
-  return m_db.associate_registers_fsm_signals(r_names, t_names, table);
-}
-
-void RECORDER::fill_table(const MACHINE& machine, const std::vector<int>& r, const std::vector<int>& t,
-                          KPT_STATE_TABLE& table) const {
+  const auto alone = [](const KPT_REGISTER_NAME& name) {
+    KPT_GROUPS group;
+    group.same.push_back(name);
+    return group;
+  };
+  KPT_GROUPS_SIDE r_side;
+  KPT_GROUPS_SIDE t_side;
+  for (const COLUMN& column : r) {
+    r_side.push_back(alone(KPT_REGISTER_NAME(point(column.m_point).m_name)));
+  }
+  for (const TRANSFORMED& name : names) {
+    t_side.push_back(alone(name.view()));
+  }
+  KPT_STATE_TABLE table(static_cast<unsigned short>(machine.m_codes.size()), static_cast<unsigned short>(r.size()),
+                        static_cast<unsigned short>(bits.size()));
   for (std::size_t state = 0; state < machine.m_codes.size(); ++state) {
     const auto row = static_cast<unsigned short>(state + 1);
     unsigned short column = 0;
-    for (const int index : r) {
-      const bool bit = machine.m_old_codes[state][static_cast<std::size_t>(point(index).m_column)] == '1';
-      table.set_reference_entry(row, ++column, bit != point(index).m_column_inverted);
+    for (const COLUMN& each : r) {
+      table.set_reference_entry(row, ++column, each.m_values[state]);
     }
     column = 0;
-    for (std::size_t k = 0; k < t.size(); ++k) {
-      if (t[k] >= 0) {
-        table.set_transformed_entry(row, ++column, (machine.m_codes[state][k] == '1') != point(t[k]).m_inverted);
-      }
+    for (const std::size_t k : bits) {
+      table.set_transformed_entry(row, ++column, (machine.m_codes[state][k] == '1') != point(t[k]).m_inverted);
     }
   }
+  return !m_db.associate_groups(r_side, t_side, table).is_null();
 }
 
-// Of a state machine's bits the database takes events on the first alone, and a merge into that one
-// would spoil the machine's codes: what became one with a state bit is counted and left out.
+// What became one with a bit of a state machine's code stands in the machine's map.
 void RECORDER::record_group(const LOCATION& location, const std::vector<int>& group) {
   if (m_state_bits.contains(location)) {
-    m_totals.m_merged += group.size();
-    m_totals.m_not_recorded += group.size();
     return;
   }
   const std::string kept = name_at(location);
@@ -196,63 +222,49 @@ void RECORDER::record_group(const LOCATION& location, const std::vector<int>& gr
       first = i;
     }
   }
-  record_first(point(group[first]), location, group.size() == 1);
+  count_first(point(group[first]), location);
+  m_totals.m_merged += group.size() - 1;
+  KPT_GROUPS r;
+  KPT_GROUPS t;
+  r.same.emplace_back(point(group[first]).m_name);
   for (std::size_t i = 0; i < group.size(); ++i) {
     if (i != first) {
-      record_merged(point(group[i]), kept);
+      const bool same = point(group[i]).m_inverted == point(group[first]).m_inverted;
+      (same ? r.same : r.inverse).emplace_back(point(group[i]).m_name);
     }
   }
+  const TRANSFORMED register_now = transformed(location);
+  (point(group[first]).m_inverted ? t.inverse : t.same).push_back(register_now.view());
+  m_totals.m_not_recorded += m_db.associate_groups({r}, {t}).is_null() ? group.size() : 0;
 }
 
-// Of the events, the database takes none for a block instance; so a cell whose register is inverted
-// or stands for several is recorded by its net.
-void RECORDER::record_first(const POINT& point, const LOCATION& location, bool alone) {
-  const std::string name = name_at(location);
-  const bool is_instance = !m_tracker.view().flop(location).m_type.empty();
+void RECORDER::count_first(const POINT& point, const LOCATION& location) {
   if (point.m_inverted) {
     ++m_totals.m_inverted;
-  } else if (is_instance) {
+  } else if (!m_tracker.view().flop(location).m_type.empty()) {
     ++m_totals.m_instance;
   } else {
-    ++(point.m_name == name ? m_totals.m_kept : m_totals.m_renamed);
+    ++(point.m_name == name_at(location) ? m_totals.m_kept : m_totals.m_renamed);
   }
-  if (is_instance && alone && !point.m_inverted) {
-    note(associate_instance(point, location));
-    return;
-  }
-  note(m_db.associate_registers_signal_to_signal(point.m_name, name) &&
-       (!point.m_inverted || m_db.set_inverter_retimed_register(name)));
 }
 
-bool RECORDER::associate_instance(const POINT& point, const LOCATION& location) const {
+RECORDER::TRANSFORMED RECORDER::transformed(const LOCATION& location) const {
   const FLOP& flop = m_tracker.view().flop(location);
-  const std::string cell = m_tracker.view().path(location.m_instance) + text_of_spelling(flop.m_cell_name);
-  return m_db.associate_registers_signal_to_instance(point.m_name, cell, flop.m_type, flop.m_port);
-}
-
-// A register enters the database with a name of its own and then gives it up.
-void RECORDER::record_merged(const POINT& point, const std::string& kept) {
-  ++m_totals.m_merged;
-  const std::string passing = passing_name(point.m_name);
-  note(m_db.associate_registers_signal_to_signal(point.m_name, passing) &&
-       (!point.m_inverted || m_db.set_inverter_retimed_register(passing)) && m_db.set_merged_registers(kept, passing));
+  if (flop.m_type.empty()) {
+    return {name_at(location), {}, {}};
+  }
+  return {m_tracker.view().path(location.m_instance) + text_of_spelling(flop.m_cell_name), flop.m_type, flop.m_port};
 }
 
 void RECORDER::record_eliminated(const POINT& point) {
   count_eliminated(point);
-  if (point.m_fate != FATE::ZERO && point.m_fate != FATE::ONE && point.m_fate != FATE::NO_FANOUT) {
-    return;
+  const std::map<FATE, KPT_ELIM_ENUM> reasons = {
+      {FATE::ZERO, KPT_STUCK_AT_ZERO}, {FATE::ONE, KPT_STUCK_AT_ONE}, {FATE::NO_FANOUT, KPT_NO_FANOUT}};
+  if (const auto reason = reasons.find(point.m_fate); reason != reasons.end()) {
+    KPT_GROUPS r;
+    r.same.emplace_back(point.m_name);
+    note(!m_db.associate_groups({r}, {}, reason->second).is_null());
   }
-  const std::string passing = passing_name(point.m_name);
-  bool recorded = m_db.associate_registers_signal_to_signal(point.m_name, passing);
-  if (point.m_fate == FATE::ZERO) {
-    recorded = recorded && m_db.set_eliminated_register_stuck_at_zero(passing);
-  } else if (point.m_fate == FATE::ONE) {
-    recorded = recorded && m_db.set_eliminated_register_stuck_at_one(passing);
-  } else {
-    recorded = recorded && m_db.set_eliminated_register_no_fanout(passing);
-  }
-  note(recorded);
 }
 
 void RECORDER::count_eliminated(const POINT& point) {
@@ -279,14 +291,6 @@ void RECORDER::count_eliminated(const POINT& point) {
   }
 }
 
-std::string RECORDER::passing_name(const std::string& name) {
-  std::string free = name;
-  for (int n = 1; !m_transformed_names.insert(free).second; ++n) {
-    free = name + "$" + std::to_string(n);
-  }
-  return free;
-}
-
 }  // namespace
 
 TOTALS record(const TRACKER& tracker, const KPT_KEYPOINTS_DB& db) { return RECORDER(tracker, db).run(); }
@@ -311,6 +315,10 @@ void print(const TOTALS& totals, const std::string& name) {
   Yosys::log("  %8zu  of %zu reference registers accounted for\n", sum, totals.m_reference);
   Yosys::log("State machines: %zu. New registers: %zu. Facts not recorded: %zu.\n", totals.m_machines, totals.m_new,
              totals.m_not_recorded);
+  if (totals.m_front_end > 0) {
+    Yosys::log("Left out, as made by the front end for writes to memories and selected bits: %zu.\n",
+               totals.m_front_end);
+  }
   for (const auto& [pass, count] : totals.m_unknown_after) {
     Yosys::log("Unknown after %s: %zu.\n", pass.empty() ? "a change outside of any pass" : pass.c_str(), count);
   }

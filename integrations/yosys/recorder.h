@@ -30,6 +30,7 @@ struct TOTALS {
   std::size_t m_unknown = 0;
   std::size_t m_machines = 0;
   std::size_t m_new = 0;           // registers of the netlist that no reference register explains
+  std::size_t m_front_end = 0;     // registers of the reference that nobody wrote
   std::size_t m_not_recorded = 0;  // facts that the database refused
 };
 

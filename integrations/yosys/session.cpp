@@ -20,6 +20,8 @@ namespace {
 struct SESSION {
   std::unique_ptr<TRACKER> m_tracker;
   SHELF m_shelf;
+  std::unique_ptr<AUDIT> m_audit;
+  bool m_keeps_reference = false;
   bool m_away = false;  // the followed design is on the shelf only
   std::string m_stage;
   std::string m_running;  // the pass that is being executed; empty outside of passes
@@ -62,11 +64,18 @@ void track(RTLIL::Design* design, ACTION action) {
   now.m_seconds += cpu_seconds(RUSAGE_SELF) - begin;
 }
 
+void keep_reference(SESSION& now) {
+  if (now.m_keeps_reference && now.m_audit == nullptr && now.m_tracker->started()) {
+    now.m_audit = std::make_unique<AUDIT>(now.m_tracker->view());
+  }
+}
+
 // Tells the tracker what `pass` did.
 void tell(RTLIL::Design* design, const std::string& pass) {
-  track(design, [&](const SESSION& now) {
+  track(design, [&](SESSION& now) {
     if (!now.m_away) {
       now.m_tracker->boundary(design, pass);
+      keep_reference(now);
     }
   });
 }
@@ -168,7 +177,7 @@ void watch_passes() {
 
 }  // namespace
 
-void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name) {
+void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name, bool audit) {
   SESSION& now = session();
   stop_tracking();
   if (!now.m_wrapped) {
@@ -179,13 +188,18 @@ void start_tracking(RTLIL::Design* design, const std::string& top, const std::st
   now.m_begin = all_cpu_seconds();
   now.m_stage = name;
   now.m_tracker = std::make_unique<TRACKER>(design, top);
+  now.m_keeps_reference = audit;
+  keep_reference(now);
 }
 
 void stop_tracking() {
   session().m_tracker.reset();
+  session().m_audit.reset();
   session().m_shelf.clear();
   session().m_away = false;
 }
+
+const AUDIT* current_audit() { return session().m_audit.get(); }
 
 bool is_away() { return session().m_away; }
 
@@ -195,6 +209,8 @@ const std::string& current_stage() { return session().m_stage; }
 
 void next_stage(const std::string& name) {
   session().m_tracker->restart();
+  session().m_audit.reset();
+  keep_reference(session());
   session().m_shelf.clear();  // what was put aside is of an earlier stage
   session().m_stage = name;
 }

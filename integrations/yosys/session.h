@@ -7,17 +7,21 @@
 
 #include <string>
 
+#include "audit.h"
 #include "tracker.h"
 
 namespace kpt_yosys {
 
 /// Starts tracking `top` (empty: the design's top module); the stage's database gets that name.
 /// Ends an earlier tracking.
-void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name);
+/// With `audit`, keeps the reference for current_audit().
+void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name, bool audit);
 void stop_tracking();
 
 /// Null when no tracking goes on.
 TRACKER* current_tracker();
+/// Null unless the reference is kept.
+const AUDIT* current_audit();
 /// Whether the followed design is put aside by `design`.
 bool is_away();
 const std::string& current_stage();

@@ -39,6 +39,13 @@ bool maps_to_technology(const std::string& pass) {
   return pass == "dfflibmap" || pass == "techmap" || pass == "extract";
 }
 
+// What reading Verilog makes of writes to memories and to selected bits: no register that was written.
+bool is_made_by_front_end(const std::string& name) {
+  constexpr std::array MARKS{"$memwr$", "$bitselwrite$", "$lookahead"};
+  return std::any_of(MARKS.begin(), MARKS.end(),
+                     [&name](const char* mark) { return name.find(mark) != std::string::npos; });
+}
+
 std::size_t mixed(std::size_t a, std::size_t b) { return (a ^ b) * 0x9E3779B97F4A7C15ULL; }
 
 // Changes when an object of the module comes, goes or gets another name.
@@ -124,8 +131,9 @@ bool TRACKER::changed(RTLIL::Design* design, const std::string& pass) {
   for (const auto& [name, module] : design->modules_) {
     fingerprint += fingerprint_of(*module);
   }
-  // State machines are recoded within their cells, and unused nets are removed past all monitors.
-  const bool unseen = removes_unused(pass) || pass.starts_with("fsm");
+  // State machines are recoded within their cells, unused nets are removed past all monitors, and a
+  // cell may get another name.
+  const bool unseen = removes_unused(pass) || pass.starts_with("fsm") || pass == "rename";
   const bool any = unseen || m_changes->m_any || fingerprint != m_fingerprint;
   m_fingerprint = fingerprint;
   m_changes->m_any = false;
@@ -193,9 +201,15 @@ void TRACKER::begin(RTLIL::Module* top) {
 void TRACKER::begin_points(const NAMES& names) {
   m_now.m_points.clear();
   m_now.m_machines.clear();
+  m_now.m_made_by_front_end = 0;
   for (const auto& [location, name] : names) {
+    if (is_made_by_front_end(name)) {
+      ++m_now.m_made_by_front_end;
+      continue;
+    }
     POINT point;
     point.m_location = location;
+    point.m_cell = m_now.m_view->flop(location).m_cell;
     point.m_name = name;
     m_now.m_points.push_back(std::move(point));
   }
@@ -345,7 +359,7 @@ bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int
   if (same == flops.end()) {
     return false;
   }
-  point.m_location = {instance, static_cast<int>(same - flops.begin())};
+  move(step, point, {instance, static_cast<int>(same - flops.begin())}, point.m_inverted);
   return true;
 }
 
@@ -381,13 +395,30 @@ bool TRACKER::settle(const STEP& step, POINT& point, const SOURCE& source, int i
       point.m_fate = (source.m_kind == SOURCE_KIND::ONE) != turned ? FATE::ONE : FATE::ZERO;
       break;
     case SOURCE_KIND::FLOP:
-      point.m_fate = FATE::LIVE;
-      point.m_location = {instance, source.m_flop};
-      point.m_inverted = turned != source.m_inverted;
+      move(step, point, {instance, source.m_flop}, turned != source.m_inverted);
       return true;
   }
   point.m_pass = step.m_pass;
   return true;
+}
+
+void TRACKER::move(const STEP& step, POINT& point, const LOCATION& location, bool inverted) {
+  const unsigned int cell = step.m_after.flop(location).m_cell;
+  if (point.m_fate != FATE::LIVE || point.m_cell != cell || point.m_inverted != inverted) {
+    point.m_pass = step.m_pass;
+  }
+  point.m_fate = FATE::LIVE;
+  point.m_location = location;
+  point.m_cell = cell;
+  point.m_inverted = inverted;
+}
+
+std::string TRACKER::refuse(int point) {
+  POINT& refused = m_now.m_points[static_cast<std::size_t>(point)];
+  refused.m_fate = FATE::UNKNOWN;
+  refused.m_nets.clear();  // it does not come back
+  refused.m_last_name.clear();
+  return refused.m_pass;
 }
 
 void TRACKER::lose(const STEP& step, POINT& point) {

@@ -39,6 +39,11 @@ class TRACKER {
   TRACKING put_aside(RTLIL::Design* design);
   void take_up(RTLIL::Design* design, TRACKING kept);
 
+  /// Takes back what is known of a register, or of a state machine: it was found to be false. Gives
+  /// the name of the pass after which it was thought so.
+  std::string refuse(int point);
+  std::string refuse_machine(int machine);
+
   using NAMES = std::map<LOCATION, std::string>;
   /// A name for each register that is there now: that of the reference register, if a net still
   /// bears it, else the best.
@@ -48,6 +53,7 @@ class TRACKER {
   std::string why_not_started(RTLIL::Design* design) const;
   const std::vector<POINT>& points() const { return m_now.m_points; }
   const std::vector<MACHINE>& machines() const { return m_now.m_machines; }
+  std::size_t made_by_front_end() const { return m_now.m_made_by_front_end; }
   const NETLIST_VIEW& view() const { return *m_now.m_view; }
   /// Registers of the netlist that no reference register explains.
   std::size_t count_new_registers() const;
@@ -78,6 +84,7 @@ class TRACKER {
   static void find_again(const STEP& step, POINT& point);
   static void take_new_net(const STEP& step, POINT& point);
   static bool come_back(const STEP& step, POINT& point, const SOURCE& source, int instance);
+  static void move(const STEP& step, POINT& point, const LOCATION& location, bool inverted);
   static void lose(const STEP& step, POINT& point);
   static void note_absorbed(const STEP& step, POINT& point, int readers);
   static bool settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted);

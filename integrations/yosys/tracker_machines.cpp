@@ -201,6 +201,8 @@ void TRACKER::map_machine(const STEP& step, int index, int instance) {
   for (const int flop : bits) {
     POINT point;
     point.m_location = {instance, flop};
+    point.m_cell = step.m_after.flop(point.m_location).m_cell;
+    point.m_pass = step.m_pass;
     machine.m_points.push_back(static_cast<int>(m_now.m_points.size()));
     m_now.m_points.push_back(std::move(point));
   }
@@ -244,6 +246,17 @@ void TRACKER::carry_over(MACHINE& earlier, int index) {
   std::erase_if(carried.m_points, went_in);
   carried.m_points.insert(carried.m_points.end(), later.m_points.begin(), later.m_points.end());
   earlier = std::move(carried);
+}
+
+std::string TRACKER::refuse_machine(int machine) {
+  for (std::size_t i = 0; i < m_now.m_points.size(); ++i) {
+    if (m_now.m_points[i].m_machine == machine && m_now.m_points[i].m_fate == FATE::IN_MACHINE) {
+      m_now.m_points[i].m_machine = -1;
+      m_now.m_points[i].m_pass = "fsm_map";
+      refuse(static_cast<int>(i));
+    }
+  }
+  return "fsm_map";
 }
 
 // The machine is gone with its registers: it drove nothing, or nobody knows.

@@ -29,11 +29,12 @@ struct POINT {
   std::string m_name;  // in the reference netlist; empty for a bit of a new code
   FATE m_fate = FATE::LIVE;
   LOCATION m_location;
+  unsigned int m_cell = 0;  // the number of the cell there
   bool m_inverted = false;  // its inverse is held there
   int m_machine = -1;
   int m_column = -1;               // of the machine's old code
   bool m_column_inverted = false;  // its inverse is in that column
-  std::string m_pass;              // that settled its fate
+  std::string m_pass;              // that settled its fate, or last gave it another cell or polarity
   std::string m_absorbed;          // the pass that may have put it into something else, while it lives on
   std::string m_path;              // of the instance where it was seen before it was lost
   std::string m_last_name;         // what it was called there
@@ -58,6 +59,7 @@ struct TRACKING {
   std::shared_ptr<const NETLIST_VIEW> m_view;  // null as long as there are processes
   std::vector<POINT> m_points;
   std::vector<MACHINE> m_machines;
+  std::size_t m_made_by_front_end = 0;  // registers of the reference that nobody wrote, and no points
 };
 
 }  // namespace kpt_yosys

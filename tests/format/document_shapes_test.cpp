@@ -57,7 +57,7 @@ std::string with_state(const std::string& entities, const std::string& state, co
                                      state + "</kp_state></kp_set>" + part + "</transformation></transformations_set>");
 }
 
-TEST_F(DocumentShape, of_a_register_in_an_entity_lacks_the_register) {
+TEST_F(DocumentShape, OfARegisterInAnEntityLacksTheRegister) {
   const HOST_LINES lines;
   load(with_entities(
       "<!ENTITY k '" + std::string("<key_point id=\"1\" type=\"register\"><name>k</name></key_point>") + "'>",
@@ -67,30 +67,30 @@ TEST_F(DocumentShape, of_a_register_in_an_entity_lacks_the_register) {
   EXPECT_THAT(lines.errors(), IsEmpty());
 }
 
-TEST_F(DocumentShape, of_the_transformations_in_an_entity_has_no_maps) {
+TEST_F(DocumentShape, OfTheTransformationsInAnEntityHasNoMaps) {
   load(with_entities("<!ENTITY t '<transformations_set><transformation/></transformations_set>'>", "&t;"));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(maps(*m_db), IsEmpty());
 }
 
-TEST_F(DocumentShape, of_an_entity_behind_the_transformations_is_not_refused) {
+TEST_F(DocumentShape, OfAnEntityBehindTheTransformationsIsNotRefused) {
   load(with_entities("<!ENTITY t '<transformations_set/>'>", "<transformations_set/>&t;"));
   EXPECT_NE(m_db, nullptr);
 }
 
-TEST_F(DocumentShape, of_text_in_an_entity_has_the_text) {
+TEST_F(DocumentShape, OfTextInAnEntityHasTheText) {
   load(with_entities("<!ENTITY t 'b'>", reference_set(signal("1", "<name>a&t;c</name>"))));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(reference_registers(), ElementsAre("1:abc"));
 }
 
-TEST_F(DocumentShape, of_elements_in_the_entity_of_a_name_has_their_text) {
+TEST_F(DocumentShape, OfElementsInTheEntityOfANameHasTheirText) {
   load(with_entities("<!ENTITY t '<b>b</b>'>", reference_set(signal("1", "<name>a&t;c</name>"))));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(reference_registers(), ElementsAre("1:abc"));
 }
 
-TEST_F(DocumentShape, of_a_value_in_an_entity_has_the_value) {
+TEST_F(DocumentShape, OfAValueInAnEntityHasTheValue) {
   load(with_state("<!ENTITY v '<value index=\"0\">1</value>'>", "<noninverts><kp id='1'/></noninverts>",
                   "<state_table num_states='1' num_reference_registers='1'><state index='0'><reference>&v;</reference>"
                   "</state></state_table>"));
@@ -98,39 +98,39 @@ TEST_F(DocumentShape, of_a_value_in_an_entity_has_the_value) {
   EXPECT_THAT(maps(*m_db), ElementsAre("a~ ->  [1/]"));
 }
 
-TEST_F(DocumentShape, of_a_keypoint_in_an_entity_of_a_group_lacks_it) {
+TEST_F(DocumentShape, OfAKeypointInAnEntityOfAGroupLacksIt) {
   load(with_state("<!ENTITY k '<kp id=\"1\"/>'>", "<noninverts>&k;<kp id='1'/></noninverts>"));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(maps(*m_db), ElementsAre("a~ -> "));
 }
 
-TEST_F(DocumentShape, of_a_reference_called_name_names_the_register) {
+TEST_F(DocumentShape, OfAReferenceCalledNameNamesTheRegister) {
   load(with_entities("<!ENTITY name 'by<b>reference</b>'>", reference_set(signal("1", "&name;<name>a</name>"))));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(reference_registers(), ElementsAre("1:byreference"));
 }
 
-TEST_F(DocumentShape, of_an_instruction_called_name_names_the_register) {
+TEST_F(DocumentShape, OfAnInstructionCalledNameNamesTheRegister) {
   load("<kpt_db name='d'>" + reference_set(signal("1", "<?name by instruction?><name>a</name>")) + "</kpt_db>");
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(reference_registers(), ElementsAre("1:by instruction"));
 }
 
-TEST_F(DocumentShape, of_a_reference_called_state_table_makes_a_machine_with_an_empty_table) {
+TEST_F(DocumentShape, OfAReferenceCalledStateTableMakesAMachineWithAnEmptyTable) {
   load(with_state("<!ENTITY state_table ''>", "<noninverts><kp id='1'/></noninverts>",
                   "&state_table;<state_table num_states='1' num_reference_registers='1'/>"));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(maps(*m_db), ElementsAre("a~ ->  []"));
 }
 
-TEST_F(DocumentShape, of_a_reference_called_noninverts_hides_the_group_behind_it) {
+TEST_F(DocumentShape, OfAReferenceCalledNoninvertsHidesTheGroupBehindIt) {
   load(with_state("<!ENTITY noninverts '<kp id=\"1\"/>'>",
                   "&noninverts;<noninverts><kp id='1'/></noninverts><inverts><kp id='1'/></inverts>"));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(maps(*m_db), ElementsAre("~a -> "));
 }
 
-TEST_F(DocumentShape, of_a_reference_called_reference_hides_the_values_behind_it) {
+TEST_F(DocumentShape, OfAReferenceCalledReferenceHidesTheValuesBehindIt) {
   const HOST_LINES lines;
   load(with_state("<!ENTITY reference '<value index=\"0\">1</value>'>", "",
                   "<state_table num_states='1' num_reference_registers='1'><state index='0'>&reference;"
@@ -140,19 +140,19 @@ TEST_F(DocumentShape, of_a_reference_called_reference_hides_the_values_behind_it
   EXPECT_THAT(lines.debug(), Contains("Parse error while reading statetable column number").Times(2));
 }
 
-TEST_F(DocumentShape, of_a_default_attribute_has_it) {
+TEST_F(DocumentShape, OfADefaultAttributeHasIt) {
   load(with_entities("<!ATTLIST key_point type CDATA 'register' id CDATA '7'>",
                      reference_set("<key_point><name>a</name></key_point>")));
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(reference_registers(), ElementsAre("7:a"));
 }
 
-TEST_F(DocumentShape, of_version_1_1_is_loaded) {
+TEST_F(DocumentShape, OfVersion11IsLoaded) {
   load("<?xml version='1.1'?><kpt_db name='d'/>");
   EXPECT_NE(m_db, nullptr);
 }
 
-TEST_F(DocumentShape, of_version_1_2_or_1_3_is_refused_with_a_debug_line_alone) {
+TEST_F(DocumentShape, OfVersion12Or13IsRefusedWithADebugLineAlone) {
   for (const char* version : {"1.2", "1.3"}) {
     const HOST_LINES lines;
     load("<?xml version='" + std::string(version) + "'?><kpt_db name='d'/>");
@@ -163,21 +163,21 @@ TEST_F(DocumentShape, of_version_1_2_or_1_3_is_refused_with_a_debug_line_alone) 
   }
 }
 
-TEST_F(DocumentShape, of_version_2_0_is_a_syntax_error) {
+TEST_F(DocumentShape, OfVersion20IsASyntaxError) {
   const HOST_LINES lines;
   load("<?xml version='2.0'?><kpt_db name='d'/>");
   EXPECT_EQ(m_db, nullptr);
   EXPECT_THAT(lines.errors(), ElementsAre(HasSubstr("Syntax error in XML Keypoint Database " + m_path)));
 }
 
-TEST_F(DocumentShape, of_a_blank_name_is_loaded) {
+TEST_F(DocumentShape, OfABlankNameIsLoaded) {
   load("<kpt_db name=' '/>");
   ASSERT_NE(m_db, nullptr);
   EXPECT_EQ(m_db->get_db_name(), " ");
 }
 
 // A document takes fewer characters into a name than the parser does.
-TEST_F(DocumentShape, of_an_instruction_whose_name_no_document_can_hold_is_refused) {
+TEST_F(DocumentShape, OfAnInstructionWhoseNameNoDocumentCanHoldIsRefused) {
   const HOST_LINES lines;
   load("<kpt_db name='d'><?\xF0\x90\x80\x80?></kpt_db>");
   EXPECT_EQ(m_db, nullptr);
@@ -185,7 +185,7 @@ TEST_F(DocumentShape, of_an_instruction_whose_name_no_document_can_hold_is_refus
 }
 
 // Such characters come in two halves, and a text in pieces.
-TEST_F(DocumentShape, of_a_long_text_beyond_two_bytes_has_it_whole) {
+TEST_F(DocumentShape, OfALongTextBeyondTwoBytesHasItWhole) {
   std::string name;
   for (int k = 0; k < 5000; ++k) {
     name += k % 7 == 0 ? "x\xF0\x9F\x98\x80" : "\xF0\x9F\x98\x80";
@@ -195,14 +195,14 @@ TEST_F(DocumentShape, of_a_long_text_beyond_two_bytes_has_it_whole) {
   EXPECT_THAT(reference_registers(), ElementsAre("1:" + name));
 }
 
-TEST_F(DocumentShape, of_another_encoding_is_loaded) {
+TEST_F(DocumentShape, OfAnotherEncodingIsLoaded) {
   load("<?xml version='1.0' encoding='ISO-8859-1'?><kpt_db name='d'>" +
        reference_set(signal("1", "<name>\xE9</name>")) + "</kpt_db>");
   ASSERT_NE(m_db, nullptr);
   EXPECT_THAT(reference_registers(), ElementsAre("1:\xC3\xA9"));
 }
 
-TEST_F(DocumentShape, of_an_error_at_its_end_is_refused_without_a_word_of_what_is_in_it) {
+TEST_F(DocumentShape, OfAnErrorAtItsEndIsRefusedWithoutAWordOfWhatIsInIt) {
   const COUNTERS counters(0, 0);
   const HOST_LINES lines;
   load("<kpt_db name='d'>" + reference_set(signal("5", "<name>a</name>")) + "<unexpected/></kpt_db>x");
@@ -212,7 +212,7 @@ TEST_F(DocumentShape, of_an_error_at_its_end_is_refused_without_a_word_of_what_i
   EXPECT_THAT(lines.debug(), ElementsAre("XML parse: file: " + m_path + ", nerrors: 1"));
 }
 
-TEST_F(DocumentShape, of_a_warning_tells_it_for_each_of_its_two_lines_of_parsing) {
+TEST_F(DocumentShape, OfAWarningTellsItForEachOfItsTwoLinesOfParsing) {
   const HOST_LINES lines;
   load(with_entities("<!ATTLIST a b CDATA '' b CDATA ''>", ""));
   EXPECT_NE(m_db, nullptr);

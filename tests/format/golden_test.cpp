@@ -1,5 +1,5 @@
-// Files that a release once wrote and every later one must write, byte for
-// byte: flows keep them under revision control and compare them.
+// The files that these databases are saved to, byte for byte: flows keep such
+// files under revision control and compare them.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt_state_table_impl.h"
@@ -15,12 +15,12 @@ KPT_KEYPOINT* add(KPT_KEYPOINTS_DB_IMPL& db, KPT_SET_ENUM set, long id, std::str
   return db.add_to_register_set(set, id, name);
 }
 
-TEST(GoldenFile, of_an_empty_database) {
+TEST(GoldenFile, OfAnEmptyDatabase) {
   const DATABASE db = new_database("empty");
   EXPECT_EQ(saved(*db), read_file(data_file("empty.xml")));
 }
 
-TEST(GoldenFile, of_a_kept_an_eliminated_and_a_re_encoded_register) {
+TEST(GoldenFile, OfAKeptAnEliminatedAndAReEncodedRegister) {
   const DATABASE db = new_database("top");
   KPT_KEYPOINT* const q_a = db->add_to_register_set(KPT_REFERENCE_SET, 1, "q_a", "u1", "dff");
   KPT_KEYPOINT* const clk_en = add(*db, KPT_REFERENCE_SET, 2, "clk_en");
@@ -35,7 +35,7 @@ TEST(GoldenFile, of_a_kept_an_eliminated_and_a_re_encoded_register) {
   EXPECT_EQ(saved(*db), read_file(data_file("three_maps.xml")));
 }
 
-TEST(GoldenFile, of_a_state_machine) {
+TEST(GoldenFile, OfAStateMachine) {
   const DATABASE db = new_database("machine");
   NI_PAIR_VECTOR r;
   NI_PAIR_VECTOR t;
@@ -55,7 +55,7 @@ TEST(GoldenFile, of_a_state_machine) {
   EXPECT_EQ(saved(*db), read_file(data_file("state_machine.xml")));
 }
 
-TEST(GoldenFile, of_inverting_groups) {
+TEST(GoldenFile, OfInvertingGroups) {
   const DATABASE db = new_database("inv");
   KPT_KEYPOINT* const a = add(*db, KPT_REFERENCE_SET, 0, "a");
   KPT_KEYPOINT* const b = add(*db, KPT_REFERENCE_SET, 1, "b");
@@ -69,7 +69,7 @@ TEST(GoldenFile, of_inverting_groups) {
   EXPECT_EQ(saved(*db), read_file(data_file("inverting_groups.xml")));
 }
 
-TEST(GoldenFile, of_every_elimination_word) {
+TEST(GoldenFile, OfEveryEliminationWord) {
   const DATABASE db = new_database("gone");
   for (int status = KPT_NOT_ELIMINATED; status <= KPT_ELIMINATED; ++status) {
     KPT_KEYPOINT* const r = add(*db, KPT_REFERENCE_SET, status, "r" + std::to_string(status));
@@ -80,7 +80,7 @@ TEST(GoldenFile, of_every_elimination_word) {
 
 class GoldenFileRead : public testing::TestWithParam<const char*> {};
 
-TEST_P(GoldenFileRead, saves_back_to_itself) {
+TEST_P(GoldenFileRead, SavesBackToItself) {
   const FOLDER folder;
   const std::string file = read_file(data_file(GetParam()));
   const LOADED loaded = load_data(GetParam());

@@ -3,6 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt.h"
+
+#ifdef BOOST_CONFIG_HPP
+#error "kpt.h pulls in Boost"
+#endif
+
 #include "db/kpt/kpt_xml_element.h"
 #include "db/kpt/kpt_xml_reader.h"
 #include "db/kpt/kpt_xml_writer.h"
@@ -11,4 +16,4 @@
 #error "a header of the library pulls in the parser"
 #endif
 
-TEST(Headers, keep_the_parser_out_of_clients) { EXPECT_TRUE(KPT_XML_ELEMENT().is_null()); }
+TEST(Headers, KeepTheParserOutOfClients) { EXPECT_TRUE(KPT_XML_ELEMENT().is_null()); }

@@ -78,14 +78,14 @@ class HostileFile : public testing::Test {
   KPT_KEYPOINTS_MANAGER* const m_manager = KPT_KEYPOINTS_MANAGER::get_instance();
 };
 
-TEST_F(HostileFile, that_is_cut_off_anywhere) {
+TEST_F(HostileFile, ThatIsCutOffAnywhere) {
   const std::string file = read_file(data_file("three_maps.xml"));
   for (std::size_t size = 0; size + 1 < file.size(); ++size) {
     expect_error(m_folder.file_of(std::string_view(file).substr(0, size)));
   }
 }
 
-TEST_F(HostileFile, that_is_binary) {
+TEST_F(HostileFile, ThatIsBinary) {
   std::mt19937 random(seed());
   std::string bytes(100000, 0);
   std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
@@ -93,11 +93,11 @@ TEST_F(HostileFile, that_is_binary) {
   expect_refused(m_folder.file_of(bytes));
 }
 
-TEST_F(HostileFile, that_is_all_nul) { expect_refused(m_folder.file_of(std::string(100000, 0))); }
+TEST_F(HostileFile, ThatIsAllNul) { expect_refused(m_folder.file_of(std::string(100000, 0))); }
 
-TEST_F(HostileFile, that_is_a_folder) { expect_refused(m_folder.path()); }
+TEST_F(HostileFile, ThatIsAFolder) { expect_refused(m_folder.path()); }
 
-TEST_F(HostileFile, that_may_not_be_read) {
+TEST_F(HostileFile, ThatMayNotBeRead) {
   const std::string path = m_folder.file_of("<kpt_db name='hostile'/>");
   ASSERT_EQ(::chmod(path.c_str(), 0), 0);
   ASSERT_EQ(::chmod(m_folder.path().c_str(), 0755), 0);
@@ -112,33 +112,33 @@ TEST_F(HostileFile, that_may_not_be_read) {
   EXPECT_EQ(in_child(body, path), 0);
 }
 
-TEST_F(HostileFile, whose_tags_do_not_match) { expect_refused(m_folder.file_of(database_of("<a></b>"))); }
+TEST_F(HostileFile, WhoseTagsDoNotMatch) { expect_refused(m_folder.file_of(database_of("<a></b>"))); }
 
-TEST_F(HostileFile, that_holds_two_documents) { expect_refused(m_folder.file_of(database_of("") + database_of(""))); }
+TEST_F(HostileFile, ThatHoldsTwoDocuments) { expect_refused(m_folder.file_of(database_of("") + database_of(""))); }
 
-TEST_F(HostileFile, that_pulls_another_file_in) {
+TEST_F(HostileFile, ThatPullsAnotherFileIn) {
   const std::string secret = m_folder.file_of("the secret", "secret.txt");
   expect_refused(m_folder.file_of("<!DOCTYPE kpt_db [<!ENTITY e SYSTEM '" + secret + "'>]>" +
                                   database_of("<key_points_set type='reference'><key_point id='1' type='register'>"
                                               "<name>&e;</name></key_point></key_points_set>")));
 }
 
-TEST_F(HostileFile, that_multiplies_one_long_entity) {
+TEST_F(HostileFile, ThatMultipliesOneLongEntity) {
   expect_refused(m_folder.file_of("<!DOCTYPE kpt_db [<!ENTITY e '" + std::string(100000, 'x') + "'>]>" +
                                   database_of(repeated(100000, "&e;"))));
 }
 
-TEST_F(HostileFile, that_nests_its_document_type) {
+TEST_F(HostileFile, ThatNestsItsDocumentType) {
   expect_loaded("<!DOCTYPE kpt_db [<!ELEMENT a " + repeated(100000, "(") + "a" + repeated(100000, ")") + ">]>" +
                 database_of(""));
 }
 
-TEST_F(HostileFile, that_nests_deep) {
+TEST_F(HostileFile, ThatNestsDeep) {
   expect_loaded(database_of(repeated(100000, "<a>") + "x" + repeated(100000, "</a>")));
 }
 
 // At every place where the loader goes down.
-TEST_F(HostileFile, that_nests_deep_inside_a_name_and_a_table) {
+TEST_F(HostileFile, ThatNestsDeepInsideANameAndATable) {
   const std::string down = repeated(100000, "<value index='0'>");
   const std::string up = "1" + repeated(100000, "</value>");
   const KPT_KEYPOINTS_DB* const db = expect_loaded(database_of(
@@ -151,11 +151,11 @@ TEST_F(HostileFile, that_nests_deep_inside_a_name_and_a_table) {
   EXPECT_FALSE(db->get_reference_set().get_register("1").is_null());
 }
 
-TEST_F(HostileFile, of_a_million_comments_in_a_row) {
+TEST_F(HostileFile, OfAMillionCommentsInARow) {
   expect_loaded(database_of("<key_points_set type='reference'>" + repeated(1000000, "<!---->") + "</key_points_set>"));
 }
 
-TEST_F(HostileFile, of_many_attributes) {
+TEST_F(HostileFile, OfManyAttributes) {
   std::string attributes;
   for (int k = 0; k < 20000; ++k) {
     attributes += " a" + std::to_string(k) + "=''";
@@ -163,7 +163,7 @@ TEST_F(HostileFile, of_many_attributes) {
   expect_loaded("<kpt_db name='hostile'" + attributes + "/>");
 }
 
-TEST_F(HostileFile, of_a_text_of_100_megabytes) {
+TEST_F(HostileFile, OfATextOf100Megabytes) {
   const std::string text(100 << 20, 'n');
   const KPT_KEYPOINTS_DB* const db =
       expect_loaded(database_of("<key_points_set type='reference'><key_point id='1' type='register'><name>" + text +
@@ -172,7 +172,7 @@ TEST_F(HostileFile, of_a_text_of_100_megabytes) {
   EXPECT_FALSE(db->get_reference_set().get_register(text).is_null());
 }
 
-TEST_F(HostileFile, whose_numbers_are_none) {
+TEST_F(HostileFile, WhoseNumbersAreNone) {
   const KPT_KEYPOINTS_DB* const db = expect_loaded(database_of(
       "<key_points_set type='reference'><key_point id='one' type='register'><name>a</name></key_point>"
       "<key_point id='1e9' type='register'><name>b</name></key_point></key_points_set><transformations_set>"
@@ -184,7 +184,7 @@ TEST_F(HostileFile, whose_numbers_are_none) {
   EXPECT_TRUE(db->get_reference_register_transformation("b").is_null());
 }
 
-TEST_F(HostileFile, whose_numbers_overflow) {
+TEST_F(HostileFile, WhoseNumbersOverflow) {
   const std::string most(1000, '9');
   expect_loaded(database_of(
       "<key_points_set type='reference'><key_point id='" + most +
@@ -203,7 +203,7 @@ TEST_F(HostileFile, whose_numbers_overflow) {
 
 // Every row of a table is looked through for its values: the cost is that of
 // the rows, not of their square.
-TEST_F(HostileFile, of_a_table_of_many_rows) {
+TEST_F(HostileFile, OfATableOfManyRows) {
   std::string rows;
   for (int k = 0; k < 65535; ++k) {
     rows += "<state index='" + std::to_string(k) + "'><reference><value index='0'>1</value></reference></state>";
@@ -216,7 +216,7 @@ TEST_F(HostileFile, of_a_table_of_many_rows) {
 
 // The bits of the declared table are the most that it may cost: a copy while
 // loading would show.
-TEST_F(HostileFile, that_declares_the_largest_table) {
+TEST_F(HostileFile, ThatDeclaresTheLargestTable) {
   const KPT_KEYPOINTS_DB* const db = expect_loaded(
       "<kpt_db name='hostile'><transformations_set><transformation><state_table num_states='65535' "
       "num_reference_registers='65535' num_transformed_registers='65535'/></transformation></transformations_set>"

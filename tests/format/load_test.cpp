@@ -27,7 +27,7 @@ std::vector<std::string> reference_registers_of(const std::string& name) {
   return registers(*load_data(name).db->get_reference_set());
 }
 
-TEST(Load, frames_its_phases_with_timing_lines) {
+TEST(Load, FramesItsPhasesWithTimingLines) {
   const LOADED loaded{new_database("d"), true};
   const HOST_LINES lines;
   EXPECT_TRUE(KPT_XML_READER().load_kpt_xml(data_file("elim_types.xml"), loaded.db.get()));
@@ -41,122 +41,120 @@ TEST(Load, frames_its_phases_with_timing_lines) {
   EXPECT_THAT(lines.internal_errors(), IsEmpty());
 }
 
-TEST(Load, reads_any_word_outside_the_list_and_none_as_not_eliminated) {
+TEST(Load, ReadsAnyWordOutsideTheListAndNoneAsNotEliminated) {
   EXPECT_THAT(maps_of("elim_types.xml"), ElementsAre("a~ -> ", "a~ ->  (1)", "a~ ->  (2)", "a~ ->  (3)", "a~ ->  (4)",
                                                      "a~ -> ", "a~ -> ", "a~ -> ", "a~ -> "));
 }
 
-TEST(Load, passes_over_children_of_a_transformation_without_a_type) {
+TEST(Load, PassesOverChildrenOfATransformationWithoutAType) {
   EXPECT_THAT(maps_of("children_without_type.xml"), ElementsAre("a~ -> x~"));
 }
 
-TEST(Load, reads_a_side_of_any_other_type_as_the_transformed_one) {
+TEST(Load, ReadsASideOfAnyOtherTypeAsTheTransformedOne) {
   EXPECT_THAT(maps_of("sides_of_other_types.xml"), ElementsAre("a~ -> x~|y~"));
 }
 
-TEST(Load, appends_a_further_piece_of_a_side) {
-  EXPECT_THAT(maps_of("side_in_two_pieces.xml"), ElementsAre("a~|~b -> x~"));
-}
+TEST(Load, AppendsAFurtherPieceOfASide) { EXPECT_THAT(maps_of("side_in_two_pieces.xml"), ElementsAre("a~|~b -> x~")); }
 
 // With both a block instance, with neither a signal, with one of them nothing.
-TEST(Load, skips_a_keypoint_that_has_entity_or_register_type_alone) {
+TEST(Load, SkipsAKeypointThatHasEntityOrRegisterTypeAlone) {
   const HOST_LINES lines;
   EXPECT_THAT(reference_registers_of("halves_of_block_instances.xml"),
               ElementsAre("4:signal", "1:whole/u1/dff", "5:empty_texts//"));
   EXPECT_THAT(lines.errors(), IsEmpty());
 }
 
-TEST(Load, skips_keypoints_of_every_type_but_register) {
+TEST(Load, SkipsKeypointsOfEveryTypeButRegister) {
   EXPECT_THAT(reference_registers_of("other_keypoint_types.xml"), ElementsAre("2:kept"));
 }
 
-TEST(Load, keeps_the_place_of_an_unknown_id_in_its_list) {
+TEST(Load, KeepsThePlaceOfAnUnknownIdInItsList) {
   EXPECT_THAT(maps_of("unknown_ids.xml"), ElementsAre("a null b~ -> ~null"));
 }
 
-TEST(Load, looks_ids_up_within_the_side_that_names_them) {
+TEST(Load, LooksIdsUpWithinTheSideThatNamesThem) {
   EXPECT_THAT(maps_of("ids_within_a_side.xml"), ElementsAre("a b~ -> x null y~"));
 }
 
-TEST(Load, reads_a_missing_id_as_0) {
+TEST(Load, ReadsAMissingIdAs0) {
   EXPECT_THAT(reference_registers_of("missing_ids.xml"), ElementsAre("0:zero"));
   EXPECT_THAT(maps_of("missing_ids.xml"), ElementsAre("zero zero zero~ -> "));
 }
 
-TEST(Load, reads_an_id_beyond_an_int_as_the_nearest_one) {
+TEST(Load, ReadsAnIdBeyondAnIntAsTheNearestOne) {
   EXPECT_THAT(reference_registers_of("overflowing_ids.xml"),
               ElementsAre("2147483647:most", "-2147483648:least", "12:twelve"));
   EXPECT_THAT(maps_of("overflowing_ids.xml"), ElementsAre("most least twelve~ -> "));
 }
 
 // Refused as well: the sets stand behind the transformations.
-TEST(Load, gives_null_keypoints_to_transformations_that_precede_the_sets) {
+TEST(Load, GivesNullKeypointsToTransformationsThatPrecedeTheSets) {
   const LOADED loaded = load_data("transformations_first.xml");
   EXPECT_FALSE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("null~ -> null~"));
   EXPECT_TRUE(loaded.db->get_reference_set()->is_empty());
 }
 
-TEST(Load, gives_null_keypoints_to_transformations_without_the_sets) {
+TEST(Load, GivesNullKeypointsToTransformationsWithoutTheSets) {
   const LOADED loaded = load_data("only_transformations_first.xml");
   EXPECT_TRUE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("null~ -> null~"));
 }
 
-TEST(Load, takes_the_sets_in_either_order) {
+TEST(Load, TakesTheSetsInEitherOrder) {
   const LOADED loaded = load_data("transformed_set_first.xml");
   EXPECT_TRUE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
 }
 
-TEST(Load, reads_a_set_of_any_other_type_as_the_transformed_one) {
+TEST(Load, ReadsASetOfAnyOtherTypeAsTheTransformedOne) {
   EXPECT_THAT(registers(*load_data("set_of_unknown_type.xml").db->get_transformed_set()), ElementsAre("1:x", "2:y"));
   EXPECT_THAT(registers(*load_data("set_without_type.xml").db->get_transformed_set()), ElementsAre("1:x", "2:y"));
 }
 
-TEST(Load, adds_every_further_set_of_a_side) {
+TEST(Load, AddsEveryFurtherSetOfASide) {
   EXPECT_THAT(reference_registers_of("two_reference_sets.xml"), ElementsAre("1:a", "2:b"));
 }
 
 // The flag that the transformations lower is the one that the root's children
 // are read by. A flag of their own would read what follows, and accept files
 // that flows rely on seeing refused.
-TEST(Load, fails_when_something_follows_the_transformations) {
+TEST(Load, FailsWhenSomethingFollowsTheTransformations) {
   const LOADED loaded = load_data("child_behind_transformations.xml");
   EXPECT_FALSE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
   EXPECT_THAT(registers(*loaded.db->get_reference_set()), ElementsAre("1:a", "2:b"));
 }
 
-TEST(Load, fails_on_a_second_set_of_transformations) {
+TEST(Load, FailsOnASecondSetOfTransformations) {
   const LOADED loaded = load_data("two_transformations_sets.xml");
   EXPECT_FALSE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
 }
 
-TEST(Load, takes_an_empty_set_of_transformations_at_the_end) {
+TEST(Load, TakesAnEmptySetOfTransformationsAtTheEnd) {
   EXPECT_TRUE(load_data("empty_transformations_last.xml").result);
 }
 
-TEST(Load, fails_when_something_follows_an_empty_set_of_transformations) {
+TEST(Load, FailsWhenSomethingFollowsAnEmptySetOfTransformations) {
   const LOADED loaded = load_data("empty_transformations_then_more.xml");
   EXPECT_FALSE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), IsEmpty());
 }
 
-TEST(Load, takes_a_root_without_children) {
+TEST(Load, TakesARootWithoutChildren) {
   const LOADED loaded = load_data("no_children.xml");
   EXPECT_TRUE(loaded.result);
   EXPECT_EQ(saved(*loaded.db), saved(*new_database("loaded")));
 }
 
-TEST(Load, does_not_ask_for_the_name_of_the_root) {
+TEST(Load, DoesNotAskForTheNameOfTheRoot) {
   const LOADED loaded = load_data("another_root.xml");
   EXPECT_TRUE(loaded.result);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
 }
 
-TEST(Load, reports_an_unexpected_child_of_the_root_and_reads_it_as_the_transformations) {
+TEST(Load, ReportsAnUnexpectedChildOfTheRootAndReadsItAsTheTransformations) {
   const HOST_LINES lines;
   const LOADED loaded = load_data("unexpected_child.xml");
   EXPECT_TRUE(loaded.result);
@@ -169,7 +167,7 @@ TEST(Load, reports_an_unexpected_child_of_the_root_and_reads_it_as_the_transform
   EXPECT_EQ(error.line, 1199);
 }
 
-TEST(Load, stops_behind_an_unexpected_child_as_behind_the_transformations) {
+TEST(Load, StopsBehindAnUnexpectedChildAsBehindTheTransformations) {
   const HOST_LINES lines;
   const LOADED loaded = load_data("unexpected_child_first.xml");
   EXPECT_FALSE(loaded.result);
@@ -177,25 +175,23 @@ TEST(Load, stops_behind_an_unexpected_child_as_behind_the_transformations) {
   EXPECT_EQ(lines.internal_errors().size(), 1U);
 }
 
-TEST(Load, does_not_ask_for_the_names_of_keypoints_and_transformations) {
+TEST(Load, DoesNotAskForTheNamesOfKeypointsAndTransformations) {
   EXPECT_THAT(reference_registers_of("keypoints_by_another_name.xml"), ElementsAre("1:a", "2:b"));
   EXPECT_THAT(maps_of("transformations_by_another_name.xml"), ElementsAre("a~ -> x~"));
   EXPECT_THAT(maps_of("keypoints_of_a_group_by_another_name.xml"), ElementsAre("a b~ -> x~"));
 }
 
-TEST(Load, adds_a_register_without_a_name_under_the_empty_one) {
+TEST(Load, AddsARegisterWithoutANameUnderTheEmptyOne) {
   EXPECT_THAT(reference_registers_of("keypoint_without_name.xml"), ElementsAre("1:"));
 }
 
-TEST(Load, takes_the_first_of_two_names) {
-  EXPECT_THAT(reference_registers_of("two_names.xml"), ElementsAre("1:first"));
-}
+TEST(Load, TakesTheFirstOfTwoNames) { EXPECT_THAT(reference_registers_of("two_names.xml"), ElementsAre("1:first")); }
 
-TEST(Load, joins_the_pieces_of_a_text) {
+TEST(Load, JoinsThePiecesOfAText) {
   EXPECT_THAT(reference_registers_of("texts_in_pieces.xml"), ElementsAre("1:q[<&]89"));
 }
 
-TEST(Load, passes_over_comments_texts_and_instructions) {
+TEST(Load, PassesOverCommentsTextsAndInstructions) {
   const LOADED loaded = load_data("comments_everywhere.xml");
   EXPECT_TRUE(loaded.result);
   EXPECT_THAT(registers(*loaded.db->get_reference_set()), ElementsAre("1:a", "2:b"));
@@ -203,28 +199,28 @@ TEST(Load, passes_over_comments_texts_and_instructions) {
 }
 
 // Every kind of child node is known by its name, also where an element was meant.
-TEST(Load, takes_an_instruction_for_the_child_of_its_name) {
+TEST(Load, TakesAnInstructionForTheChildOfItsName) {
   EXPECT_THAT(reference_registers_of("instruction_named_entity.xml"), ElementsAre("1:q/u1/dff"));
 }
 
-TEST(Load, keeps_the_later_of_two_registers_of_one_name) {
+TEST(Load, KeepsTheLaterOfTwoRegistersOfOneName) {
   EXPECT_THAT(reference_registers_of("same_name_twice.xml"), ElementsAre("2:a"));
   EXPECT_THAT(maps_of("same_name_twice.xml"), ElementsAre("null a~ -> "));
 }
 
 // The entity is no part of the key.
-TEST(Load, replaces_an_instance_by_a_later_one_of_another_entity) {
+TEST(Load, ReplacesAnInstanceByALaterOneOfAnotherEntity) {
   EXPECT_THAT(reference_registers_of("same_instance_twice.xml"), ElementsAre("2:a/u2/dff"));
 }
 
 // Whichever stands first in the file.
-TEST(Load, takes_an_id_of_both_kinds_for_the_block_instance) {
+TEST(Load, TakesAnIdOfBothKindsForTheBlockInstance) {
   EXPECT_THAT(maps_of("same_id_of_both_kinds.xml"), ElementsAre("a~ -> "));
 }
 
 // To the highest signal id, not past it: the first register after a load
 // repeats that id. One past it would renumber what flows have on record.
-TEST(Load, raises_the_counters_to_the_highest_signal_id) {
+TEST(Load, RaisesTheCountersToTheHighestSignalId) {
   const COUNTERS counters(0, 0);
   const LOADED loaded = load_data("signal_ids_1_to_5.xml");
   EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, 5);
@@ -233,98 +229,96 @@ TEST(Load, raises_the_counters_to_the_highest_signal_id) {
   EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::get_next_t_id(), 42);
 }
 
-TEST(Load, leaves_the_counters_to_a_block_instance) {
+TEST(Load, LeavesTheCountersToABlockInstance) {
   const COUNTERS counters(0, 0);
   EXPECT_THAT(reference_registers_of("signal_ids_1_to_5.xml"), Contains("40:i/u/dff"));
   EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, 5);
 }
 
-TEST(Load, never_lowers_a_counter) {
+TEST(Load, NeverLowersACounter) {
   const COUNTERS counters(100, 100);
   const LOADED loaded = load_data("signal_ids_1_to_5.xml");
   EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, 100);
   EXPECT_EQ(KPT_KEYPOINTS_DB_IMPL::s_t_id, 100);
 }
 
-TEST(Load, makes_an_empty_index_of_a_state_without_groups) {
+TEST(Load, MakesAnEmptyIndexOfAStateWithoutGroups) {
   EXPECT_THAT(maps_of("state_without_groups.xml"), ElementsAre("a~|~ -> ~"));
 }
 
-TEST(Load, places_states_by_their_order_and_not_by_their_index) {
+TEST(Load, PlacesStatesByTheirOrderAndNotByTheirIndex) {
   EXPECT_THAT(maps_of("states_out_of_order.xml"), ElementsAre("b~|a~ -> x~"));
 }
 
-TEST(Load, takes_the_groups_of_a_state_in_either_order) {
+TEST(Load, TakesTheGroupsOfAStateInEitherOrder) {
   EXPECT_THAT(maps_of("groups_out_of_order.xml"), ElementsAre("a~b -> x~"));
 }
 
-TEST(Load, takes_the_first_of_two_groups_of_a_kind) {
+TEST(Load, TakesTheFirstOfTwoGroupsOfAKind) {
   EXPECT_THAT(maps_of("two_groups_of_a_kind.xml"), ElementsAre("a~ -> x~"));
 }
 
-TEST(Load, takes_sides_and_table_in_any_order) {
-  EXPECT_THAT(maps_of("table_first.xml"), ElementsAre("a~ -> x~ [1/0]"));
-}
+TEST(Load, TakesSidesAndTableInAnyOrder) { EXPECT_THAT(maps_of("table_first.xml"), ElementsAre("a~ -> x~ [1/0]")); }
 
 // Blanks lead, 16 bits count, and only 1 is true; text further down is text.
-TEST(Load, reads_a_value_as_true_when_its_number_is_1) {
+TEST(Load, ReadsAValueAsTrueWhenItsNumberIs1) {
   EXPECT_THAT(maps_of("table_values.xml"), ElementsAre("a~ -> x~ [/110000111]"));
 }
 
-TEST(Load, does_not_read_the_states_of_a_table_of_none) {
+TEST(Load, DoesNotReadTheStatesOfATableOfNone) {
   const HOST_LINES lines;
   EXPECT_THAT(maps_of("table_of_no_states.xml"), ElementsAre("a~ -> x~ []"));
   EXPECT_THAT(lines.debug(), Not(Contains(HasSubstr("statetable"))));
 }
 
-TEST(Load, reads_a_table_without_counts_as_empty) {
+TEST(Load, ReadsATableWithoutCountsAsEmpty) {
   EXPECT_THAT(maps_of("table_without_counts.xml"), ElementsAre("a~ -> x~ []"));
 }
 
-TEST(Load, counts_the_states_of_a_table_modulo_65536) {
+TEST(Load, CountsTheStatesOfATableModulo65536) {
   EXPECT_THAT(maps_of("table_counts_beyond_16_bits.xml"), ElementsAre("a~ -> x~ [0/0 1/1]"));
 }
 
-TEST(Load, places_states_of_a_table_by_their_index) {
+TEST(Load, PlacesStatesOfATableByTheirIndex) {
   EXPECT_THAT(maps_of("fewer_states_than_counted.xml"), ElementsAre("a~ -> x~ [0/0 0/0 1/1]"));
 }
 
-TEST(Load, reads_no_more_states_than_the_table_counts) {
+TEST(Load, ReadsNoMoreStatesThanTheTableCounts) {
   EXPECT_THAT(maps_of("more_states_than_counted.xml"), ElementsAre("a~ -> x~ [0/0 1/1]"));
 }
 
-TEST(Load, reads_the_other_states_when_one_lacks_a_side) {
+TEST(Load, ReadsTheOtherStatesWhenOneLacksASide) {
   const HOST_LINES lines;
   EXPECT_THAT(maps_of("states_without_a_side.xml"), ElementsAre("a~ -> x~ [0/1 1/0 1/1]"));
   EXPECT_THAT(lines.debug(), testing::Contains(NO_VALUES).Times(2));
 }
 
-TEST(Load, does_not_ask_for_the_names_of_states) {
+TEST(Load, DoesNotAskForTheNamesOfStates) {
   EXPECT_THAT(maps_of("state_by_another_name.xml"), ElementsAre("a~ -> x~ [1/1]"));
 }
 
-TEST(Load, drops_a_state_outside_the_table) {
+TEST(Load, DropsAStateOutsideTheTable) {
   EXPECT_THAT(maps_of("state_outside_table.xml"), ElementsAre("a~ -> x~ [0/0]"));
 }
 
-TEST(Load, skips_the_rest_of_a_side_behind_an_entry_outside_the_table) {
+TEST(Load, SkipsTheRestOfASideBehindAnEntryOutsideTheTable) {
   EXPECT_THAT(maps_of("entry_outside_table.xml"), ElementsAre("a~ -> x~ [100/1]"));
 }
 
-TEST(Load, finds_values_at_any_depth_and_tells_of_a_side_without_any) {
+TEST(Load, FindsValuesAtAnyDepthAndTellsOfASideWithoutAny) {
   const HOST_LINES lines;
   EXPECT_THAT(maps_of("values_further_down.xml"), ElementsAre("a~ -> x~ [01/0]"));
   EXPECT_THAT(lines.debug(), testing::Contains(NO_VALUES).Times(1));
 }
 
-TEST(Load, takes_the_first_of_two_tables) { EXPECT_THAT(maps_of("two_tables.xml"), ElementsAre("a~ -> x~ [1/0]")); }
+TEST(Load, TakesTheFirstOfTwoTables) { EXPECT_THAT(maps_of("two_tables.xml"), ElementsAre("a~ -> x~ [1/0]")); }
 
 // A type makes a side of whatever carries it. Its states have no groups.
-TEST(Load, reads_a_table_with_a_type_also_as_a_side) {
+TEST(Load, ReadsATableWithATypeAlsoAsASide) {
   EXPECT_THAT(maps_of("table_with_a_type.xml"), ElementsAre("a~|~ -> x~ [1/1]"));
 }
 
-TEST(Load, tells_whether_a_keypoint_had_a_name) {
+TEST(Load, TellsWhetherAKeypointHadAName) {
   const FOLDER folder;
   const KPT_XML_READER reader;
   const KPT_XML_PARSER parser(folder.file_of("<s><k type='register'/><k type='register'><name>a</name></k></s>"));
@@ -338,7 +332,7 @@ TEST(Load, tells_whether_a_keypoint_had_a_name) {
   EXPECT_TRUE(db->parse_one_keypoint(KPT_REFERENCE_SET, keypoint));
 }
 
-TEST(Load, answers_for_a_set_that_it_came_to_its_end) {
+TEST(Load, AnswersForASetThatItCameToItsEnd) {
   const FOLDER folder;
   const KPT_XML_READER reader;
   const KPT_XML_PARSER parser(folder.file_of("<key_points_set/>"));

@@ -27,20 +27,20 @@ class ManagedFile : public testing::Test {
   KPT_KEYPOINTS_MANAGER* const m_manager = KPT_KEYPOINTS_MANAGER::get_instance();
 };
 
-TEST_F(ManagedFile, becomes_a_database_of_the_name_that_it_carries) {
+TEST_F(ManagedFile, BecomesADatabaseOfTheNameThatItCarries) {
   const KPT_KEYPOINTS_DB* const db = m_manager->load_db(data_file("three_maps.xml"));
   ASSERT_NE(db, nullptr);
   EXPECT_EQ(db->get_name(), "top");
   EXPECT_EQ(m_manager->get_keypoints_db("top"), db);
 }
 
-TEST_F(ManagedFile, saves_back_to_itself) {
+TEST_F(ManagedFile, SavesBackToItself) {
   ASSERT_NE(m_manager->load_db(data_file("three_maps.xml")), nullptr);
   EXPECT_TRUE(m_manager->save_db("top", m_folder.file("again.xml")));
   EXPECT_EQ(read_file(m_folder.file("again.xml")), read_file(data_file("three_maps.xml")));
 }
 
-TEST_F(ManagedFile, is_not_loaded_over_a_database_of_its_name) {
+TEST_F(ManagedFile, IsNotLoadedOverADatabaseOfItsName) {
   KPT_KEYPOINTS_DB* const earlier = m_manager->create_keypoints_db("top");
   const HOST_LINES lines;
   EXPECT_EQ(m_manager->load_db(data_file("three_maps.xml")), nullptr);
@@ -50,35 +50,35 @@ TEST_F(ManagedFile, is_not_loaded_over_a_database_of_its_name) {
   EXPECT_THAT(registers(*load(m_folder.file("db.xml")).db->get_reference_set()), IsEmpty());
 }
 
-TEST_F(ManagedFile, is_not_loaded_without_a_name) {
+TEST_F(ManagedFile, IsNotLoadedWithoutAName) {
   EXPECT_EQ(m_manager->load_db(data_file("no_database_name.xml")), nullptr);
 }
 
-TEST_F(ManagedFile, is_not_loaded_when_it_does_not_exist) {
+TEST_F(ManagedFile, IsNotLoadedWhenItDoesNotExist) {
   const HOST_LINES lines;
   EXPECT_EQ(m_manager->load_db(m_folder.file("missing.xml")), nullptr);
   EXPECT_EQ(lines.errors().size(), 1U);
 }
 
-TEST_F(ManagedFile, leaves_no_database_when_loading_fails_halfway) {
+TEST_F(ManagedFile, LeavesNoDatabaseWhenLoadingFailsHalfway) {
   EXPECT_EQ(m_manager->load_db(data_file("child_behind_transformations.xml")), nullptr);
   EXPECT_EQ(m_manager->get_keypoints_db("d"), nullptr);
 }
 
-TEST_F(ManagedFile, can_be_loaded_again_once_its_database_is_gone) {
+TEST_F(ManagedFile, CanBeLoadedAgainOnceItsDatabaseIsGone) {
   ASSERT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
   EXPECT_EQ(m_manager->load_db(data_file("empty.xml")), nullptr);
   EXPECT_TRUE(m_manager->destroy_keypoints_db("empty"));
   EXPECT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
 }
 
-TEST_F(ManagedFile, can_be_loaded_once_the_database_of_its_name_was_deleted_through_its_handle) {
+TEST_F(ManagedFile, CanBeLoadedOnceTheDatabaseOfItsNameWasDeletedThroughItsHandle) {
   allow_live_blocks();  // the dead entry stays until the process ends
   ASSERT_TRUE(m_manager->create_keypoints_db("empty")->delete_keypoints_db());
   EXPECT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
 }
 
-TEST_F(ManagedFile, is_not_saved_from_an_unknown_database) {
+TEST_F(ManagedFile, IsNotSavedFromAnUnknownDatabase) {
   const HOST_LINES lines;
   EXPECT_FALSE(m_manager->save_db("unknown", m_folder.file("db.xml")));
   EXPECT_THAT(lines.debug(), ElementsAre("database named unknown doesn't exist"));

@@ -40,7 +40,7 @@ std::string name_read(const std::string& name) {
   return registers(*db->get_reference_set()).front().substr(2);
 }
 
-TEST(PlainFile, is_what_the_library_writes) {
+TEST(PlainFile, IsWhatTheLibraryWrites) {
   for (const char* name : {"empty.xml", "three_maps.xml", "state_machine.xml", "inverting_groups.xml"}) {
     EXPECT_TRUE(is_plain(data_file(name))) << name;
   }
@@ -54,7 +54,7 @@ void PrintTo(const TEXT& text, std::ostream* out) { *out << text.name; }
 std::string name_of(const testing::TestParamInfo<TEXT>& p) { return p.param.name; }
 
 class PlainFileWith : public testing::TestWithParam<TEXT> {};
-TEST_P(PlainFileWith, is_read_by_the_scanner) { EXPECT_TRUE(is_plain_text(GetParam().text)); }
+TEST_P(PlainFileWith, IsReadByTheScanner) { EXPECT_TRUE(is_plain_text(GetParam().text)); }
 
 INSTANTIATE_TEST_SUITE_P(
     , PlainFileWith,
@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
     name_of);
 
 class OtherFileWith : public testing::TestWithParam<TEXT> {};
-TEST_P(OtherFileWith, is_left_to_the_general_source) { EXPECT_FALSE(is_plain_text(GetParam().text)); }
+TEST_P(OtherFileWith, IsLeftToTheGeneralSource) { EXPECT_FALSE(is_plain_text(GetParam().text)); }
 
 INSTANTIATE_TEST_SUITE_P(
     , OtherFileWith,
@@ -105,14 +105,14 @@ INSTANTIATE_TEST_SUITE_P(
         TEXT{"no_end", "<a name=\"d\">"}),
     name_of);
 
-TEST(PlainFile, has_its_references_replaced) { EXPECT_EQ(name_read("a&lt;b&#62;&amp;&#xE9;"), "a<b>&\xC3\xA9"); }
+TEST(PlainFile, HasItsReferencesReplaced) { EXPECT_EQ(name_read("a&lt;b&#62;&amp;&#xE9;"), "a<b>&\xC3\xA9"); }
 
-TEST(PlainFile, has_its_ends_of_line_read_as_one_character) { EXPECT_EQ(name_read("a\r\nb\rc\n\r"), "a\nb\nc\n\n"); }
+TEST(PlainFile, HasItsEndsOfLineReadAsOneCharacter) { EXPECT_EQ(name_read("a\r\nb\rc\n\r"), "a\nb\nc\n\n"); }
 
-TEST(PlainFile, keeps_blanks_that_are_references) { EXPECT_EQ(name_read("&#13;&#10;&#9;"), "\r\n\t"); }
+TEST(PlainFile, KeepsBlanksThatAreReferences) { EXPECT_EQ(name_read("&#13;&#10;&#9;"), "\r\n\t"); }
 
 // In values blanks are spaces.
-TEST(PlainFile, has_the_blanks_of_its_name_read_as_spaces) {
+TEST(PlainFile, HasTheBlanksOfItsNameReadAsSpaces) {
   const FOLDER folder;
   KPT_FILE_LOADER loader(folder.file_of("<a name=\"a\tb\r\nc\nd&#9;e\"/>"));
   std::string name;
@@ -125,7 +125,7 @@ TEST(PlainFile, has_the_blanks_of_its_name_read_as_spaces) {
 }
 
 // Blocks end anywhere: in a tag, a reference, a character, the end of a line.
-TEST(PlainFile, is_read_alike_wherever_its_blocks_end) {
+TEST(PlainFile, IsReadAlikeWhereverItsBlocksEnd) {
   constexpr int BLOCK = 262144;
   for (int place = BLOCK - 90; place < BLOCK + 4; ++place) {
     const std::string front(static_cast<std::size_t>(place), ' ');
@@ -138,7 +138,7 @@ TEST(PlainFile, is_read_alike_wherever_its_blocks_end) {
   }
 }
 
-TEST(PlainFile, ends_a_section_wherever_its_blocks_end) {
+TEST(PlainFile, EndsASectionWhereverItsBlocksEnd) {
   constexpr int BLOCK = 262144;
   const std::string front = "<a name=\"d\">";
   for (int more = -4; more < 4; ++more) {
@@ -148,7 +148,7 @@ TEST(PlainFile, ends_a_section_wherever_its_blocks_end) {
   }
 }
 
-TEST(PlainFile, may_have_a_tag_longer_than_a_block) {
+TEST(PlainFile, MayHaveATagLongerThanABlock) {
   const std::string value(1000000, 'v');
   EXPECT_TRUE(is_plain_text("<a name=\"d\" b=\"" + value + "\"><c d=\"" + value + "\"/></a>"));
 }

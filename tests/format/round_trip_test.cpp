@@ -93,7 +93,7 @@ class RANDOM_DATABASE {
   std::vector<KPT_KEYPOINT*> m_keypoints[2];
 };
 
-TEST(RoundTrip, gives_the_file_of_any_database_back) {
+TEST(RoundTrip, GivesTheFileOfAnyDatabaseBack) {
   const COUNTERS counters(0, 0);
   const FOLDER folder;
   RANDOM_DATABASE random(seed());

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST(Save, fails_without_a_word_when_the_file_cannot_be_opened) {
+TEST(Save, FailsWithoutAWordWhenTheFileCannotBeOpened) {
   const FOLDER folder;
   const DATABASE db = new_database("d");
   const HOST_LINES lines;
@@ -24,7 +24,7 @@ TEST(Save, fails_without_a_word_when_the_file_cannot_be_opened) {
   EXPECT_THAT(folder.names(), IsEmpty());
 }
 
-TEST(Save, takes_the_place_of_an_earlier_file) {
+TEST(Save, TakesThePlaceOfAnEarlierFile) {
   const FOLDER folder;
   const std::string path = folder.file_of(std::string(10000, 'x'));
   const DATABASE db = new_database("empty");
@@ -32,8 +32,8 @@ TEST(Save, takes_the_place_of_an_earlier_file) {
   EXPECT_EQ(read_file(path), read_file(data_file("empty.xml")));
 }
 
-// Nothing is escaped: the pair is save_atomically, which does.
-TEST(Save, writes_names_that_cannot_be_read_back) {
+// Nothing is escaped: the pair is save_atomically, which refuses such names.
+TEST(Save, WritesNamesThatCannotBeReadBack) {
   const FOLDER folder;
   const DATABASE db = new_database("d");
   db->add_to_register_set(KPT_REFERENCE_SET, 1, "a<b&c");
@@ -42,7 +42,7 @@ TEST(Save, writes_names_that_cannot_be_read_back) {
   EXPECT_FALSE(load(folder.file("db.xml")).result);
 }
 
-TEST(Save, writes_no_attributes) {
+TEST(Save, WritesNoAttributes) {
   const DATABASE db = new_database("d");
   KPT_KEYPOINT* q = db->add_to_register_set(KPT_REFERENCE_SET, 1, "q");
   KPT_TRANSFORMATION_IMPL* map =
@@ -53,7 +53,7 @@ TEST(Save, writes_no_attributes) {
   EXPECT_EQ(saved(*db), without);
 }
 
-TEST(Save, leaves_the_word_of_a_status_outside_the_list_out) {
+TEST(Save, LeavesTheWordOfAStatusOutsideTheListOut) {
   const DATABASE db = new_database("d");
   db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, static_cast<KPT_ELIM_ENUM>(5));
   db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, static_cast<KPT_ELIM_ENUM>(-1));
@@ -62,7 +62,7 @@ TEST(Save, leaves_the_word_of_a_status_outside_the_list_out) {
   EXPECT_THAT(file, Not(HasSubstr("elim_type")));
 }
 
-TEST(Save, writes_the_table_of_a_state_machine_alone) {
+TEST(Save, WritesTheTableOfAStateMachineAlone) {
   const DATABASE db = new_database("d");
   db->add_to_transformation_set(NI_PAIR_VECTOR{}, NI_PAIR_VECTOR{}, KPT_NOT_ELIMINATED);
   EXPECT_THAT(saved(*db), Not(HasSubstr("state_table")));
@@ -71,7 +71,7 @@ TEST(Save, writes_the_table_of_a_state_machine_alone) {
                                     "num_transformed_registers=\"0\">"));
 }
 
-TEST(Save, leaves_null_keypoints_out_and_a_group_of_nothing_else_with_them) {
+TEST(Save, LeavesNullKeypointsOutAndAGroupOfNothingElseWithThem) {
   const DATABASE db = new_database("d");
   KPT_KEYPOINT* const a = db->add_to_register_set(KPT_REFERENCE_SET, 8, "a");
   const KPT_KEYPOINT_LIST with_null{nullptr, a};
@@ -87,7 +87,7 @@ TEST(Save, leaves_null_keypoints_out_and_a_group_of_nothing_else_with_them) {
 
 // A keypoint that is no register: written by a walk over base keypoints, and
 // passed over when the file is read.
-TEST(Save, writes_a_keypoint_that_is_no_register_under_its_own_type) {
+TEST(Save, WritesAKeypointThatIsNoRegisterUnderItsOwnType) {
   const FOLDER folder;
   {
     KPT_XML_WRITER writer(folder.file("out"));
@@ -99,7 +99,7 @@ TEST(Save, writes_a_keypoint_that_is_no_register_under_its_own_type) {
             "    <key_point id=\"5\" type=\"keypoint\">\n    <name>k</name>\n  </key_point>\n");
 }
 
-TEST(Save, loses_an_id_beyond_an_int) {
+TEST(Save, LosesAnIdBeyondAnInt) {
   const COUNTERS counters(0, 0);
   const FOLDER folder;
   const DATABASE db = new_database("d");

@@ -39,14 +39,14 @@ std::vector<std::string> all_data_files() {
   return files;
 }
 
-TEST_F(LoadSources, agree_on_every_file_that_the_tests_keep) {
+TEST_F(LoadSources, AgreeOnEveryFileThatTheTestsKeep) {
   for (const std::string& path : all_data_files()) {
     SCOPED_TRACE(path);
     expect_agreement(path);
   }
 }
 
-TEST_F(LoadSources, agree_on_mutants) {
+TEST_F(LoadSources, AgreeOnMutants) {
   std::vector<std::string> files;
   for (const std::string& path : all_data_files()) {
     files.push_back(read_file(path));

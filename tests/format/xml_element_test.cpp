@@ -37,30 +37,30 @@ class XmlElement : public testing::Test {
   std::optional<KPT_XML_PARSER> m_parser;
 };
 
-TEST_F(XmlElement, walks_the_child_elements_alone) {
+TEST_F(XmlElement, WalksTheChildElementsAlone) {
   EXPECT_THAT(child_names(parse("<r>text<a/><!-- c --><b><d/></b><?pi?><![CDATA[x]]><c/></r>")),
               ElementsAre("a", "b", "c"));
 }
 
 // An entity's elements are not children of the element that refers to it.
-TEST_F(XmlElement, passes_over_what_an_entity_stands_for) {
+TEST_F(XmlElement, PassesOverWhatAnEntityStandsFor) {
   EXPECT_THAT(child_names(parse("<!DOCTYPE r [<!ENTITY e '<b/>'>]><r><a/>&e;<c/></r>")), ElementsAre("a", "c"));
 }
 
-TEST_F(XmlElement, has_no_first_child_without_child_elements) {
+TEST_F(XmlElement, HasNoFirstChildWithoutChildElements) {
   bool ok = true;
   EXPECT_TRUE(parse("<r>text<!-- c --></r>").get_first_child(&ok).is_null());
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlElement, does_not_look_for_a_first_child_when_the_flag_is_down) {
+TEST_F(XmlElement, DoesNotLookForAFirstChildWhenTheFlagIsDown) {
   KPT_XML_ELEMENT root = parse("<r><a/></r>");
   bool ok = false;
   EXPECT_TRUE(root.get_first_child(&ok).is_null());
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlElement, moves_on_to_the_next_sibling_even_when_the_flag_is_down) {
+TEST_F(XmlElement, MovesOnToTheNextSiblingEvenWhenTheFlagIsDown) {
   KPT_XML_ELEMENT root = parse("<r><a/><b/><c/></r>");
   bool ok = true;
   root.get_first_child(&ok);
@@ -70,7 +70,7 @@ TEST_F(XmlElement, moves_on_to_the_next_sibling_even_when_the_flag_is_down) {
   EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "c");
 }
 
-TEST_F(XmlElement, lowers_the_flag_behind_the_last_sibling_however_often) {
+TEST_F(XmlElement, LowersTheFlagBehindTheLastSiblingHoweverOften) {
   KPT_XML_ELEMENT root = parse("<r><a/></r>");
   bool ok = true;
   root.get_first_child(&ok);
@@ -81,14 +81,14 @@ TEST_F(XmlElement, lowers_the_flag_behind_the_last_sibling_however_often) {
   }
 }
 
-TEST_F(XmlElement, has_no_next_sibling_before_the_first_child_was_asked_for) {
+TEST_F(XmlElement, HasNoNextSiblingBeforeTheFirstChildWasAskedFor) {
   KPT_XML_ELEMENT root = parse("<r><a/><b/></r>");
   bool ok = true;
   EXPECT_TRUE(root.get_next_sibling(&ok).is_null());
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlElement, has_no_next_sibling_when_there_was_no_first_child) {
+TEST_F(XmlElement, HasNoNextSiblingWhenThereWasNoFirstChild) {
   KPT_XML_ELEMENT parent = parse("<r><a/><b/></r>");
   bool ok = true;
   KPT_XML_ELEMENT child = parent.get_first_child(&ok);
@@ -98,7 +98,7 @@ TEST_F(XmlElement, has_no_next_sibling_when_there_was_no_first_child) {
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlElement, starts_again_at_the_first_child) {
+TEST_F(XmlElement, StartsAgainAtTheFirstChild) {
   KPT_XML_ELEMENT root = parse("<r><a/><b/></r>");
   bool ok = true;
   root.get_first_child(&ok);
@@ -107,7 +107,7 @@ TEST_F(XmlElement, starts_again_at_the_first_child) {
   EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
 }
 
-TEST_F(XmlElement, moves_on_in_all_copies_at_once) {
+TEST_F(XmlElement, MovesOnInAllCopiesAtOnce) {
   KPT_XML_ELEMENT root = parse("<r><a/><b/><c/></r>");
   bool ok = true;
   root.get_first_child(&ok);
@@ -116,7 +116,7 @@ TEST_F(XmlElement, moves_on_in_all_copies_at_once) {
   EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "c");
 }
 
-TEST_F(XmlElement, walks_on_its_own_in_a_copy_that_starts_anew) {
+TEST_F(XmlElement, WalksOnItsOwnInACopyThatStartsAnew) {
   KPT_XML_ELEMENT root = parse("<r><a/><b/></r>");
   bool ok = true;
   root.get_first_child(&ok);
@@ -126,7 +126,7 @@ TEST_F(XmlElement, walks_on_its_own_in_a_copy_that_starts_anew) {
   EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
 }
 
-TEST_F(XmlElement, walks_children_while_a_child_walks_its_own) {
+TEST_F(XmlElement, WalksChildrenWhileAChildWalksItsOwn) {
   KPT_XML_ELEMENT root = parse("<r><a><x/></a><b/></r>");
   bool ok = true;
   KPT_XML_ELEMENT a = root.get_first_child(&ok);
@@ -134,19 +134,19 @@ TEST_F(XmlElement, walks_children_while_a_child_walks_its_own) {
   EXPECT_STREQ(root.get_next_sibling(&ok).get_node_name(), "b");
 }
 
-TEST_F(XmlElement, finds_the_first_of_two_children_of_a_name) {
+TEST_F(XmlElement, FindsTheFirstOfTwoChildrenOfAName) {
   bool ok = true;
   EXPECT_EQ(parse("<r><a>1</a><b/><a>2</a></r>").get_single_child_element("a", &ok).get_text_content(), "1");
   EXPECT_TRUE(ok);
 }
 
-TEST_F(XmlElement, finds_no_grandchild_as_a_child) {
+TEST_F(XmlElement, FindsNoGrandchildAsAChild) {
   bool ok = true;
   EXPECT_TRUE(parse("<r><a><b/></a></r>").get_single_child_element("b", &ok).is_null());
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlElement, finds_no_child_by_a_part_of_its_name) {
+TEST_F(XmlElement, FindsNoChildByAPartOfItsName) {
   const KPT_XML_ELEMENT root = parse("<r><name/></r>");
   for (const char* name : {"nam", "names", "Name", ""}) {
     bool ok = true;
@@ -154,12 +154,12 @@ TEST_F(XmlElement, finds_no_child_by_a_part_of_its_name) {
   }
 }
 
-TEST_F(XmlElement, does_not_look_for_a_child_when_the_flag_is_down) {
+TEST_F(XmlElement, DoesNotLookForAChildWhenTheFlagIsDown) {
   bool ok = false;
   EXPECT_TRUE(parse("<r><a/></r>").get_single_child_element("a", &ok).is_null());
 }
 
-TEST_F(XmlElement, finds_nodes_of_every_kind_by_their_names) {
+TEST_F(XmlElement, FindsNodesOfEveryKindByTheirNames) {
   const KPT_XML_ELEMENT root =
       parse("<!DOCTYPE r [<!ENTITY e 'by entity'>]><r>text<?pi data?><!--c-->&e;<e>late</e></r>");
   bool ok = true;
@@ -170,7 +170,7 @@ TEST_F(XmlElement, finds_nodes_of_every_kind_by_their_names) {
   EXPECT_TRUE(ok);
 }
 
-TEST_F(XmlElement, takes_a_node_that_is_no_element_for_one_without_anything_in_it) {
+TEST_F(XmlElement, TakesANodeThatIsNoElementForOneWithoutAnythingInIt) {
   bool ok = true;
   KPT_XML_ELEMENT node = parse("<r><?pi data?></r>").get_single_child_element("pi", &ok);
   EXPECT_FALSE(node.is_null());
@@ -182,7 +182,7 @@ TEST_F(XmlElement, takes_a_node_that_is_no_element_for_one_without_anything_in_i
   EXPECT_TRUE(node.get_single_child_element("a", &ok).is_null());
 }
 
-TEST_F(XmlElement, lists_descendants_of_a_name_in_document_order) {
+TEST_F(XmlElement, ListsDescendantsOfANameInDocumentOrder) {
   bool ok = true;
   const KPT_XML_ELEMENT list = parse("<r><v>1</v><x><v>2<v>3</v></v></x><w/><v>4</v></r>").get_child_elements("v", &ok);
   ASSERT_TRUE(ok);
@@ -194,17 +194,17 @@ TEST_F(XmlElement, lists_descendants_of_a_name_in_document_order) {
   EXPECT_THAT(texts, ElementsAre("1", "23", "3", "4"));
 }
 
-TEST_F(XmlElement, lists_every_descendant_for_an_asterisk) {
+TEST_F(XmlElement, ListsEveryDescendantForAnAsterisk) {
   bool ok = true;
   EXPECT_EQ(parse("<r>1<a><b/></a><!--c--><c/></r>").get_child_elements("*", &ok).size(), 3);
 }
 
-TEST_F(XmlElement, lists_what_an_entity_stands_for) {
+TEST_F(XmlElement, ListsWhatAnEntityStandsFor) {
   bool ok = true;
   EXPECT_EQ(parse("<!DOCTYPE r [<!ENTITY e '<v/>'>]><r>&e;<v/></r>").get_child_elements("v", &ok).size(), 2);
 }
 
-TEST_F(XmlElement, goes_on_with_a_list_after_an_entry_outside_it) {
+TEST_F(XmlElement, GoesOnWithAListAfterAnEntryOutsideIt) {
   bool ok = true;
   const KPT_XML_ELEMENT list = parse("<r><v>1</v><v>2</v></r>").get_child_elements("v", &ok);
   bool found = true;
@@ -213,7 +213,7 @@ TEST_F(XmlElement, goes_on_with_a_list_after_an_entry_outside_it) {
   EXPECT_EQ(list.item(0, &ok).get_text_content(), "1");
 }
 
-TEST_F(XmlElement, gives_entries_of_a_list_in_any_order) {
+TEST_F(XmlElement, GivesEntriesOfAListInAnyOrder) {
   bool ok = true;
   const KPT_XML_ELEMENT list = parse("<r><v>1</v><v>2</v><v>3</v></r>").get_child_elements("v", &ok);
   EXPECT_EQ(list.item(2, &ok).get_text_content(), "3");
@@ -222,7 +222,7 @@ TEST_F(XmlElement, gives_entries_of_a_list_in_any_order) {
   EXPECT_TRUE(ok);
 }
 
-TEST_F(XmlElement, has_no_list_of_a_name_that_no_descendant_has) {
+TEST_F(XmlElement, HasNoListOfANameThatNoDescendantHas) {
   bool ok = true;
   const KPT_XML_ELEMENT list = parse("<r><a/></r>").get_child_elements("r", &ok);
   EXPECT_FALSE(ok);
@@ -230,7 +230,7 @@ TEST_F(XmlElement, has_no_list_of_a_name_that_no_descendant_has) {
   EXPECT_EQ(list.size(), 0);
 }
 
-TEST_F(XmlElement, has_no_entry_outside_a_list) {
+TEST_F(XmlElement, HasNoEntryOutsideAList) {
   bool ok = true;
   const KPT_XML_ELEMENT list = parse("<r><a/></r>").get_child_elements("a", &ok);
   for (const int i : {1, -1, 1000000}) {
@@ -240,7 +240,7 @@ TEST_F(XmlElement, has_no_entry_outside_a_list) {
   }
 }
 
-TEST_F(XmlElement, has_neither_entries_nor_length_as_an_element) {
+TEST_F(XmlElement, HasNeitherEntriesNorLengthAsAnElement) {
   const KPT_XML_ELEMENT root = parse("<r><a/></r>");
   bool ok = true;
   EXPECT_TRUE(root.item(0, &ok).is_null());
@@ -248,7 +248,7 @@ TEST_F(XmlElement, has_neither_entries_nor_length_as_an_element) {
   EXPECT_EQ(root.size(), 0);
 }
 
-TEST_F(XmlElement, has_nothing_of_an_element_as_a_list) {
+TEST_F(XmlElement, HasNothingOfAnElementAsAList) {
   bool ok = true;
   KPT_XML_ELEMENT list = parse("<r><a b='1'>t<c/></a></r>").get_child_elements("a", &ok);
   EXPECT_STREQ(list.get_node_name(), "");
@@ -258,7 +258,7 @@ TEST_F(XmlElement, has_nothing_of_an_element_as_a_list) {
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlElement, neither_lists_nor_gives_entries_when_the_flag_is_down) {
+TEST_F(XmlElement, NeitherListsNorGivesEntriesWhenTheFlagIsDown) {
   const KPT_XML_ELEMENT root = parse("<r><a/></r>");
   bool ok = true;
   const KPT_XML_ELEMENT list = root.get_child_elements("a", &ok);
@@ -267,28 +267,28 @@ TEST_F(XmlElement, neither_lists_nor_gives_entries_when_the_flag_is_down) {
   EXPECT_TRUE(list.item(0, &ok).is_null());
 }
 
-TEST_F(XmlElement, gives_the_value_of_an_attribute) {
+TEST_F(XmlElement, GivesTheValueOfAnAttribute) {
   EXPECT_EQ(parse("<r id='7' long_name_of_more_than_thirty_two_letters='x'/>").get_attribute_by_name("id"), "7");
   EXPECT_EQ(parse("<r long_name_of_more_than_thirty_two_letters='x'/>")
                 .get_attribute_by_name("long_name_of_more_than_thirty_two_letters"),
             "x");
 }
 
-TEST_F(XmlElement, gives_nothing_for_an_absent_attribute) {
+TEST_F(XmlElement, GivesNothingForAnAbsentAttribute) {
   EXPECT_EQ(parse("<r id='7'/>").get_attribute_by_name("i"), "");
   EXPECT_EQ(parse("<r id='7'/>").get_attribute_by_name(""), "");
   EXPECT_EQ(parse("<r id='7'/>").get_attribute_by_name(std::string("id\0x", 4)), "");
 }
 
-TEST_F(XmlElement, joins_all_text_below_and_leaves_comments_and_instructions_out) {
+TEST_F(XmlElement, JoinsAllTextBelowAndLeavesCommentsAndInstructionsOut) {
   EXPECT_EQ(parse("<!DOCTYPE r [<!ENTITY e '5'>]><r>1<a>2<b>3</b></a><!--x--><?x y?><![CDATA[4<]]>&e;6</r>")
                 .get_text_content(),
             "1234<56");
 }
 
-TEST_F(XmlElement, keeps_the_blanks_of_a_text) { EXPECT_EQ(parse("<r> a \n b </r>").get_text_content(), " a \n b "); }
+TEST_F(XmlElement, KeepsTheBlanksOfAText) { EXPECT_EQ(parse("<r> a \n b </r>").get_text_content(), " a \n b "); }
 
-TEST_F(XmlElement, has_the_same_name_at_every_call_and_in_every_copy) {
+TEST_F(XmlElement, HasTheSameNameAtEveryCallAndInEveryCopy) {
   const KPT_XML_ELEMENT root = parse("<some_name/>");
   const KPT_XML_ELEMENT copy = root;
   const char* const name = root.get_node_name();
@@ -296,7 +296,7 @@ TEST_F(XmlElement, has_the_same_name_at_every_call_and_in_every_copy) {
   EXPECT_EQ(copy.get_node_name(), name);
 }
 
-TEST_F(XmlElement, tells_a_name_without_a_string_of_its_own) {
+TEST_F(XmlElement, TellsANameWithoutAStringOfItsOwn) {
   const KPT_XML_ELEMENT root = parse("<some_name/>");
   EXPECT_TRUE(root.has_name("some_name"));
   EXPECT_FALSE(root.has_name("some_nam"));
@@ -305,7 +305,7 @@ TEST_F(XmlElement, tells_a_name_without_a_string_of_its_own) {
 
 // What the parser's transcoder makes of such names depends on the locale; none
 // may end the process, and ASCII neighbours stay as they are.
-TEST_F(XmlElement, lives_with_names_and_texts_beyond_ascii) {
+TEST_F(XmlElement, LivesWithNamesAndTextsBeyondAscii) {
   const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='\xE2\x82\xAC'><\xC3\xA4/>\xF0\x9F\x98\x80<a>b</a></r>");
   bool ok = true;
   EXPECT_EQ(root.get_single_child_element("a", &ok).get_text_content(), "b");
@@ -316,7 +316,7 @@ TEST_F(XmlElement, lives_with_names_and_texts_beyond_ascii) {
   root.get_single_child_element("\xC3\xA4", &ok);
 }
 
-TEST(XmlNullElement, answers_everything_with_nothing) {
+TEST(XmlNullElement, AnswersEverythingWithNothing) {
   KPT_XML_ELEMENT null;
   EXPECT_TRUE(null.is_null());
   EXPECT_EQ(null.size(), 0);
@@ -340,7 +340,7 @@ TEST(XmlNullElement, answers_everything_with_nothing) {
   EXPECT_FALSE(ok);
 }
 
-TEST(XmlNullElement, is_made_of_null_pointers_too) {
+TEST(XmlNullElement, IsMadeOfNullPointersToo) {
   EXPECT_TRUE(KPT_XML_ELEMENT(static_cast<xercesc_3_2::DOMElement*>(nullptr)).is_null());
   EXPECT_TRUE(KPT_XML_ELEMENT(static_cast<xercesc_3_2::DOMNodeList*>(nullptr)).is_null());
 }

@@ -26,7 +26,7 @@ class XmlParser : public testing::Test {
   KPT_XML_READER m_reader;
 };
 
-TEST_F(XmlParser, reads_a_well_formed_file) {
+TEST_F(XmlParser, ReadsAWellFormedFile) {
   const HOST_LINES lines;
   const std::string path = m_folder.file_of("<kpt_db name='d'/>");
   const KPT_XML_PARSER parser(path);
@@ -35,7 +35,7 @@ TEST_F(XmlParser, reads_a_well_formed_file) {
   EXPECT_THAT(lines.errors(), IsEmpty());
 }
 
-TEST_F(XmlParser, reports_a_syntax_error_with_file_line_and_column) {
+TEST_F(XmlParser, ReportsASyntaxErrorWithFileLineAndColumn) {
   const HOST_LINES lines;
   const std::string path = m_folder.file_of("<kpt_db>\n  <a>\n</kpt_db>\n");
   const KPT_XML_PARSER parser(path);
@@ -46,7 +46,7 @@ TEST_F(XmlParser, reports_a_syntax_error_with_file_line_and_column) {
   EXPECT_THAT(lines.debug(), ElementsAre("XML parse: file: " + path + ", nerrors: 1"));
 }
 
-TEST_F(XmlParser, tells_line_and_column_apart) {
+TEST_F(XmlParser, TellsLineAndColumnApart) {
   const HOST_LINES lines;
   const std::string path = m_folder.file_of("<kpt_db>\n     <a></b></kpt_db>\n");
   const KPT_XML_PARSER parser(path);
@@ -54,7 +54,7 @@ TEST_F(XmlParser, tells_line_and_column_apart) {
                                           " at line number 2, column number 11 : expected end of tag 'a'"));
 }
 
-TEST_F(XmlParser, tells_of_a_warning_on_the_debug_channel_alone) {
+TEST_F(XmlParser, TellsOfAWarningOnTheDebugChannelAlone) {
   const HOST_LINES lines;
   const std::string path = m_folder.file_of("<!DOCTYPE a [\n<!ATTLIST a b CDATA '' b CDATA ''>]><a/>");
   const KPT_XML_PARSER parser(path);
@@ -66,7 +66,7 @@ TEST_F(XmlParser, tells_of_a_warning_on_the_debug_channel_alone) {
   EXPECT_THAT(lines.errors(), IsEmpty());
 }
 
-TEST_F(XmlParser, tells_of_an_encoding_that_is_not_the_declared_one) {
+TEST_F(XmlParser, TellsOfAnEncodingThatIsNotTheDeclaredOne) {
   const HOST_LINES lines;
   const std::string path = m_folder.file_of("<?xml version='1.0' encoding='UTF-16'?><a/>");
   const KPT_XML_PARSER parser(path);
@@ -75,7 +75,7 @@ TEST_F(XmlParser, tells_of_an_encoding_that_is_not_the_declared_one) {
                                          "XML parse: file: " + path + ", nerrors: 0"));
 }
 
-TEST(XmlParserAlone, starts_xerces_c_itself) {
+TEST(XmlParserAlone, StartsXercesCItself) {
   const FOLDER folder;
   const KPT_XML_PARSER parser(folder.file_of("<outer/>"));
   ASSERT_TRUE(parser.ok());
@@ -83,7 +83,7 @@ TEST(XmlParserAlone, starts_xerces_c_itself) {
   EXPECT_STREQ(parser.root_element("", &ok).get_node_name(), "outer");
 }
 
-TEST_F(XmlParser, reports_a_file_that_does_not_exist) {
+TEST_F(XmlParser, ReportsAFileThatDoesNotExist) {
   const HOST_LINES lines;
   const std::string path = m_folder.file("missing.xml");
   const KPT_XML_PARSER parser(path);
@@ -92,27 +92,27 @@ TEST_F(XmlParser, reports_a_file_that_does_not_exist) {
   EXPECT_THAT(lines.debug(), ElementsAre("XML parse: file: " + path + ", nerrors: 1"));
 }
 
-TEST_F(XmlParser, has_no_root_after_an_error) {
+TEST_F(XmlParser, HasNoRootAfterAnError) {
   const KPT_XML_PARSER parser(m_folder.file_of("<a><b></a>"));
   bool ok = true;
   EXPECT_TRUE(parser.root_element("kpt_db", &ok).is_null());
   EXPECT_FALSE(ok);
 }
 
-TEST_F(XmlParser, does_not_compare_the_name_of_the_root) {
+TEST_F(XmlParser, DoesNotCompareTheNameOfTheRoot) {
   const KPT_XML_PARSER parser(m_folder.file_of("<something_else/>"));
   bool ok = true;
   EXPECT_STREQ(parser.root_element("kpt_db", &ok).get_node_name(), "something_else");
   EXPECT_TRUE(ok);
 }
 
-TEST_F(XmlParser, gives_no_root_when_the_flag_is_down) {
+TEST_F(XmlParser, GivesNoRootWhenTheFlagIsDown) {
   const KPT_XML_PARSER parser(m_folder.file_of("<kpt_db/>"));
   bool ok = false;
   EXPECT_TRUE(parser.root_element("kpt_db", &ok).is_null());
 }
 
-TEST_F(XmlParser, does_not_take_a_name_for_a_url) {
+TEST_F(XmlParser, DoesNotTakeANameForAUrl) {
   const std::string path = m_folder.file_of("<kpt_db/>");
   EXPECT_FALSE(KPT_XML_PARSER("file://" + path).ok());
   EXPECT_FALSE(KPT_XML_PARSER("http://127.0.0.1:9/db.xml").ok());
@@ -120,25 +120,25 @@ TEST_F(XmlParser, does_not_take_a_name_for_a_url) {
   EXPECT_TRUE(KPT_XML_PARSER(m_folder.file_of("<kpt_db/>", "caf\xC3\xA9 \xFF.xml")).ok());
 }
 
-TEST_F(XmlParser, does_not_read_the_file_before_a_nul_of_its_name) {
+TEST_F(XmlParser, DoesNotReadTheFileBeforeANulOfItsName) {
   EXPECT_FALSE(KPT_XML_PARSER(m_folder.file_of("<kpt_db/>") + std::string("\0.bak", 5)).ok());
 }
 
 // The reference host opens the path of a share as a local one, whichever way
 // its separators lean; without it the second of these names would open nothing.
-TEST_F(XmlParser, asks_the_host_for_the_full_path_of_a_share) {
+TEST_F(XmlParser, AsksTheHostForTheFullPathOfAShare) {
   std::string share = "/" + m_folder.file_of("<kpt_db/>");
   EXPECT_TRUE(KPT_XML_PARSER(share).ok());
   std::replace(share.begin(), share.end(), '/', '\\');
   EXPECT_TRUE(KPT_XML_PARSER(share).ok());
 }
 
-TEST_F(XmlParser, reads_a_file_in_another_encoding) {
+TEST_F(XmlParser, ReadsAFileInAnotherEncoding) {
   const KPT_XML_PARSER parser(m_folder.file_of(std::string("\xFF\xFE<\0a\0/\0>\0", 10)));
   EXPECT_TRUE(parser.ok());
 }
 
-TEST_F(XmlParser, leaves_another_parser_alone) {
+TEST_F(XmlParser, LeavesAnotherParserAlone) {
   const KPT_XML_PARSER outer(m_folder.file_of("<outer/>", "outer.xml"));
   {
     const KPT_XML_READER nested;
@@ -160,7 +160,7 @@ void PrintTo(const REFUSED& refused, std::ostream* out) { *out << refused.name; 
 
 class XmlParserRefuses : public XmlParser, public testing::WithParamInterface<REFUSED> {};
 
-TEST_P(XmlParserRefuses, with_one_message) {
+TEST_P(XmlParserRefuses, WithOneMessage) {
   const HOST_LINES lines;
   m_folder.file_of("<!ENTITY secret 'from outside'>", "outside.xml");
   const std::string path = m_folder.file_of(GetParam().document);
@@ -234,7 +234,7 @@ INSTANTIATE_TEST_SUITE_P(
 // The pairs of the refusals: what stays allowed beside each.
 class XmlParserAccepts : public XmlParser, public testing::WithParamInterface<REFUSED> {};
 
-TEST_P(XmlParserAccepts, without_a_message) {
+TEST_P(XmlParserAccepts, WithoutAMessage) {
   const HOST_LINES lines;
   const KPT_XML_PARSER parser(m_folder.file_of(GetParam().document));
   EXPECT_TRUE(parser.ok());

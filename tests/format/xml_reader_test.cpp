@@ -13,33 +13,33 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-TEST(XmlReader, tells_the_name_of_the_database_in_a_file) {
+TEST(XmlReader, TellsTheNameOfTheDatabaseInAFile) {
   const HOST_LINES lines;
   EXPECT_EQ(KPT_XML_READER().get_db_name(data_file("empty.xml")), "empty");
   EXPECT_THAT(lines.debug(),
               ElementsAre("XML parse: file: " + data_file("empty.xml") + ", nerrors: 0", "Start XML parsing"));
 }
 
-TEST(XmlReader, tells_the_name_whatever_the_root_is_called) {
+TEST(XmlReader, TellsTheNameWhateverTheRootIsCalled) {
   EXPECT_EQ(KPT_XML_READER().get_db_name(data_file("another_root.xml")), "other_root");
 }
 
-TEST(XmlReader, tells_no_name_of_a_file_without_one) {
+TEST(XmlReader, TellsNoNameOfAFileWithoutOne) {
   EXPECT_EQ(KPT_XML_READER().get_db_name(data_file("no_database_name.xml")), "");
 }
 
-TEST(XmlReader, tells_no_name_of_a_file_that_does_not_exist) {
+TEST(XmlReader, TellsNoNameOfAFileThatDoesNotExist) {
   const HOST_LINES lines;
   EXPECT_EQ(KPT_XML_READER().get_db_name(data_file("missing.xml")), "");
   EXPECT_THAT(lines.debug(), Not(Contains("Start XML parsing")));
 }
 
-TEST(XmlReader, loads_nothing_from_a_file_that_does_not_exist) {
+TEST(XmlReader, LoadsNothingFromAFileThatDoesNotExist) {
   const LOADED loaded = load_data("missing.xml");
   EXPECT_FALSE(loaded.result);
 }
 
-TEST(XmlReader, loads_nothing_from_a_file_with_an_error_at_its_end) {
+TEST(XmlReader, LoadsNothingFromAFileWithAnErrorAtItsEnd) {
   const FOLDER folder;
   std::string file = read_file(data_file("three_maps.xml"));
   file.resize(file.size() - 5);
@@ -48,7 +48,7 @@ TEST(XmlReader, loads_nothing_from_a_file_with_an_error_at_its_end) {
   EXPECT_TRUE(loaded.db->get_reference_set()->is_empty());
 }
 
-TEST(XmlReader, loads_one_file_after_another) {
+TEST(XmlReader, LoadsOneFileAfterAnother) {
   KPT_XML_READER reader;
   const DATABASE first = new_database("first");
   const DATABASE second = new_database("second");
@@ -58,7 +58,7 @@ TEST(XmlReader, loads_one_file_after_another) {
   EXPECT_EQ(maps(*first), maps(*second));
 }
 
-TEST(XmlReader, may_nest) {
+TEST(XmlReader, MayNest) {
   KPT_XML_READER outer;
   { EXPECT_EQ(KPT_XML_READER().get_db_name(data_file("empty.xml")), "empty"); }
   EXPECT_EQ(outer.get_db_name(data_file("empty.xml")), "empty");

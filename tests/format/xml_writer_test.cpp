@@ -25,17 +25,17 @@ std::string written(const std::function<void(KPT_XML_WRITER&)>& steps) {
   return read_file(folder.file("out"));
 }
 
-TEST(XmlWriter, writes_nothing_by_itself) {
+TEST(XmlWriter, WritesNothingByItself) {
   EXPECT_EQ(written([](KPT_XML_WRITER&) {}), "");
 }
 
-TEST(XmlWriter, opens_nothing_before_the_file_is_started) {
+TEST(XmlWriter, OpensNothingBeforeTheFileIsStarted) {
   const FOLDER folder;
   { KPT_XML_WRITER writer(folder.file("out")); }
   EXPECT_THAT(folder.names(), testing::IsEmpty());
 }
 
-TEST(XmlWriter, empties_a_file_that_is_there) {
+TEST(XmlWriter, EmptiesAFileThatIsThere) {
   const FOLDER folder;
   const std::string path = folder.file_of("of an earlier day", "out");
   {
@@ -45,27 +45,27 @@ TEST(XmlWriter, empties_a_file_that_is_there) {
   EXPECT_EQ(read_file(path), "");
 }
 
-TEST(XmlWriter, refuses_a_file_in_a_folder_that_is_not_there) {
+TEST(XmlWriter, RefusesAFileInAFolderThatIsNotThere) {
   const FOLDER folder;
   KPT_XML_WRITER writer(folder.file("missing/out"));
   EXPECT_FALSE(writer.start_file());
   EXPECT_THAT(folder.names(), testing::IsEmpty());
 }
 
-TEST(XmlWriter, refuses_a_folder) {
+TEST(XmlWriter, RefusesAFolder) {
   const FOLDER folder;
   KPT_XML_WRITER writer(folder.path());
   EXPECT_FALSE(writer.start_file());
 }
 
-TEST(XmlWriter, refuses_a_name_with_a_nul_rather_than_open_the_file_before_it) {
+TEST(XmlWriter, RefusesANameWithANulRatherThanOpenTheFileBeforeIt) {
   const FOLDER folder;
   KPT_XML_WRITER writer(folder.file("out") + std::string("\0more", 5));
   EXPECT_FALSE(writer.start_file());
   EXPECT_THAT(folder.names(), testing::IsEmpty());
 }
 
-TEST(XmlWriter, makes_its_file_with_all_permissions_that_the_process_allows) {
+TEST(XmlWriter, MakesItsFileWithAllPermissionsThatTheProcessAllows) {
   const FOLDER folder;
   const mode_t mask = ::umask(022);
   KPT_XML_WRITER writer(folder.file("out"));
@@ -76,7 +76,7 @@ TEST(XmlWriter, makes_its_file_with_all_permissions_that_the_process_allows) {
   EXPECT_EQ(state.st_mode & 0777U, 0644U);
 }
 
-TEST(XmlWriter, starts_its_file_once_and_then_takes_no_more) {
+TEST(XmlWriter, StartsItsFileOnceAndThenTakesNoMore) {
   const FOLDER folder;
   {
     KPT_XML_WRITER writer(folder.file("out"));
@@ -88,7 +88,7 @@ TEST(XmlWriter, starts_its_file_once_and_then_takes_no_more) {
   EXPECT_EQ(read_file(folder.file("out")), "kept");
 }
 
-TEST(XmlWriter, goes_on_answering_true_without_a_file) {
+TEST(XmlWriter, GoesOnAnsweringTrueWithoutAFile) {
   KPT_XML_WRITER writer("");
   EXPECT_FALSE(writer.start_file());
   EXPECT_TRUE(writer.start_tag("a"));
@@ -96,25 +96,25 @@ TEST(XmlWriter, goes_on_answering_true_without_a_file) {
   EXPECT_TRUE(writer.end_tag("a"));
 }
 
-TEST(XmlWriter, goes_on_answering_true_when_the_device_is_full) {
+TEST(XmlWriter, GoesOnAnsweringTrueWhenTheDeviceIsFull) {
   KPT_XML_WRITER writer("/dev/full");
   ASSERT_TRUE(writer.start_file());
   EXPECT_TRUE(writer.write_text_content(std::string(3 << 20, 'x')));
   EXPECT_TRUE(writer.write_text_content("x"));
 }
 
-TEST(XmlWriter, reports_a_full_device_to_who_asks_at_the_end) {
+TEST(XmlWriter, ReportsAFullDeviceToWhoAsksAtTheEnd) {
   KPT_XML_WRITER writer("");
   ASSERT_TRUE(writer.start_file_on(::open("/dev/full", O_WRONLY)));
   EXPECT_TRUE(writer.write_text_content("x"));
   EXPECT_FALSE(writer.finish_file());
 }
 
-TEST(XmlWriter, has_no_blanks_at_level_0) {
+TEST(XmlWriter, HasNoBlanksAtLevel0) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { EXPECT_TRUE(w.space()); }), "");
 }
 
-TEST(XmlWriter, indents_by_two_blanks) {
+TEST(XmlWriter, IndentsByTwoBlanks) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.indent());
               EXPECT_TRUE(w.indent());
@@ -123,7 +123,7 @@ TEST(XmlWriter, indents_by_two_blanks) {
             "    ");
 }
 
-TEST(XmlWriter, outdents_by_two_blanks) {
+TEST(XmlWriter, OutdentsByTwoBlanks) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               w.indent();
@@ -133,7 +133,7 @@ TEST(XmlWriter, outdents_by_two_blanks) {
             "  ");
 }
 
-TEST(XmlWriter, refuses_to_outdent_at_level_0_and_stays_there) {
+TEST(XmlWriter, RefusesToOutdentAtLevel0AndStaysThere) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_FALSE(w.outdent());
               w.space();
@@ -142,7 +142,7 @@ TEST(XmlWriter, refuses_to_outdent_at_level_0_and_stays_there) {
 }
 
 // 32,768 steps of two are 65,536, which is 0 in the 16 bits of a level.
-TEST(XmlWriter, wraps_its_level_at_16_bits) {
+TEST(XmlWriter, WrapsItsLevelAt16Bits) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               for (int k = 0; k < 32769; ++k) {
                 w.indent();
@@ -152,7 +152,7 @@ TEST(XmlWriter, wraps_its_level_at_16_bits) {
             "  ");
 }
 
-TEST(XmlWriter, leaves_a_start_tag_open) {
+TEST(XmlWriter, LeavesAStartTagOpen) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               EXPECT_TRUE(w.start_tag("a"));
@@ -160,23 +160,23 @@ TEST(XmlWriter, leaves_a_start_tag_open) {
             "  <a");
 }
 
-TEST(XmlWriter, writes_an_attribute_between_double_quotes) {
+TEST(XmlWriter, WritesAnAttributeBetweenDoubleQuotes) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { EXPECT_TRUE(w.write_attribute("id", "7")); }), " id=\"7\"");
 }
 
-TEST(XmlWriter, escapes_nothing_in_an_attribute) {
+TEST(XmlWriter, EscapesNothingInAnAttribute) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_attribute("n", "a&b<\""); }), " n=\"a&b<\"\"");
 }
 
-TEST(XmlWriter, ends_a_line_with_a_closing_bracket) {
+TEST(XmlWriter, EndsALineWithAClosingBracket) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { EXPECT_TRUE(w.new_line()); }), ">\n");
 }
 
-TEST(XmlWriter, closes_a_tag_with_a_blank_and_no_line_end) {
+TEST(XmlWriter, ClosesATagWithABlankAndNoLineEnd) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { EXPECT_TRUE(w.close_tag()); }), "> ");
 }
 
-TEST(XmlWriter, ends_a_tag_one_level_down_and_comes_back_up) {
+TEST(XmlWriter, EndsATagOneLevelDownAndComesBackUp) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               w.indent();
@@ -188,7 +188,7 @@ TEST(XmlWriter, ends_a_tag_one_level_down_and_comes_back_up) {
 
 // The pair: a level that came back to 0 would move every line below the first
 // set of a file.
-TEST(XmlWriter, goes_up_to_level_2_by_an_end_tag_at_level_0) {
+TEST(XmlWriter, GoesUpToLevel2ByAnEndTagAtLevel0) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.end_tag("a");
               w.space();
@@ -196,7 +196,7 @@ TEST(XmlWriter, goes_up_to_level_2_by_an_end_tag_at_level_0) {
             "</a>\n  ");
 }
 
-TEST(XmlWriter, stays_at_level_2_by_a_second_end_tag) {
+TEST(XmlWriter, StaysAtLevel2ByASecondEndTag) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.end_tag("a");
               w.end_tag("b");
@@ -205,11 +205,11 @@ TEST(XmlWriter, stays_at_level_2_by_a_second_end_tag) {
             "</a>\n</b>\n  ");
 }
 
-TEST(XmlWriter, writes_text_as_it_is) {
+TEST(XmlWriter, WritesTextAsItIs) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { EXPECT_TRUE(w.write_text_content(" a&b\n")); }), " a&b\n");
 }
 
-TEST(XmlWriter, writes_a_text_element_without_indentation) {
+TEST(XmlWriter, WritesATextElementWithoutIndentation) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               EXPECT_TRUE(w.write_simple_text_element("name", "q[0]"));
@@ -217,7 +217,7 @@ TEST(XmlWriter, writes_a_text_element_without_indentation) {
             "<name>q[0]</name>\n");
 }
 
-TEST(XmlWriter, writes_an_element_without_content_on_two_lines) {
+TEST(XmlWriter, WritesAnElementWithoutContentOnTwoLines) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               w.indent();
@@ -226,11 +226,11 @@ TEST(XmlWriter, writes_an_element_without_content_on_two_lines) {
             "    <a>\n      </a>\n");
 }
 
-TEST(XmlWriter, starts_a_database) {
+TEST(XmlWriter, StartsADatabase) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { EXPECT_TRUE(w.write_db_start_xml("top")); }), "<kpt_db name=\"top\">\n");
 }
 
-TEST(XmlWriter, writes_a_signal_with_its_start_tag_indented_twice) {
+TEST(XmlWriter, WritesASignalWithItsStartTagIndentedTwice) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_keypoint_xml("2", "register", "clk"));
               w.space();
@@ -240,7 +240,7 @@ TEST(XmlWriter, writes_a_signal_with_its_start_tag_indented_twice) {
             "  </key_point>\n");
 }
 
-TEST(XmlWriter, writes_a_signal_two_levels_up) {
+TEST(XmlWriter, WritesASignalTwoLevelsUp) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               w.write_keypoint_xml("2", "keypoint", "clk");
@@ -253,7 +253,7 @@ TEST(XmlWriter, writes_a_signal_two_levels_up) {
 }
 
 // The pair of the signal: the same start tag, but indented behind it.
-TEST(XmlWriter, writes_a_block_instance_with_its_start_tag_at_the_level_before) {
+TEST(XmlWriter, WritesABlockInstanceWithItsStartTagAtTheLevelBefore) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_keypoint_xml("1", "register", "q", "u1", "dff"));
               w.space();
@@ -265,7 +265,7 @@ TEST(XmlWriter, writes_a_block_instance_with_its_start_tag_at_the_level_before) 
             "  </key_point>\n");
 }
 
-TEST(XmlWriter, writes_a_block_instance_two_levels_up) {
+TEST(XmlWriter, WritesABlockInstanceTwoLevelsUp) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               w.write_keypoint_xml("1", "register", "q", "u1", "dff");
@@ -279,7 +279,7 @@ TEST(XmlWriter, writes_a_block_instance_two_levels_up) {
             "  ");
 }
 
-TEST(XmlWriter, starts_a_transformation) {
+TEST(XmlWriter, StartsATransformation) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_transformation_start_xml("no_fanout"));
               w.space();
@@ -287,11 +287,11 @@ TEST(XmlWriter, starts_a_transformation) {
             "    <transformation elim_type=\"no_fanout\">\n");
 }
 
-TEST(XmlWriter, starts_a_transformation_without_an_attribute_for_an_empty_word) {
+TEST(XmlWriter, StartsATransformationWithoutAnAttributeForAnEmptyWord) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_transformation_start_xml(""); }), "    <transformation>\n");
 }
 
-TEST(XmlWriter, starts_a_side) {
+TEST(XmlWriter, StartsASide) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_tr_set_start_xml("reference"));
               w.space();
@@ -299,7 +299,7 @@ TEST(XmlWriter, starts_a_side) {
             "    <kp_set type=\"reference\">\n");
 }
 
-TEST(XmlWriter, starts_an_index_of_a_side) {
+TEST(XmlWriter, StartsAnIndexOfASide) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_tr_state_start_xml(65535));
               w.space();
@@ -307,7 +307,7 @@ TEST(XmlWriter, starts_an_index_of_a_side) {
             "    <kp_state index=\"65535\">\n");
 }
 
-TEST(XmlWriter, writes_a_group_with_one_line_a_keypoint) {
+TEST(XmlWriter, WritesAGroupWithOneLineAKeypoint) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_transformation_xml("inverts", 3, KPT_ID_LIST{7, -1}));
               w.space();
@@ -318,7 +318,7 @@ TEST(XmlWriter, writes_a_group_with_one_line_a_keypoint) {
             "    </inverts>\n");
 }
 
-TEST(XmlWriter, writes_a_group_two_levels_up_with_the_blanks_inside_each_keypoint) {
+TEST(XmlWriter, WritesAGroupTwoLevelsUpWithTheBlanksInsideEachKeypoint) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               w.write_transformation_xml("noninverts", 0, KPT_ID_LIST{1});
@@ -330,13 +330,13 @@ TEST(XmlWriter, writes_a_group_two_levels_up_with_the_blanks_inside_each_keypoin
             "  ");
 }
 
-TEST(XmlWriter, writes_the_tags_of_a_group_without_keypoints) {
+TEST(XmlWriter, WritesTheTagsOfAGroupWithoutKeypoints) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_transformation_xml("noninverts", 0, {}); }),
             "    <noninverts>\n"
             "    </noninverts>\n");
 }
 
-TEST(XmlWriter, writes_a_group_in_steps_as_it_does_at_once) {
+TEST(XmlWriter, WritesAGroupInStepsAsItDoesAtOnce) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.begin_transformation_xml("inverts"));
               EXPECT_TRUE(w.write_kp_xml(4));
@@ -350,12 +350,12 @@ TEST(XmlWriter, writes_a_group_in_steps_as_it_does_at_once) {
 }
 
 // Ids go through the host's ints: the pair of an id that survives.
-TEST(XmlWriter, writes_an_id_beyond_an_int_as_another_number) {
+TEST(XmlWriter, WritesAnIdBeyondAnIntAsAnotherNumber) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_kp_xml(2147483647L); }), "<kp id=\"2147483647\"> </kp>\n");
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_kp_xml(2147483648L); }), "<kp id=\"-2147483648\"> </kp>\n");
 }
 
-TEST(XmlWriter, starts_a_state) {
+TEST(XmlWriter, StartsAState) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               EXPECT_TRUE(w.write_state_index_xml(12));
@@ -364,7 +364,7 @@ TEST(XmlWriter, starts_a_state) {
             "  <state index=\"12\">\n  ");
 }
 
-TEST(XmlWriter, writes_an_entry_of_a_state) {
+TEST(XmlWriter, WritesAnEntryOfAState) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.indent();
               EXPECT_TRUE(w.write_state_table_xml(0, "1"));
@@ -373,7 +373,7 @@ TEST(XmlWriter, writes_an_entry_of_a_state) {
             "        <value index=\"0\"> 1  </value>\n  ");
 }
 
-TEST(XmlWriter, writes_texts_of_any_length_in_order) {
+TEST(XmlWriter, WritesTextsOfAnyLengthInOrder) {
   const std::string block(1 << 20, 'b');
   const std::string more(5 << 20, 'm');
   EXPECT_EQ(written([&](KPT_XML_WRITER& w) {
@@ -385,7 +385,7 @@ TEST(XmlWriter, writes_texts_of_any_length_in_order) {
             "a" + block + more + "z");
 }
 
-TEST(XmlWriter, writes_many_short_texts_in_order) {
+TEST(XmlWriter, WritesManyShortTextsInOrder) {
   std::string expected;
   EXPECT_EQ(written([&](KPT_XML_WRITER& w) {
               w.indent();

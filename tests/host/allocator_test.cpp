@@ -20,7 +20,7 @@ struct FRESH {
   int m_value;
 };
 
-TEST(ALLOCATOR, BindsTheTrackerOnFirstUse) {
+TEST(Allocator, BindsTheTrackerOnFirstUse) {
   const MEM_TRACKER_THUNK& thunk = MEM_TRACKER_TEMPLATE_KPT<FRESH, 1255, 1>::s_thunk;
   EXPECT_EQ(thunk.m_type, nullptr);
   const VECTOR<FRESH> values(3);
@@ -28,7 +28,7 @@ TEST(ALLOCATOR, BindsTheTrackerOnFirstUse) {
   EXPECT_EQ(*thunk.m_type, typeid(FRESH));
 }
 
-TEST(ALLOCATOR, ChargesAndDischargesTheTracker) {
+TEST(Allocator, ChargesAndDischargesTheTracker) {
   const MEM_TRACKER_THUNK& thunk = *MEM_STL_ALLOCATOR<long double>::tracker();
   {
     const VECTOR<long double> values(10);
@@ -41,7 +41,7 @@ TEST(ALLOCATOR, ChargesAndDischargesTheTracker) {
   EXPECT_EQ(thunk.m_peak_bytes, 10 * sizeof(long double));
 }
 
-TEST(ALLOCATOR, AllInstancesAreEqual) {
+TEST(Allocator, AllInstancesAreEqual) {
   const MEM_STL_ALLOCATOR<int> ints;
   const MEM_STL_ALLOCATOR<char> chars(ints);
   EXPECT_TRUE(ints == chars);
@@ -49,14 +49,14 @@ TEST(ALLOCATOR, AllInstancesAreEqual) {
   EXPECT_TRUE(std::allocator_traits<MEM_STL_ALLOCATOR<int>>::is_always_equal::value);
 }
 
-TEST(ALLOCATOR, RefusesACountWhoseSizeOverflows) {
+TEST(Allocator, RefusesACountWhoseSizeOverflows) {
   MEM_STL_ALLOCATOR<int> ints;
   const std::size_t most = std::numeric_limits<std::size_t>::max();
   EXPECT_THROW(std::ignore = ints.allocate(most / 2), std::bad_array_new_length);
   EXPECT_THROW(std::ignore = ints.allocate(most / sizeof(int)), std::bad_alloc);
 }
 
-TEST(ALLOCATOR, ServesEveryKindOfContainer) {
+TEST(Allocator, ServesEveryKindOfContainer) {
   using PAIR = std::pair<const int, int>;
   std::list<int, MEM_STL_ALLOCATOR<int>> list{1, 2};
   std::deque<int, MEM_STL_ALLOCATOR<int>> deque{1, 2};
@@ -66,7 +66,7 @@ TEST(ALLOCATOR, ServesEveryKindOfContainer) {
   EXPECT_EQ(list.back() + deque.back() + map[1] + hash[1] + flat[1], 10);
 }
 
-TEST(ALLOCATOR, ContainersSwapAndMove) {
+TEST(Allocator, ContainersSwapAndMove) {
   VECTOR<char> a(100, 'a');
   VECTOR<char> b(200, 'b');
   const char* const memory = a.data();

@@ -10,7 +10,7 @@ namespace {
 constexpr int LEAST = std::numeric_limits<int>::min();
 constexpr int MOST = std::numeric_limits<int>::max();
 
-TEST(ATOI, ReadsTheNumberAtTheStart) {
+TEST(Atoi, ReadsTheNumberAtTheStart) {
   EXPECT_EQ(gen_atoi("0"), 0);
   EXPECT_EQ(gen_atoi("12"), 12);
   EXPECT_EQ(gen_atoi("-12"), -12);
@@ -20,7 +20,7 @@ TEST(ATOI, ReadsTheNumberAtTheStart) {
   EXPECT_EQ(gen_atoi("12ab"), 12);
 }
 
-TEST(ATOI, GivesZeroWhenThereIsNone) {
+TEST(Atoi, GivesZeroWhenThereIsNone) {
   for (const char* const text : {"", " ", "x", "-", "+", "+-1", "-+1", "- 1", "--1"}) {
     EXPECT_EQ(gen_atoi(text), 0) << text;
   }
@@ -30,7 +30,7 @@ TEST(ATOI, GivesZeroWhenThereIsNone) {
             0);
 }
 
-TEST(ATOI, StopsAtTheNearestInt) {
+TEST(Atoi, StopsAtTheNearestInt) {
   EXPECT_EQ(gen_atoi("2147483647"), MOST);
   EXPECT_EQ(gen_atoi("2147483648"), MOST);
   EXPECT_EQ(gen_atoi("+99999999999999999999999"), MOST);
@@ -39,7 +39,7 @@ TEST(ATOI, StopsAtTheNearestInt) {
   EXPECT_EQ(gen_atoi("-99999999999999999999999"), LEAST);
 }
 
-TEST(ITOA, WritesEveryBase) {
+TEST(Itoa, WritesEveryBase) {
   EXPECT_EQ(gen_itoa(0, 10), "0");
   EXPECT_EQ(gen_itoa(255, 16), "ff");
   EXPECT_EQ(gen_itoa(-255, 16), "-ff");
@@ -50,19 +50,19 @@ TEST(ITOA, WritesEveryBase) {
   EXPECT_EQ(gen_itoa(MOST, 10), "2147483647");
 }
 
-TEST(ITOA, TakesAnotherBaseForTen) {
+TEST(Itoa, TakesAnotherBaseForTen) {
   for (const int base : {LEAST, -1, 0, 1, 37, MOST}) {
     EXPECT_EQ(gen_itoa(12, base), "12") << base;
   }
 }
 
-TEST(ITOA, ReplacesTheGivenString) {
+TEST(Itoa, ReplacesTheGivenString) {
   MEM_STRING out = "before";
   gen_itoa(-3, out, 10);
   EXPECT_EQ(out, "-3");
 }
 
-TEST(SPRINTF, ReplacesTheGivenString) {
+TEST(Sprintf, ReplacesTheGivenString) {
   MEM_STRING out = "before";
   gen_sprintf(&out, "%d-%s", 5, "x");
   EXPECT_EQ(out, "5-x");
@@ -70,13 +70,13 @@ TEST(SPRINTF, ReplacesTheGivenString) {
   EXPECT_EQ(out, "");
 }
 
-TEST(SPRINTF, ReadsItsOwnTarget) {
+TEST(Sprintf, ReadsItsOwnTarget) {
   MEM_STRING out(100, 'a');
   gen_sprintf(&out, "<%s>", out.c_str());
   EXPECT_EQ(out, "<" + MEM_STRING(100, 'a') + ">");
 }
 
-TEST(STRCMP, OrdersBytes) {
+TEST(Strcmp, OrdersBytes) {
   EXPECT_EQ(gen_strcmp("a", "a"), 0);
   EXPECT_LT(gen_strcmp("a", "b"), 0);
   EXPECT_GT(gen_strcmp("b", "a"), 0);
@@ -85,13 +85,13 @@ TEST(STRCMP, OrdersBytes) {
   EXPECT_LT(gen_strcmp("a", "\xff"), 0);
 }
 
-TEST(TIME, IsForPeopleToRead) {
+TEST(Time, IsForPeopleToRead) {
   const std::string now(gen_get_current_time());
   EXPECT_EQ(now.size(), std::string("2000-01-01 00:00:00").size());
   EXPECT_EQ(now.find_first_not_of("0123456789-: "), std::string::npos);
 }
 
-TEST(TICKS, NeverGoBack) {
+TEST(Ticks, NeverGoBack) {
   unsigned long last = gen_get_tick_count();
   for (int round = 0; round < 1000; ++round) {
     const unsigned long next = gen_get_tick_count();

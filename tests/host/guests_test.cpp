@@ -36,7 +36,7 @@ std::vector<std::string> types() {
   return names;
 }
 
-TEST(GUESTS, ShareOneHost) {
+TEST(Guests, ShareOneHost) {
   const GUEST one(GUEST_ONE);
   const GUEST two(GUEST_TWO);
   EXPECT_EQ(one.allocate(), 105U);
@@ -45,7 +45,7 @@ TEST(GUESTS, ShareOneHost) {
   EXPECT_THAT(types(), Contains("two::OWN").Times(1));
 }
 
-TEST(GUESTS, TakeTheirTrackersAlong) {
+TEST(Guests, TakeTheirTrackersAlong) {
   const GUEST one(GUEST_ONE);
   EXPECT_EQ(one.allocate(), 105U);
   {
@@ -56,7 +56,7 @@ TEST(GUESTS, TakeTheirTrackersAlong) {
   EXPECT_THAT(types(), Not(Contains("two::OWN")));
 }
 
-TEST(GUESTS, ComeBack) {
+TEST(Guests, ALibraryMayComeBack) {
   for (int round = 0; round < 3; ++round) {
     const GUEST one(GUEST_ONE);
     EXPECT_EQ(one.allocate(), 105U);

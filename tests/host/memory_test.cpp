@@ -31,7 +31,7 @@ std::optional<kpt_host::TRACKER> tracker(std::string_view type) {
   return found != all.end() ? std::optional(*found) : std::nullopt;
 }
 
-TEST(MEMORY, CountsLiveAndPeak) {
+TEST(Memory, CountsLiveAndPeak) {
   void* const a = MEM_MANAGER::new_wrapper(100, thunk<1>(), HERE);
   void* const b = MEM_MANAGER::new_wrapper(50, thunk<1>(), HERE);
   MEM_MANAGER::delete_wrapper(a, "KPT");
@@ -45,7 +45,7 @@ TEST(MEMORY, CountsLiveAndPeak) {
   EXPECT_EQ(tracker("(anonymous namespace)::ACCOUNT<1>")->live_blocks, 0U);
 }
 
-TEST(MEMORY, ListsATypeFromItsFirstBlockOnAndOnce) {
+TEST(Memory, ListsATypeFromItsFirstBlockOnAndOnce) {
   EXPECT_FALSE(tracker("(anonymous namespace)::ACCOUNT<2>").has_value());
   for (int round = 0; round < 3; ++round) {
     MEM_MANAGER::delete_wrapper(MEM_MANAGER::new_wrapper(1, thunk<2>(), HERE), "KPT");
@@ -56,7 +56,7 @@ TEST(MEMORY, ListsATypeFromItsFirstBlockOnAndOnce) {
   EXPECT_EQ(count, 1);
 }
 
-TEST(MEMORY, AnEmptyBlockIsABlock) {
+TEST(Memory, AnEmptyBlockIsABlock) {
   void* const a = MEM_MANAGER::new_wrapper(0, thunk<3>(), HERE);
   void* const b = MEM_MANAGER::new_wrapper(0, thunk<3>(), HERE);
   EXPECT_NE(a, nullptr);
@@ -67,7 +67,7 @@ TEST(MEMORY, AnEmptyBlockIsABlock) {
   MEM_MANAGER::delete_wrapper(b, "KPT");
 }
 
-TEST(MEMORY, BlocksAreAlignedForEveryType) {
+TEST(Memory, BlocksAreAlignedForEveryType) {
   for (unsigned long size = 1; size < 70; ++size) {
     void* const block = MEM_MANAGER::new_wrapper(size, thunk<4>(), HERE);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignof(std::max_align_t), 0U) << size;
@@ -75,7 +75,7 @@ TEST(MEMORY, BlocksAreAlignedForEveryType) {
   }
 }
 
-TEST(MEMORY, ExhaustionThrowsAndChargesNothing) {
+TEST(Memory, ExhaustionThrowsAndChargesNothing) {
   const unsigned long most = std::numeric_limits<unsigned long>::max();
   for (const unsigned long size : {most, most - 8, most - 16, most / 2}) {
     EXPECT_THROW(MEM_MANAGER::new_wrapper(size, thunk<5>(), HERE), std::bad_alloc) << size;
@@ -83,13 +83,13 @@ TEST(MEMORY, ExhaustionThrowsAndChargesNothing) {
   EXPECT_EQ(thunk<5>()->m_peak_blocks, 0U);
 }
 
-TEST(MEMORY, ANullBlockIsNoBlock) {
+TEST(Memory, ANullBlockIsNoBlock) {
   const unsigned long before = kpt_test::live_blocks();
   MEM_MANAGER::delete_wrapper(nullptr, "KPT");
   EXPECT_EQ(kpt_test::live_blocks(), before);
 }
 
-TEST(MEMORY, AnInitializerOutsideAnyLibraryTakesNothingAlong) {
+TEST(Memory, AnInitializerOutsideAnyLibraryTakesNothingAlong) {
   void* const block = MEM_MANAGER::new_wrapper(1, thunk<6>(), HERE);
   { const MEM_INITIALIZER passing("KPT"); }
   EXPECT_TRUE(tracker("(anonymous namespace)::ACCOUNT<6>").has_value());

@@ -52,59 +52,59 @@ __attribute__((format(printf, 1, 2))) bool debug_line(const char* format, ...) {
   return shown;
 }
 
-TEST(PLACEHOLDERS, TakeStringsAndInts) {
+TEST(Placeholders, TakeStringsAndInts) {
   EXPECT_EQ(filled("register \"%1!s!\" at line %2!d!/EKPT_FOO", "a", -7), "register \"a\" at line -7");
 }
 
-TEST(PLACEHOLDERS, ComeInAnyOrderAndRepeat) {
+TEST(Placeholders, ComeInAnyOrderAndRepeat) {
   EXPECT_EQ(filled("%3!s! %1!d! %2!s! %1!d!", 1, "two", "three"), "three 1 two 1");
 }
 
-TEST(PLACEHOLDERS, AreAllFilledWhateverTheCountSays) {
+TEST(Placeholders, AreAllFilledWhateverTheCountSays) {
   OPEN_MESSAGE<MSG_E> message(nullptr);
   message.fill_args("%1!s! %2!d! %3!d! %4!s!/EKPT_FOO", 2U, "file", 3, 4, "text");
   EXPECT_EQ(message.text(), "file 3 4 text");
 }
 
-TEST(PLACEHOLDERS, ReachMoreArgumentsThanRegistersHold) {
+TEST(Placeholders, ReachMoreArgumentsThanRegistersHold) {
   EXPECT_EQ(filled("%1!d!%2!d!%3!d!%4!d!%5!d!%6!s!%7!d!%8!s!%9!d!%10!s!", 1, 2, 3, 4, 5, "6", 7, "8", 9, "10"),
             "12345678910");
 }
 
-TEST(PLACEHOLDERS, ReadANullStringAsEmpty) {
+TEST(Placeholders, ReadANullStringAsEmpty) {
   const char* const none = nullptr;
   EXPECT_EQ(filled("<%1!s!>", none), "<>");
 }
 
-TEST(PLACEHOLDERS, CopyWhatIsNoPlaceholder) {
+TEST(Placeholders, CopyWhatIsNoPlaceholder) {
   EXPECT_EQ(filled("100% %s %1!x! %0!s! %1!s %!s! %100!s! %-1!d! %99999999999!s! %"),
             "100% %s %1!x! %0!s! %1!s %!s! %100!s! %-1!d! %99999999999!s! %");
 }
 
-TEST(PLACEHOLDERS, StopAtAnArgumentThatNoneNames) { EXPECT_EQ(filled("%1!d! %3!s!", 1, 2, "3"), "1 %3!s!"); }
+TEST(Placeholders, StopAtAnArgumentThatNoneNames) { EXPECT_EQ(filled("%1!d! %3!s!", 1, 2, "3"), "1 %3!s!"); }
 
-TEST(PLACEHOLDERS, KeepTheFirstKindOfAnArgument) { EXPECT_EQ(filled("%1!d! %1!s!", 1), "1 %1!s!"); }
+TEST(Placeholders, KeepTheFirstKindOfAnArgument) { EXPECT_EQ(filled("%1!d! %1!s!", 1), "1 %1!s!"); }
 
-TEST(PLACEHOLDERS, AreNotLookedForInArguments) { EXPECT_EQ(filled("%1!s! %2!d!", "%2!d!", 5), "%2!d! 5"); }
+TEST(Placeholders, AreNotLookedForInArguments) { EXPECT_EQ(filled("%1!s! %2!d!", "%2!d!", 5), "%2!d! 5"); }
 
-TEST(IDENTIFIER, LeavesTheTextAndBecomesTheTag) {
+TEST(Identifier, LeavesTheTextAndBecomesTheTag) {
   EXPECT_EQ(filled("text/EKPT_FOO"), "text");
   EXPECT_EQ(tag_of("text/EKPT_FOO"), "EKPT_FOO");
 }
 
-TEST(IDENTIFIER, FollowsTheLastSlashOfTheText) {
+TEST(Identifier, FollowsTheLastSlashOfTheText) {
   EXPECT_EQ(filled("and/or/EKPT_FOO"), "and/or");
   EXPECT_EQ(filled("in %1!s!/EKPT_FOO", "/tmp/file"), "in /tmp/file");
   EXPECT_EQ(filled("no identifier in %1!s!", "/tmp/file"), "no identifier in /tmp/file");
 }
 
-TEST(IDENTIFIER, IsNoOtherText) {
+TEST(Identifier, IsNoOtherText) {
   EXPECT_EQ(filled("%1!s!/%2!s!", "a", "b"), "a/b");
   EXPECT_EQ(filled("ends in /"), "ends in /");
   EXPECT_EQ(tag_of("no identifier"), "");
 }
 
-TEST(IDENTIFIER, GivesWayToATagThatWasSet) {
+TEST(Identifier, GivesWayToATagThatWasSet) {
   OPEN_MESSAGE<MSG_E> message(nullptr);
   message.set_tag("KPT");
   message.fill_args("text/EKPT_FOO", 0U);
@@ -112,21 +112,21 @@ TEST(IDENTIFIER, GivesWayToATagThatWasSet) {
   EXPECT_EQ(message.text(), "text");
 }
 
-TEST(MESSAGE, PrintfFormatNamesNoIdentifier) {
+TEST(Message, PrintfFormatNamesNoIdentifier) {
   OPEN_MESSAGE<MSG_D> message(nullptr);
   fill(message, "%s/%d %%", "a", 5);
   EXPECT_EQ(message.text(), "a/5 %");
   EXPECT_EQ(message.tag(), "");
 }
 
-TEST(MESSAGE, TextsHaveNoLongestLength) {
+TEST(Message, TextsHaveNoLongestLength) {
   OPEN_MESSAGE<MSG_D> message(nullptr);
   const std::string text(100000, 'x');
   fill(message, "%s", text.c_str());
   EXPECT_EQ(message.text(), text);
 }
 
-TEST(MESSAGE, MemoryIsZeroFilled) {
+TEST(Message, MemoryIsZeroFilled) {
   constexpr std::size_t SIZE = 256;
   auto* const memory = static_cast<unsigned char*>(MSG_BASE::operator new(SIZE));
   for (std::size_t k = 0; k < SIZE; ++k) {
@@ -136,7 +136,7 @@ TEST(MESSAGE, MemoryIsZeroFilled) {
   MSG_BASE::operator delete(nullptr);
 }
 
-TEST(MESSAGE, ErrorGoesToTheErrorSink) {
+TEST(Message, ErrorGoesToTheErrorSink) {
   const kpt_test::HOST_LINES lines;
   MSG_BASE* const message = new MSG_E(nullptr);
   message->fill_args("\"%1!s!\" is missing/EKPT_FOO", 1U, "a/b");
@@ -147,7 +147,7 @@ TEST(MESSAGE, ErrorGoesToTheErrorSink) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-TEST(MESSAGE, DebugGoesToTheDebugSink) {
+TEST(Message, DebugGoesToTheDebugSink) {
   const kpt_test::HOST_LINES lines;
   MSG_D message(nullptr);
   fill(message, "%d maps", 3);
@@ -158,7 +158,7 @@ TEST(MESSAGE, DebugGoesToTheDebugSink) {
   EXPECT_THAT(lines.errors(), IsEmpty());
 }
 
-TEST(MESSAGE, DebugIsDroppedWhenDebugIsOff) {
+TEST(Message, DebugIsDroppedWhenDebugIsOff) {
   const kpt_test::HOST_LINES lines;
   kpt_host::set_debug(false);
   MSG_D message(nullptr);
@@ -167,7 +167,7 @@ TEST(MESSAGE, DebugIsDroppedWhenDebugIsOff) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-TEST(MESSAGE, PostedTwiceIsHandedOnTwice) {
+TEST(Message, PostedTwiceIsHandedOnTwice) {
   const kpt_test::HOST_LINES lines;
   MSG_E message(nullptr);
   message.fill_args("text/EKPT_FOO", 0U);
@@ -176,7 +176,7 @@ TEST(MESSAGE, PostedTwiceIsHandedOnTwice) {
   EXPECT_THAT(lines.errors(), ElementsAre("text", "text"));
 }
 
-TEST(DEBUG_LINE, SaysWhetherItWasHandedOn) {
+TEST(DebugLine, SaysWhetherItWasHandedOn) {
   kpt_test::HOST_LINES lines;
   EXPECT_TRUE(debug_line("%s %d", "a", 1));
   kpt_host::set_debug(false);
@@ -186,7 +186,7 @@ TEST(DEBUG_LINE, SaysWhetherItWasHandedOn) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-TEST(DEBUG_LINE, ASinkMayReplaceItself) {
+TEST(DebugLine, ASinkMayReplaceItself) {
   kpt_test::HOST_LINES lines;
   kpt_host::set_debug_sink([&lines](const char*, const char*) {
     kpt_host::set_debug_sink([](const char*, const char*) {});
@@ -196,7 +196,7 @@ TEST(DEBUG_LINE, ASinkMayReplaceItself) {
   EXPECT_TRUE(debug_line("second"));
 }
 
-TEST(INTERNAL_ERROR, IsHandedOnWhole) {
+TEST(InternalError, IsHandedOnWhole) {
   const kpt_test::HOST_LINES lines;
   MSG_INTERNAL_ERROR::report("a != b", "KPT", "file.cpp", 12);
   ASSERT_EQ(lines.internal_errors().size(), 1U);
@@ -207,7 +207,7 @@ TEST(INTERNAL_ERROR, IsHandedOnWhole) {
   EXPECT_EQ(error.line, 12);
 }
 
-TEST(DEFAULT_SINKS, PrintToStandardError) {
+TEST(DefaultSinks, PrintToStandardError) {
   testing::internal::CaptureStderr();
   kpt_host::set_debug(true);
   debug_line("TIME: %d", 5);
@@ -222,7 +222,7 @@ TEST(DEFAULT_SINKS, PrintToStandardError) {
             "Error: KPT: internal error: a != b (file.cpp:12)\n");
 }
 
-TEST(SEVERITY, NamesAreIndexedByTheEnum) {
+TEST(Severity, NamesAreIndexedByTheEnum) {
   EXPECT_STREQ(MSG_SEVERITY_NAMES[MSG_SEVERITY_ERROR], "Error");
   EXPECT_STREQ(MSG_SEVERITY_NAMES[MSG_SEVERITY_INFO], "Info");
   EXPECT_STREQ(MSG_SEVERITY_NAMES[MSG_SEVERITY_WARNING], "Warning");

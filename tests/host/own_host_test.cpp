@@ -18,7 +18,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::StartsWith;
 
-class OWN_HOST : public testing::Test {
+class OwnHost : public testing::Test {
  protected:
   void SetUp() override {
     record().debug_lines.clear();
@@ -58,9 +58,9 @@ std::string write_file(const char* name, const char* text) {
   return path;
 }
 
-TEST_F(OWN_HOST, KnowsTheLibrary) { EXPECT_THAT(record().libraries, ElementsAre("KPT")); }
+TEST_F(OwnHost, KnowsTheLibrary) { EXPECT_THAT(record().libraries, ElementsAre("KPT")); }
 
-TEST_F(OWN_HOST, ServesMemory) {
+TEST_F(OwnHost, ServesTheMemoryOfADatabase) {
   const long before = record().live_blocks;
   new_db("memory");
   EXPECT_GT(record().live_blocks, before);
@@ -69,7 +69,7 @@ TEST_F(OWN_HOST, ServesMemory) {
   EXPECT_THAT(record().freeing_tags, ElementsAre("KPT"));
 }
 
-TEST_F(OWN_HOST, SeesTrackersBoundToTheirTypes) {
+TEST_F(OwnHost, SeesTrackersBoundToTheirTypes) {
   new_db("trackers");
   EXPECT_FALSE(record().unbound_tracker);
   EXPECT_GT(record().trackers.size(), 1U);
@@ -82,19 +82,19 @@ TEST_F(OWN_HOST, SeesTrackersBoundToTheirTypes) {
   manager().destroy_keypoints_db("trackers");
 }
 
-TEST_F(OWN_HOST, HearsDebugLinesUnderTheModuleTag) {
+TEST_F(OwnHost, HearsDebugLinesUnderTheModuleTag) {
   EXPECT_FALSE(manager().save_db("nowhere", "nowhere.xml"));
   EXPECT_THAT(record().debug_lines, ElementsAre("KPT: database named nowhere doesn't exist"));
 }
 
-TEST_F(OWN_HOST, DecidesWhetherADebugLineIsShown) {
+TEST_F(OwnHost, DecidesWhetherADebugLineIsShown) {
   EXPECT_TRUE(kpt_msg_debug("%s %d", "line", 1));
   record().debug = false;
   EXPECT_FALSE(kpt_msg_debug("%s %d", "line", 2));
   EXPECT_THAT(record().debug_lines, ElementsAre("KPT: line 1"));
 }
 
-TEST_F(OWN_HOST, HearsErrors) {
+TEST_F(OwnHost, HearsTheErrorsOfALoad) {
   const std::string file = write_file("own_host_broken.xml", "<kpt_db name=\"x\">\n");
   EXPECT_EQ(manager().load_db(file), nullptr);
   EXPECT_THAT(record().errors, Contains(StartsWith("EKPT_PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE: Syntax error in "
@@ -103,7 +103,7 @@ TEST_F(OWN_HOST, HearsErrors) {
   std::remove(file.c_str());
 }
 
-TEST_F(OWN_HOST, PostsMessagesOfClients) {
+TEST_F(OwnHost, PostsMessagesOfClients) {
   const std::unique_ptr<MSG_E> error(MSG_KPT::E::REGNAME_NOT_IN_T_SET("q"));
   error->post();
   const std::unique_ptr<MSG_D> debug(MSG_KPT::DEBUG_MSG("%d maps", 3));
@@ -112,27 +112,27 @@ TEST_F(OWN_HOST, PostsMessagesOfClients) {
   EXPECT_THAT(record().debug_lines, ElementsAre("KPT: 3 maps"));
 }
 
-TEST_F(OWN_HOST, GetsTheCountsOfMessagesAsTheyStand) {
+TEST_F(OwnHost, GetsTheCountsOfMessagesAsTheyStand) {
   std::unique_ptr<MSG_E> error(MSG_KPT::E::REGNAME_NOT_IN_T_SET("q"));
   EXPECT_THAT(record().argument_counts, ElementsAre(1U));
   error.reset(MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE("f", 1, 2, "t"));
   EXPECT_THAT(record().argument_counts, ElementsAre(1U, 2U));
 }
 
-TEST_F(OWN_HOST, ChoosesWhereMessagesGo) {
+TEST_F(OwnHost, ChoosesWhereMessagesGo) {
   delete MSG_KPT::E::REGNAME_NOT_IN_T_SET("q");
   delete MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE("f", 1, 2, "t");
   delete MSG_KPT::DEBUG_MSG("d");
   EXPECT_THAT(record().reports, ElementsAre(nullptr));
 }
 
-TEST_F(OWN_HOST, MayHearWhatADebugMessageIsFiledUnder) {
+TEST_F(OwnHost, MayHearWhatADebugMessageIsFiledUnder) {
   own_host::hear_debug_messages();
   const std::unique_ptr<MSG_D> debug(MSG_KPT::DEBUG_MSG("%d maps", 3));
   EXPECT_THAT(record().tags, ElementsAre("KPT"));
 }
 
-TEST_F(OWN_HOST, ChangesTheSeparatorsOfASharesPathBeforeItMakesThePathFull) {
+TEST_F(OwnHost, ChangesTheSeparatorsOfASharesPathBeforeItMakesThePathFull) {
   const std::string file = write_file("own_host_share.xml", "<kpt_db name=\"share\"/>\n");
   EXPECT_NE(manager().load_db("/" + file), nullptr);
   EXPECT_THAT(record().path_calls, ElementsAre("change: /" + file, "full: /" + file));
@@ -141,7 +141,7 @@ TEST_F(OWN_HOST, ChangesTheSeparatorsOfASharesPathBeforeItMakesThePathFull) {
 }
 
 // Every look at the clock moves it on by one.
-TEST_F(OWN_HOST, TimesTheLoopsOfAUnionFromTheirStartAndTheUnionAsAWhole) {
+TEST_F(OwnHost, TimesTheLoopsOfAUnionFromTheirStartAndTheUnionAsAWhole) {
   KPT_KEYPOINTS_DB& first = new_db("first");
   KPT_KEYPOINTS_DB& second = new_db("second");
   record().debug_lines.clear();
@@ -152,7 +152,7 @@ TEST_F(OWN_HOST, TimesTheLoopsOfAUnionFromTheirStartAndTheUnionAsAWhole) {
   manager().destroy_keypoints_db("second");
 }
 
-TEST_F(OWN_HOST, TimesEachChildOfTheRootInALoad) {
+TEST_F(OwnHost, TimesEachChildOfTheRootInALoad) {
   const std::string file = testing::TempDir() + "own_host_times.xml";
   new_db("times").save(file);
   manager().destroy_keypoints_db("times");
@@ -164,7 +164,7 @@ TEST_F(OWN_HOST, TimesEachChildOfTheRootInALoad) {
   std::remove(file.c_str());
 }
 
-TEST_F(OWN_HOST, HearsInternalErrors) {
+TEST_F(OwnHost, HearsInternalErrors) {
   const std::string file = write_file("own_host_child.xml", "<kpt_db name=\"child\"><stranger/></kpt_db>\n");
   manager().load_db(file);
   EXPECT_THAT(record().internal_errors, Contains(StartsWith("KPT: ")));
@@ -172,7 +172,7 @@ TEST_F(OWN_HOST, HearsInternalErrors) {
   std::remove(file.c_str());
 }
 
-TEST_F(OWN_HOST, IsAskedForSwitchesInAUnion) {
+TEST_F(OwnHost, IsAskedForSwitchesInAUnion) {
   new_db("first").unite(new_db("second"));
   EXPECT_THAT(record().switches, Contains("kpt_add_unmatched_transformations"));
   EXPECT_THAT(record().debug_lines, Contains("KPT: TIME: Start unite at : today"));

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* KEY = "kpt_test_switch";
 constexpr const char* VARIABLE = "KPT_SWITCH_kpt_test_switch";
 
-class SWITCHES : public testing::Test {
+class Switches : public testing::Test {
  protected:
   void TearDown() override {
     kpt_host::clear_switches();
@@ -20,13 +20,13 @@ class SWITCHES : public testing::Test {
 
 void set_variable(const char* value) { ASSERT_EQ(setenv(VARIABLE, value, 1), 0); }
 
-TEST_F(SWITCHES, FallBackToTheDefault) {
+TEST_F(Switches, FallBackToTheDefault) {
   EXPECT_FALSE(cfg_is_on(KEY, false));
   EXPECT_TRUE(cfg_is_on(KEY, true));
   EXPECT_TRUE(cfg_is_on(nullptr, true));
 }
 
-TEST_F(SWITCHES, AreSetByCall) {
+TEST_F(Switches, AreSetByCall) {
   kpt_host::set_switch(KEY, true);
   EXPECT_TRUE(cfg_is_on(KEY, false));
   EXPECT_FALSE(cfg_is_on("kpt_test_other", false));
@@ -34,7 +34,7 @@ TEST_F(SWITCHES, AreSetByCall) {
   EXPECT_FALSE(cfg_is_on(KEY, true));
 }
 
-TEST_F(SWITCHES, AreSetByTheEnvironment) {
+TEST_F(Switches, AreSetByTheEnvironment) {
   for (const char* const word : {"1", "on", "true", "yes"}) {
     set_variable(word);
     EXPECT_TRUE(cfg_is_on(KEY, false)) << word;
@@ -45,7 +45,7 @@ TEST_F(SWITCHES, AreSetByTheEnvironment) {
   }
 }
 
-TEST_F(SWITCHES, AreNotSetByOtherWords) {
+TEST_F(Switches, AreNotSetByOtherWords) {
   for (const char* const word : {"", "2", "ON", "maybe"}) {
     set_variable(word);
     EXPECT_TRUE(cfg_is_on(KEY, true)) << word;
@@ -53,7 +53,7 @@ TEST_F(SWITCHES, AreNotSetByOtherWords) {
   }
 }
 
-TEST_F(SWITCHES, FollowCallsOverTheEnvironment) {
+TEST_F(Switches, FollowCallsOverTheEnvironment) {
   set_variable("1");
   kpt_host::set_switch(KEY, false);
   EXPECT_FALSE(cfg_is_on(KEY, true));

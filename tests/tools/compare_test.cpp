@@ -8,13 +8,13 @@ namespace {
 using testing::HasSubstr;
 using JSON = nlohmann::json;
 
-class DIFF : public TOOL_TEST {};
+class Diff : public TOOL_TEST {};
 
 std::string associate(const std::string& r, const std::string& t) {
   return R"({"event":"associate","reference":")" + r + R"(","transformed":")" + t + "\"}\n";
 }
 
-TEST_F(DIFF, finds_nothing_between_a_database_and_itself) {
+TEST_F(Diff, FindsNothingBetweenADatabaseAndItself) {
   record("a.xml", DESIGN);
   record("b.xml", DESIGN);
   EXPECT_EQ(good({"diff", "a.xml", "b.xml"}), "");
@@ -22,7 +22,7 @@ TEST_F(DIFF, finds_nothing_between_a_database_and_itself) {
 }
 
 // Ids, order and orientation are text, not facts.
-TEST_F(DIFF, goes_by_facts) {
+TEST_F(Diff, GoesByFacts) {
   record("a.xml",
          associate("a", "x") + associate("b", "y") +
              R"({"event":"associate_fsm","reference":["p","q"],"transformed":["s"],"states":[["01","1"],["00","0"]]})");
@@ -33,7 +33,7 @@ TEST_F(DIFF, goes_by_facts) {
   EXPECT_EQ(good({"diff", "a.xml", "b.xml"}), "");
 }
 
-TEST_F(DIFF, tells_every_difference) {
+TEST_F(Diff, TellsEveryDifference) {
   record("a.xml", associate("a", "x") + associate("b", "y") + associate("c", "z"));
   record("b.xml", associate("a", "x") + associate("b", "z") + associate("d", "y"));
   const RUN_RESULT result = kptdb({"diff", "a.xml", "b.xml"});
@@ -47,7 +47,7 @@ TEST_F(DIFF, tells_every_difference) {
             "~ transformed register z: 1:1 with c -> 1:1 with b\n");
 }
 
-TEST_F(DIFF, sees_eliminations_polarity_and_states) {
+TEST_F(Diff, SeesEliminationsPolarityAndStates) {
   const std::string fsm =
       R"({"event":"associate_fsm","reference":["p"],"transformed":["s"],"states":[["0","0"],["1","1"]]})"
       "\n";
@@ -69,14 +69,14 @@ TEST_F(DIFF, sees_eliminations_polarity_and_states) {
   EXPECT_EQ(json["differences"][0]["second"]["elimination"], "no_fanout");
 }
 
-TEST_F(DIFF, names_the_file_it_cannot_read) {
+TEST_F(Diff, NamesTheFileItCannotRead) {
   record("a.xml", DESIGN);
   const RUN_RESULT result = kptdb({"diff", "a.xml", "missing.xml"});
   EXPECT_EQ(result.exit_code, 3);
   EXPECT_EQ(result.err, "kptdb: missing.xml: No such file or directory\n");
 }
 
-class CHECK : public TOOL_TEST {
+class Check : public TOOL_TEST {
  protected:
   // Records the design, changes its text, and checks that.
   RUN_RESULT check_changed(const std::string& from, const std::string& to) const {
@@ -95,13 +95,13 @@ class CHECK : public TOOL_TEST {
   }
 };
 
-TEST_F(CHECK, has_nothing_against_a_good_file) {
+TEST_F(Check, HasNothingAgainstAGoodFile) {
   record("d.xml", DESIGN);
   EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
   EXPECT_EQ(JSON::parse(good({"check", "d.xml", "--json"})), JSON::parse(R"({"findings":[]})"));
 }
 
-TEST_F(CHECK, finds_what_is_wrong_with_ids) {
+TEST_F(Check, FindsWhatIsWrongWithIds) {
   expect_finding("<kp id=\"1\">", "<kp id=\"77\">",
                  "error [id-unresolved] no reference register has the id 77 that is listed here\n");
   expect_finding("<kp id=\"1\">", "<kp id=\"one\">", "error [id-invalid] \"one\" is not an id\n");
@@ -110,13 +110,16 @@ TEST_F(CHECK, finds_what_is_wrong_with_ids) {
                  "d.xml:6: error [id-duplicate] reference id 0 is taken since line 3\n");
 }
 
-TEST_F(CHECK, finds_names_that_are_taken_or_empty) {
+TEST_F(Check, FindsNamesThatCannotBeReadBack) {
+  expect_finding("<name>carry<", "<name>car&lt;ry<",
+                 "error [name-unreadable] the register's name \"car<ry\" cannot be read back once it is saved\n");
   expect_finding("<name>carry<", "<name>zero<",
                  "error [name-duplicate] reference register zero takes the place of an earlier one\n");
   expect_finding("<name>carry<", "<name><", "warning [name-empty] the register's name is empty\n");
+  expect_finding("<entity>u1<", "<entity>&amp;<", "the entity \"&\" cannot be read back");
 }
 
-TEST_F(CHECK, finds_registers_without_a_map_and_maps_without_registers) {
+TEST_F(Check, FindsRegistersWithoutAMapAndMapsWithoutRegisters) {
   expect_finding("</key_points_set>",
                  "<key_point id=\"90\" type=\"register\"><name>lost</name></key_point></key_points_set>",
                  "warning [register-unmapped] reference register lost has no map\n");
@@ -127,7 +130,7 @@ TEST_F(CHECK, finds_registers_without_a_map_and_maps_without_registers) {
   expect_finding("<kp id=\"1\">", "<kp id=\"0\">", "[register-repeated] reference register count[0] is listed 2 times");
 }
 
-TEST_F(CHECK, finds_what_is_wrong_with_tables) {
+TEST_F(Check, FindsWhatIsWrongWithTables) {
   expect_finding("num_reference_registers=\"2\"", "num_reference_registers=\"3\"",
                  "error [table-width] the state table has 3 columns for 2 indices of its reference side\n");
   expect_finding("num_states=\"3\"", "num_states=\"2\"",
@@ -136,7 +139,7 @@ TEST_F(CHECK, finds_what_is_wrong_with_tables) {
   expect_finding("num_states=\"3\"", "num_states=\"0\"", "[table-empty]");
 }
 
-TEST_F(CHECK, finds_tables_that_are_not_canonical) {
+TEST_F(Check, FindsTablesThatAreNotCanonical) {
   record("d.xml",
          R"({"event":"associate_fsm","reference":["p"],"transformed":["s","t"],"states":[["0","01"],["1","10"]]})");
   const RUN_RESULT result = kptdb({"check", "d.xml"});
@@ -145,7 +148,7 @@ TEST_F(CHECK, finds_tables_that_are_not_canonical) {
                                     "equal or opposite in every state\n"));
 }
 
-TEST_F(CHECK, finds_what_a_load_passes_over) {
+TEST_F(Check, FindsWhatALoadPassesOver) {
   expect_finding("type=\"register\"", "type=\"keypoint\"",
                  "d.xml:3: warning [keypoint-ignored] keypoint count[0] is not read");
   expect_finding("elim_type=\"stuck_at_zero\"", "elim_type=\"bored\"",
@@ -154,7 +157,7 @@ TEST_F(CHECK, finds_what_a_load_passes_over) {
                  "error [element-unexpected] element note does not belong here\n");
 }
 
-TEST_F(CHECK, counts_lines_past_comments_and_quotes) {
+TEST_F(Check, CountsLinesPastCommentsAndQuotes) {
   const RUN_RESULT result =
       check_changed("<key_points_set type=\"reference\">\n",
                     "<!-- one\ntwo <key_point> -->\n<key_points_set type=\"reference\">\n"
@@ -162,7 +165,7 @@ TEST_F(CHECK, counts_lines_past_comments_and_quotes) {
   EXPECT_THAT(result.out, HasSubstr("d.xml:6: error [id-duplicate] reference id 0 is taken since line 5\n"));
 }
 
-TEST_F(CHECK, gives_findings_as_json) {
+TEST_F(Check, GivesFindingsAsJson) {
   record("d.xml", DESIGN);
   std::string text = read("d.xml");
   write("d.xml", text.replace(text.find("<kp id=\"1\">"), 10, "<kp id=\"77\""));

@@ -7,7 +7,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-class HOSTILE : public TOOL_TEST {
+class Hostile : public TOOL_TEST {
  protected:
   // Every command that reads a database answers with the same code and names the file.
   void expect_unreadable(const std::string& message) const {
@@ -18,7 +18,8 @@ class HOSTILE : public TOOL_TEST {
                                                {"diff", "x.xml", "x.xml"},
                                                {"check", "x.xml"},
                                                {"unite", "x.xml", "x.xml", "-o", "out"},
-                                               {"export", "x.xml", "--json", "-o", "out"}}) {
+                                               {"export", "x.xml", "--json", "-o", "out"},
+                                               {"report", "x.xml", "-o", "out"}}) {
       const RUN_RESULT result = kptdb(command);
       EXPECT_EQ(result.exit_code, 3) << command.front() << ": " << result.err;
       EXPECT_EQ(result.out, "") << command.front();
@@ -37,7 +38,7 @@ class HOSTILE : public TOOL_TEST {
   }
 };
 
-TEST_F(HOSTILE, missing) {
+TEST_F(Hostile, AMissingFileIsNamed) {
   for (const char* command : {"info", "list", "check"}) {
     const RUN_RESULT result = kptdb({command, "x.xml"});
     EXPECT_EQ(result.exit_code, 3);
@@ -45,24 +46,24 @@ TEST_F(HOSTILE, missing) {
   }
 }
 
-TEST_F(HOSTILE, directory) {
+TEST_F(Hostile, ADirectoryIsRefused) {
   std::filesystem::create_directory(folder() / "x.xml");
   expect_unreadable("x.xml: a directory");
 }
 
-TEST_F(HOSTILE, empty) {
+TEST_F(Hostile, AnEmptyFileIsRefused) {
   write("x.xml", "");
   expect_unreadable("x.xml:1: the file is empty");
 }
 
-TEST_F(HOSTILE, binary) {
+TEST_F(Hostile, ABinaryFileIsASyntaxError) {
   write("x.xml", std::string("\x7f"
                              "ELF\x00\x01\x02\xff\xfe<kpt_db>",
                              17));
   expect_unreadable("line number 1");
 }
 
-TEST_F(HOSTILE, truncated_anywhere) {
+TEST_F(Hostile, AFileCutShortAnywhereIsASyntaxError) {
   const std::string text = database();
   for (std::size_t size = 1; size + 2 < text.size(); size += text.size() / 23) {
     write("x.xml", text.substr(0, size));
@@ -72,7 +73,7 @@ TEST_F(HOSTILE, truncated_anywhere) {
   }
 }
 
-TEST_F(HOSTILE, bytes_changed_anywhere) {
+TEST_F(Hostile, AFileWithAByteChangedAnywhereIsReadOrRefused) {
   const std::string text = database();
   for (std::size_t at = 3; at < text.size(); at += text.size() / 29) {
     std::string changed = text;
@@ -85,23 +86,23 @@ TEST_F(HOSTILE, bytes_changed_anywhere) {
   }
 }
 
-TEST_F(HOSTILE, another_kind_of_document) {
+TEST_F(Hostile, AnotherKindOfDocumentIsRefused) {
   write("x.xml", "<html name=\"page\"><body/></html>\n");
   expect_unreadable("x.xml:1: not a keypoint database");
 }
 
-TEST_F(HOSTILE, without_a_name) {
+TEST_F(Hostile, ADatabaseWithoutANameIsRefused) {
   write("x.xml", with("<kpt_db name=\"design\">", "<kpt_db>"));
   expect_unreadable("x.xml:1: the database has no name");
 }
 
-TEST_F(HOSTILE, something_behind_the_transformations) {
+TEST_F(Hostile, SomethingBehindTheTransformationsIsRefused) {
   write("x.xml", with("</kpt_db>", "<more/></kpt_db>"));
   expect_unreadable("something follows the transformations");
 }
 
 // The library reads such an element as transformations, and goes on; so does the tool, and says so.
-TEST_F(HOSTILE, unexpected_element) {
+TEST_F(Hostile, AnUnexpectedElementIsReadAsTransformationsWithAWarning) {
   std::string text = with("<transformations_set>", "<maps>");
   write("x.xml", text.replace(text.find("</transformations_set>"), 22, "</maps>"));
   const RUN_RESULT result = kptdb({"info", "x.xml"});
@@ -110,27 +111,27 @@ TEST_F(HOSTILE, unexpected_element) {
   EXPECT_THAT(kptdb({"check", "x.xml"}).out, HasSubstr("error [element-unexpected] element maps"));
 }
 
-TEST_F(HOSTILE, unexpected_element_in_between) {
+TEST_F(Hostile, AnUnexpectedElementBeforeTheRegistersIsRefusedWithItsLine) {
   write("x.xml", with("<key_points_set type=\"reference\">", "<stranger/>\n<key_points_set type=\"reference\">"));
   const RUN_RESULT result = kptdb({"info", "x.xml"});
   EXPECT_EQ(result.exit_code, 3);
   EXPECT_THAT(result.err, HasSubstr("kptdb: x.xml:2: something follows the transformations\n"));
 }
 
-TEST_F(HOSTILE, unescaped_name) {
+TEST_F(Hostile, AnUnescapedNameIsASyntaxError) {
   write("x.xml", with("<name>carry", "<name>car<ry"));
   expect_unreadable("line number");
 }
 
 // The claim is refused before memory is given for it.
-TEST_F(HOSTILE, tables_of_a_size_that_no_file_can_list) {
+TEST_F(Hostile, TablesOfASizeThatNoFileCanListAreRefused) {
   write("x.xml", with("num_states=\"3\" num_reference_registers=\"2\"",
                       "num_states=\"65535\" num_reference_registers=\"65535\""));
   expect_unreadable("the state tables claim 4295032830 entries");
   EXPECT_THAT(kptdb({"info", "x.xml"}).err, testing::ContainsRegex("x.xml:[0-9][0-9]+: the state tables"));
 }
 
-TEST_F(HOSTILE, ids_beyond_all_numbers) {
+TEST_F(Hostile, IdsBeyondAllNumbersAreReadAndObjectedTo) {
   write("x.xml", with("<key_point id=\"0\"", "<key_point id=\"99999999999999999999\""));
   EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 0);
   EXPECT_EQ(kptdb({"check", "x.xml"}).exit_code, 1);
@@ -138,7 +139,7 @@ TEST_F(HOSTILE, ids_beyond_all_numbers) {
   EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 0);
 }
 
-TEST_F(HOSTILE, entities_that_grow) {
+TEST_F(Hostile, EntitiesThatGrowAreRefused) {
   write("x.xml",
         "<!DOCTYPE kpt_db [<!ENTITY a \"aaaaaaaaaaaaaaaaaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
         "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">"
@@ -148,12 +149,12 @@ TEST_F(HOSTILE, entities_that_grow) {
   EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 3);
 }
 
-TEST_F(HOSTILE, files_outside_are_not_read) {
+TEST_F(Hostile, FilesOutsideAreNotRead) {
   write("x.xml", "<!DOCTYPE kpt_db [<!ENTITY a SYSTEM \"file:///etc/passwd\">]><kpt_db name=\"&a;\"/>");
   EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 3);
 }
 
-TEST_F(HOSTILE, another_encoding) {
+TEST_F(Hostile, AnotherEncodingIsRead) {
   const std::string text = database();
   std::string wide("\xFF\xFE", 2);
   for (const char c : text) {
@@ -167,7 +168,7 @@ TEST_F(HOSTILE, another_encoding) {
   EXPECT_THAT(result.out, HasSubstr("x.xml:1: warning [lines-unknown]"));
 }
 
-TEST_F(HOSTILE, names_that_would_steer_a_terminal) {
+TEST_F(Hostile, NamesThatWouldSteerATerminalAreShownEscaped) {
   write("x.xml", with("<name>carry<", "<name>c&#9;&#10;\xC3\xA9<"));
   const RUN_RESULT result = kptdb({"list", "x.xml"});
   EXPECT_EQ(result.exit_code, 0);
@@ -177,7 +178,7 @@ TEST_F(HOSTILE, names_that_would_steer_a_terminal) {
   EXPECT_FALSE(exists("out"));
 }
 
-TEST_F(HOSTILE, deep_nesting) {
+TEST_F(Hostile, DeepNestingEndsWithoutACrash) {
   std::string text = "<kpt_db name=\"x\"><key_points_set>";
   const int depth = 20000;
   for (int k = 0; k < depth; ++k) {
@@ -190,7 +191,7 @@ TEST_F(HOSTILE, deep_nesting) {
   EXPECT_THAT(kptdb({"check", "x.xml"}).exit_code, testing::AnyOf(0, 1, 3));
 }
 
-TEST_F(HOSTILE, device) {
+TEST_F(Hostile, ADeviceIsRefused) {
   const RUN_RESULT result = kptdb({"info", "/dev/zero"});
   EXPECT_EQ(result.exit_code, 3);
   EXPECT_THAT(result.err, StartsWith("kptdb: /dev/zero: not a regular file"));

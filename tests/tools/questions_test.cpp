@@ -10,7 +10,7 @@ using testing::HasSubstr;
 using testing::Not;
 using JSON = nlohmann::json;
 
-class QUESTIONS : public TOOL_TEST {
+class Questions : public TOOL_TEST {
  protected:
   void SetUp() override { record("d.xml", DESIGN); }
   JSON json(std::vector<std::string> arguments) const {
@@ -20,7 +20,7 @@ class QUESTIONS : public TOOL_TEST {
   JSON answer(const std::string& name) const { return json({"show", "d.xml", name})["registers"][0]; }
 };
 
-TEST_F(QUESTIONS, info_counts_registers_maps_and_answers) {
+TEST_F(Questions, InfoCountsRegistersMapsAndAnswers) {
   const JSON info = json({"info", "d.xml"});
   EXPECT_EQ(info["name"], "design");
   EXPECT_EQ(info["registers"]["reference"], JSON::parse(R"({"signals":7,"instances":1})"));
@@ -36,7 +36,7 @@ TEST_F(QUESTIONS, info_counts_registers_maps_and_answers) {
   EXPECT_FALSE(info.contains("memory"));
 }
 
-TEST_F(QUESTIONS, info_is_a_table_for_people) {
+TEST_F(Questions, InfoIsATableForPeople) {
   const std::string text = good({"info", "d.xml"});
   EXPECT_THAT(text, HasSubstr("database design\n"));
   EXPECT_THAT(text, ContainsRegex("reference +7 +1 +8\n"));
@@ -45,7 +45,7 @@ TEST_F(QUESTIONS, info_is_a_table_for_people) {
   EXPECT_THAT(text, Not(HasSubstr("peak")));
 }
 
-TEST_F(QUESTIONS, info_shows_memory_by_type) {
+TEST_F(Questions, InfoShowsMemoryByType) {
   EXPECT_THAT(good({"info", "d.xml", "--memory"}), HasSubstr("peak bytes"));
   const JSON memory = json({"info", "d.xml", "--memory"})["memory"];
   ASSERT_FALSE(memory.empty());
@@ -53,12 +53,12 @@ TEST_F(QUESTIONS, info_shows_memory_by_type) {
   EXPECT_GE(memory[0]["peak_bytes"], memory[0]["live_bytes"]);
 }
 
-TEST_F(QUESTIONS, info_of_a_database_without_registers_has_no_shares) {
+TEST_F(Questions, InfoOfADatabaseWithoutRegistersHasNoShares) {
   record("empty.xml", "");
   EXPECT_THAT(good({"info", "empty.xml"}), ContainsRegex("mapped +0 +-\n"));
 }
 
-TEST_F(QUESTIONS, show_tells_of_a_replicated_and_retimed_register) {
+TEST_F(Questions, ShowTellsOfAReplicatedAndRetimedRegister) {
   const JSON count = answer("count[0]");
   EXPECT_EQ(count["side"], "reference");
   EXPECT_EQ(count["partners"], JSON::parse(R"([{"name":"count_reg[0]"}])"));
@@ -70,19 +70,19 @@ TEST_F(QUESTIONS, show_tells_of_a_replicated_and_retimed_register) {
               HasSubstr("transformed with the same value: count_reg[0]\n  transformed with the inverse: count_dup\n"));
 }
 
-TEST_F(QUESTIONS, show_tells_of_merged_registers) {
+TEST_F(Questions, ShowTellsOfMergedRegisters) {
   EXPECT_EQ(answer("carry")["equivalents"], JSON::parse(R"([{"name":"count[1]"}])"));
   EXPECT_EQ(answer("carry")["partners"], JSON::parse(R"([{"name":"count_reg[1]"}])"));
   EXPECT_THAT(good({"show", "d.xml", "carry"}), HasSubstr("kept in a group\n"));
 }
 
-TEST_F(QUESTIONS, show_tells_why_a_register_went) {
+TEST_F(Questions, ShowTellsWhyARegisterWent) {
   EXPECT_EQ(answer("zero")["status"], "eliminated");
   EXPECT_EQ(answer("zero")["map"]["elimination"], "stuck_at_zero");
   EXPECT_THAT(good({"show", "d.xml", "spare"}), HasSubstr("eliminated: no_fanout\n"));
 }
 
-TEST_F(QUESTIONS, show_has_the_state_table_as_a_table) {
+TEST_F(Questions, ShowHasTheStateTableAsATable) {
   const std::string text = good({"show", "d.xml", "state[0]"});
   EXPECT_THAT(text, HasSubstr("transformed state registers: s[0], s[1], s[2]\n"));
   EXPECT_THAT(text, HasSubstr("reference columns: state[1], state[0]\n"));
@@ -91,14 +91,14 @@ TEST_F(QUESTIONS, show_has_the_state_table_as_a_table) {
   EXPECT_EQ(answer("state[0]")["map"]["states"], JSON::parse(R"([["00","100"],["01","010"],["10","001"]])"));
 }
 
-TEST_F(QUESTIONS, show_finds_block_instances_and_both_sides) {
+TEST_F(Questions, ShowFindsBlockInstancesAndBothSides) {
   EXPECT_THAT(good({"show", "d.xml", "u1/q"}),
               HasSubstr("reference register u1/q (u1, dff), id 5\n  kept one to one\n"));
   EXPECT_EQ(json({"show", "d.xml", "u1/q"})["registers"].size(), 2U);
   EXPECT_EQ(json({"show", "d.xml", "u1/q", "--side", "transformed"})["registers"].size(), 1U);
 }
 
-TEST_F(QUESTIONS, show_names_a_register_that_is_close) {
+TEST_F(Questions, ShowNamesARegisterThatIsClose) {
   const RUN_RESULT result = kptdb({"show", "d.xml", "conut[0]"});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.out, "");
@@ -110,7 +110,7 @@ TEST_F(QUESTIONS, show_names_a_register_that_is_close) {
   EXPECT_EQ(JSON::parse(as_json.out), JSON::parse(R"({"registers":[],"close":"count[0]"})"));
 }
 
-TEST_F(QUESTIONS, list_filters) {
+TEST_F(Questions, ListFiltersBySideKindStatusAndName) {
   const auto count = [&](std::vector<std::string> filters) {
     filters.insert(filters.begin(), {"list", "d.xml"});
     return json(filters)["registers"].size();
@@ -126,19 +126,19 @@ TEST_F(QUESTIONS, list_filters) {
   EXPECT_EQ(count({"--name", "none"}), 0U);
 }
 
-TEST_F(QUESTIONS, list_is_a_table_for_people) {
+TEST_F(Questions, ListIsATableForPeople) {
   EXPECT_THAT(good({"list", "d.xml", "--name", "zero"}),
               ContainsRegex("reference +signal +eliminated +eliminated +zero +stuck_at_zero\n"));
   EXPECT_THAT(good({"list", "d.xml", "--name", "count[0]"}), HasSubstr("count_reg[0], count_dup\n"));
 }
 
-TEST_F(QUESTIONS, json_names_the_kind_of_map) {
+TEST_F(Questions, JsonNamesTheKindOfMap) {
   const JSON entry = json({"list", "d.xml", "--name", "state[1]"})["registers"][0];
   EXPECT_EQ(entry["map"], "fsm");
   EXPECT_EQ(entry["partners"].size(), 3U);
 }
 
-TEST_F(QUESTIONS, wrong_use_is_2) {
+TEST_F(Questions, WrongUseIs2) {
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{},
                                              {"forget"},
@@ -161,13 +161,13 @@ TEST_F(QUESTIONS, wrong_use_is_2) {
   }
 }
 
-TEST_F(QUESTIONS, help_and_version_are_done) {
+TEST_F(Questions, HelpAndVersionAreDone) {
   EXPECT_THAT(good({"--help"}), HasSubstr("Exit codes"));
   EXPECT_THAT(good({"record", "--help"}), HasSubstr("--keep-going"));
   EXPECT_THAT(good({"--version"}), HasSubstr("kptdb "));
 }
 
-TEST_F(QUESTIONS, says_when_standard_output_is_full) {
+TEST_F(Questions, SaysWhenStandardOutputIsFull) {
   const RUN_RESULT result = shell("\"$KPTDB\" info d.xml >/dev/full");
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_THAT(result.err, HasSubstr("standard output: not written"));

@@ -23,7 +23,7 @@ std::string block(const std::string& marker) {
   return text.substr(begin, text.find("```", begin) - begin);
 }
 
-class README : public TOOL_TEST {
+class Readme : public TOOL_TEST {
  protected:
   // Every line behind "$ " is run, and what it prints has to stand below it.
   void expect_session(const std::string& session) const {
@@ -46,9 +46,9 @@ class README : public TOOL_TEST {
   }
 };
 
-TEST_F(README, command_line_example) { expect_session(block("command-line example")); }
+TEST_F(Readme, TheCommandLineExamplePrintsWhatItSays) { expect_session(block("command-line example")); }
 
-TEST_F(README, library_session) {
+TEST_F(Readme, TheLibrarySessionPrintsWhatItSays) {
   const RUN_RESULT result = shell("'" KPT_SOURCES "/examples/session' \"$KPTDB\" .");
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.out + result.err, block("library session"));

@@ -14,9 +14,9 @@ std::string associate(const std::string& r, const std::string& t) {
   return R"({"event":"associate","reference":")" + r + R"(","transformed":")" + t + "\"}\n";
 }
 
-class UNITE : public TOOL_TEST {};
+class Unite : public TOOL_TEST {};
 
-TEST_F(UNITE, spans_all_stages) {
+TEST_F(Unite, SpansAllStages) {
   record("1.xml", associate("a", "b"));
   record("2.xml", associate("b", "c"));
   record("3.xml", associate("c", "d"));
@@ -26,7 +26,7 @@ TEST_F(UNITE, spans_all_stages) {
   EXPECT_EQ(good({"check", "all.xml"}), "all.xml: nothing to object to\n");
 }
 
-TEST_F(UNITE, says_so_as_json) {
+TEST_F(Unite, SaysSoAsJson) {
   record("1.xml", associate("a", "b"));
   record("2.xml", associate("b", "c"));
   EXPECT_EQ(JSON::parse(good({"unite", "1.xml", "2.xml", "-o", "all.xml", "--json"})),
@@ -35,7 +35,7 @@ TEST_F(UNITE, says_so_as_json) {
 
 // Registers that only the second stage knows get ids of their own: a file tells registers apart
 // by nothing else.
-TEST_F(UNITE, gives_new_registers_new_ids) {
+TEST_F(Unite, GivesNewRegistersNewIds) {
   record("1.xml", associate("a", "b") + associate("p", "q"));
   record("2.xml", associate("b", "c") + associate("new1", "n1") + associate("new2", "n2"));
   good({"unite", "1.xml", "2.xml", "-o", "all.xml"});
@@ -44,14 +44,14 @@ TEST_F(UNITE, gives_new_registers_new_ids) {
   EXPECT_THAT(good({"show", "all.xml", "p"}), HasSubstr("same value: q\n"));
 }
 
-TEST_F(UNITE, may_write_over_a_stage) {
+TEST_F(Unite, MayWriteOverAStage) {
   record("1.xml", associate("a", "b"));
   record("2.xml", associate("b", "c"));
   good({"unite", "1.xml", "2.xml", "-o", "1.xml"});
   EXPECT_THAT(good({"show", "1.xml", "a"}), HasSubstr("same value: c\n"));
 }
 
-TEST_F(UNITE, writes_nothing_when_a_stage_cannot_be_read) {
+TEST_F(Unite, WritesNothingWhenAStageCannotBeRead) {
   record("1.xml", associate("a", "b"));
   write("2.xml", "<kpt_db name=\"x\"><key_points_set>");
   write("all.xml", "what was there");
@@ -62,7 +62,7 @@ TEST_F(UNITE, writes_nothing_when_a_stage_cannot_be_read) {
   EXPECT_THAT(names(), ElementsAre("1.xml", "2.xml", "all.xml"));
 }
 
-TEST_F(UNITE, writes_nothing_when_ids_run_out) {
+TEST_F(Unite, WritesNothingWhenIdsRunOut) {
   record("1.xml", associate("a", "b"));
   std::string text = read("1.xml");
   for (std::size_t at = 0; (at = text.find("id=\"0\"", at)) != std::string::npos;) {
@@ -76,12 +76,12 @@ TEST_F(UNITE, writes_nothing_when_ids_run_out) {
   EXPECT_FALSE(exists("all.xml"));
 }
 
-class EXPORT : public TOOL_TEST {
+class Export : public TOOL_TEST {
  protected:
   void SetUp() override { record("d.xml", DESIGN); }
 };
 
-TEST_F(EXPORT, json_has_all_facts) {
+TEST_F(Export, JsonHasAllFacts) {
   const JSON json = JSON::parse(good({"export", "d.xml", "--format", "json"}));
   EXPECT_EQ(json["name"], "design");
   EXPECT_EQ(json["registers"].size(), 15U);
@@ -90,7 +90,7 @@ TEST_F(EXPORT, json_has_all_facts) {
   EXPECT_EQ(kptdb({"export", "d.xml", "--json", "--format", "csv"}).exit_code, 2);
 }
 
-TEST_F(EXPORT, csv_has_a_row_for_every_place_and_state) {
+TEST_F(Export, CsvHasARowForEveryPlaceAndState) {
   const std::string csv = good({"export", "d.xml", "--format", "csv"});
   EXPECT_THAT(csv, testing::StartsWith("map,kind,elimination,side,index,group,id,name,register_kind,entity,type,"
                                        "reference_code,transformed_code\n"));
@@ -100,7 +100,7 @@ TEST_F(EXPORT, csv_has_a_row_for_every_place_and_state) {
   EXPECT_THAT(csv, HasSubstr("\n5,state,,,1,,,,,,,01,010\n"));
 }
 
-TEST_F(EXPORT, dot_is_a_picture_that_graphviz_reads) {
+TEST_F(Export, DotIsAPictureThatGraphvizReads) {
   good({"export", "d.xml", "--format", "dot", "-o", "d.dot"});
   EXPECT_THAT(read("d.dot"), HasSubstr("\"map 0\" -> \"t count_dup\" [style=dashed, label=inverted];"));
   const RUN_RESULT result = shell("if command -v dot >/dev/null; then dot -Tplain d.dot; else echo node; fi");
@@ -108,7 +108,7 @@ TEST_F(EXPORT, dot_is_a_picture_that_graphviz_reads) {
   EXPECT_THAT(result.out, HasSubstr("node"));
 }
 
-TEST_F(EXPORT, dot_shows_the_neighbourhood_of_a_register) {
+TEST_F(Export, DotShowsTheNeighbourhoodOfARegister) {
   const std::string dot = good({"export", "d.xml", "--format", "dot", "--around", "carry"});
   EXPECT_THAT(dot, HasSubstr("\"r carry\" [label=\"carry\", style=bold];"));
   EXPECT_THAT(dot, HasSubstr("\"r count[1]\""));
@@ -119,7 +119,7 @@ TEST_F(EXPORT, dot_shows_the_neighbourhood_of_a_register) {
 }
 
 // Most significant bit first, whatever the order of the columns.
-TEST_F(EXPORT, encfile_has_the_state_encodings) {
+TEST_F(Export, EncfileHasTheStateEncodings) {
   EXPECT_EQ(good({"export", "d.xml", "--format", "encfile", "--module", "top"}),
             ".fsm top state\n.map 00 001\n.map 01 010\n.map 10 100\n");
   EXPECT_THAT(good({"export", "d.xml", "--format", "encfile"}), testing::StartsWith(".fsm design state\n"));
@@ -127,7 +127,7 @@ TEST_F(EXPORT, encfile_has_the_state_encodings) {
   EXPECT_EQ(kptdb({"export", "d.xml", "--format", "dot", "--module", "top"}).exit_code, 2);
 }
 
-TEST_F(EXPORT, encfile_names_lone_registers_and_refuses_two_of_a_name) {
+TEST_F(Export, EncfileNamesLoneRegistersAndRefusesTwoOfAName) {
   const std::string fsm =
       R"({"event":"associate_fsm","reference":["m"],"transformed":["x","y"],"states":[["0","01"],["1","11"]]})"
       "\n";
@@ -141,7 +141,7 @@ TEST_F(EXPORT, encfile_names_lone_registers_and_refuses_two_of_a_name) {
   EXPECT_FALSE(exists("e.enc"));
 }
 
-TEST_F(EXPORT, writes_a_file_whole_or_not_at_all) {
+TEST_F(Export, WritesAFileWholeOrNotAtAll) {
   good({"export", "d.xml", "--format", "csv", "-o", "d.csv"});
   EXPECT_EQ(read("d.csv"), good({"export", "d.xml", "--format", "csv"}));
   EXPECT_EQ(kptdb({"export", "d.xml", "--format", "csv", "-o", "nowhere/d.csv"}).exit_code, 1);

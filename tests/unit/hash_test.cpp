@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <random>
+#include <set>
 #include <string>
 #include <string_view>
 
+#include "db/kpt/kpt_register_texts.h"
 #include "db/kpt/kpt_types.h"
 #include "tests/support/seed.h"
 
@@ -117,6 +119,26 @@ TEST(StringPairHash, ComparesTheFirstThenTheSecondText) {
   EXPECT_TRUE(equal({"a", "b"}, {"a", "b"}));
   EXPECT_FALSE(equal({"a", "b"}, {"a", "c"}));
   EXPECT_FALSE(equal({"a", "b"}, {"c", "b"}));
+}
+
+// Names of one string hash are easily made: an index that went by it would be slow on purpose.
+TEST(RegisterTexts, NamesOfOneStringHashHaveManyHashes) {
+  std::set<std::uint32_t> hashes;
+  for (unsigned choice = 0; choice < 256; ++choice) {
+    std::string name;
+    for (unsigned bit = 0; bit < 8; ++bit) {
+      name += (choice >> bit & 1U) != 0 ? "as" : "bb";
+    }
+    ASSERT_EQ(kpt_hash_bytes(0, name), kpt_hash_bytes(0, "bbbbbbbbbbbbbbbb"));
+    hashes.insert(KPT_REGISTER_TEXTS(name).hash);
+  }
+  EXPECT_GT(hashes.size(), 250U);
+}
+
+TEST(RegisterTexts, HashIsOfNameAndTypeAndNotOfTheEntity) {
+  EXPECT_EQ(KPT_REGISTER_TEXTS("u", "E", "dff").hash, KPT_REGISTER_TEXTS("u", "F", "dff").hash);
+  EXPECT_NE(KPT_REGISTER_TEXTS("u", "E", "dff").hash, KPT_REGISTER_TEXTS("u", "E", "latch").hash);
+  EXPECT_NE(KPT_REGISTER_TEXTS("u", "E", "dff").hash, KPT_REGISTER_TEXTS("v", "E", "dff").hash);
 }
 
 }  // namespace

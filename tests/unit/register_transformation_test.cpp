@@ -53,7 +53,7 @@ TEST_F(RegisterTransformation, IsOnePointerCopiedByValue) {
   EXPECT_EQ(handle.get_attribute("a"), "b");
 }
 
-TEST_F(RegisterTransformation, OneToOneMap) {
+TEST_F(RegisterTransformation, AOneToOneMapAnswersForItsTwoRegisters) {
   MAP map(k["r"], k["t"]);
   const KPT_REGISTER_TRANSFORMATION handle(&map);
   EXPECT_FALSE(handle.has_fsm());
@@ -73,7 +73,7 @@ TEST_F(RegisterTransformation, OneToOneMap) {
   EXPECT_FALSE(handle.has_no_fanout());
 }
 
-TEST_F(RegisterTransformation, StateMachine) {
+TEST_F(RegisterTransformation, AStateMachineAnswersByIndex) {
   MAP map(k.side("a b~c|d~"), k.side("x~|~y z|w~"), make_table({"00 001", "01 010", "11 100"}), KPT_STUCK_AT_ONE);
   const KPT_REGISTER_TRANSFORMATION handle(&map);
   EXPECT_TRUE(handle.has_fsm());
@@ -159,7 +159,7 @@ TEST_F(RegisterTransformation, WhatIsNoRegisterComesAsANullHandle) {
   EXPECT_TRUE(handle.get_transformed(0).is_null());
 }
 
-TEST_F(RegisterTransformation, Attributes) {
+TEST_F(RegisterTransformation, AttributesReachTheMap) {
   MAP map(k["r"], k["t"]);
   const KPT_REGISTER_TRANSFORMATION handle(&map);
   EXPECT_EQ(handle.get_attribute("a"), "");

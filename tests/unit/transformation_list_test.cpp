@@ -138,6 +138,17 @@ TEST_F(TransformationList, WalkOutlivesTheListsGrowth) {
   EXPECT_EQ(*++at, list.at(2));
 }
 
+TEST_F(TransformationList, WalkEndsWhereTheListEndedWhenItBegan) {
+  KPT_TRANSFORMATION_IMPL* first = add();
+  MAPS seen;
+  for (KPT_TRANSFORMATION_IMPL* map : list) {
+    seen.push_back(map);
+    set.delete_map(add());
+    add();
+  }
+  EXPECT_THAT(seen, ElementsAre(first));
+}
+
 TEST_F(TransformationList, IteratorsStepLikeAnyForwardIterator) {
   KPT_TRANSFORMATION_IMPL* first = add();
   KPT_TRANSFORMATION_IMPL* second = add();

@@ -38,7 +38,7 @@ class TransformationStructure : public testing::Test {
 
 // --- construction ---
 
-TEST_F(TransformationStructure, OneToOneMap) {
+TEST_F(TransformationStructure, AOneToOneMapListsItsTwoRegisters) {
   const MAP map(k["r"], k["t"]);
   EXPECT_EQ(text_of(map), "r~ -> t~");
   EXPECT_EQ(map.get_num_reference_registers(), 1);
@@ -52,7 +52,7 @@ TEST_F(TransformationStructure, OneToOneMap) {
   EXPECT_EQ(map.get_attribute("any"), "");
 }
 
-TEST_F(TransformationStructure, OneToOneMapOfNullKeypoints) {
+TEST_F(TransformationStructure, AOneToOneMapMayListNullKeypoints) {
   const MAP map(nullptr, nullptr);
   EXPECT_EQ(text_of(map), "null~ -> null~");
   EXPECT_EQ(map.get_r_representative(0), nullptr);
@@ -152,7 +152,7 @@ TEST_F(TransformationStructure, ACopyOfAPlainMapKeepsTheTableThatAUnionLeftIt) {
 
 // --- equality ---
 
-TEST_F(TransformationStructure, EqualMaps) {
+TEST_F(TransformationStructure, MapsThatListTheSameAreEqual) {
   EXPECT_TRUE(plain("a b~c", "x~") == plain("a b~c", "x~"));
   EXPECT_TRUE(fsm("a~", "x~", {"0 0"}) == fsm("a~", "x~", {"0 0"}));
   EXPECT_TRUE(plain("", "") == plain("", ""));
@@ -407,7 +407,7 @@ TEST_F(TransformationStructure, TheSearchOfASideWithoutIndicesOrWithoutAFlag) {
 
 // --- attributes ---
 
-TEST_F(TransformationStructure, Attributes) {
+TEST_F(TransformationStructure, AttributesAreSetReplacedAndRemoved) {
   MAP map(k["a"], k["x"]);
   EXPECT_FALSE(map.remove_attribute("pass"));
   EXPECT_TRUE(map.add_attribute("pass", "retime"));

@@ -42,7 +42,7 @@ class TransformationXml : public testing::Test {
       (std::string("kpt_") + testing::UnitTest::GetInstance()->current_test_info()->name() + ".xml");
 };
 
-TEST_F(TransformationXml, OneToOneMap) {
+TEST_F(TransformationXml, AOneToOneMapIsWrittenWithOneStateASide) {
   KPT_KEYPOINT* r = k["r"];
   KPT_KEYPOINT* t = k["t"];
   EXPECT_EQ(saved(MAP(r, t)),

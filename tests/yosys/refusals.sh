@@ -2,6 +2,15 @@
 . "${0%/*}/flow.sh"
 locate elevator
 
+# A name that the file cannot hold.
+cat >name.v <<'V'
+module name(input clk, input d, output q);
+  reg \a<b ;
+  always @(posedge clk) \a<b <= d;
+  assign q = ~\a<b ;
+endmodule
+V
+
 refused 'No registers are being followed: use kpt_track' "kpt_stage"
 refused 'No registers are being followed: processes are left' "read_verilog $source; kpt_track -top $top; kpt_stage"
 refused 'No registers are being followed: the design has no top module' "kpt_track; kpt_stage"
@@ -11,13 +20,17 @@ refused 'There is no keypoint database called other' "kpt_show -name other"
 refused 'missing.xml cannot be loaded' "kpt_load missing.xml"
 printf '<kpt_db name="kpt"' >broken.xml
 refused 'broken.xml cannot be loaded' "kpt_load broken.xml"
-refused 'Give the names of two databases' "kpt_unite kpt"
+refused 'Give a new name and the names of two databases' "kpt_compose all kpt"
+refused 'There is no keypoint database called one' "kpt_compose all one two"
+stages="read_verilog $source; kpt_track -top $top -name one; synth -top $top -run :fine; kpt_stage -next two; kpt_stage"
+refused 'A keypoint database called one exists already' "$stages; kpt_compose one one two"
+# Stages that do not follow one another; nothing is left of the attempt.
+refused 'The stages cannot be composed: ' "$stages; read_verilog name.v; hierarchy -top name; proc
+  kpt_track -name three; kpt_stage; kpt_compose all one three"
 refused 'There is no module gold' "kpt_apply -encfile codes gold gate"
 
-# A name that no file can hold.
-printf 'module name(input clk, input d, output q);\n  reg \\a\351b ;\n  always @(posedge clk) \\a\351b <= d;\n  assign q = ~\\a\351b ;\nendmodule\n' >name.v
 echo earlier >name.xml
-refused 'kpt cannot be saved as name.xml' \
+refused 'kpt cannot be saved as name.xml: the file cannot hold the name of register a<b' \
   "read_verilog name.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save name.xml"
 [ "$(cat name.xml)" = earlier ] || fail "the file was touched"
 

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <limits>
 #include <map>
@@ -26,9 +25,6 @@ struct FINDING {
   std::string_view code;
   std::string text;
 };
-
-constexpr std::array<std::string_view, 6> ELIM_WORDS{"",          "not_eliminated", "stuck_at_zero", "stuck_at_one",
-                                                     "no_fanout", "eliminated"};
 
 // A number as the writer writes it, within what the library's ids and counts can be.
 std::optional<int> number(const std::string& text) {
@@ -69,7 +65,7 @@ class CHECK {
       error(element.line, "element-unexpected",
             fmt::format("element {} does not belong here", printable(element.name)));
     }
-    if (m_outline.maps.size() != m_db.maps().get_list_of_register_transformations().size()) {
+    if (m_outline.maps.size() != m_db.maps().size()) {
       warning(1, "lines-unknown", "the file is not written as plain text, so lines are not known");
     }
   }
@@ -107,7 +103,8 @@ class CHECK {
 
   void check_entries() {
     for (const OUTLINE::MAP& map : m_outline.maps) {
-      if (std::find(ELIM_WORDS.begin(), ELIM_WORDS.end(), map.elim_type) == ELIM_WORDS.end()) {
+      const bool known = std::find(KPT_ELIM_WORDS.begin(), KPT_ELIM_WORDS.end(), map.elim_type) != KPT_ELIM_WORDS.end();
+      if (!map.elim_type.empty() && !known) {
         warning(map.line, "elimination-unknown",
                 fmt::format("\"{}\" is no reason for an elimination", printable(map.elim_type)));
       }
@@ -152,23 +149,26 @@ class CHECK {
   // ---- What the database says ----
 
   std::size_t line_of(const REGISTER& reg) const {
-    const auto found = m_lines.find({reg.side, static_cast<int>(reg.keypoint->get_kpid())});
+    const auto found = m_lines.find({reg.side, static_cast<int>(reg.keypoint.get_id())});
     return found == m_lines.end() ? 1 : found->second;
   }
 
   void check_name(std::size_t line, std::string_view what, std::string_view name) {
     if (name.empty()) {
       warning(line, "name-empty", fmt::format("the {} is empty", what));
+    } else if (!reads_back(name)) {
+      error(line, "name-unreadable",
+            fmt::format("the {} \"{}\" cannot be read back once it is saved", what, printable(name)));
     }
   }
 
   void check_names() {
     check_name(1, "database's name", m_db.name());
     for (const REGISTER& reg : registers_of(m_db)) {
-      check_name(line_of(reg), "register's name", reg.keypoint->get_element_name());
-      if (!reg.keypoint->register_is_signal()) {
-        check_name(line_of(reg), "entity", reg.keypoint->get_entity_name());
-        check_name(line_of(reg), "register type", reg.keypoint->get_register_type());
+      check_name(line_of(reg), "register's name", reg.keypoint.get_name());
+      if (!reg.keypoint.is_signal()) {
+        check_name(line_of(reg), "entity", reg.keypoint.get_entity_name());
+        check_name(line_of(reg), "register type", reg.keypoint.get_type());
       }
     }
   }
@@ -176,7 +176,7 @@ class CHECK {
   void check_registers() {
     for (const REGISTER& reg : registers_of(m_db)) {
       const std::string who = fmt::format("{} register {}", side_word(reg.side), label(reg.keypoint));
-      if (reg.map == nullptr) {
+      if (reg.map.is_null()) {
         warning(line_of(reg), "register-unmapped", who + " has no map");
       }
       const auto listed = m_listed.find(reg.keypoint);
@@ -188,19 +188,19 @@ class CHECK {
   }
 
   void check_maps() {
-    const bool lines_known = m_outline.maps.size() == m_db.maps().get_list_of_register_transformations().size();
+    const bool lines_known = m_outline.maps.size() == m_db.maps().size();
     std::size_t k = 0;
-    for (const KPT_TRANSFORMATION_IMPL* map : m_db.maps().get_list_of_register_transformations()) {
-      check_map(lines_known ? m_outline.maps[k].line : 1, *map);
+    for (const KPT_REGISTER_TRANSFORMATION& map : m_db.maps()) {
+      check_map(lines_known ? m_outline.maps[k].line : 1, map);
       ++k;
     }
   }
 
-  void check_map(std::size_t line, const KPT_TRANSFORMATION_IMPL& map) {
+  void check_map(std::size_t line, const KPT_REGISTER_TRANSFORMATION& map) {
     const auto r = members(map, KPT_REFERENCE_SET);
     const auto t = members(map, KPT_TRANSFORMED_SET);
     for (const auto& side : {r, t}) {
-      for (const KPT_KEYPOINT* keypoint : side) {
+      for (const KPT_REGISTER_KEYPOINT& keypoint : side) {
         ++m_listed[keypoint];
       }
     }
@@ -211,21 +211,22 @@ class CHECK {
     } else if (t.empty() && reason_word(map).empty()) {
       warning(line, "map-one-sided", "the map lists no transformed register and gives no reason");
     }
-    if (map.map_has_fsm_transformation()) {
+    if (map.has_fsm()) {
       check_table(line, map);
     }
   }
 
-  void check_table(std::size_t line, const KPT_TRANSFORMATION_IMPL& map) {
-    const KPT_STATE_TABLE_IMPL& table = map.state_table();
-    check_width(line, KPT_REFERENCE_SET, map.r_vec().size(), table.get_num_reference_registers());
-    check_width(line, KPT_TRANSFORMED_SET, map.t_vec().size(), table.get_num_transformed_registers());
-    if (table.get_num_states() == 0) {
+  void check_table(std::size_t line, const KPT_REGISTER_TRANSFORMATION& map) {
+    const KPT_STATE_TABLE table = map.get_state_table();
+    for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+      check_width(line, side, map.get_number_of_indices(side), width_of(table, side));
+    }
+    if (table.get_number_of_states() == 0) {
       warning(line, "table-empty", "the state table has no states");
       return;
     }
     for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
-      if (!table.is_table_in_canonical_form(side)) {
+      if (!table.is_in_canonical_form(side)) {
         warning(line, "table-not-canonical",
                 fmt::format("two {} columns of the state table are equal or opposite in every state", side_word(side)));
       }
@@ -244,7 +245,7 @@ class CHECK {
   const OUTLINE& m_outline;
   std::vector<FINDING> m_findings;
   std::map<std::pair<KPT_SET_ENUM, int>, std::size_t> m_lines;
-  std::unordered_map<const KPT_KEYPOINT*, std::size_t> m_listed;
+  std::unordered_map<KPT_REGISTER_KEYPOINT, std::size_t> m_listed;
 };
 
 std::string_view severity(const FINDING& finding) { return finding.is_error ? "error" : "warning"; }

@@ -67,6 +67,14 @@ struct UNITE_OPTIONS {
 };
 EXIT_CODE run_unite(const UNITE_OPTIONS& options);
 
+struct REPORT_OPTIONS {
+  std::vector<std::string> files;  // in the order of the stages
+  std::string output;
+  std::string title;    // empty: the name of the first database
+  std::string against;  // an older database; empty: none
+};
+EXIT_CODE run_report(const REPORT_OPTIONS& options);
+
 struct EXPORT_OPTIONS {
   std::string file;
   std::string format;

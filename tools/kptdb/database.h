@@ -4,11 +4,9 @@
 #ifndef KPTDB_DATABASE_H
 #define KPTDB_DATABASE_H
 
-#include <memory>
 #include <string>
 
 #include "db/kpt/kpt.h"
-#include "db/kpt/kpt_keypoints_db_impl.h"
 
 namespace kptdb {
 
@@ -22,18 +20,16 @@ class DATABASE {
   /// Writes the file whole or not at all. FAILURE when that is not possible.
   void save(const std::string& path) const;
 
-  KPT_KEYPOINTS_DB handle() const { return KPT_KEYPOINTS_DB(m_db.get()); }
-  KPT_KEYPOINTS_DB_IMPL& impl() const { return *m_db; }
-  KPT_KEYPOINT_SET_IMPL& registers(KPT_SET_ENUM side) const;
-  KPT_TRANSFORMATION_SET_IMPL& maps() const { return *m_db->get_transformation_set(); }
-  std::string name() const { return std::string(std::string_view(m_db->get_db_name())); }
+  const KPT_KEYPOINTS_DB& handle() const { return m_db.get(); }
+  KPT_KEYPOINT_SET registers(KPT_SET_ENUM side) const { return handle().get_set(side); }
+  KPT_TRANSFORMATION_SET maps() const { return handle().get_transformation_set(); }
+  std::string name() const { return std::string(std::string_view(handle().get_name())); }
 
  private:
-  explicit DATABASE(KPT_KEYPOINTS_DB_IMPL* db) : m_db(db) {}
-  void move_counters_past_own_ids() const;
+  explicit DATABASE(KPT_UNREGISTERED_DB db) : m_db(std::move(db)) {}
   void refuse_ids_that_do_not_survive(const std::string& path) const;
 
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;
+  KPT_UNREGISTERED_DB m_db;
 };
 
 }  // namespace kptdb

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "commands.h"
+#include "diff.h"
 #include "files.h"
 #include "model.h"
 #include "text.h"
@@ -19,29 +20,29 @@ namespace {
 // Texts are put together with this between them: no name holds it.
 constexpr char SEPARATOR = '\x01';
 
-std::string text_of(const KPT_KEYPOINT* keypoint) {
-  const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(keypoint);
-  if (reg == nullptr) {
+std::string text_of(const KPT_REGISTER_KEYPOINT& reg) {
+  if (reg.is_null()) {
     return "?";
   }
-  std::string text(std::string_view(reg->get_element_name()));
-  for (const KPT_STRING* part : {&reg->get_entity_name(), &reg->get_register_type()}) {
+  std::string text(std::string_view(reg.get_name()));
+  for (const KPT_STRING* part : {&reg.get_entity_name(), &reg.get_type()}) {
     text += SEPARATOR;
     text += std::string_view(*part);
   }
   return text;
 }
 
-std::string text_of(const KPT_KEYPOINT_LIST& group) {
+std::string text_of(const KPT_REGISTER_GROUP& group) {
   std::vector<std::string> names;
   std::transform(group.begin(), group.end(), std::back_inserter(names),
-                 [](const KPT_KEYPOINT* k) { return text_of(k); });
+                 [](const KPT_REGISTER_KEYPOINT& k) { return text_of(k); });
   std::sort(names.begin(), names.end());
   return fmt::format("[{}]", fmt::join(names, "\x02"));
 }
 
-std::string text_of(const NI_PAIR& pair, bool swapped) {
-  return swapped ? text_of(pair.second) + text_of(pair.first) : text_of(pair.first) + text_of(pair.second);
+// An index: the group with its value first, or where it is swapped the other.
+std::string text_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, std::size_t index, bool swapped) {
+  return text_of(map.get_group(side, index, swapped)) + text_of(map.get_group(side, index, !swapped));
 }
 
 // The order of a side's indices is no fact: they are taken in the order of their texts.
@@ -68,10 +69,11 @@ struct SIDE_TEXT {
   std::string text;
 };
 
-SIDE_TEXT side_text(const NI_PAIR_VECTOR& side, bool swapped) {
+SIDE_TEXT side_text(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, bool swapped) {
   std::vector<std::string> texts;
-  for (const NI_PAIR& pair : side) {
-    texts.push_back(text_of(pair, swapped));
+  const std::size_t count = map.get_number_of_indices(side);
+  for (std::size_t index = 0; index < count; ++index) {
+    texts.push_back(text_of(map, side, index, swapped));
   }
   SIDE_TEXT result{order_of(texts), {}};
   std::sort(texts.begin(), texts.end());
@@ -80,9 +82,9 @@ SIDE_TEXT side_text(const NI_PAIR_VECTOR& side, bool swapped) {
 }
 
 // The states in any order, each once, with the columns in the order of their side.
-std::string states_text(const KPT_STATE_TABLE_IMPL& table, const SIDE_TEXT& r, const SIDE_TEXT& t) {
+std::string states_text(const KPT_STATE_TABLE& table, const SIDE_TEXT& r, const SIDE_TEXT& t) {
   std::vector<std::string> states;
-  for (unsigned s = 0; s < table.get_num_states(); ++s) {
+  for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
     states.push_back(in_order(code_of(table, KPT_REFERENCE_SET, s), r.order) + ":" +
                      in_order(code_of(table, KPT_TRANSFORMED_SET, s), t.order));
   }
@@ -91,20 +93,20 @@ std::string states_text(const KPT_STATE_TABLE_IMPL& table, const SIDE_TEXT& r, c
   return fmt::format("{}", fmt::join(states, " "));
 }
 
-std::string oriented_text(const KPT_TRANSFORMATION_IMPL& map, bool swapped) {
-  const SIDE_TEXT r = side_text(map.r_vec(), swapped);
-  const SIDE_TEXT t = side_text(map.t_vec(), swapped);
+std::string oriented_text(const KPT_REGISTER_TRANSFORMATION& map, bool swapped) {
+  const SIDE_TEXT r = side_text(map, KPT_REFERENCE_SET, swapped);
+  const SIDE_TEXT t = side_text(map, KPT_TRANSFORMED_SET, swapped);
   std::string text = fmt::format("{} {} {}", reason_word(map), r.text, t.text);
-  if (map.map_has_fsm_transformation()) {
-    text += " fsm " + states_text(map.state_table(), r, t);
+  if (map.has_fsm()) {
+    text += " fsm " + states_text(map.get_state_table(), r, t);
   }
   return text;
 }
 
 // Equal for maps that say the same. A plain map with the groups of both sides exchanged does.
-std::string fact_of(const KPT_TRANSFORMATION_IMPL& map) {
+std::string fact_of(const KPT_REGISTER_TRANSFORMATION& map) {
   const std::string text = oriented_text(map, false);
-  return map.map_has_fsm_transformation() ? text : std::min(text, oriented_text(map, true));
+  return map.has_fsm() ? text : std::min(text, oriented_text(map, true));
 }
 
 // The facts of one database, each map's made once.
@@ -121,19 +123,18 @@ class FACTS {
   const std::string& fact(const REGISTER& reg) {
     std::string& fact = m_facts[reg.map];
     if (fact.empty()) {
-      fact = reg.map == nullptr ? "none" : fact_of(*reg.map);
+      fact = reg.map.is_null() ? "none" : fact_of(reg.map);
     }
     return fact;
   }
 
  private:
   static std::string key(const REGISTER& reg) {
-    const std::string kind = reg.keypoint->register_is_signal() ? "signal" : "instance";
-    return std::to_string(reg.side) + kind + SEPARATOR + text_of(reg.keypoint);
+    return std::to_string(reg.side) + std::string(register_kind_word(reg.keypoint)) + SEPARATOR + text_of(reg.keypoint);
   }
 
   std::map<std::string, REGISTER> m_registers;
-  std::unordered_map<const KPT_TRANSFORMATION_IMPL*, std::string> m_facts;
+  std::unordered_map<KPT_REGISTER_TRANSFORMATION, std::string> m_facts;
 };
 
 // A register that one database has differently, or not at all.
@@ -168,22 +169,16 @@ std::vector<DIFFERENCE> differences(FACTS& first, FACTS& second) {
 
 // What the register's map says, briefly; "~" stands before a register of the inverse value.
 std::string in_short(const REGISTER& reg) {
-  if (reg.map == nullptr) {
+  if (reg.map.is_null()) {
     return "no map";
   }
-  const bool inverting = place_of(*reg.map, reg.side, reg.keypoint).inverting;
+  const bool inverting = place_of(reg.map, reg.side, reg.keypoint).inverting;
   std::vector<std::string> names;
-  const auto add = [&](const KPT_KEYPOINT_LIST& group, bool inverse) {
-    for (const KPT_KEYPOINT* k : group) {
-      names.push_back(fmt::format("{}{}", inverse ? "~" : "", label(k)));
-    }
-  };
-  for (const NI_PAIR& pair : side_of(*reg.map, other_side(reg.side))) {
-    add(pair.first, inverting);
-    add(pair.second, !inverting);
-  }
-  std::string text(kind_word(kind_of(*reg.map)));
-  text += reason_word(*reg.map).empty() ? "" : fmt::format(" {}", reason_word(*reg.map));
+  for_each_place(reg.map, other_side(reg.side), [&](std::size_t, bool inverse, const KPT_REGISTER_KEYPOINT& other) {
+    names.push_back(fmt::format("{}{}", inverse != inverting ? "~" : "", label(other)));
+  });
+  std::string text(kind_word(kind_of(reg.map)));
+  text += reason_word(reg.map).empty() ? "" : fmt::format(" {}", reason_word(reg.map));
   return names.empty() ? text : fmt::format("{} with {}", text, fmt::join(names, ", "));
 }
 
@@ -203,7 +198,7 @@ std::string text_of(const DIFFERENCE& d) {
 }
 
 JSON json_of_map(const REGISTER* reg) {
-  return reg == nullptr || reg->map == nullptr ? JSON(nullptr) : kptdb::json_of(*reg->map);
+  return reg == nullptr || reg->map.is_null() ? JSON(nullptr) : kptdb::json_of(reg->map);
 }
 
 JSON json_of(const DIFFERENCE& d) {
@@ -218,6 +213,22 @@ JSON json_of(const DIFFERENCE& d) {
 }
 
 }  // namespace
+
+std::vector<CHANGE> changes_between(const DATABASE& first, const DATABASE& second) {
+  const auto said = [](const REGISTER* reg) { return reg == nullptr ? "no such register" : in_short(*reg); };
+  FACTS a(first);
+  FACTS b(second);
+  std::vector<CHANGE> result;
+  for (const DIFFERENCE& d : differences(a, b)) {
+    const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
+    const std::string text = text_of(reg.keypoint);
+    result.push_back({reg.side, text.substr(0, text.find(SEPARATOR)), said(d.first), said(d.second)});
+    if (result.back().first == result.back().second) {
+      result.back().second += ", with other relatives or another state table";
+    }
+  }
+  return result;
+}
 
 EXIT_CODE run_diff(const DIFF_OPTIONS& options) {
   const DATABASE first = DATABASE::load(options.first);

@@ -22,11 +22,6 @@ constexpr std::size_t MOST_STATES = std::numeric_limits<unsigned short>::max();
 // An event is an object of lists of lists; anything deeper is no event, however deep it goes on.
 constexpr int DEEPEST_EVENT = 4;
 
-constexpr std::array<std::pair<std::string_view, KPT_ELIM_ENUM>, 4> REASONS{{{"stuck_at_zero", KPT_STUCK_AT_ZERO},
-                                                                             {"stuck_at_one", KPT_STUCK_AT_ONE},
-                                                                             {"no_fanout", KPT_NO_FANOUT},
-                                                                             {"eliminated", KPT_ELIMINATED}}};
-
 [[noreturn]] void refuse(const std::string& text) { throw EVENT_ERROR(text); }
 
 std::string without_exception_tag(std::string_view what) {
@@ -77,7 +72,7 @@ std::string text_of(const JSON& value, std::string_view what) {
     refuse(fmt::format("\"{}\" is empty", what));
   }
   if (!reads_back(text)) {
-    refuse(fmt::format("\"{}\" is \"{}\": a database file holds no control characters", what,
+    refuse(fmt::format("\"{}\" is \"{}\": a database file holds printable ASCII without <, &, \" and ]]>", what,
                        printable(text)));
   }
   return text;
@@ -167,11 +162,11 @@ EVENT parse_retime_inverter(const JSON& object) {
 EVENT parse_eliminate(const JSON& object) {
   refuse_other_keys(object, {"event", "register", "reason"});
   const std::string word = text_at(object, "reason");
-  const auto reason = std::find_if(REASONS.begin(), REASONS.end(), [&](const auto& r) { return r.first == word; });
-  if (reason == REASONS.end()) {
+  const KPT_ELIM_ENUM reason = kpt_elim_status(word);
+  if (reason == KPT_NOT_ELIMINATED) {
     refuse(fmt::format("unknown reason \"{}\"", word));
   }
-  return ELIMINATE{text_at(object, "register"), reason->second};
+  return ELIMINATE{text_at(object, "register"), reason};
 }
 
 std::string in_words(const ASSOCIATE& e) {
@@ -184,10 +179,7 @@ std::string in_words(const ASSOCIATE_FSM& e) {
 std::string in_words(const REPLICATE& e) { return fmt::format("replicate {} as {}", e.name, e.replica); }
 std::string in_words(const MERGE& e) { return fmt::format("merge {} into {}", e.merged, e.kept); }
 std::string in_words(const RETIME_INVERTER& e) { return fmt::format("retime an inverter through {}", e.name); }
-std::string in_words(const ELIMINATE& e) {
-  const auto reason = std::find_if(REASONS.begin(), REASONS.end(), [&](const auto& r) { return r.second == e.reason; });
-  return fmt::format("eliminate {} ({})", e.name, reason->first);
-}
+std::string in_words(const ELIMINATE& e) { return fmt::format("eliminate {} ({})", e.name, kpt_elim_word(e.reason)); }
 
 using PARSE = EVENT (*)(const JSON&);
 constexpr std::array<std::pair<std::string_view, PARSE>, 6> PARSERS{{{"associate", parse_associate},

@@ -13,7 +13,7 @@
 #include <variant>
 #include <vector>
 
-#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt.h"
 
 namespace kptdb {
 

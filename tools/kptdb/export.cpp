@@ -33,8 +33,8 @@ void export_json(const DATABASE& db, RESULT_FILE& out) {
   }
   registers.close();
   JSON_LIST maps(out, "maps");
-  for (const KPT_TRANSFORMATION_IMPL* map : db.maps().get_list_of_register_transformations()) {
-    maps.add(json_of(*map));
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    maps.add(json_of(map));
   }
   maps.close();
   out.write("}\n");
@@ -51,28 +51,32 @@ std::string csv_text(std::string_view text) {
   return result + '"';
 }
 
-std::string columns_of(const KPT_KEYPOINT* keypoint) {
-  const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(keypoint);
-  if (reg == nullptr) {
+std::string columns_of(const KPT_REGISTER_KEYPOINT& reg) {
+  if (reg.is_null()) {
     return ",,,,,,";
   }
-  return fmt::format("{},{},{},{},{},,", reg->get_kpid(), csv_text(reg->get_element_name()),
-                     reg->register_is_signal() ? "signal" : "instance", csv_text(reg->get_entity_name()),
-                     csv_text(reg->get_register_type()));
+  return fmt::format("{},{},{},{},{},,", reg.get_id(), csv_text(reg.get_name()), register_kind_word(reg),
+                     csv_text(reg.get_entity_name()), csv_text(reg.get_type()));
 }
 
-void write_map_rows(RESULT_FILE& out, std::size_t number, const KPT_TRANSFORMATION_IMPL& map) {
+void write_map_rows(RESULT_FILE& out, std::size_t number, const KPT_REGISTER_TRANSFORMATION& map) {
+  const std::string_view kind = kind_word(kind_of(map));
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
-    std::size_t index = 0;
-    for (const NI_PAIR& pair : side_of(map, side)) {
-      for (const bool inverting : {false, true}) {
-        for (const KPT_KEYPOINT* k : inverting ? pair.second : pair.first) {
-          out.write(fmt::format("{},{},{},{},{},{},{}\n", number, kind_word(kind_of(map)), reason_word(map),
-                                side_word(side), index, inverting ? "inverting" : "noninverting", columns_of(k)));
-        }
-      }
-      ++index;
-    }
+    for_each_place(map, side, [&](std::size_t index, bool inverting, const KPT_REGISTER_KEYPOINT& reg) {
+      out.write(fmt::format("{},{},{},{},{},{},{}\n", number, kind, reason_word(map), side_word(side), index,
+                            inverting ? "inverting" : "noninverting", columns_of(reg)));
+    });
+  }
+}
+
+void write_state_rows(RESULT_FILE& out, std::size_t number, const KPT_REGISTER_TRANSFORMATION& map) {
+  if (!map.has_fsm()) {
+    return;
+  }
+  const KPT_STATE_TABLE table = map.get_state_table();
+  for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
+    out.write(fmt::format("{},state,,,{},,,,,,,{},{}\n", number, s, code_of(table, KPT_REFERENCE_SET, s),
+                          code_of(table, KPT_TRANSFORMED_SET, s)));
   }
 }
 
@@ -83,17 +87,13 @@ void export_csv(const DATABASE& db, RESULT_FILE& out) {
       "map,kind,elimination,side,index,group,id,name,register_kind,entity,type,reference_code,"
       "transformed_code\n");
   std::size_t number = 0;
-  for (const KPT_TRANSFORMATION_IMPL* map : db.maps().get_list_of_register_transformations()) {
-    write_map_rows(out, number, *map);
-    const unsigned states = map->map_has_fsm_transformation() ? map->state_table().get_num_states() : 0;
-    for (unsigned s = 0; s < states; ++s) {
-      out.write(fmt::format("{},state,,,{},,,,,,,{},{}\n", number, s, code_of(map->state_table(), KPT_REFERENCE_SET, s),
-                            code_of(map->state_table(), KPT_TRANSFORMED_SET, s)));
-    }
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    write_map_rows(out, number, map);
+    write_state_rows(out, number, map);
     ++number;
   }
   for (const REGISTER& reg : registers_of(db)) {
-    if (reg.map == nullptr) {
+    if (reg.map.is_null()) {
       out.write(fmt::format(",,,{},,,{}\n", side_word(reg.side), columns_of(reg.keypoint)));
     }
   }

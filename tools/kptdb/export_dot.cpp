@@ -14,7 +14,7 @@ namespace kptdb {
 
 namespace {
 
-using MAPS = std::vector<const KPT_TRANSFORMATION_IMPL*>;
+using MAPS = std::vector<KPT_REGISTER_TRANSFORMATION>;
 
 std::string dot_text(std::string_view text) {
   std::string result = "\"";
@@ -24,33 +24,35 @@ std::string dot_text(std::string_view text) {
   return result + '"';
 }
 
-std::string node_of(KPT_SET_ENUM side, const KPT_KEYPOINT* k) {
+std::string node_of(KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& k) {
   return dot_text((side == KPT_REFERENCE_SET ? "r " : "t ") + label(k));
 }
 
 MAPS wanted_maps(const DATABASE& db, const EXPORT_OPTIONS& options) {
-  const auto& all = db.maps().get_list_of_register_transformations();
+  MAPS result;
   if (options.around.empty()) {
-    return {all.begin(), all.end()};
+    for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+      result.push_back(map);
+    }
+    return result;
   }
   const std::vector<REGISTER> found = find_registers(db, options.around, "");
   if (found.empty()) {
     throw FAILURE(EXIT_FOUND, not_found_text(options.file, options.around, "", close_name(db, options.around, "")));
   }
-  MAPS result;
   for (const REGISTER& reg : found) {
-    if (reg.map != nullptr && std::find(result.begin(), result.end(), reg.map) == result.end()) {
+    if (!reg.map.is_null() && std::find(result.begin(), result.end(), reg.map) == result.end()) {
       result.push_back(reg.map);
     }
   }
   return result;
 }
 
-void write_register(RESULT_FILE& out, KPT_SET_ENUM side, const KPT_KEYPOINT* k, bool is_centre) {
+void write_register(RESULT_FILE& out, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& k, bool is_centre) {
   out.write(fmt::format("  {} [label={}{}];\n", node_of(side, k), dot_text(label(k)), is_centre ? ", style=bold" : ""));
 }
 
-void write_edge(RESULT_FILE& out, std::size_t map, KPT_SET_ENUM side, const KPT_KEYPOINT* k, bool inverting) {
+void write_edge(RESULT_FILE& out, std::size_t map, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& k, bool inverting) {
   const std::string attributes = inverting ? " [style=dashed, label=inverted]" : "";
   if (side == KPT_REFERENCE_SET) {
     out.write(fmt::format("  {} -> \"map {}\"{};\n", node_of(side, k), map, attributes));
@@ -59,21 +61,18 @@ void write_edge(RESULT_FILE& out, std::size_t map, KPT_SET_ENUM side, const KPT_
   }
 }
 
-void write_map(RESULT_FILE& out, std::size_t number, const KPT_TRANSFORMATION_IMPL& map, const std::string& centre) {
+void write_map(RESULT_FILE& out, std::size_t number, const KPT_REGISTER_TRANSFORMATION& map,
+               const std::string& centre) {
   const std::string_view reason = reason_word(map);
   const std::string text(reason.empty() ? kind_word(kind_of(map)) : reason);
   out.write(fmt::format("  \"map {}\" [shape=ellipse, label={}];\n", number, dot_text(text)));
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
-    for (const NI_PAIR& pair : side_of(map, side)) {
-      for (const bool inverting : {false, true}) {
-        for (const KPT_KEYPOINT* k : inverting ? pair.second : pair.first) {
-          if (k != nullptr) {
-            write_register(out, side, k, std::string_view(k->get_element_name()) == centre);
-            write_edge(out, number, side, k, inverting);
-          }
-        }
+    for_each_place(map, side, [&](std::size_t, bool inverting, const KPT_REGISTER_KEYPOINT& reg) {
+      if (!reg.is_null()) {
+        write_register(out, side, reg, std::string_view(reg.get_name()) == centre);
+        write_edge(out, number, side, reg, inverting);
       }
-    }
+    });
   }
 }
 
@@ -83,12 +82,12 @@ void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& 
   const MAPS maps = wanted_maps(db, options);
   out.write(fmt::format("digraph {} {{\n  rankdir=LR;\n  node [shape=box];\n", dot_text(db.name())));
   std::size_t number = 0;
-  for (const KPT_TRANSFORMATION_IMPL* map : maps) {
-    write_map(out, number++, *map, options.around);
+  for (const KPT_REGISTER_TRANSFORMATION& map : maps) {
+    write_map(out, number++, map, options.around);
   }
   for (const REGISTER& reg : registers_of(db)) {
-    const bool is_centre = std::string_view(reg.keypoint->get_element_name()) == options.around;
-    if (reg.map == nullptr && (options.around.empty() || is_centre)) {
+    const bool is_centre = std::string_view(reg.keypoint.get_name()) == options.around;
+    if (reg.map.is_null() && (options.around.empty() || is_centre)) {
       write_register(out, reg.side, reg.keypoint, is_centre);
     }
   }

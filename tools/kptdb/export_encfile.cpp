@@ -37,20 +37,18 @@ struct SIGNAL {
   std::vector<std::size_t> columns;
 };
 
-std::vector<std::string> column_names(const NI_PAIR_VECTOR& side) {
+std::vector<std::string> column_names(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   std::vector<std::string> names;
-  for (const NI_PAIR& pair : side) {
-    const KPT_KEYPOINT_LIST& group = pair.first.empty() ? pair.second : pair.first;
-    const KPT_KEYPOINT* k = group.empty() ? nullptr : group.front();
-    names.emplace_back(k == nullptr ? std::string_view() : std::string_view(k->get_element_name()));
+  for (const KPT_REGISTER_KEYPOINT& reg : columns(map, side)) {
+    names.emplace_back(reg.is_null() ? std::string_view() : std::string_view(reg.get_name()));
   }
   return names;
 }
 
 // Registers that are the bits of one vector are that vector. Any others stand in the order of
 // their columns, under the name of the first.
-SIGNAL signal_of(const NI_PAIR_VECTOR& side) {
-  const std::vector<std::string> names = column_names(side);
+SIGNAL signal_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+  const std::vector<std::string> names = column_names(map, side);
   SIGNAL signal{names.empty() ? std::string() : names.front(), std::vector<std::size_t>(names.size())};
   std::iota(signal.columns.begin(), signal.columns.end(), std::size_t{0});
   std::vector<BIT> bits;
@@ -69,7 +67,7 @@ SIGNAL signal_of(const NI_PAIR_VECTOR& side) {
   return signal;
 }
 
-std::string signal_code(const KPT_STATE_TABLE_IMPL& table, KPT_SET_ENUM side, unsigned state, const SIGNAL& signal) {
+std::string signal_code(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned state, const SIGNAL& signal) {
   const std::string code = code_of(table, side, state);
   std::string result;
   for (const std::size_t column : signal.columns) {
@@ -78,25 +76,23 @@ std::string signal_code(const KPT_STATE_TABLE_IMPL& table, KPT_SET_ENUM side, un
   return result;
 }
 
-bool widths_fit(const KPT_TRANSFORMATION_IMPL& map) {
-  const KPT_STATE_TABLE_IMPL& table = map.state_table();
-  return map.r_vec().size() == table.get_num_reference_registers() &&
-         map.t_vec().size() == table.get_num_transformed_registers();
+bool widths_fit(const KPT_REGISTER_TRANSFORMATION& map, const KPT_STATE_TABLE& table) {
+  return map.get_number_of_indices(KPT_REFERENCE_SET) == width_of(table, KPT_REFERENCE_SET) &&
+         map.get_number_of_indices(KPT_TRANSFORMED_SET) == width_of(table, KPT_TRANSFORMED_SET);
 }
 
-// A name with a blank or a line end in it would read as two.
+// A name with a blank in it would read as two.
 void refuse_blanks(std::string_view what, const std::string& name) {
-  if (name.empty() || !reads_back(name) || name.find_first_of(" \t\r\n") != std::string::npos) {
+  if (name.empty() || !reads_back(name) || name.find(' ') != std::string::npos) {
     throw FAILURE(EXIT_FOUND, fmt::format("an encoding file cannot hold the {} \"{}\"", what, printable(name)));
   }
 }
 
-void write_machine(RESULT_FILE& out, const std::string& module, const KPT_TRANSFORMATION_IMPL& map, const SIGNAL& r) {
-  const KPT_STATE_TABLE_IMPL& table = map.state_table();
-  const SIGNAL t = signal_of(map.t_vec());
+void write_machine(RESULT_FILE& out, const std::string& module, const KPT_STATE_TABLE& table, const SIGNAL& r,
+                   const SIGNAL& t) {
   out.write(fmt::format(".fsm {} {}\n", module, r.name));
   std::set<std::string> written;
-  for (unsigned s = 0; s < table.get_num_states(); ++s) {
+  for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
     std::string line = fmt::format(".map {} {}\n", signal_code(table, KPT_REFERENCE_SET, s, r),
                                    signal_code(table, KPT_TRANSFORMED_SET, s, t));
     if (written.insert(line).second) {
@@ -111,20 +107,21 @@ void export_encfile(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FI
   const std::string module = options.module.empty() ? db.name() : options.module;
   refuse_blanks("module", module);
   std::set<std::string> written;
-  for (const KPT_TRANSFORMATION_IMPL* map : db.maps().get_list_of_register_transformations()) {
-    if (kind_of(*map) != STATE_MACHINE) {
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    if (kind_of(map) != STATE_MACHINE) {
       continue;
     }
-    const SIGNAL r = signal_of(map->r_vec());
+    const SIGNAL r = signal_of(map, KPT_REFERENCE_SET);
     refuse_blanks("signal", r.name);
-    if (!widths_fit(*map)) {
+    const KPT_STATE_TABLE table = map.get_state_table();
+    if (!widths_fit(map, table)) {
       throw FAILURE(EXIT_FOUND,
                     fmt::format("{}: the state table of {} does not fit its registers", options.file, r.name));
     }
     if (!written.insert(r.name).second) {
       throw FAILURE(EXIT_FOUND, fmt::format("{}: two state machines are called {}", options.file, r.name));
     }
-    write_machine(out, module, *map, r);
+    write_machine(out, module, table, r, signal_of(map, KPT_TRANSFORMED_SET));
   }
 }
 

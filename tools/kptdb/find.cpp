@@ -18,12 +18,11 @@ std::vector<KPT_SET_ENUM> sides_named(const std::string& side) {
 std::vector<REGISTER> find_registers(const DATABASE& db, const std::string& name, const std::string& side) {
   std::vector<REGISTER> result;
   for (const KPT_SET_ENUM wanted : sides_named(side)) {
-    db.registers(wanted).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
-      if (std::string_view(k->get_element_name()) == name) {
-        result.push_back({wanted, k, map_of(db, wanted, k)});
+    for (const KPT_REGISTER_KEYPOINT& reg : db.registers(wanted)) {
+      if (std::string_view(reg.get_name()) == name) {
+        result.push_back({wanted, reg, map_of(db, wanted, reg)});
       }
-      return true;
-    });
+    }
   }
   return result;
 }
@@ -33,15 +32,14 @@ std::string close_name(const DATABASE& db, const std::string& name, const std::s
   std::string nearest;
   std::size_t distance = std::max<std::size_t>(2, name.size() / 3 + 1);
   for (const KPT_SET_ENUM wanted : sides_named(side)) {
-    db.registers(wanted).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
-      const std::string_view candidate = k->get_element_name();
+    for (const KPT_REGISTER_KEYPOINT& reg : db.registers(wanted)) {
+      const std::string_view candidate = reg.get_name();
       const std::size_t found = edit_distance(name, candidate, distance);
       if (found < distance) {
         distance = found;
         nearest = candidate;
       }
-      return true;
-    });
+    }
   }
   return nearest;
 }

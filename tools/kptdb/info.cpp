@@ -29,7 +29,7 @@ struct MAP_COUNTS {
 SIDE_COUNTS count_side(const DATABASE& db, KPT_SET_ENUM side) {
   SIDE_COUNTS counts;
   for (const REGISTER& reg : registers_of(db, side)) {
-    ++(reg.keypoint->register_is_signal() ? counts.signals : counts.instances);
+    ++(reg.keypoint.is_signal() ? counts.signals : counts.instances);
     ++counts.by_status.at(status_of(reg));
   }
   return counts;
@@ -37,11 +37,11 @@ SIDE_COUNTS count_side(const DATABASE& db, KPT_SET_ENUM side) {
 
 MAP_COUNTS count_maps(const DATABASE& db) {
   MAP_COUNTS counts;
-  for (const KPT_TRANSFORMATION_IMPL* map : db.maps().get_list_of_register_transformations()) {
-    const MAP_KIND kind = kind_of(*map);
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    const MAP_KIND kind = kind_of(map);
     ++counts.by_kind.at(kind);
     if (kind == ELIMINATED_MAP) {
-      ++counts.by_reason[std::string(reason_word(*map))];
+      ++counts.by_reason[std::string(reason_word(map))];
     }
   }
   return counts;

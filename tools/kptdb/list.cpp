@@ -17,36 +17,36 @@ namespace {
 constexpr std::size_t MOST_PARTNERS_SHOWN = 4;
 
 bool is_wanted(const REGISTER& reg, const LIST_OPTIONS& options) {
-  const std::string_view kind = reg.keypoint->register_is_signal() ? "signal" : "instance";
+  const std::string_view kind = register_kind_word(reg.keypoint);
   return (options.kind.empty() || options.kind == kind) &&
          (options.status.empty() || options.status == status_word(status_of(reg))) &&
-         matches(options.glob, reg.keypoint->get_element_name());
+         matches(options.glob, reg.keypoint.get_name());
 }
 
 // The registers across the map, or why there are none.
 std::string partners_in_short(const REGISTER& reg) {
-  if (reg.map == nullptr) {
+  if (reg.map.is_null()) {
     return {};
   }
   std::vector<std::string> names;
-  const auto others = members(*reg.map, other_side(reg.side));
+  const auto others = members(reg.map, other_side(reg.side));
   for (std::size_t k = 0; k < std::min(others.size(), MOST_PARTNERS_SHOWN); ++k) {
     names.push_back(label(others[k]));
   }
   if (others.size() > MOST_PARTNERS_SHOWN) {
     names.push_back(fmt::format("and {} more", others.size() - MOST_PARTNERS_SHOWN));
   }
-  return names.empty() ? std::string(reason_word(*reg.map)) : fmt::format("{}", fmt::join(names, ", "));
+  return names.empty() ? std::string(reason_word(reg.map)) : fmt::format("{}", fmt::join(names, ", "));
 }
 
 JSON json_of_entry(const REGISTER& reg) {
   JSON result = json_of(reg);
   JSON partners = JSON::array();
-  if (reg.map != nullptr) {
-    result["map"] = kind_word(kind_of(*reg.map));
-    const std::string_view reason = reason_word(*reg.map);
+  if (!reg.map.is_null()) {
+    result["map"] = kind_word(kind_of(reg.map));
+    const std::string_view reason = reason_word(reg.map);
     result["elimination"] = reason.empty() ? JSON(nullptr) : JSON(reason);
-    for (const KPT_KEYPOINT* k : members(*reg.map, other_side(reg.side))) {
+    for (const KPT_REGISTER_KEYPOINT& k : members(reg.map, other_side(reg.side))) {
       partners.push_back(json_of(k));
     }
   }
@@ -68,9 +68,9 @@ void write_json(RESULT_FILE& out, const std::vector<REGISTER>& registers) {
 void write_text(RESULT_FILE& out, const std::vector<REGISTER>& registers) {
   TEXT_TABLE table({"side", "kind", "status", "map", "register", "across"});
   for (const REGISTER& reg : registers) {
-    table.add({std::string(side_word(reg.side)), reg.keypoint->register_is_signal() ? "signal" : "instance",
+    table.add({std::string(side_word(reg.side)), std::string(register_kind_word(reg.keypoint)),
                std::string(status_word(status_of(reg))),
-               reg.map == nullptr ? "-" : std::string(kind_word(kind_of(*reg.map))), label(reg.keypoint),
+               reg.map.is_null() ? "-" : std::string(kind_word(kind_of(reg.map))), label(reg.keypoint),
                partners_in_short(reg)});
   }
   out.write(table.text());

@@ -93,6 +93,12 @@ struct COMMAND_LINE {
     c->add_option("-o,--output", unite.output, "The database file to write")->required();
     add_json(c, unite.json);
 
+    c = add_command(app, run, "report", "Write a page that shows where the registers went", report, kptdb::run_report);
+    c->add_option("FILES", report.files, "Database files in the order of the stages")->required()->expected(1, 1000);
+    c->add_option("-o,--output", report.output, "The page to write")->required();
+    c->add_option("--against", report.against, "An older database file: show what it says differently");
+    c->add_option("--title", report.title, "The design's name (default: the first database's)");
+
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
     CLI::Option* format = c->add_option("--format", export_.format, "json, csv, dot or encfile")
@@ -113,6 +119,7 @@ struct COMMAND_LINE {
   kptdb::DIFF_OPTIONS diff;
   kptdb::CHECK_OPTIONS check;
   kptdb::UNITE_OPTIONS unite;
+  kptdb::REPORT_OPTIONS report;
   kptdb::EXPORT_OPTIONS export_;
 };
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "text.h"
 
 namespace kptdb {
@@ -28,37 +30,31 @@ std::string_view status_word(STATUS status) {
   return status == MAPPED ? "mapped" : status == ELIMINATED ? "eliminated" : "unanswered";
 }
 
-std::string_view reason_word(const KPT_TRANSFORMATION_IMPL& map) {
-  switch (map.get_elim_status()) {
-    case KPT_STUCK_AT_ZERO:
-      return "stuck_at_zero";
-    case KPT_STUCK_AT_ONE:
-      return "stuck_at_one";
-    case KPT_NO_FANOUT:
-      return "no_fanout";
-    case KPT_ELIMINATED:
-      return "eliminated";
-    default:
-      return "";
-  }
+std::string_view reason_word(const KPT_REGISTER_TRANSFORMATION& map) {
+  const KPT_ELIM_ENUM reason = map.get_elimination();
+  return reason == KPT_NOT_ELIMINATED ? std::string_view() : kpt_elim_word(reason);
+}
+
+std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg) {
+  return reg.is_signal() ? "signal" : "instance";
 }
 
 namespace {
 
-std::size_t member_count(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side) {
+std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   std::size_t count = 0;
-  KPT_TRANSFORMATION_IMPL::for_each_keypoint(side_of(map, side),
-                                             [&](const KPT_KEYPOINT* k) { count += k == nullptr ? 0U : 1U; });
+  for_each_place(map, side,
+                 [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) { count += reg.is_null() ? 0U : 1U; });
   return count;
 }
 
 }  // namespace
 
 // A state machine that lost one of its registers is still one: the elimination is a note on it.
-MAP_KIND kind_of(const KPT_TRANSFORMATION_IMPL& map) {
+MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map) {
   const std::size_t r = member_count(map, KPT_REFERENCE_SET);
   const std::size_t t = member_count(map, KPT_TRANSFORMED_SET);
-  if (map.map_has_fsm_transformation() && r > 0 && t > 0) {
+  if (map.has_fsm() && r > 0 && t > 0) {
     return STATE_MACHINE;
   }
   if (!reason_word(map).empty()) {
@@ -71,74 +67,72 @@ MAP_KIND kind_of(const KPT_TRANSFORMATION_IMPL& map) {
 }
 
 STATUS status_of(const REGISTER& reg) {
-  if (reg.map == nullptr) {
+  if (reg.map.is_null()) {
     return UNANSWERED;
   }
-  const MAP_KIND kind = kind_of(*reg.map);
+  const MAP_KIND kind = kind_of(reg.map);
   return kind == ELIMINATED_MAP ? ELIMINATED : kind == OPEN_MAP ? UNANSWERED : MAPPED;
-}
-
-const NI_PAIR_VECTOR& side_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side) {
-  return side == KPT_REFERENCE_SET ? map.r_vec() : map.t_vec();
 }
 
 KPT_SET_ENUM other_side(KPT_SET_ENUM side) {
   return side == KPT_REFERENCE_SET ? KPT_TRANSFORMED_SET : KPT_REFERENCE_SET;
 }
 
-std::vector<const KPT_KEYPOINT*> members(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side) {
-  std::vector<const KPT_KEYPOINT*> result;
-  KPT_TRANSFORMATION_IMPL::for_each_keypoint(side_of(map, side), [&](const KPT_KEYPOINT* k) {
-    if (k != nullptr) {
-      result.push_back(k);
+std::vector<KPT_REGISTER_KEYPOINT> members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+  std::vector<KPT_REGISTER_KEYPOINT> result;
+  for_each_place(map, side, [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) {
+    if (!reg.is_null()) {
+      result.push_back(reg);
     }
   });
   return result;
 }
 
-PLACE place_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint) {
-  const NI_PAIR_VECTOR& pairs = side_of(map, side);
-  const auto holds = [&](const KPT_KEYPOINT_LIST& group) {
-    return std::find(group.begin(), group.end(), keypoint) != group.end();
-  };
-  for (std::size_t k = 0; k < pairs.size(); ++k) {
-    const bool inverting = !holds(pairs[k].first);
-    if (!inverting || holds(pairs[k].second)) {
-      return {true, k, inverting};
+std::vector<KPT_REGISTER_KEYPOINT> columns(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+  std::vector<KPT_REGISTER_KEYPOINT> result;
+  const std::size_t count = map.get_number_of_indices(side);
+  for (std::size_t index = 0; index < count; ++index) {
+    const KPT_REGISTER_GROUP group = map.get_group(side, index, false);
+    result.push_back((group.empty() ? map.get_group(side, index, true) : group)[0]);
+  }
+  return result;
+}
+
+PLACE place_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg) {
+  const std::size_t count = map.get_number_of_indices(side);
+  for (std::size_t index = 0; index < count; ++index) {
+    for (const bool inverting : {false, true}) {
+      const KPT_REGISTER_GROUP group = map.get_group(side, index, inverting);
+      if (std::find(group.begin(), group.end(), reg) != group.end()) {
+        return {true, index, inverting};
+      }
     }
   }
   return {};
 }
 
-const KPT_REGISTER_KEYPOINT_IMPL* as_register(const KPT_KEYPOINT* keypoint) {
-  return keypoint != nullptr && keypoint->is_register() ? static_cast<const KPT_REGISTER_KEYPOINT_IMPL*>(keypoint)
-                                                        : nullptr;
-}
-
-std::string label(const KPT_KEYPOINT* keypoint) {
-  if (keypoint == nullptr) {
+std::string label(const KPT_REGISTER_KEYPOINT& reg) {
+  if (reg.is_null()) {
     return "(no register)";
   }
-  const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(keypoint);
-  if (reg == nullptr || reg->register_is_signal()) {
-    return printable(keypoint->get_element_name());
+  if (reg.is_signal()) {
+    return printable(reg.get_name());
   }
-  return fmt::format("{} ({}, {})", printable(reg->get_element_name()), printable(reg->get_entity_name()),
-                     printable(reg->get_register_type()));
+  return fmt::format("{} ({}, {})", printable(reg.get_name()), printable(reg.get_entity_name()),
+                     printable(reg.get_type()));
 }
 
-const KPT_TRANSFORMATION_IMPL* map_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint) {
-  return side == KPT_REFERENCE_SET ? db.maps().get_map_of_r_keypoint(keypoint)
-                                   : db.maps().get_map_of_t_keypoint(keypoint);
+KPT_REGISTER_TRANSFORMATION map_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg) {
+  return side == KPT_REFERENCE_SET ? db.handle().get_reference_register_transformation(reg)
+                                   : db.handle().get_transformed_register_transformation(reg);
 }
 
 std::vector<REGISTER> registers_of(const DATABASE& db, KPT_SET_ENUM side) {
   std::vector<REGISTER> result;
   result.reserve(db.registers(side).size());
-  db.registers(side).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
-    result.push_back({side, k, map_of(db, side, k)});
-    return true;
-  });
+  for (const KPT_REGISTER_KEYPOINT& reg : db.registers(side)) {
+    result.push_back({side, reg, map_of(db, side, reg)});
+  }
   return result;
 }
 
@@ -149,27 +143,32 @@ std::vector<REGISTER> registers_of(const DATABASE& db) {
   return result;
 }
 
-std::string code_of(const KPT_STATE_TABLE_IMPL& table, KPT_SET_ENUM side, unsigned state) {
-  const unsigned width =
-      side == KPT_REFERENCE_SET ? table.get_num_reference_registers() : table.get_num_transformed_registers();
+unsigned width_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side) {
+  return side == KPT_REFERENCE_SET ? table.get_state_reference_size() : table.get_state_transformed_size();
+}
+
+std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned state) {
+  const unsigned width = width_of(table, side);
+  const auto row = static_cast<unsigned short>(state + 1);
   std::string code;
-  for (unsigned column = 1; column <= width; ++column) {
-    const int bit = table.get_entry(side, static_cast<unsigned short>(state + 1), static_cast<unsigned short>(column));
+  for (unsigned k = 1; k <= width; ++k) {
+    const auto column = static_cast<unsigned short>(k);
+    const int bit =
+        side == KPT_REFERENCE_SET ? table.get_reference_entry(row, column) : table.get_transformed_entry(row, column);
     code += bit == 0 ? '0' : bit == 1 ? '1' : '?';
   }
   return code;
 }
 
-JSON json_of(const KPT_KEYPOINT* keypoint) {
-  if (keypoint == nullptr) {
+JSON json_of(const KPT_REGISTER_KEYPOINT& reg) {
+  if (reg.is_null()) {
     return nullptr;
   }
   JSON result;
-  result["name"] = std::string_view(keypoint->get_element_name());
-  const KPT_REGISTER_KEYPOINT_IMPL* reg = as_register(keypoint);
-  if (reg != nullptr && !reg->register_is_signal()) {
-    result["entity"] = std::string_view(reg->get_entity_name());
-    result["type"] = std::string_view(reg->get_register_type());
+  result["name"] = std::string_view(reg.get_name());
+  if (!reg.is_signal()) {
+    result["entity"] = std::string_view(reg.get_entity_name());
+    result["type"] = std::string_view(reg.get_type());
   }
   return result;
 }
@@ -177,36 +176,37 @@ JSON json_of(const KPT_KEYPOINT* keypoint) {
 JSON json_of(const REGISTER& reg) {
   JSON result;
   result["side"] = side_word(reg.side);
-  result["id"] = reg.keypoint->get_kpid();
-  result["kind"] = reg.keypoint->register_is_signal() ? "signal" : "instance";
+  result["id"] = reg.keypoint.get_id();
+  result["kind"] = register_kind_word(reg.keypoint);
   result.update(json_of(reg.keypoint));
   result["status"] = status_word(status_of(reg));
   return result;
 }
 
-JSON json_of(const KPT_STATE_TABLE_IMPL& table) {
+namespace {
+
+JSON json_of_states(const KPT_STATE_TABLE& table) {
   JSON states = JSON::array();
-  for (unsigned s = 0; s < table.get_num_states(); ++s) {
+  for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
     states.push_back({code_of(table, KPT_REFERENCE_SET, s), code_of(table, KPT_TRANSFORMED_SET, s)});
   }
   return states;
 }
 
-namespace {
-
-JSON json_of_side(const NI_PAIR_VECTOR& side) {
-  const auto group = [](const KPT_KEYPOINT_LIST& keypoints) {
+JSON json_of_side(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+  const auto group = [&](std::size_t index, bool inverting) {
     JSON list = JSON::array();
-    for (const KPT_KEYPOINT* k : keypoints) {
-      list.push_back(json_of(k));
+    for (const KPT_REGISTER_KEYPOINT& reg : map.get_group(side, index, inverting)) {
+      list.push_back(json_of(reg));
     }
     return list;
   };
   JSON result = JSON::array();
-  for (const NI_PAIR& pair : side) {
+  const std::size_t count = map.get_number_of_indices(side);
+  for (std::size_t k = 0; k < count; ++k) {
     JSON index;
-    index["noninverting"] = group(pair.first);
-    index["inverting"] = group(pair.second);
+    index["noninverting"] = group(k, false);
+    index["inverting"] = group(k, true);
     result.push_back(std::move(index));
   }
   return result;
@@ -214,15 +214,15 @@ JSON json_of_side(const NI_PAIR_VECTOR& side) {
 
 }  // namespace
 
-JSON json_of(const KPT_TRANSFORMATION_IMPL& map) {
+JSON json_of(const KPT_REGISTER_TRANSFORMATION& map) {
   JSON result;
   result["kind"] = kind_word(kind_of(map));
   const std::string_view reason = reason_word(map);
   result["elimination"] = reason.empty() ? JSON(nullptr) : JSON(reason);
-  result["reference"] = json_of_side(map.r_vec());
-  result["transformed"] = json_of_side(map.t_vec());
-  if (map.map_has_fsm_transformation()) {
-    result["states"] = json_of(map.state_table());
+  result["reference"] = json_of_side(map, KPT_REFERENCE_SET);
+  result["transformed"] = json_of_side(map, KPT_TRANSFORMED_SET);
+  if (map.has_fsm()) {
+    result["states"] = json_of_states(map.get_state_table());
   }
   return result;
 }

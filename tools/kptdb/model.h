@@ -1,6 +1,6 @@
 // What the commands say about a database: its registers, its maps, and what became of each.
 //
-// Ownership: everything here points into a DATABASE and is good as long as that lives.
+// Ownership: everything here are handles of a DATABASE, good as long as that lives.
 #ifndef KPTDB_MODEL_H
 #define KPTDB_MODEL_H
 
@@ -10,9 +10,6 @@
 #include <vector>
 
 #include "database.h"
-#include "db/kpt/kpt_register_keypoint_impl.h"
-#include "db/kpt/kpt_state_table_impl.h"
-#include "db/kpt/kpt_transformation_impl.h"
 
 namespace kptdb {
 
@@ -27,11 +24,11 @@ enum STATUS { MAPPED, ELIMINATED, UNANSWERED };
 /// A register and its map, which may be null.
 struct REGISTER {
   KPT_SET_ENUM side;
-  const KPT_REGISTER_KEYPOINT_IMPL* keypoint;
-  const KPT_TRANSFORMATION_IMPL* map;
+  KPT_REGISTER_KEYPOINT keypoint;
+  KPT_REGISTER_TRANSFORMATION map;
 };
 
-/// Where a keypoint stands in a side of a map.
+/// Where a register stands in a side of a map.
 struct PLACE {
   bool found = false;
   std::size_t index = 0;
@@ -42,34 +39,49 @@ std::string_view side_word(KPT_SET_ENUM side);
 std::string_view kind_word(MAP_KIND kind);
 std::string_view status_word(STATUS status);
 /// Empty for no elimination.
-std::string_view reason_word(const KPT_TRANSFORMATION_IMPL& map);
+std::string_view reason_word(const KPT_REGISTER_TRANSFORMATION& map);
+/// "signal" or "instance".
+std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg);
 
-MAP_KIND kind_of(const KPT_TRANSFORMATION_IMPL& map);
+MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map);
 STATUS status_of(const REGISTER& reg);
 
-const NI_PAIR_VECTOR& side_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side);
 KPT_SET_ENUM other_side(KPT_SET_ENUM side);
 /// The registers that a side lists, null ones left out.
-std::vector<const KPT_KEYPOINT*> members(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side);
-PLACE place_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint);
+std::vector<KPT_REGISTER_KEYPOINT> members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
+/// The first register of each index of a side, of either group; null for none.
+std::vector<KPT_REGISTER_KEYPOINT> columns(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
+PLACE place_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg);
 
-/// Null for a keypoint that is no register, and for null.
-const KPT_REGISTER_KEYPOINT_IMPL* as_register(const KPT_KEYPOINT* keypoint);
+/// Calls visit(index, inverting, register) for every place of a side, the null ones too.
+template <class VISIT>
+void for_each_place(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, VISIT visit) {
+  const std::size_t count = map.get_number_of_indices(side);
+  for (std::size_t index = 0; index < count; ++index) {
+    for (const bool inverting : {false, true}) {
+      for (const KPT_REGISTER_KEYPOINT& reg : map.get_group(side, index, inverting)) {
+        visit(index, inverting, reg);
+      }
+    }
+  }
+}
+
 /// The name, and of a block instance its entity and type; "(no register)" for null.
-std::string label(const KPT_KEYPOINT* keypoint);
+std::string label(const KPT_REGISTER_KEYPOINT& reg);
 
-const KPT_TRANSFORMATION_IMPL* map_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint);
+KPT_REGISTER_TRANSFORMATION map_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg);
 /// The registers of a side, or of both, in the order of a saved file.
 std::vector<REGISTER> registers_of(const DATABASE& db, KPT_SET_ENUM side);
 std::vector<REGISTER> registers_of(const DATABASE& db);
 
+/// The number of registers of a side of the table.
+unsigned width_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side);
 /// A state's codes: character k is the bit of the side's column k + 1.
-std::string code_of(const KPT_STATE_TABLE_IMPL& table, KPT_SET_ENUM side, unsigned state);
+std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned state);
 
-JSON json_of(const KPT_KEYPOINT* keypoint);
+JSON json_of(const KPT_REGISTER_KEYPOINT& reg);
 JSON json_of(const REGISTER& reg);
-JSON json_of(const KPT_STATE_TABLE_IMPL& table);
-JSON json_of(const KPT_TRANSFORMATION_IMPL& map);
+JSON json_of(const KPT_REGISTER_TRANSFORMATION& map);
 /// JSON as text. Bytes that are no UTF-8 are replaced, so that any database can be printed.
 std::string json_text(const JSON& json, int indent = 2);
 

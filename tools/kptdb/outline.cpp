@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "h/gen_sys.h"
+
 namespace kptdb {
 
 namespace {
@@ -65,7 +67,7 @@ class SCANNER {
     }
     move_to(std::min(end + 1, m_text.size()));
     if (closes || empty) {
-      m_visitor.end();
+      m_visitor.end(line);
     }
   }
 
@@ -129,6 +131,9 @@ class OUTLINER {
     ++m_depth;
     m_field = nullptr;
     switch (m_depth) {
+      case 1:
+        m_outline.root = name;
+        break;
       case 2:
         part(name, tag, line);
         break;
@@ -143,9 +148,12 @@ class OUTLINER {
     }
   }
 
-  void end() {
+  void end(std::size_t line) {
     --m_depth;
     m_field = nullptr;
+    if (m_depth == 1 && m_in_maps && m_outline.end_of_maps == 0) {
+      m_outline.end_of_maps = line;
+    }
   }
 
   void characters(std::string_view text) {
@@ -166,6 +174,8 @@ class OUTLINER {
   void part(std::string_view name, std::string_view tag, std::size_t line) {
     expect(name == "key_points_set" || name == "transformations_set", name, line);
     m_in_registers = name == "key_points_set";
+    m_in_maps = name == "transformations_set";
+    m_outline.has_register_set |= m_in_registers;
     m_side = side_named(attribute(tag, "type"));
   }
 
@@ -220,12 +230,51 @@ class OUTLINER {
   OUTLINE m_outline;
   int m_depth = 0;
   bool m_in_registers = false;
+  bool m_in_maps = false;
   bool m_in_table = false;
   KPT_SET_ENUM m_side = KPT_REFERENCE_SET;
   std::string* m_field = nullptr;  // where text goes; none is added to its list meanwhile
 };
 
+// Adds up what the tables claim.
+class CLAIMS {
+ public:
+  void start(std::string_view name, std::string_view tag, std::size_t line) {
+    if (name != "state_table") {
+      return;
+    }
+    const auto number = [&](std::string_view key) -> std::uint64_t {
+      return static_cast<unsigned short>(gen_atoi(MEM_STRING(std::string_view(attribute(tag, key)))));
+    };
+    const std::uint64_t entries =
+        number("num_states") * (number("num_reference_registers") + number("num_transformed_registers"));
+    m_claims.entries += entries;
+    if (entries > m_most) {
+      m_most = entries;
+      m_claims.line_of_largest = line;
+    }
+  }
+  void end(std::size_t) {}
+  void characters(std::string_view) {}
+
+  const TABLE_CLAIMS& get() const { return m_claims; }
+
+ private:
+  TABLE_CLAIMS m_claims;
+  std::uint64_t m_most = 0;
+};
+
 }  // namespace
+
+// Most files have no table at all, which is soon seen.
+TABLE_CLAIMS table_claims(std::string_view text) {
+  if (text.find("<state_table") == std::string_view::npos) {
+    return {};
+  }
+  CLAIMS claims;
+  SCANNER<CLAIMS>(text, claims).run();
+  return claims.get();
+}
 
 OUTLINE outline_of(const std::string& text) {
   OUTLINER outliner;

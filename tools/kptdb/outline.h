@@ -7,11 +7,13 @@
 #ifndef KPTDB_OUTLINE_H
 #define KPTDB_OUTLINE_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "db/kpt/kpt_types.h"
+#include "db/kpt/kpt.h"
 
 namespace kptdb {
 
@@ -47,12 +49,22 @@ struct OUTLINE {
     std::string name;
   };
 
+  std::string root;
+  bool has_register_set = false;
+  std::size_t end_of_maps = 0;  // the line on which the first transformations end
   std::vector<KEY_POINT> key_points;
   std::vector<MAP> maps;
   std::vector<ELEMENT> unexpected;
 };
 
 OUTLINE outline_of(const std::string& text);
+
+/// What the state tables of a file claim to hold, by the numbers that the library goes by.
+struct TABLE_CLAIMS {
+  std::uint64_t entries = 0;
+  std::size_t line_of_largest = 1;
+};
+TABLE_CLAIMS table_claims(std::string_view text);
 
 }  // namespace kptdb
 

@@ -20,47 +20,54 @@ constexpr unsigned MOST_STATES_SHOWN = 64;
 // The registers of one side of a map, seen from one register: those that carry its value, and
 // those that carry the inverse.
 struct RELATIVES {
-  std::vector<const KPT_KEYPOINT*> same;
-  std::vector<const KPT_KEYPOINT*> inverse;
+  std::vector<KPT_REGISTER_KEYPOINT> same;
+  std::vector<KPT_REGISTER_KEYPOINT> inverse;
 };
 
-void add_relatives(RELATIVES& relatives, const NI_PAIR& pair, bool inverting, const KPT_KEYPOINT* self) {
-  const auto add = [&](const KPT_KEYPOINT_LIST& group, std::vector<const KPT_KEYPOINT*>& to) {
-    std::copy_if(group.begin(), group.end(), std::back_inserter(to), [&](const KPT_KEYPOINT* k) { return k != self; });
-  };
-  add(inverting ? pair.second : pair.first, relatives.same);
-  add(inverting ? pair.first : pair.second, relatives.inverse);
+// What an index of a side lists, seen from a register of the one group or of the other.
+void add_relatives(RELATIVES& relatives, const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, std::size_t index,
+                   bool inverting) {
+  for (const bool inverse : {false, true}) {
+    std::vector<KPT_REGISTER_KEYPOINT>& to = inverse ? relatives.inverse : relatives.same;
+    const KPT_REGISTER_GROUP group = map.get_group(side, index, inverting != inverse);
+    to.insert(to.end(), group.begin(), group.end());
+  }
 }
 
 // On its own side a register has relatives at its own index alone.
 RELATIVES siblings(const REGISTER& reg, const PLACE& place) {
   RELATIVES result;
-  add_relatives(result, side_of(*reg.map, reg.side)[place.index], place.inverting, reg.keypoint);
+  add_relatives(result, reg.map, reg.side, place.index, place.inverting);
+  for (std::vector<KPT_REGISTER_KEYPOINT>* relatives : {&result.same, &result.inverse}) {
+    std::erase(*relatives, reg.keypoint);
+  }
   return result;
 }
 
 // Across a state machine no single register carries the value of another: the table relates them.
 RELATIVES partners(const REGISTER& reg, const PLACE& place) {
   RELATIVES result;
-  for (const NI_PAIR& pair : side_of(*reg.map, other_side(reg.side))) {
-    add_relatives(result, pair, !reg.map->map_has_fsm_transformation() && place.inverting, nullptr);
+  const KPT_SET_ENUM across = other_side(reg.side);
+  const std::size_t count = reg.map.get_number_of_indices(across);
+  for (std::size_t index = 0; index < count; ++index) {
+    add_relatives(result, reg.map, across, index, !reg.map.has_fsm() && place.inverting);
   }
-  if (reg.map->map_has_fsm_transformation()) {
+  if (reg.map.has_fsm()) {
     result.same.insert(result.same.end(), result.inverse.begin(), result.inverse.end());
     result.inverse.clear();
   }
   return result;
 }
 
-std::vector<std::string> labels(const std::vector<const KPT_KEYPOINT*>& keypoints) {
+std::vector<std::string> labels(const std::vector<KPT_REGISTER_KEYPOINT>& keypoints) {
   std::vector<std::string> result;
   std::transform(keypoints.begin(), keypoints.end(), std::back_inserter(result), label);
   return result;
 }
 
-JSON json_list(const std::vector<const KPT_KEYPOINT*>& keypoints) {
+JSON json_list(const std::vector<KPT_REGISTER_KEYPOINT>& keypoints) {
   JSON list = JSON::array();
-  for (const KPT_KEYPOINT* k : keypoints) {
+  for (const KPT_REGISTER_KEYPOINT& k : keypoints) {
     list.push_back(json_of(k));
   }
   return list;
@@ -73,18 +80,18 @@ std::string_view unateness(const REGISTER& reg, const PLACE& place, std::size_t 
   const bool is_reference = reg.side == KPT_REFERENCE_SET;
   const auto r = static_cast<unsigned short>(is_reference ? place.index : other);
   const auto t = static_cast<unsigned short>(is_reference ? other : place.index);
-  const bool positive = reg.map->association_is_positive_unate(r, t);
-  const bool negative = reg.map->association_is_negative_unate(r, t);
+  const bool positive = reg.map.is_positive_unate(r, t);
+  const bool negative = reg.map.is_negative_unate(r, t);
   if (positive == negative) {
     return positive ? "both" : "";
   }
-  const bool opposes = place.inverting && !side_of(*reg.map, reg.side)[place.index].first.empty();
+  const bool opposes = place.inverting && !reg.map.get_group(reg.side, place.index, false).empty();
   return positive != opposes ? "positive" : "negative";
 }
 
 JSON json_of_unateness(const REGISTER& reg, const PLACE& place) {
   JSON result = JSON::array();
-  const std::size_t count = side_of(*reg.map, other_side(reg.side)).size();
+  const std::size_t count = reg.map.get_number_of_indices(other_side(reg.side));
   for (std::size_t k = 0; k < count; ++k) {
     const std::string_view word = unateness(reg, place, k);
     result.push_back(word.empty() ? JSON(nullptr) : JSON(word));
@@ -94,11 +101,11 @@ JSON json_of_unateness(const REGISTER& reg, const PLACE& place) {
 
 JSON json_of_answer(const REGISTER& reg) {
   JSON result = json_of(reg);
-  if (reg.map == nullptr) {
+  if (reg.map.is_null()) {
     result["map"] = nullptr;
     return result;
   }
-  const PLACE place = place_of(*reg.map, reg.side, reg.keypoint);
+  const PLACE place = place_of(reg.map, reg.side, reg.keypoint);
   if (place.found) {
     const RELATIVES own = siblings(reg, place);
     const RELATIVES other = partners(reg, place);
@@ -110,22 +117,22 @@ JSON json_of_answer(const REGISTER& reg) {
     result["inverted_partners"] = json_list(other.inverse);
     result["unateness"] = json_of_unateness(reg, place);
   }
-  result["map"] = json_of(*reg.map);
+  result["map"] = json_of(reg.map);
   return result;
 }
 
-void add_line(std::string& text, std::string_view what, const std::vector<const KPT_KEYPOINT*>& keypoints) {
+void add_line(std::string& text, std::string_view what, const std::vector<KPT_REGISTER_KEYPOINT>& keypoints) {
   if (!keypoints.empty()) {
     text += fmt::format("  {} {}\n", what, fmt::join(labels(keypoints), ", "));
   }
 }
 
 std::string verdict(const REGISTER& reg) {
-  if (reg.map == nullptr) {
+  if (reg.map.is_null()) {
     return "  no map says what became of it\n";
   }
-  const std::string_view reason = reason_word(*reg.map);
-  switch (kind_of(*reg.map)) {
+  const std::string_view reason = reason_word(reg.map);
+  switch (kind_of(reg.map)) {
     case STATE_MACHINE:
       return reason.empty()
                  ? "  a register of a re-encoded state machine\n"
@@ -142,10 +149,10 @@ std::string verdict(const REGISTER& reg) {
   return "  kept in a group\n";
 }
 
-std::string text_of_states(const KPT_TRANSFORMATION_IMPL& map) {
-  const KPT_STATE_TABLE_IMPL& states = map.state_table();
+std::string text_of_states(const KPT_REGISTER_TRANSFORMATION& map) {
+  const KPT_STATE_TABLE states = map.get_state_table();
   TEXT_TABLE table({"state", "reference", "transformed"});
-  const unsigned count = states.get_num_states();
+  const unsigned count = states.get_number_of_states();
   for (unsigned s = 0; s < std::min(count, MOST_STATES_SHOWN); ++s) {
     table.add({std::to_string(s), code_of(states, KPT_REFERENCE_SET, s), code_of(states, KPT_TRANSFORMED_SET, s)});
   }
@@ -156,17 +163,16 @@ std::string text_of_states(const KPT_TRANSFORMATION_IMPL& map) {
   return text;
 }
 
-std::string text_of_machine(const KPT_TRANSFORMATION_IMPL& map) {
-  const auto columns = [&](KPT_SET_ENUM side) {
+std::string text_of_machine(const KPT_REGISTER_TRANSFORMATION& map) {
+  const auto names = [&](KPT_SET_ENUM side) {
     std::vector<std::string> result;
-    for (const NI_PAIR& pair : side_of(map, side)) {
-      const KPT_KEYPOINT_LIST& group = pair.first.empty() ? pair.second : pair.first;
-      result.push_back(group.empty() ? "-" : label(group.front()));
+    for (const KPT_REGISTER_KEYPOINT& reg : columns(map, side)) {
+      result.push_back(reg.is_null() ? "-" : label(reg));
     }
     return result;
   };
   return fmt::format("  reference columns: {}\n  transformed columns: {}\n{}",
-                     fmt::join(columns(KPT_REFERENCE_SET), ", "), fmt::join(columns(KPT_TRANSFORMED_SET), ", "),
+                     fmt::join(names(KPT_REFERENCE_SET), ", "), fmt::join(names(KPT_TRANSFORMED_SET), ", "),
                      text_of_states(map));
 }
 
@@ -180,21 +186,21 @@ std::string text_of_unateness(const REGISTER& reg, const PLACE& place) {
 
 std::string text_of_answer(const REGISTER& reg) {
   std::string text =
-      fmt::format("{} register {}, id {}\n", side_word(reg.side), label(reg.keypoint), reg.keypoint->get_kpid());
+      fmt::format("{} register {}, id {}\n", side_word(reg.side), label(reg.keypoint), reg.keypoint.get_id());
   text += verdict(reg);
-  const PLACE place = reg.map == nullptr ? PLACE() : place_of(*reg.map, reg.side, reg.keypoint);
+  const PLACE place = reg.map.is_null() ? PLACE() : place_of(reg.map, reg.side, reg.keypoint);
   if (!place.found) {
     return text;
   }
   const RELATIVES own = siblings(reg, place);
   const RELATIVES other = partners(reg, place);
-  const bool fsm = reg.map->map_has_fsm_transformation();
+  const bool fsm = reg.map.has_fsm();
   const std::string_view across = side_word(other_side(reg.side));
   add_line(text, fmt::format("{} {}:", across, fsm ? "state registers" : "with the same value"), other.same);
   add_line(text, fmt::format("{} with the inverse:", across), other.inverse);
   add_line(text, "equivalents:", own.same);
   add_line(text, "inverted equivalents:", own.inverse);
-  return text + (fsm ? text_of_machine(*reg.map) : text_of_unateness(reg, place));
+  return text + (fsm ? text_of_machine(reg.map) : text_of_unateness(reg, place));
 }
 
 EXIT_CODE answer_nothing(const DATABASE& db, const SHOW_OPTIONS& options, RESULT_FILE& out) {

@@ -20,13 +20,10 @@ std::string printable(std::string_view text) {
   return result;
 }
 
-// What XML needs escaped is escaped, but XML has no control characters besides these. Bytes that are
-// not UTF-8 the library refuses when it saves.
+// Files are written without escapes, and only ASCII is sure to be read as it was written.
 bool reads_back(std::string_view text) {
-  const auto is_held = [](char c) {
-    return static_cast<unsigned char>(c) >= 0x20 || c == '\t' || c == '\n' || c == '\r';
-  };
-  return std::all_of(text.begin(), text.end(), is_held);
+  const auto plain = [](char c) { return c >= 0x20 && c <= 0x7E && c != '<' && c != '&' && c != '"'; };
+  return std::all_of(text.begin(), text.end(), plain) && text.find("]]>") == std::string_view::npos;
 }
 
 // On a mismatch the last star takes one character more; earlier stars need not be tried again.

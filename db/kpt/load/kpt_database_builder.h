@@ -12,8 +12,8 @@
 //
 // What a reference stands for is not read, but for its text and the values of
 // tables in it; yet a reference, like an instruction, counts as the child of
-// its name. Files are read so because loading once walked a document in which
-// references are nodes; flows have files that rely on it.
+// its name: in the document of such a file, references are nodes like elements,
+// and the XML classes of this library show them so.
 #ifndef KPT_DATABASE_BUILDER_H
 #define KPT_DATABASE_BUILDER_H
 

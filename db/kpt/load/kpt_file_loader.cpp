@@ -41,7 +41,7 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view fi
 }
 
 // As the parser says it of a file without an error, and once more when the
-// database is built: a load once parsed its file twice, and hosts watch for both.
+// database is built: hosts watch for both lines.
 void KPT_FILE_LOADER::tell_parsed() const { kpt_msg_debug("XML parse: file: %s, nerrors: %d", m_file_name.c_str(), 0); }
 
 void KPT_FILE_LOADER::tell_parsing_starts() const { kpt_msg_debug("Start XML parsing"); }

@@ -1,5 +1,5 @@
 // Loads a database file: by the scanner if the file is plain, by xerces-c
-// otherwise, and says to the host what loading has always said.
+// otherwise. The host is told the same in both cases.
 //
 // Ownership: owns the database from `read` to `finish`.
 #ifndef KPT_FILE_LOADER_H

@@ -16,7 +16,7 @@ bool contains_sorted(const GROUP& group, const KPT_KEYPOINT* keypoint) {
 
 }  // namespace
 
-KPT_POLARITIES::STANDING KPT_POLARITIES::of(const KPT_TRANSFORMATION_IMPL& map, const KPT_KEYPOINT* keypoint) {
+KPT_POLARITIES::GROUP_MEMBERSHIP KPT_POLARITIES::of(const KPT_TRANSFORMATION_IMPL& map, const KPT_KEYPOINT* keypoint) {
   constexpr std::size_t FEW = 16;
   const NI_PAIR_VECTOR& side = m_side == KPT_REFERENCE_SET ? map.r_vec() : map.t_vec();
   if (side.empty()) {

@@ -18,7 +18,7 @@
 
 class KPT_POLARITIES {
  public:
-  struct STANDING {
+  struct GROUP_MEMBERSHIP {
     bool in_n_group;
     bool in_i_group;
     bool anywhere() const { return in_n_group || in_i_group; }
@@ -26,7 +26,7 @@ class KPT_POLARITIES {
 
   explicit KPT_POLARITIES(KPT_SET_ENUM side) : m_side(side) {}
 
-  STANDING of(const KPT_TRANSFORMATION_IMPL& map, const KPT_KEYPOINT* keypoint);
+  GROUP_MEMBERSHIP of(const KPT_TRANSFORMATION_IMPL& map, const KPT_KEYPOINT* keypoint);
   /// The groups of the side have changed places.
   void exchanged(const KPT_TRANSFORMATION_IMPL& map);
   void forget(const KPT_TRANSFORMATION_IMPL& map) { m_large.erase(&map); }

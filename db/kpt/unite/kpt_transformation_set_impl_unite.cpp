@@ -13,6 +13,7 @@
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/msg_kpt.h"
+#include "db/kpt/unite/kpt_look_ahead.h"
 #include "db/kpt/unite/kpt_polarities.h"
 #include "h/cfg_sys.h"
 #include "h/msg_sys.h"
@@ -34,8 +35,6 @@ class KPT_UNITE {
   bool run();
 
  private:
-  class LOOK_AHEAD;
-
   void loop_1_fuse_maps_of_db2();
   void loop_2_fuse_maps_of_db1();
   void loop_3_compose();
@@ -50,7 +49,12 @@ class KPT_UNITE {
   MAP* successor_of(MAP& m1);
   MAP* report_first_in_db2(const KPT_KEYPOINT_LIST& registers);
   void step_from(MAP& m1, MAP& m2);
-  void fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1) const;
+  static KPT_LOOK_AHEAD look_ahead_from(const KPT_TRANSFORMATION_SET_IMPL& walked, KPT_SET_ENUM side,
+                                        const KPT_TRANSFORMATION_SET_IMPL& other) {
+    const KPT_SET_ENUM other_side = side == KPT_TRANSFORMED_SET ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET;
+    return {walked.m_maps, side, other.m_maps, other.index(other_side)};
+  }
+  void fetch_entries_behind(const KPT_LOOK_AHEAD& look_ahead, const MAP& m1) const;
   static void report_mismatch(const MAP& m1, const MAP& m2);
   static void report_side(const MAP& map, KPT_SET_ENUM side);
 
@@ -92,61 +96,10 @@ bool KPT_UNITE::run() {
   return ok;
 }
 
-// The maps of one stage lie all over memory in the order of the other, and a
-// walk that waits for each of them waits most of its time. This asks ahead of
-// the walk for what leads from a map to its counterpart in the other stage, one
-// step of that way at a time: the keypoint, its index entry, the map's place in
-// the list, the map. It changes nothing.
-class KPT_UNITE::LOOK_AHEAD {
- public:
-  LOOK_AHEAD(const KPT_TRANSFORMATION_SET_IMPL& walked, KPT_SET_ENUM side, const KPT_TRANSFORMATION_SET_IMPL& other)
-      : m_walked(walked.m_maps),
-        m_side(side),
-        m_other(other.m_maps),
-        m_index(other.index(side == KPT_TRANSFORMED_SET ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET)) {}
-
-  void from(const MAP& map) const {
-    const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
-    __builtin_prefetch(keypoint_of(m_walked.at(position + 4 * STEP)));
-    m_index.fetch(KPT_KEYPOINT::slot_of(keypoint_of(m_walked.at(position + 3 * STEP))));
-    m_other.fetch(m_index.find(KPT_KEYPOINT::slot_of(keypoint_of(m_walked.at(position + 2 * STEP)))));
-    fetch(counterpart_of(m_walked.at(position + STEP)));
-  }
-
-  /// The map to which the one some way behind leads; null when there is none.
-  const MAP* counterpart(const MAP& map, std::uint32_t ahead) const {
-    return counterpart_of(m_walked.at(KPT_TRANSFORMATION_LIST::position_of(map) + ahead));
-  }
-
- private:
-  static constexpr std::uint32_t STEP = 6;
-
-  static void fetch(const MAP* map) {
-    if (map != nullptr) {
-      __builtin_prefetch(map);
-      __builtin_prefetch(reinterpret_cast<const char*>(map) + sizeof(MAP) - 1);
-    }
-  }
-  const KPT_KEYPOINT* keypoint_of(const MAP* map) const {
-    if (map == nullptr) {
-      return nullptr;
-    }
-    return m_side == KPT_TRANSFORMED_SET ? map->get_t_n_first(0) : map->get_r_n_first(0);
-  }
-  const MAP* counterpart_of(const MAP* map) const {
-    return m_other.at(m_index.find(KPT_KEYPOINT::slot_of(keypoint_of(map))));
-  }
-
-  const KPT_TRANSFORMATION_LIST& m_walked;
-  KPT_SET_ENUM m_side;
-  const KPT_TRANSFORMATION_LIST& m_other;
-  const KPT_MAP_INDEX& m_index;
-};
-
 // Loop 1: where one index of a first-stage map feeds several second-stage
 // maps, these become one.
 void KPT_UNITE::loop_1_fuse_maps_of_db2() {
-  const LOOK_AHEAD look_ahead(db1, KPT_TRANSFORMED_SET, db2);
+  const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db1, KPT_TRANSFORMED_SET, db2);
   for (MAP* m1 : db1.m_maps) {
     if (!ok) {
       return;
@@ -178,7 +131,7 @@ void KPT_UNITE::fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index) {
 // first-stage maps that feed it: its table speaks of its own reference
 // registers, and no composition of it with a plain map is defined.
 void KPT_UNITE::loop_2_fuse_maps_of_db1() {
-  const LOOK_AHEAD look_ahead(db2, KPT_REFERENCE_SET, db1);
+  const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db2, KPT_REFERENCE_SET, db1);
   for (MAP* m2 : db2.m_maps) {
     if (!ok) {
       return;
@@ -219,8 +172,8 @@ void KPT_UNITE::fuse_db1_maps_feeding(MAP& m2, unsigned short r_index) {
 // register has one polarity in both. That is what a map's own alignment does,
 // which walks the groups anew for each register.
 void KPT_UNITE::align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k) {
-  const KPT_POLARITIES::STANDING earlier = t_polarities.of(m1, k);
-  const KPT_POLARITIES::STANDING later = r_polarities.of(m2, k);
+  const KPT_POLARITIES::GROUP_MEMBERSHIP earlier = t_polarities.of(m1, k);
+  const KPT_POLARITIES::GROUP_MEMBERSHIP later = r_polarities.of(m2, k);
   if (earlier.anywhere() && later.anywhere() && earlier.in_n_group != later.in_n_group) {
     m2.interchange_registers_in_r_n_i_groups_of_map();
     m2.interchange_registers_in_t_n_i_groups_of_map();
@@ -264,7 +217,7 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
 // Loop 3: every plain first-stage map whose registers still exist goes on to
 // where the second stage takes them.
 void KPT_UNITE::loop_3_compose() {
-  const LOOK_AHEAD look_ahead(db1, KPT_TRANSFORMED_SET, db2);
+  const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db1, KPT_TRANSFORMED_SET, db2);
   for (MAP* m1 : db1.m_maps) {
     if (!ok) {
       return;
@@ -279,7 +232,7 @@ void KPT_UNITE::loop_3_compose() {
 
 // A step enters the registers of the second stage in the first and takes them
 // out of the second: asks for these, then for their entries.
-void KPT_UNITE::fetch_entries_behind(const LOOK_AHEAD& look_ahead, const MAP& m1) const {
+void KPT_UNITE::fetch_entries_behind(const KPT_LOOK_AHEAD& look_ahead, const MAP& m1) const {
   constexpr std::uint32_t NEAR = 2;
   const MAP* far = look_ahead.counterpart(m1, 2 * NEAR);
   __builtin_prefetch(far == nullptr ? nullptr : far->get_t_n_first(0));

@@ -2,7 +2,7 @@
 """Hunts for false claims: random designs through random passes, and every claim that the plugin
 records checked in a simulation of source and netlist.
 
-Fails when a claim is false. A netlist that does something else than its source is Yosys' fault and
+Fails when a claim is false, or when the plugin's own audit had to refuse one. A netlist that does something else than its source is Yosys' fault and
 counted; so are flows that end with an error of Yosys, and claims whose values were never known.
 """
 
@@ -32,14 +32,16 @@ class Totals:
                    self.designs, self.checked, self.silent, self.nothing, self.broken, self.ended, self.false)
 
 
-def record(folder, plugin, steps):
+def record(folder, plugin, steps, audits):
     """One Yosys; false when it ended with an error."""
-    script = ["read_verilog source.v", "hierarchy -top top", "kpt_track"] + steps
-    script += ["kpt_stage", "kpt_save kpt.xml", "write_json gate.json", "write_verilog -noattr -norename gate.v"]
+    script = ["read_verilog source.v", "hierarchy -top top", "kpt_track" + (" -audit" if audits else "")] + steps
+    # A LUT is written as a shift, which an unknown input leaves unknown although the others decide.
+    script += ["kpt_stage", "kpt_save kpt.xml", "simplemap t:$lut", "write_json gate.json",
+               "write_verilog -noattr -norename gate.v"]
     with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
         file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
     done = subprocess.run(["yosys", "-m", plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
-                          timeout=120, check=False)
+                          timeout=900, check=False)
     with open(folder + "/yosys.log", "w", encoding="utf-8") as file:
         file.write(done.stdout + done.stderr)
     if done.returncode not in (0, 1):
@@ -54,7 +56,8 @@ def hunt(seed, folder, options, totals):
     with open(folder + "/source.v", "w", encoding="utf-8") as file:
         file.write(source)
     totals.designs += 1
-    if not record(folder, options.plugin, flows.flow(dice, options.cells + "/cells.lib")):
+    steps = flows.flow(dice, options.cells + "/cells.lib")
+    if not record(folder, options.plugin, steps, dice.random() < 0.3):
         totals.ended += 1
         return []
     found = claims.claims(folder + "/kpt.xml")
@@ -65,7 +68,9 @@ def hunt(seed, folder, options, totals):
     totals.checked += outcome.checked
     totals.silent += len(outcome.silent)
     totals.nothing += outcome.checked == 0
-    return outcome.false
+    with open(folder + "/yosys.log", encoding="utf-8") as log:
+        refused = [claims.Claim("refused: " + line.strip(), [], []) for line in log if "does otherwise" in line]
+    return outcome.false + refused
 
 
 def main():
@@ -93,6 +98,8 @@ def main():
                 totals.false += 1
                 continue
             totals.false += len(false)
+            if totals.designs % 100 == 0:
+                print(totals, flush=True)
             for claim in false:
                 print("seed %d: false: %s" % (seed, claim.text), flush=True)
     print(totals)

@@ -1,0 +1,33 @@
+#include "db/kpt/kpt_register_texts.h"
+
+#include <sys/random.h>
+
+#include <boost/container_hash/hash.hpp>
+#include <chrono>
+
+namespace {
+
+// Different in each process, so that nobody can make a file or a netlist whose
+// names all meet in one place of the index. Nothing that a client sees depends
+// on it: sets are walked in order of creation.
+std::size_t make_salt() noexcept {
+  std::size_t salt = 0;
+  if (::getrandom(&salt, sizeof salt, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof salt)) {
+    salt = static_cast<std::size_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+  }
+  return salt;
+}
+
+}  // namespace
+
+// The names' own hash, which clients see, leaves names that differ in their
+// last bytes close together, and names of one value are easily made.
+std::uint32_t KPT_REGISTER_TEXTS::hash_of(std::string_view name, std::string_view register_type) noexcept {
+  static const std::size_t s_salt = make_salt();
+  std::size_t hash = s_salt;
+  boost::hash_range(hash, name.begin(), name.end());
+  if (!register_type.empty()) {
+    boost::hash_range(hash, register_type.begin(), register_type.end());
+  }
+  return static_cast<std::uint32_t>(hash >> 32U);
+}

@@ -1,0 +1,92 @@
+// A flat netlist of gates and registers in 64 runs at once, from power-up. What is not known stays so
+// through all logic, so a known value holds whatever the unknown ones are.
+//
+// Ownership: the module is read by the constructor only.
+#ifndef SIMULATION_H
+#define SIMULATION_H
+
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "kernel/ff.h"
+#include "kernel/sigtools.h"
+#include "kernel/yosys.h"
+#include "ternary.h"
+
+namespace kpt_yosys {
+
+namespace RTLIL = Yosys::RTLIL;
+
+class SIMULATION {
+ public:
+  explicit SIMULATION(RTLIL::Module* module);
+
+  /// The inputs by name, as text_of() has it; those that clock a register, through inverters at most,
+  /// are also in `clocks`.
+  const std::vector<std::pair<std::string, int>>& inputs() const { return m_inputs; }
+  const std::vector<std::string>& clocks() const { return m_clocks; }
+  /// The net of that name; -1 when there is none or several.
+  int net(const std::string& name) const;
+
+  /// Before set() for all inputs, and begin().
+  void power_up();
+  /// Takes the inputs as they are for those that there were before.
+  void begin();
+  void set(int net, TERNARY value) { at(net) = value; }
+  TERNARY value(int net) const { return m_values[static_cast<std::size_t>(net)]; }
+  /// Lets the changes of the inputs go through logic and registers.
+  void settle();
+
+ private:
+  enum class KIND { NOT, AND, XOR, MUX, STORAGE };
+  // Net 0 is 0, net 1 is 1, net 2 is never known; inputs of a MUX: for 0, for 1, select.
+  struct NODE {
+    KIND m_kind = KIND::NOT;
+    int m_output = 2;
+    int m_inputs[3] = {2, 2, 2};
+    int m_storage = -1;
+  };
+  // One bit. A control input that is absent is 0; active ones are 1, through inverters of our own.
+  struct STORAGE {
+    int m_q = 2, m_d = 2, m_clock = 0, m_enable = 1, m_reset = 0, m_load = 0, m_load_data = 2, m_clear = 0, m_set = 0;
+    bool m_clocked = false;
+    bool m_enable_first = false;  // a disabled register does not heed its reset
+    TERNARY m_reset_value, m_initial;
+  };
+
+  TERNARY& at(int net) { return m_values[static_cast<std::size_t>(net)]; }
+  int net_of(RTLIL::SigBit bit);
+  int new_net();
+  int add(KIND kind, int a, int b = 2, int c = 2);
+  void join(int output, int value);
+  int active(const RTLIL::SigSpec& signal, int index, bool high);
+  void add_cell(RTLIL::Cell* cell);
+  void add_gate(const std::string& type, RTLIL::Cell* cell);
+  void add_storage(RTLIL::Cell* cell, const Yosys::dict<RTLIL::SigBit, RTLIL::State>& initial);
+  void add_names(RTLIL::Module* module);
+  void find_clocks();
+  void sort_nodes();
+
+  TERNARY evaluated(const NODE& node) const;
+  TERNARY held(const STORAGE& storage, TERNARY q) const;
+  TERNARY loaded(const STORAGE& storage) const;
+  void settle_logic();
+  bool clock_registers();
+
+  Yosys::SigMap m_sigmap;
+  Yosys::dict<RTLIL::SigBit, int> m_nets;
+  std::unordered_map<std::string, int> m_names;
+  std::vector<std::pair<std::string, int>> m_inputs;
+  std::vector<std::string> m_clocks;
+  std::vector<NODE> m_nodes;
+  std::vector<STORAGE> m_storage;
+  std::vector<TERNARY> m_values;
+  std::vector<TERNARY> m_before;  // before the last change of inputs or registers
+  bool m_has_loops = false;
+};
+
+}  // namespace kpt_yosys
+
+#endif

@@ -1,0 +1,61 @@
+# kpt_track -audit: what a simulation refutes is not recorded, and told by register and pass.
+. "${0%/*}/flow.sh"
+locate elevator
+
+# A mapping that is wrong: it inverts the data of each flip-flop. Behind two of them that shows no more.
+cat >wrong.v <<'V'
+module \$_DFF_P_ (input D, input C, output Q);
+  \$_DFF_N_ _TECHMAP_REPLACE_ (.D(~D), .C(~C), .Q(Q));
+endmodule
+V
+cat >two.v <<'V'
+module two(input clk, input rst, input d, output y);
+  reg p, q = 1'b0;
+  always @(posedge clk) begin
+    p <= d & !rst;
+    q <= p;
+  end
+  assign y = q;
+endmodule
+V
+start='read_verilog two.v; proc; opt_clean'
+run log "$start; kpt_track -audit; techmap; techmap -map wrong.v; kpt_stage; kpt_show -o shown"
+expect log 'Warning: Register p does otherwise since techmap: what was seen of it is not recorded.' \
+  'Audit: 1 facts hold in 256 runs of 64 cycles, 0 have no values there, 1 are false.' '1 unknown'
+expect shown 'q = q'
+[ "$(wc -l <shown)" -eq 1 ] || fail "recorded all the same: $(cat shown)"
+
+# Without it, that is recorded.
+run log "$start; kpt_track; techmap; techmap -map wrong.v; kpt_stage; kpt_show -o shown"
+expect shown 'p = p' 'q = q'
+
+# On its own, with its own effort; what has no value is told.
+run log "$start; kpt_track -audit; techmap; kpt_audit -runs 64 -cycles 10; kpt_stage"
+expect log 'Audit: 2 facts hold in 64 runs of 10 cycles, 0 have no values there, 0 are false.'
+cat >never.v <<'V'
+module never(input clk, input d, output reg y);
+  always @(posedge clk) y <= y ^ d;
+endmodule
+V
+run log "read_verilog never.v; proc; kpt_track -audit; techmap; kpt_stage"
+expect log 'Audit: 0 facts hold in 256 runs of 64 cycles, 1 have no values there, 0 are false.' \
+  '1 kept under their name'
+refused 'No reference is kept: use kpt_track -audit' "$start; kpt_track; kpt_audit"
+
+# All kinds of facts hold: the machine and its codes, constants, merged and inverted registers.
+run log "read_verilog $source; kpt_track -top $top -audit; synth -flatten -top $top; zinit; opt; kpt_stage"
+grep -q '^Audit: 2[0-9] facts hold in 256 runs of 64 cycles, 0 have no values there, 0 are false\.$' log ||
+  { grep Audit log; fail "facts do not hold"; }
+expect log 'State machines: 1. New registers: 0. Facts not recorded: 0.'
+
+# The next stage has a reference of its own.
+run log "read_verilog $source; kpt_track -top $top -audit; synth -flatten -top $top -run :fine
+         kpt_stage -next two; synth -run fine:; kpt_stage"
+[ "$(grep -c '^Audit: .*, 0 are false\.$' log)" -eq 2 ] || fail "not audited twice"
+
+# And an audit leaves no trace in the netlist either, however early it is.
+flow="synth -flatten -top $top -run :fine"
+run log "read_verilog $source; kpt_track -top $top -audit; $flow; kpt_stage -next two; synth -run fine:; $cells
+         kpt_stage; write_rtlil on.il"
+yosys -q -p "read_verilog $source; $flow; synth -run fine:; $cells; write_rtlil off.il" >log 2>&1 || fail "yosys alone"
+cmp on.il off.il || fail "the audit changed the netlist"

@@ -1,0 +1,28 @@
+# Names that a written netlist keeps: kpt_stage tells how many it will not, and -names gives lasting ones.
+. "${0%/*}/flow.sh"
+locate "$1"
+
+[ "$top" = elevator ] || cells=
+flow="read_verilog $source; kpt_track -top $top; synth -flatten -top $top; $cells; rename -hide w:*"
+run log "$flow; kpt_stage"
+grep -q '^Warning: [0-9]* registers have private names, which write_verilog gives anew: see kpt_stage -names\.$' log ||
+  fail "not told of private names"
+
+run log "$flow; kpt_stage -names; kpt_save kpt.xml; kpt_show -o shown; write_rtlil gate.il
+         write_verilog -noattr gate.v; write_json gate.json; write_blif -cname gate.blif; write_edif -nogndvcc gate.edif"
+! grep -q 'private names' log || fail "told of private names although there are none"
+grep -q '_kpt_1_' shown || fail "no name was given"
+
+# Each transformed register, of a cell its instance, is called so in every format.
+sed -n '/<key_points_set type="transformed">/,/<\/key_points_set>/s/ *<name>\(.*\)<\/name>/\1/p' kpt.xml |
+  sed 's/\[[0-9]*\]$//' | sort -u >names
+[ -s names ] || fail "no names in the database"
+while read -r name; do
+  case $name in *'$'*) fail "a private name: $name" ;; esac
+  grep -qF -- "$name" gate.v || fail "not in the Verilog: $name"
+  grep -qF -- "\"$name\"" gate.json || fail "not in the JSON: $name"
+  grep -qF -- "$name" gate.blif || fail "not in the BLIF: $name"
+  grep -qF -- "$name" gate.edif || fail "not in the EDIF: $name"
+done <names
+
+prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the names given"; }

@@ -1,0 +1,26 @@
+// What two databases say differently, register by register.
+//
+// Ownership: values of the caller.
+#ifndef KPTDB_DIFF_H
+#define KPTDB_DIFF_H
+
+#include <string>
+#include <vector>
+
+#include "database.h"
+
+namespace kptdb {
+
+/// A register of which two databases tell differently, and what each says, briefly.
+struct CHANGE {
+  KPT_SET_ENUM side;
+  std::string name;
+  std::string first, second;
+};
+
+/// In the order in which `kptdb diff` lists them.
+std::vector<CHANGE> changes_between(const DATABASE& first, const DATABASE& second);
+
+}  // namespace kptdb
+
+#endif

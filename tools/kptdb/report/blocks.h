@@ -1,0 +1,66 @@
+// The data of a report: blocks of bytes, compressed and in base64, so that no text of a database is
+// ever part of the page's markup. docs/report.md lists the blocks.
+//
+// Ownership: a COLUMN owns its bytes; BLOCKS borrow the file for their life.
+#ifndef KPTDB_REPORT_BLOCKS_H
+#define KPTDB_REPORT_BLOCKS_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "../files.h"
+
+namespace kptdb {
+
+/// Numbers of seven bits a byte, the least first; all bytes but the last have their highest bit set.
+class COLUMN {
+ public:
+  void add(std::uint32_t number) {
+    while (number >= 0x80U) {
+      m_bytes += static_cast<char>(number | 0x80U);
+      number >>= 7U;
+    }
+    m_bytes += static_cast<char>(number);
+  }
+  /// A number that may be negative: twice its amount, less one below zero.
+  void add_signed(std::int64_t number) { add(static_cast<std::uint32_t>(number < 0 ? -2 * number - 1 : 2 * number)); }
+  void append(const COLUMN& other) { m_bytes += other.m_bytes; }
+
+  const std::string& bytes() const { return m_bytes; }
+
+ private:
+  std::string m_bytes;
+};
+
+/// Numbers that follow each other closely, each told by its distance from the one before.
+class STEPS {
+ public:
+  void add(std::uint32_t number) {
+    m_column.add_signed(static_cast<std::int64_t>(number) - m_last);
+    m_last = number;
+  }
+  const COLUMN& column() const { return m_column; }
+
+ private:
+  COLUMN m_column;
+  std::int64_t m_last = 0;
+};
+
+/// Writes blocks into the page, one after another.
+class BLOCKS {
+ public:
+  explicit BLOCKS(RESULT_FILE& out) : m_out(out) {}
+  /// The name is one of the report's own, never a text of a database.
+  void write(std::string_view name, std::string_view bytes);
+
+ private:
+  void write_encoded(std::string_view bytes, bool last);
+
+  RESULT_FILE& m_out;
+  std::string m_rest;  // up to two bytes that wait for a third
+};
+
+}  // namespace kptdb
+
+#endif
