@@ -10,6 +10,7 @@
 
 #include "db/kpt/kpt_register_transformation.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
+#include "host/kpt_host.h"
 #include "tests/support/databases.h"
 #include "tests/support/host_lines.h"
 #include "tests/support/index_checker.h"
@@ -411,11 +412,23 @@ TEST_F(TransformationSet, HandleIsNullWithoutASet) {
 
 // --- destruction ---
 
+// Every block that the maps took is given back, and no keypoint is looked at: the address checks see that.
 TEST(TransformationSetEnd, MapsMayListKeypointsThatAreGone) {
+  const auto live_blocks = [] {
+    unsigned long blocks = 0;
+    for (const kpt_host::TRACKER& tracker : kpt_host::trackers()) {
+      blocks += tracker.live_blocks;
+    }
+    return blocks;
+  };
+  const unsigned long before = live_blocks();
   auto registers = std::make_unique<kpt_test::REGISTERS>();
-  KPT_TRANSFORMATION_SET_IMPL set;
-  set.add_map((*registers)["a"], (*registers)["x"]);
+  auto set = std::make_unique<KPT_TRANSFORMATION_SET_IMPL>();
+  set->add_map((*registers)["a"], (*registers)["x"]);
   registers.reset();
+  EXPECT_GT(live_blocks(), before);
+  set.reset();
+  EXPECT_EQ(live_blocks(), before);
 }
 
 // --- the checker itself ---

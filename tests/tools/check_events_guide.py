@@ -1,0 +1,53 @@
+#!/usr/bin/python3
+"""Holds docs/events.md and docs/events.schema.json to what kptdb does.
+
+  check_events_guide.py DOCS KPTDB WORK
+"""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+
+import jsonschema
+
+DOCS, KPTDB, WORK = sys.argv[1:]
+VALIDATOR = jsonschema.Draft202012Validator(json.loads(pathlib.Path(DOCS, "events.schema.json").read_text()))
+
+# What is wrong with a line, and the words by which the validator says so.
+WRONG = {
+    '{"event": "associate", "reference": "tx"}': "'transformed' is a required property",
+    '{"event": "retire", "register": "tx"}': "'retire' is not one of",
+    '{"register": "tx"}': "'event' is a required property",
+    '{"event": "merge", "kept": "a", "merged": "b", "why": "c"}': "'why' was unexpected",
+    '{"event": "eliminate", "register": "a", "reason": "lost"}': "'lost' is not one of",
+    '{"event": "associate", "reference": {"name": "a"}, "transformed": "b"}': "'entity' is a required property",
+    '{"event": "replicate", "register": "a<b", "replica": "c"}': "'a<b' does not match",
+}
+
+
+def record(lines):
+    """Replays the lines as kptdb does."""
+    command = [KPTDB, "record", "-", "--name", "guide", "-o", str(pathlib.Path(WORK, "guide.xml"))]
+    return subprocess.run(command, input="\n".join(lines), text=True, capture_output=True)
+
+
+def main():
+    pathlib.Path(WORK).mkdir(parents=True, exist_ok=True)
+    VALIDATOR.check_schema(VALIDATOR.schema)
+    block = re.search(r"```json\n(.*?)```", pathlib.Path(DOCS, "events.md").read_text(), re.DOTALL).group(1)
+    events = block.splitlines()
+    for line in events:
+        VALIDATOR.validate(json.loads(line))
+    run = record(events)
+    assert run.returncode == 0, run.stderr
+    assert f"{len(events)} events recorded" in run.stdout, run.stdout
+    for line, words in WRONG.items():
+        told = [error.message for error in VALIDATOR.iter_errors(json.loads(line))]
+        assert told and words in told[0], (line, told)
+        assert record([line]).returncode == 3, line
+    print(f"{len(events)} events recorded, {len(WRONG)} lines refused by the schema and by kptdb")
+
+
+if __name__ == "__main__":
+    main()
