@@ -4,6 +4,15 @@
 //
 // Ownership: the manager owns the databases. Handles own nothing, except that
 // a KPT_STATE_TABLE is a copy of its own. One thread at a time may call.
+//
+// Memory that ends: loading and saving answer null or false and post the
+// message EKPT_OUT_OF_MEMORY. Everything else lets std::bad_alloc out, and
+// nothing but that; it has then changed nothing and can be repeated, except
+// where an operation says otherwise.
+//
+// Saving: `save_atomically` keeps the earlier file until the new one is whole,
+// refuses names that would not come back, and answers true only for what is on
+// the disk. `save` writes in place, and answers true on a full disk.
 #ifndef KPT_H
 #define KPT_H
 

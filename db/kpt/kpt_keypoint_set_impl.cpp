@@ -152,6 +152,12 @@ bool KPT_KEYPOINT_SET_IMPL::delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint
   return remove(stands_here && keypoint.is_as_entered() ? &keypoint : get_namesake(keypoint));
 }
 
+void KPT_KEYPOINT_SET_IMPL::take_back(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
+  if (m_standings[keypoint.m_slot] != RETIRED) {
+    remove(&keypoint);
+  }
+}
+
 // The first `count` steps are those over the signals, the next those over the block instances.
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::walk(std::size_t& step, std::size_t count) const {
   const std::size_t end = m_instance_registers.size() > 0 ? 2 * count : count;

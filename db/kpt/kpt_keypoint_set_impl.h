@@ -79,6 +79,8 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// one, another when it was renamed, has left the set or is of another set.
   /// False when there is none.
   bool delete_namesake(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
+  /// Deletes a register of this set that is the last to have been added under its key.
+  void take_back(KPT_REGISTER_KEYPOINT_IMPL& keypoint);
 
   KPT_KEYPOINT_LIST get_list_of_keypoints() const;
   /// From id to keypoint; of two with one id the later in walking order wins.

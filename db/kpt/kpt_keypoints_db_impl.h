@@ -75,6 +75,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   // What passes report. False when the event was refused; an association, an
   // elimination and an event on a register without a map are refused silently.
+  // Where memory ends, std::bad_alloc leaves, nothing has changed, and the event
+  // can be reported again; but a merge with a state machine may be recorded
+  // with its table as it was.
 
   /// A register kept 1:1. False, changing nothing, when either register exists.
   bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name);
@@ -113,9 +116,12 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   /// Appends the next stage: afterwards the maps run from this database's
   /// reference registers to the transformed registers of `db2`, which is left
-  /// as it was. There is no rollback.
+  /// as it was. There is no rollback: where memory ends, std::bad_alloc leaves
+  /// a database behind that can be used, saved and destroyed, and spans the
+  /// two stages in part.
   bool unite_db(KPT_KEYPOINTS_DB_IMPL& db2);
-  /// Gives this database a pass-through map for every register that `db2` starts from and that it lacks.
+  /// Gives this database a pass-through map for every register that `db2`
+  /// starts from and that it lacks. Where memory ends those made so far stay.
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2);
   /// Deletes the registers of a set that no map lists. The result is that of the last deletion.
   bool cleanup_reference_keypoint_set();
@@ -158,7 +164,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts);
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
-  bool create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
+  void create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
   NI_PAIR_VECTOR create_groups(KPT_SET_ENUM set, const KPT_GROUPS_SIDE& side, KPT_KEYPOINT_LIST* created);
   void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);

@@ -1,6 +1,7 @@
 // What optimisation passes report: the lookups, the new keypoints and the
 // debug line of each event. What becomes of the maps is the transformation
 // set's work.
+#include "db/kpt/containers/kpt_undo.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_texts.h"
 #include "db/kpt/kpt_state_table.h"
@@ -12,19 +13,59 @@ namespace {
 // A name for a debug line: names come as views, which need not end in a zero byte.
 KPT_STRING text(std::string_view name) { return KPT_STRING(name); }
 
+// The name by which a line tells of a register, without a copy where the
+// register is still called so: what is told behind a change must not fail.
+class LINE_NAME {
+ public:
+  LINE_NAME(std::string_view name, const KPT_KEYPOINT& k) {
+    const KPT_STRING& own = k.get_element_name();
+    m_copy = own == name ? KPT_STRING() : KPT_STRING(name);
+    m_text = own == name ? own.c_str() : m_copy.c_str();
+  }
+  LINE_NAME(const LINE_NAME&) = delete;
+  LINE_NAME& operator=(const LINE_NAME&) = delete;
+
+  const char* c_str() const { return m_text; }
+
+ private:
+  KPT_STRING m_copy;
+  const char* m_text;
+};
+
 }  // namespace
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts) {
-  return set_of(set).add_register(set == KPT_REFERENCE_SET ? get_next_r_id() : get_next_t_id(), texts);
+  long& counter = set == KPT_REFERENCE_SET ? s_r_id : s_t_id;
+  KPT_REGISTER_KEYPOINT_IMPL* created = set_of(set).add_register(counter, texts);
+  ++counter;
+  return created;
+}
+
+// Undoes `create` for registers that are the last to have been created: the
+// next one gets the first one's id.
+void KPT_KEYPOINTS_DB_IMPL::take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created) {
+  for (std::size_t k = created.size(); k > 0; --k) {
+    auto& keypoint = static_cast<KPT_REGISTER_KEYPOINT_IMPL&>(*created[k - 1]);
+    set_of(set).take_back(keypoint);
+    (set == KPT_REFERENCE_SET ? s_r_id : s_t_id) = keypoint.get_kpid();
+  }
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t) {
   if (m_reference_set.get_register(r) != nullptr || m_transformed_set.get_register(t) != nullptr) {
     return false;
   }
-  KPT_KEYPOINT* reference = create(KPT_REFERENCE_SET, r);
-  KPT_KEYPOINT* transformed = create(KPT_TRANSFORMED_SET, t);
-  return m_transformation_set.add_map(reference, transformed) != nullptr;
+  KPT_KEYPOINT_LIST reference;
+  KPT_KEYPOINT_LIST transformed;
+  KPT_UNDO undo([&] {
+    take_back(KPT_REFERENCE_SET, reference);
+    take_back(KPT_TRANSFORMED_SET, transformed);
+  });
+  reference.push_back(create(KPT_REFERENCE_SET, r));
+  transformed.push_back(create(KPT_TRANSFORMED_SET, t));
+  m_transformation_set.add_map(reference.front(), transformed.front());
+  undo.keep();
+  return true;
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name) {
@@ -63,17 +104,13 @@ bool KPT_KEYPOINTS_DB_IMPL::any_signal_exists(KPT_SET_ENUM set, const KPT_STRING
 }
 
 // The order of the names is that of the state table's columns.
-bool KPT_KEYPOINTS_DB_IMPL::create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names,
+void KPT_KEYPOINTS_DB_IMPL::create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names,
                                            KPT_KEYPOINT_LIST& created) {
-  bool ok = true;
   const auto count = static_cast<unsigned short>(names.size());
   created.reserve(count);
   for (unsigned short k = 0; k < count; ++k) {
-    KPT_KEYPOINT* keypoint = create(set, std::string_view(names[k]));
-    ok = keypoint != nullptr && ok;
-    created.push_back(keypoint);
+    created.push_back(create(set, std::string_view(names[k])));
   }
-  return ok;
 }
 
 // A name repeated within one vector passes the check: both keypoints are
@@ -86,9 +123,15 @@ bool KPT_KEYPOINTS_DB_IMPL::associate_registers_fsm_signals(const KPT_STRING_VEC
   }
   KPT_KEYPOINT_LIST r;
   KPT_KEYPOINT_LIST t;
-  bool ok = create_signals(KPT_REFERENCE_SET, r_names, r);
-  ok = create_signals(KPT_TRANSFORMED_SET, t_names, t) && ok;
-  return m_transformation_set.add_map(r, t, create_state_table_impl(table)) != nullptr && ok;
+  KPT_UNDO undo([&] {
+    take_back(KPT_REFERENCE_SET, r);
+    take_back(KPT_TRANSFORMED_SET, t);
+  });
+  create_signals(KPT_REFERENCE_SET, r_names, r);
+  create_signals(KPT_TRANSFORMED_SET, t_names, t);
+  m_transformation_set.add_map(r, t, create_state_table_impl(table));
+  undo.keep();
+  return true;
 }
 
 // A replica that the map refuses stays in the transformed set: the register
@@ -104,13 +147,19 @@ bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, st
     kpt_msg_debug("%s already exists in T", text(replica_name).c_str());
     return false;
   }
+  const LINE_NAME existing_name(t_name, *existing);
   KPT_REGISTER_KEYPOINT_IMPL* replica = create(KPT_TRANSFORMED_SET, texts);
+  KPT_UNDO undo([&] { take_back(KPT_TRANSFORMED_SET, {replica}); });
+  m_transformation_set.make_replica_room(replica);
   KPT_TRANSFORMATION_IMPL* map = m_transformation_set.get_map_of_t_keypoint(existing);
-  if (map == nullptr || !map->add_replicated_register(existing, replica)) {
+  const bool is_replicated = map != nullptr && map->add_replicated_register(existing, replica);
+  undo.keep();
+  if (!is_replicated) {
     return false;
   }
   m_transformation_set.record_replicated_keypoint_map(replica, map);
-  kpt_msg_debug("Replicated register: %s is a replicate of %s", text(replica_name).c_str(), text(t_name).c_str());
+  kpt_msg_debug("Replicated register: %s is a replicate of %s", replica->get_element_name().c_str(),
+                existing_name.c_str());
   return true;
 }
 
@@ -122,9 +171,10 @@ bool KPT_KEYPOINTS_DB_IMPL::set_merged_registers(std::string_view kept_name, std
     kpt_msg_debug("Error: Can't find %s in T set", text(kept == nullptr ? kept_name : merged_name).c_str());
     return false;
   }
+  const LINE_NAME of_kept(kept_name, *kept);
+  const LINE_NAME of_merged(merged_name, *merged);
   const bool recorded = m_transformation_set.merge_keypoints(kept, merged) && m_transformed_set.delete_register(texts);
-  kpt_msg_debug("Merged registers: %s <- %s", text(kept_name).c_str(),
-                text(merged_name).c_str());  // whatever the result
+  kpt_msg_debug("Merged registers: %s <- %s", of_kept.c_str(), of_merged.c_str());  // whatever the result
   return recorded;
 }
 

@@ -108,12 +108,6 @@ NI_PAIR_VECTOR KPT_KEYPOINTS_DB_IMPL::create_groups(KPT_SET_ENUM set, const KPT_
   return pairs;
 }
 
-void KPT_KEYPOINTS_DB_IMPL::take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created) {
-  for (KPT_KEYPOINT* keypoint : created) {
-    set_of(set).delete_namesake(static_cast<KPT_REGISTER_KEYPOINT_IMPL&>(*keypoint));
-  }
-}
-
 KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
                                                                  const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status) {
   std::unique_ptr<KPT_STATE_TABLE_IMPL> states;

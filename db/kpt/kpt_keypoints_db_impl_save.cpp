@@ -1,5 +1,6 @@
 // How a database becomes a file.
 #include <algorithm>
+#include <new>
 
 #include "db/kpt/files/kpt_file_replacement.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
@@ -70,24 +71,35 @@ bool database_reads_back(KPT_KEYPOINTS_DB_IMPL& db) {
                      [](const KPT_TRANSFORMATION_IMPL* map) { return attributes_read_back(map->attributes()); });
 }
 
-}  // namespace
-
-bool KPT_KEYPOINTS_DB_IMPL::save(std::string_view file_name) {
-  KPT_XML_WRITER writer(file_name);
-  return writer.start_file() && write_database(*this, writer);
-}
-
-bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
-  if (!database_reads_back(*this)) {
-    return false;
-  }
+bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
   KPT_FILE_REPLACEMENT file(file_name);
   KPT_XML_WRITER writer(file_name);
   writer.keep_attributes();
-  bool saved = writer.start_file_on(file.open()) && write_database(*this, writer);
+  bool saved = writer.start_file_on(file.open()) && write_database(db, writer);
   saved = writer.finish_file() && saved && file.replace_target();
   if (!saved) {
-    kpt_msg_debug("Error: cannot write %s", KPT_STRING(file_name).c_str());
+    kpt_msg_debug("Error: cannot write %s", file_name.c_str());
   }
   return saved;
+}
+
+}  // namespace
+
+bool KPT_KEYPOINTS_DB_IMPL::save(std::string_view file_name) {
+  try {
+    KPT_XML_WRITER writer(file_name);
+    return writer.start_file() && write_database(*this, writer);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+    return false;
+  }
+}
+
+bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
+  try {
+    return database_reads_back(*this) && replace_file(*this, KPT_STRING(file_name));
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+    return false;
+  }
 }

@@ -49,7 +49,9 @@ KPT_KEYPOINTS_MANAGER::DATABASES::iterator KPT_KEYPOINTS_MANAGER::find(std::stri
 }
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::create_keypoints_db(std::string_view name) {
-  record_new_db(create_keypoints_db_impl(name));
+  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db(create_keypoints_db_impl(name));
+  record_new_db(db.get());
+  db.release();
   return get_keypoints_db(name);
 }
 
@@ -86,6 +88,16 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
   problem = {};
+  try {
+    return loaded(file_name, problem);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+    problem.note_end_of_memory();
+    return nullptr;
+  }
+}
+
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
   const auto create = [&](std::string_view name) {
     return get_keypoints_db(name) == nullptr ? create_keypoints_db_impl(name) : nullptr;
   };
@@ -99,7 +111,8 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name, KPT
     }
     return nullptr;
   }
-  record_new_db(db.release());
+  record_new_db(db.get());
+  db.release();
   return &m_databases.back();
 }
 

@@ -42,7 +42,8 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   /// The first database of that name (byte for byte), or null.
   KPT_KEYPOINTS_DB* get_keypoints_db(std::string_view name);
   /// Loads a database file and records what it holds. Null when the file
-  /// cannot be read or has no name, or, with the line "DB called %s already
+  /// cannot be read or has no name, when memory ends, which the message
+  /// EKPT_OUT_OF_MEMORY tells, or, with the line "DB called %s already
   /// exists\n", when a database of its name is recorded.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name);
   /// The same; when it is null, `problem` tells the first reason.
@@ -66,6 +67,7 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   // The database is being destroyed: its entries are dead.
   static void forget(const KPT_KEYPOINTS_DB_IMPL* db);
   DATABASES::iterator find(std::string_view name);
+  KPT_KEYPOINTS_DB* loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
   const KPT_KEYPOINTS_DB* find_to_save(std::string_view name);
 
   DATABASES m_databases;

@@ -14,7 +14,8 @@ struct KPT_LOAD_PROBLEM {
     NOT_WELL_FORMED,  // cannot be opened, or breaks a rule of XML: line and column say where
     NO_NAME,          // the root element gives the database no name
     NAME_IS_TAKEN,    // a database of that name is registered already
-    NOT_COMPLETE      // something follows the transformations
+    NOT_COMPLETE,     // something follows the transformations
+    OUT_OF_MEMORY
   };
 
   KIND kind = NONE;
@@ -25,6 +26,12 @@ struct KPT_LOAD_PROBLEM {
   long column = 0;
 
   bool is_none() const { return kind == NONE; }
+  /// Becomes OUT_OF_MEMORY, whatever it was. Takes no memory.
+  void note_end_of_memory() noexcept {
+    kind = OUT_OF_MEMORY;
+    message.assign("out of memory");  // short enough to stand in the string itself
+    line = column = 0;
+  }
   /// Becomes the other problem, unless there is one already.
   void note(const KPT_LOAD_PROBLEM& other) {
     if (is_none()) {

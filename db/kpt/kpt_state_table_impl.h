@@ -103,6 +103,9 @@ class KPT_EXPORT KPT_STATE_TABLE_IMPL : public KPT_ZEROED {
   /// column, its first would be column 0 and is refused.
   KPT_STATE_TABLE_IMPL cross_product_table(const KPT_STATE_TABLE_IMPL& other) const;
 
+  /// Flipping bits of a transformed column cannot fail from now on.
+  void make_room_to_flip() { m_t_table.make_room(length(KPT_TRANSFORMED_SET)); }
+
   /// Removes one transformed column: the one named, for 0 the first, beyond
   /// the count the last. False when there is none.
   bool remove_t_column(unsigned short column);

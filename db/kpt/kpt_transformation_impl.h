@@ -225,6 +225,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   bool update_state_table(unsigned short a, unsigned short b);
 
   // ---- Composition ----
+  // Where memory ends, std::bad_alloc leaves and nothing has changed.
   // A map that is combined with itself is read as it was before the call.
 
   /// Appends the NI pairs of `other` behind this map's, on both sides. Always true.
@@ -313,6 +314,11 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   /// Calls `visit(KPT_KEYPOINT*)` for every cell of a side: index by index, n group then i group.
   template <class VISIT>
   static void for_each_keypoint(const NI_PAIR_VECTOR& side, VISIT&& visit);
+
+  /// The simple union with `other` cannot fail from now on, also when that one's groups change places before.
+  void make_room_for(const KPT_TRANSFORMATION_IMPL& other);
+  /// Becomes what `other` is, but for attributes and the place in its set. `other` is only to be destroyed.
+  void take_content(KPT_TRANSFORMATION_IMPL& other) noexcept;
 
   /// The stored table, or the one that all plain maps share.
   const KPT_STATE_TABLE_IMPL& state_table() const;

@@ -38,6 +38,9 @@ bool KPT_TRANSFORMATION_IMPL::change_t_group(KPT_KEYPOINT* keypoint, GROUP from,
   if (!keypoint_is_in(KPT_TRANSFORMED_SET, from, keypoint, index)) {
     return false;
   }
+  if (map_has_fsm_transformation()) {
+    state_table_to_edit().make_room_to_flip();  // for the flip, which comes last
+  }
   const bool before = t_representative_is_in_n_group_of_map(index);
   add_keypoint(KPT_TRANSFORMED_SET, to, keypoint, index);
   delete_t_keypoint(from, keypoint, index);

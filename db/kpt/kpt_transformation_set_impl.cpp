@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "db/kpt/containers/kpt_undo.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_translation.h"
 #include "db/kpt/kpt_xml_writer.h"
@@ -29,9 +30,39 @@ void KPT_TRANSFORMATION_SET_IMPL::reenter(KPT_TRANSFORMATION_IMPL* map) {
   make_keypoint_mapping_hash_entries(KPT_TRANSFORMED_SET, map->t_vec(), map);
 }
 
+// Requires room for the entries.
+void KPT_TRANSFORMATION_SET_IMPL::enter(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v,
+                                        const KPT_TRANSFORMATION_IMPL& map) {
+  KPT_MAP_INDEX& entries = index(side);
+  const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
+  KPT_TRANSFORMATION_IMPL::for_each_keypoint(
+      v, [&](const KPT_KEYPOINT* k) { entries.set(KPT_KEYPOINT::slot_of(k), position); });
+}
+
+void KPT_TRANSFORMATION_SET_IMPL::make_entry_room(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v) {
+  KPT_MAP_INDEX& entries = index(side);
+  KPT_TRANSFORMATION_IMPL::for_each_keypoint(
+      v, [&](const KPT_KEYPOINT* k) { entries.make_room(KPT_KEYPOINT::slot_of(k)); });
+}
+
+// Room for the entries of everything that the map lists.
+void KPT_TRANSFORMATION_SET_IMPL::make_entry_room(const KPT_TRANSFORMATION_IMPL& map) {
+  make_entry_room(KPT_REFERENCE_SET, map.r_vec());
+  make_entry_room(KPT_TRANSFORMED_SET, map.t_vec());
+}
+
+// A map that cannot be entered as a whole is none.
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::entered(KPT_TRANSFORMATION_IMPL* map) {
-  reenter(map);
+  KPT_UNDO undo([&] { discard(map); });
+  make_entry_room(*map);
+  undo.keep();
+  enter_whole(*map);
   return map;
+}
+
+void KPT_TRANSFORMATION_SET_IMPL::discard(KPT_TRANSFORMATION_IMPL* map) {
+  m_maps.remove(map);
+  m_pool.destroy(map);
 }
 
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(KPT_KEYPOINT* r, KPT_KEYPOINT* t) {
@@ -67,6 +98,9 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(NI_PAIR_VECTOR&& r
 // source is reported on the debug channel here as it is to a client.
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const KPT_TRANSFORMATION_IMPL& m) {
   KPT_TRANSFORMATION_IMPL* map = create_map(m);
+  KPT_UNDO undo([&] { discard(map); });
+  make_entry_room(m);
+  undo.keep();
   const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(*map);
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     KPT_MAP_INDEX& entries = index(side);
@@ -78,10 +112,8 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const KPT_TRANSFOR
 bool KPT_TRANSFORMATION_SET_IMPL::make_keypoint_mapping_hash_entries(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v,
                                                                      KPT_TRANSFORMATION_IMPL* m) {
   if (m_maps.contains(m)) {
-    KPT_MAP_INDEX& entries = index(side);
-    const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(*m);
-    KPT_TRANSFORMATION_IMPL::for_each_keypoint(
-        v, [&](KPT_KEYPOINT* k) { entries.set(KPT_KEYPOINT::slot_of(k), position); });
+    make_entry_room(side, v);
+    enter(side, v, *m);
   }
   return true;
 }
@@ -100,8 +132,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::delete_map(KPT_TRANSFORMATION_IMPL* m) {
   }
   erase_entries(KPT_REFERENCE_SET, *m);
   erase_entries(KPT_TRANSFORMED_SET, *m);
-  m_maps.remove(m);
-  m_pool.destroy(m);
+  discard(m);
   return true;
 }
 

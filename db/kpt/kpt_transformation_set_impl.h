@@ -6,9 +6,15 @@
 //
 // The indexes are last writer wins: entering a keypoint never looks for an
 // earlier entry, so a keypoint leads to the newest map that was made for it
-// while older maps may still list it. Passes rely on it when they record a
-// register anew. Null keypoints are entered nowhere. An entry never leads to
-// a deleted map: looked up, it is absent.
+// while older maps may still list it. Files and unions rely on it: of several
+// maps that list a register, the one that was added last is in force. Null
+// keypoints are entered nowhere. An entry never leads to a deleted map: looked
+// up, it is absent.
+//
+// Memory that ends: every operation lets std::bad_alloc out and has then
+// changed nothing, except `unite` and `translate_map_set`, behind which the
+// maps that were made so far stay and the indexes agree with them, and a merge
+// with a state machine, which may be recorded but for its table.
 //
 // Cost: finding a map from a keypoint, adding a map and deleting one are
 // constant time on average, whatever the number of maps.
@@ -73,6 +79,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
 
   /// Points the transformed entry of `replica` to `m`. The map is not touched. Always true.
   bool record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m);
+  /// Room for that entry: pointing it somewhere cannot fail from now on.
+  void make_replica_room(const KPT_KEYPOINT* replica) { m_t_index.make_room(KPT_KEYPOINT::slot_of(replica)); }
 
   /// The last map whose transformed side names the registers of `m`'s reference side, or null.
   KPT_TRANSFORMATION_IMPL* find_eq_transformation_in_set(const KPT_TRANSFORMATION_IMPL& m) const;
@@ -125,7 +133,15 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   template <class... A>
   KPT_TRANSFORMATION_IMPL* create_map(A&&... arguments);
   KPT_TRANSFORMATION_IMPL* entered(KPT_TRANSFORMATION_IMPL* map);
+  void discard(KPT_TRANSFORMATION_IMPL* map);
+  void make_entry_room(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v);
+  void make_entry_room(const KPT_TRANSFORMATION_IMPL& map);
   void reenter(KPT_TRANSFORMATION_IMPL* map);
+  void enter(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v, const KPT_TRANSFORMATION_IMPL& map);
+  void enter_whole(const KPT_TRANSFORMATION_IMPL& map) {
+    enter(KPT_REFERENCE_SET, map.r_vec(), map);
+    enter(KPT_TRANSFORMED_SET, map.t_vec(), map);
+  }
   void erase_entries(KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map);
 
   void fetch_translated(const KPT_TRANSFORMATION_LIST& maps, std::uint32_t position,

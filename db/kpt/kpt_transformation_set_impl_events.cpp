@@ -1,6 +1,8 @@
 // The register events: what merging, inverter retiming and elimination do to
 // the maps and to the indexes. All address registers by their transformed
 // keypoint.
+#include <optional>
+
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/msg_kpt.h"
@@ -20,6 +22,19 @@ PLACE place_in_t_vector(const KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* k) {
   place.index = map.find_index_in_t_vector(k, &place.found);
   place.in_n_group = place.found && map.keypoint_is_in_t_n_group_of_map(k, place.index);
   return place;
+}
+
+// Swaps all groups of a map that is to be expressed in the other polarity.
+void express(KPT_TRANSFORMATION_IMPL& map, bool in_the_other) {
+  if (in_the_other) {
+    map.interchange_registers_in_t_n_i_groups_of_map();
+    map.interchange_registers_in_r_n_i_groups_of_map();
+  }
+}
+
+bool delete_from_t_group(KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* k, unsigned long index, bool in_n_group) {
+  return in_n_group ? map.delete_keypoint_from_t_n_group_of_map(k, index)
+                    : map.delete_keypoint_from_t_i_group_of_map(k, index);
 }
 
 }  // namespace
@@ -58,14 +73,29 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_between_maps(KPT_TRANSFORMATION_IMPL& a,
     return false;
   }
   const bool opposite = of_orig.in_n_group != of_merged.in_n_group;
-  if (opposite) {
-    b.interchange_registers_in_t_n_i_groups_of_map();
-    b.interchange_registers_in_r_n_i_groups_of_map();
+  const bool in_n_group = of_merged.in_n_group != opposite;
+  // All memory first: what follows it cannot fail.
+  make_entry_room(a);
+  make_entry_room(b);
+  std::optional<KPT_TRANSFORMATION_IMPL> united;
+  if (fsm_a || fsm_b) {
+    KPT_TRANSFORMATION_IMPL absorbed(b);
+    express(absorbed, opposite);
+    delete_from_t_group(absorbed, merged, of_merged.index, in_n_group);
+    united.emplace(a);
+    united->make_union(absorbed);
+  } else {
+    a.make_room_for(b);
   }
-  const bool deleted = delete_merged_keypoint(&b, merged, of_merged.index, of_merged.in_n_group != opposite);
-  a.make_union(b);
+  express(b, opposite);
+  const bool deleted = delete_merged_keypoint(&b, merged, of_merged.index, in_n_group);
+  if (united.has_value()) {
+    a.take_content(*united);
+  } else {
+    a.make_union(b);
+  }
   delete_map(&b);
-  reenter(&a);
+  enter_whole(a);
   // Flows compare the tables that come of this, so the columns are fixed: the last of the
   // united table when `a` brought the machine, the one behind the first of `b`
   // when `b` did. They are passed as they are, whatever the product's layout.
@@ -108,8 +138,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::delete_merged_keypoint(KPT_TRANSFORMATION_IMPL
   if (map == nullptr) {
     return false;
   }
-  const bool deleted = in_n_group ? map->delete_keypoint_from_t_n_group_of_map(k, index)
-                                  : map->delete_keypoint_from_t_i_group_of_map(k, index);
+  const bool deleted = delete_from_t_group(*map, k, index, in_n_group);
   const bool was_mapped = get_map_of_t_keypoint(k) != nullptr;  // an entry that leads to a deleted map is none
   m_t_index.erase(KPT_KEYPOINT::slot_of(k));
   return was_mapped && deleted;

@@ -8,12 +8,14 @@
 
 #include "db/kpt/files/kpt_xml_guard.h"
 #include "db/kpt/files/kpt_xml_input.h"
+#include "db/kpt/msg_kpt.h"
 
 using namespace XERCES_CPP_NAMESPACE;
 
 KESTOV_DOM_PARSER::~KESTOV_DOM_PARSER() = default;
 
-KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER() : m_guard(std::make_unique<KPT_XML_GUARD>()) {
+KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER(MemoryManager* memory)
+    : KESTOV_DOM_PARSER(memory), m_guard(std::make_unique<KPT_XML_GUARD>()) {
   setSecurityManager(m_guard->security());
   // Without this the parser asks nobody and opens what an entity names.
   getScanner()->setEntityHandler(this);
@@ -71,21 +73,26 @@ void KPT_XML_PARSER_WRAPPER::startElement(const XMLElementDecl& element, unsigne
 }
 
 KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
-  const KPT_STRING name(file_name);
-  m_ok = kpt_parse_and_tell(
-      m_platform.is_started(), name, [&] { parse(name); },
-      [&] { return m_parser.has_value() ? m_parser->error_count() : 0; });
-  if (!m_ok) {
-    m_problem = m_parser.has_value() ? m_parser->problem() : KPT_LOAD_PROBLEM();
-    m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});
+  try {
+    const KPT_STRING name(file_name);
+    m_ok = kpt_parse_and_tell(
+        m_platform, name, [&] { parse(name); }, [&] { return m_parser.has_value() ? m_parser->error_count() : 0; });
+    if (!m_ok) {
+      m_problem = m_parser.has_value() ? m_parser->problem() : KPT_LOAD_PROBLEM();
+      m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});
+    }
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);  // not even for the name of the file
+    m_problem.note_end_of_memory();
+    m_ok = false;
   }
 }
 
-// The parser goes before what keeps xerces-c started.
+// The parser goes before its memory and before what keeps xerces-c started.
 KPT_XML_PARSER::~KPT_XML_PARSER() { m_parser.reset(); }
 
 void KPT_XML_PARSER::parse(const KPT_STRING& file_name) {
-  m_parser.emplace();
+  m_parser.emplace(&m_memory);
   m_parser->setErrorHandler(&m_error_handler);
   m_parser->set_file_name(file_name);
   const KPT_STRING path = kpt_path_to_open(file_name);

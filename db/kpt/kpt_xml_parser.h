@@ -20,6 +20,7 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 
+#include "db/kpt/files/kpt_xml_memory.h"
 #include "db/kpt/files/kpt_xml_platform.h"
 #include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
@@ -38,6 +39,9 @@ class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandl
 
 class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParser {
  public:
+  explicit KESTOV_DOM_PARSER(
+      XERCES_CPP_NAMESPACE::MemoryManager* memory = XERCES_CPP_NAMESPACE::XMLPlatformUtils::fgMemoryManager)
+      : XercesDOMParser(nullptr, memory) {}
   ~KESTOV_DOM_PARSER() override;
 };
 
@@ -45,7 +49,8 @@ class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParse
 /// whatever would make it read elsewhere or grow beyond the file.
 class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
  public:
-  KPT_XML_PARSER_WRAPPER();
+  explicit KPT_XML_PARSER_WRAPPER(
+      XERCES_CPP_NAMESPACE::MemoryManager* memory = XERCES_CPP_NAMESPACE::XMLPlatformUtils::fgMemoryManager);
   ~KPT_XML_PARSER_WRAPPER() override;
 
   void set_file_name(std::string_view file_name);
@@ -78,7 +83,8 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
 class KPT_EXPORT KPT_XML_PARSER {
  public:
   /// Parses. Every error is posted as a message, every exception becomes a
-  /// debug line; `ok` is false after either.
+  /// debug line; `ok` is false after either. Of memory that ended a message
+  /// tells as well.
   explicit KPT_XML_PARSER(std::string_view file_name);
   ~KPT_XML_PARSER();
   KPT_XML_PARSER(const KPT_XML_PARSER&) = delete;
@@ -100,6 +106,7 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_ERROR_HANDLER m_error_handler;
   std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made
   KPT_XML_PLATFORM m_platform;
+  KPT_XML_MEMORY m_memory;  // of the parser and its document
 };
 
 #endif

@@ -1,5 +1,8 @@
 #include "db/kpt/kpt_xml_reader.h"
 
+#include <new>
+#include <xercesc/util/OutOfMemoryException.hpp>
+
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_xml_parser.h"
 #include "db/kpt/msg_kpt.h"
@@ -21,6 +24,19 @@ KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem)
   return root;
 }
 
+// Called while an exception is handled: memory that ended, ours or the
+// parser's, ends a load. Nothing else is thrown here.
+void tell_caught(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+  } catch (const XERCES_CPP_NAMESPACE::OutOfMemoryException&) {
+    kpt_tell_out_of_memory(file_name);
+  }
+  problem.note_end_of_memory();
+}
+
 }  // namespace
 
 KPT_XML_READER::KPT_XML_READER() = default;
@@ -29,22 +45,32 @@ KPT_XML_READER::~KPT_XML_READER() = default;
 
 KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
   const KPT_XML_PARSER parser(file_name);
-  KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name("name");
-  if (name.empty()) {
-    m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
+  try {
+    KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name("name");
+    if (name.empty()) {
+      m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
+    }
+    return name;
+  } catch (...) {
+    tell_caught(file_name, m_problem);
+    return {};
   }
-  return name;
 }
 
 bool KPT_XML_READER::load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db) {
   const KPT_XML_PARSER parser(file_name);
-  KPT_XML_ELEMENT root = root_of(parser, m_problem);
-  if (root.is_null()) {
+  try {
+    KPT_XML_ELEMENT root = root_of(parser, m_problem);
+    if (root.is_null()) {
+      return false;
+    }
+    const bool loaded = db->load_db(root);
+    if (!loaded) {
+      m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
+    }
+    return loaded;
+  } catch (...) {
+    tell_caught(file_name, m_problem);
     return false;
   }
-  const bool loaded = db->load_db(root);
-  if (!loaded) {
-    m_problem.note({KPT_LOAD_PROBLEM::NOT_COMPLETE, "something follows the transformations"});
-  }
-  return loaded;
 }

@@ -1,6 +1,8 @@
 #include "db/kpt/msg_kpt.h"
 
 #include <cstdarg>
+#include <memory>
+#include <new>
 
 #include "h/mem_alloc_sys.h"
 
@@ -15,41 +17,65 @@ namespace MSG_KPT {
 namespace E {
 
 MSG_E* REGNAME_NOT_IN_T_SET(const char* name) {
-  auto* message = new MSG_E(nullptr);
+  std::unique_ptr<MSG_E> message(new MSG_E(nullptr));
   message->fill_args("\"%1!s!\" does not exist in the transformed set/EKPT_REGNAME_NOT_IN_T_SET", 1, name);
-  return message;
+  return message.release();
 }
 
 // The count is 2 although there are four arguments: hosts format by the
 // placeholders and use the count for purposes of their own.
 MSG_E* PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(const char* file, int line, int column, const char* text) {
-  auto* message = new MSG_E(nullptr);
+  std::unique_ptr<MSG_E> message(new MSG_E(nullptr));
   message->fill_args(
       "Syntax error in XML Keypoint Database %1!s! at line number %2!d!, column number %3!d! : %4!s!"
       "/EKPT_PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE",
       2, file, line, column, text);
-  return message;
+  return message.release();
+}
+
+MSG_E* OUT_OF_MEMORY(const char* file) {
+  std::unique_ptr<MSG_E> message(new MSG_E(nullptr));
+  message->fill_args("Keypoint Database %1!s! can be neither loaded nor saved: memory has run out/EKPT_OUT_OF_MEMORY",
+                     1, file);
+  return message.release();
 }
 
 }  // namespace E
 
 MSG_D* DEBUG_MSG(const char* format, ...) {
-  auto* message = new MSG_D(nullptr);
+  std::unique_ptr<MSG_D> message(new MSG_D(nullptr));
   va_list arguments;
   va_start(arguments, format);
   message->fill_args(format, arguments);
   va_end(arguments);
   message->set_tag(KPT_TAG);
-  return message;
+  return message.release();
 }
 
 }  // namespace MSG_KPT
 
+// Lines are told behind a change, too, and a change is not to fail for want of
+// the memory in which a line would be written.
 bool kpt_msg_debug(const char* format, ...) {
   char tag[] = "KPT";  // the host takes the tag as a writable text
   va_list arguments;
   va_start(arguments, format);
-  const bool shown = msg_local_vdebug(tag, format, arguments);
+  bool shown = false;
+  try {
+    shown = msg_local_vdebug(tag, format, arguments);
+  } catch (const std::bad_alloc&) {
+    shown = false;
+  }
   va_end(arguments);
   return shown;
+}
+
+void kpt_tell_out_of_memory(std::string_view file_name) {
+  try {
+    const MEM_STRING name(file_name);
+    const std::unique_ptr<MSG_E> message(MSG_KPT::E::OUT_OF_MEMORY(name.c_str()));
+    message->post();
+  } catch (const std::bad_alloc&) {
+    // The result of the operation has to tell it alone.
+  }
 }

@@ -5,6 +5,8 @@
 #ifndef MSG_KPT_H
 #define MSG_KPT_H
 
+#include <string_view>
+
 #include "h/msg_sys.h"
 #include "kpt_export.h"
 
@@ -21,6 +23,9 @@ KPT_EXPORT MSG_E* REGNAME_NOT_IN_T_SET(const char* name);
 /// Lines and columns count from 1. Raised once for every error that the XML parser reports.
 KPT_EXPORT MSG_E* PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(const char* file, int line, int column, const char* text);
 
+/// "Keypoint Database FILE can be neither loaded nor saved: memory has run out".
+KPT_EXPORT MSG_E* OUT_OF_MEMORY(const char* file);
+
 }  // namespace E
 
 /// A debug message with a printf format, filed under "KPT".
@@ -29,7 +34,11 @@ KPT_EXPORT MSG_D* DEBUG_MSG(const char* format, ...) __attribute__((format(print
 }  // namespace MSG_KPT
 
 /// Hands one debug line (printf format) to the host under the tag "KPT" and
-/// returns the host's answer. The host alone decides whether it is shown.
+/// returns the host's answer. The host alone decides whether it is shown. A
+/// line for which the host has no memory is lost: false.
 KPT_EXPORT bool kpt_msg_debug(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Posts OUT_OF_MEMORY, unless there is none for that either.
+void kpt_tell_out_of_memory(std::string_view file_name);
 
 #endif

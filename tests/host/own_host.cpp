@@ -78,8 +78,9 @@ void* MEM_MANAGER::new_wrapper(unsigned long size, MEM_TRACKER_THUNK* thunk, con
   record().trackers.insert(thunk);
   record().allocating_files.insert(file);
   record().unbound_tracker |= thunk->m_type == nullptr;
+  void* const block = ::operator new(size);
   ++record().live_blocks;
-  return ::operator new(size);
+  return block;
 }
 
 void MEM_MANAGER::delete_wrapper(void* p, const char* tag) {

@@ -75,6 +75,9 @@ class KPT_BIT_TABLE {
     }
   }
 
+  /// Room for so many bits: nothing below fails from now on.
+  void make_room(std::uint64_t bits) { m_words.reserve((bits + WORD - 1) / WORD); }
+
   /// Every bit at or beyond this position is false.
   std::uint64_t kept() const {
     return WORD * std::max(std::uint64_t{m_words.size()}, m_far == nullptr ? 0 : m_far->end);

@@ -27,6 +27,13 @@ class KPT_MAP_INDEX {
     }
   }
 
+  /// Room for the keypoint's entry: entering it cannot fail from now on.
+  void make_room(const KPT_POOL_SLOT& keypoint) {
+    if (keypoint.object != nullptr) {
+      m_positions.at(keypoint);
+    }
+  }
+
   /// False when the keypoint has no entry.
   bool erase(const KPT_POOL_SLOT& keypoint) {
     std::uint32_t* entry = m_positions.find_cell(keypoint);

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <string>
 #include <xercesc/dom/DOMException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLString.hpp>
 
 #include "db/kpt/files/kpt_xml_text.h"
@@ -35,15 +37,31 @@ int as_int(XMLFileLoc place) {
   return static_cast<int>(std::min(place, most));
 }
 
+// Called while an exception is handled.
+void tell_of_memory(const KPT_STRING& file_name) {
+  try {
+    throw;
+  } catch (const OutOfMemoryException&) {
+    kpt_tell_out_of_memory(file_name);
+  } catch (const std::bad_alloc&) {
+    kpt_tell_out_of_memory(file_name);
+  } catch (...) {
+    // Nothing more is known of it.
+  }
+}
+
 bool is_given(const XMLCh* text) { return text != nullptr && *text != 0; }
 
 }  // namespace
 
-bool kpt_parse_and_tell(bool is_started, const KPT_STRING& file_name, const std::function<void()>& parse,
-                        const std::function<std::size_t()>& error_count) {
-  bool ok = is_started;
+bool kpt_parse_and_tell(const KPT_XML_PLATFORM& platform, const KPT_STRING& file_name,
+                        const std::function<void()>& parse, const std::function<std::size_t()>& error_count) {
+  bool ok = platform.is_started();
+  if (platform.ran_out_of_memory()) {
+    kpt_tell_out_of_memory(file_name);
+  }
   try {
-    if (is_started) {
+    if (ok) {
       parse();
     }
   } catch (const XMLException& problem) {
@@ -59,6 +77,7 @@ bool kpt_parse_and_tell(bool is_started, const KPT_STRING& file_name, const std:
     ok = false;  // reported where it was thrown
   } catch (...) {
     kpt_msg_debug("Caught Unknown XML exception while parsing file %s", file_name.c_str());
+    tell_of_memory(file_name);
     ok = false;
   }
   const std::size_t errors = error_count();

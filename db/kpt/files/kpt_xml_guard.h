@@ -21,6 +21,7 @@
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
+#include "db/kpt/files/kpt_xml_platform.h"
 #include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
 
@@ -82,10 +83,11 @@ class KPT_XML_GUARD {
   std::size_t m_default_characters = 0;
 };
 
-/// Runs a parse, if xerces-c has started, and tells the host how it ended: a line for an exception, and
-/// the line of the parse in any case, with the errors that were counted. Whether
-/// the file is well-formed.
-bool kpt_parse_and_tell(bool is_started, const KPT_STRING& file_name, const std::function<void()>& parse,
-                        const std::function<std::size_t()>& error_count);
+/// Runs a parse, if xerces-c has started, and tells the host how it ended: a
+/// line for an exception, a message for memory that ended, and the line of the
+/// parse in any case, with the errors that were counted. Whether the file is
+/// well-formed.
+bool kpt_parse_and_tell(const KPT_XML_PLATFORM& platform, const KPT_STRING& file_name,
+                        const std::function<void()>& parse, const std::function<std::size_t()>& error_count);
 
 #endif

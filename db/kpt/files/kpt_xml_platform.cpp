@@ -1,23 +1,109 @@
 #include "db/kpt/files/kpt_xml_platform.h"
 
+#include <xercesc/dom/DOMImplementation.hpp>
+#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLInitializer.hpp>
+#include <xercesc/util/XMLUni.hpp>
+#include <xercesc/util/XMLUniDefs.hpp>
 
+#include "db/kpt/files/kpt_xml_memory.h"
 #include "db/kpt/msg_kpt.h"
 
 using namespace XERCES_CPP_NAMESPACE;
 
+namespace {
+
+// A start takes some 730,000 bytes, and one that runs out of them half-way
+// leaves the parser in a state in which it can neither be used nor ended.
+constexpr std::size_t BYTES_OF_A_START = std::size_t{1} << 20;
+
+struct PANIC {};
+struct TAKEN_BACK {};
+
+// The parser's own handler ends the process.
+class THROWING : public PanicHandler {
+ public:
+  void panic(const PanicReasons /*reason*/) override { throw PANIC(); }
+};
+
+// The last part of a start, in which a few bytes are taken past the memory
+// manager: the first thing that it does, and one of its last.
+class STATIC_DATA : public XMLInitializer {
+ public:
+  static void initialize() { initializeStaticData(); }
+};
+
+// Both are in the parser's use beyond the last static object of ours.
+KPT_XML_MEMORY& memory() {
+  static auto& s_memory = *new KPT_XML_MEMORY;
+  return s_memory;
+}
+
+PanicHandler& panic_handler() {
+  static auto& s_handler = *new THROWING;
+  return s_handler;
+}
+
+bool s_is_half_started = false;
+
+// The parser counts a start before it makes it, so a second call would take it
+// for started. A start that failed before its last part has done much is
+// completed, now or by the next one; later it can be taken back.
+void complete_start() {
+  if (DOMImplementation::getImplementation() == nullptr) {
+    STATIC_DATA::initialize();
+    s_is_half_started = false;
+    return;
+  }
+  XMLPlatformUtils::Terminate();
+  s_is_half_started = false;
+  memory().release();
+  throw TAKEN_BACK();
+}
+
+void start() {
+  if (s_is_half_started) {
+    complete_start();
+    return;
+  }
+  if (XMLPlatformUtils::fgMemoryManager != nullptr) {
+    XMLPlatformUtils::Initialize();  // once more, by us or by the host
+    return;
+  }
+  memory().provide(BYTES_OF_A_START);
+  try {
+    XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, &panic_handler(), &memory());
+  } catch (...) {
+    s_is_half_started = true;
+    complete_start();
+  }
+}
+
+}  // namespace
+
 KPT_XML_PLATFORM::KPT_XML_PLATFORM() {
   try {
-    XMLPlatformUtils::Initialize();
+    start();
     m_started = true;
+  } catch (const std::bad_alloc&) {
+    m_ran_out_of_memory = true;
+  } catch (const TAKEN_BACK&) {
+    m_ran_out_of_memory = true;
   } catch (...) {
+    // The parser lacks something else; told below.
+  }
+  if (!m_started) {
     kpt_msg_debug("Error: the XML parser cannot be initialised");
   }
 }
 
 KPT_XML_PLATFORM::~KPT_XML_PLATFORM() {
-  if (m_started) {
-    XMLPlatformUtils::Terminate();
+  if (!m_started) {
+    return;
+  }
+  XMLPlatformUtils::Terminate();
+  if (XMLPlatformUtils::fgMemoryManager == nullptr) {
+    memory().release();
   }
 }

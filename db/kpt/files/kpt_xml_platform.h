@@ -16,9 +16,12 @@ class KPT_EXPORT KPT_XML_PLATFORM {
 
   /// Nothing may be parsed when the start failed.
   bool is_started() const { return m_started; }
+  /// Whether it was for want of memory.
+  bool ran_out_of_memory() const { return m_ran_out_of_memory; }
 
  private:
   bool m_started = false;
+  bool m_ran_out_of_memory = false;
 };
 
 #endif

@@ -1,10 +1,23 @@
 #include "db/kpt/load/kpt_file_loader.h"
 
+#include <new>
 #include <utility>
 
 #include "db/kpt/load/kpt_general_source.h"
 #include "db/kpt/load/kpt_plain_scanner.h"
 #include "db/kpt/msg_kpt.h"
+
+namespace {
+
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> report_end_of_memory(std::string_view file_name, KPT_LOAD_PROBLEM* problem) {
+  kpt_tell_out_of_memory(file_name);
+  if (problem != nullptr) {
+    problem->note_end_of_memory();
+  }
+  return nullptr;
+}
+
+}  // namespace
 
 // The general source knows only at the end of a file whether it is well-formed.
 // It builds as it goes, and what it builds is not seen before that.
@@ -30,15 +43,23 @@ KPT_FILE_LOADER::~KPT_FILE_LOADER() = default;
 
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view file_name, const CREATE& create,
                                                              KPT_LOAD_PROBLEM* problem) {
-  return KPT_FILE_LOADER(file_name).load(create, problem);
+  try {
+    return KPT_FILE_LOADER(file_name).load(create, problem);
+  } catch (const std::bad_alloc&) {
+    return report_end_of_memory(file_name, problem);
+  }
 }
 
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(const CREATE& create, KPT_LOAD_PROBLEM* problem) {
-  std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = read(create) ? finish() : nullptr;
-  if (db == nullptr && problem != nullptr) {
-    problem->note(m_problem);
+  try {
+    std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = read(create) ? finish() : nullptr;
+    if (db == nullptr && problem != nullptr) {
+      problem->note(m_problem);
+    }
+    return db;
+  } catch (const std::bad_alloc&) {
+    return report_end_of_memory(m_file_name, problem);
   }
-  return db;
 }
 
 // As the parser says it of a file without an error, and once more when the

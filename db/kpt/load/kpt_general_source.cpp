@@ -201,8 +201,8 @@ bool KPT_GENERAL_SOURCE::read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT
     reader.emplace(m_guard, builder);
     reader->parse(input);
   };
-  const bool is_well_formed = kpt_parse_and_tell(platform.is_started(), file_name, parse,
-                                                 [&] { return reader.has_value() ? reader->error_count() : 0; });
+  const bool is_well_formed =
+      kpt_parse_and_tell(platform, file_name, parse, [&] { return reader.has_value() ? reader->error_count() : 0; });
   if (!is_well_formed) {
     m_problem.note(m_guard.problem());
     m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});

@@ -1,7 +1,9 @@
 // How maps are united, aligned, compared by names, chained stage to stage and
 // moved to the keypoints of another set.
 #include <algorithm>
+#include <memory>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "db/kpt/kpt_register_keypoint_impl.h"
@@ -100,11 +102,19 @@ class SIDE_NAMES {
   bool m_is_sorted = false;
 };
 
-// `from` may be `to` itself: it is read as it was.
-void append_pairs(NI_PAIR_VECTOR& to, const NI_PAIR_VECTOR& from) {
-  const std::size_t count = from.size();
-  for (std::size_t k = 0; k < count; ++k) {
-    to.push_back(from[k]);
+// Requires room.
+void append_pairs(NI_PAIR_VECTOR& to, NI_PAIR_VECTOR&& from) {
+  for (NI_PAIR& pair : from) {
+    to.push_back(std::move(pair));
+  }
+}
+
+// Room for more, such that one by one costs no more than all at once.
+template <class LIST>
+void make_room(LIST& list, std::size_t more) {
+  const std::size_t wanted = list.size() + more;
+  if (wanted > list.capacity()) {
+    list.reserve(std::max(wanted, 2 * list.capacity()));
   }
 }
 
@@ -132,15 +142,48 @@ NI_PAIR_VECTOR translate_side(const NI_PAIR_VECTOR& side, F namesake_of) {
 }  // namespace
 
 bool KPT_TRANSFORMATION_IMPL::copy_map(const KPT_TRANSFORMATION_IMPL& other) {
-  append_pairs(m_r_vector, other.m_r_vector);
-  append_pairs(m_t_vector, other.m_t_vector);
+  NI_PAIR_VECTOR r = other.m_r_vector;
+  NI_PAIR_VECTOR t = other.m_t_vector;
+  make_room(m_r_vector, r.size());
+  make_room(m_t_vector, t.size());
+  append_pairs(m_r_vector, std::move(r));
+  append_pairs(m_t_vector, std::move(t));
   return true;
+}
+
+// Room in the groups of the first pairs for those of `other`, whichever way round they come.
+void KPT_TRANSFORMATION_IMPL::make_room_for(const KPT_TRANSFORMATION_IMPL& other) {
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    const std::size_t more = std::max(other.group(side, N_GROUP, 0).size(), other.group(side, I_GROUP, 0).size());
+    for (const GROUP group : {N_GROUP, I_GROUP}) {
+      KPT_KEYPOINT_LIST* keypoints = group_to_edit(side, group, 0);
+      if (keypoints != nullptr && more != 0) {
+        make_room(*keypoints, more);
+      }
+    }
+  }
+}
+
+void KPT_TRANSFORMATION_IMPL::take_content(KPT_TRANSFORMATION_IMPL& other) noexcept {
+  m_r_vector.swap(other.m_r_vector);
+  m_t_vector.swap(other.m_t_vector);
+  m_state_table.swap(other.m_state_table);
+  m_elim_status = other.m_elim_status;
+  m_fsm_flag = other.m_fsm_flag;
 }
 
 // Looks at the first NI pairs alone. It is meant for plain maps, which have no
 // other; whoever unites plain maps of several pairs relies on the rest being
 // left behind. The status is that of the other map: it has the later news.
 bool KPT_TRANSFORMATION_IMPL::make_simple_union(const KPT_TRANSFORMATION_IMPL& other) {
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    for (const GROUP group : {N_GROUP, I_GROUP}) {
+      KPT_KEYPOINT_LIST* keypoints = group_to_edit(side, group, 0);
+      if (keypoints != nullptr) {
+        make_room(*keypoints, other.group(side, group, 0).size());
+      }
+    }
+  }
   bool added = true;
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     for (const GROUP group : {N_GROUP, I_GROUP}) {
@@ -175,10 +218,12 @@ bool KPT_TRANSFORMATION_IMPL::make_union(const KPT_TRANSFORMATION_IMPL& other) {
   if (!fsm && !other_fsm) {
     return make_simple_union(other);
   }
-  state_table_to_edit() = state_table().cross_product_table(other.state_table());
-  m_fsm_flag = true;
+  auto product = std::make_unique<KPT_STATE_TABLE_IMPL>(state_table().cross_product_table(other.state_table()));
+  const KPT_ELIM_ENUM status = other.m_elim_status;
   const bool copied = copy_map(other);
-  m_elim_status = other.m_elim_status;
+  m_state_table = std::move(product);
+  m_fsm_flag = true;
+  m_elim_status = status;
   return copied;
 }
 
@@ -250,13 +295,17 @@ KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::find_register_in_s_vector(const NI_PAIR_V
 // finds them as that stage told them.
 bool KPT_TRANSFORMATION_IMPL::update_transformations(const KPT_TRANSFORMATION_IMPL& other, KPT_KEYPOINT_LIST& entered,
                                                      KPT_KEYPOINT_LIST& left) {
+  std::unique_ptr<KPT_STATE_TABLE_IMPL> table;
+  if (other.map_has_fsm_transformation()) {
+    table = std::make_unique<KPT_STATE_TABLE_IMPL>(other.state_table());
+  }
   for_each_keypoint(m_t_vector, [&](KPT_KEYPOINT* keypoint) { left.push_back(keypoint); });
+  for_each_keypoint(other.m_t_vector, [&](KPT_KEYPOINT* keypoint) { entered.push_back(keypoint); });
   m_t_vector = other.m_t_vector;
-  for_each_keypoint(m_t_vector, [&](KPT_KEYPOINT* keypoint) { entered.push_back(keypoint); });
   m_fsm_flag = other.m_fsm_flag;
   m_elim_status = other.m_elim_status;
-  if (other.map_has_fsm_transformation()) {
-    state_table_to_edit() = other.state_table();
+  if (table != nullptr) {
+    m_state_table = std::move(table);
   }
   return true;
 }

@@ -9,6 +9,7 @@
 // Read from top to bottom: loop 1, loop 2, loop 3, leftovers.
 #include <algorithm>
 
+#include "db/kpt/containers/kpt_undo.h"
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/msg_kpt.h"
@@ -199,14 +200,18 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
   if (candidates.size() < 2) {
     return;
   }
+  for (const MAP* map : candidates) {
+    set.make_entry_room(*map);
+  }
   MAP* target = candidates.front();
   forget(*target);
+  // On the way out, also where memory ends: what went into the target leads to it.
+  const KPT_UNDO entered_anew([&] { set.enter_whole(*target); });
   for (auto other = candidates.begin() + 1; other != candidates.end(); ++other) {
     ok = ok && target->make_union(**other);
     forget(**other);
     set.delete_map(*other);
   }
-  set.reenter(target);
 }
 
 // Loop 3: every plain first-stage map whose registers still exist goes on to
@@ -287,6 +292,7 @@ MAP* KPT_UNITE::report_first_in_db2(const KPT_KEYPOINT_LIST& candidates_for_it) 
 void KPT_UNITE::step_from(MAP& m1, MAP& m2) {
   entered.clear();
   left.clear();
+  db1.make_entry_room(m2);
   ok = m1.update_transformations(m2, entered, left);
   for (const KPT_KEYPOINT* k : left) {
     db1.m_t_index.erase(KPT_KEYPOINT::slot_of(k));

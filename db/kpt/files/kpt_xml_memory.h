@@ -1,0 +1,50 @@
+// Memory of the host for xerces-c, which all goes back in the end: what its
+// constructors have taken when one of them fails is known to nobody else.
+//
+// Ownership: owns every block that it gave and that was not given back; they go
+// with it, or with `release`. What lives in them must be gone by then.
+#ifndef KPT_XML_MEMORY_H
+#define KPT_XML_MEMORY_H
+
+#include <cstddef>
+#include <xercesc/framework/MemoryManager.hpp>
+
+#include "db/kpt/kpt_types.h"
+
+class KPT_EXPORT KPT_XML_MEMORY : public XERCES_CPP_NAMESPACE::MemoryManager {
+ public:
+  KPT_XML_MEMORY() = default;
+  ~KPT_XML_MEMORY() override { release(); }
+  KPT_XML_MEMORY(const KPT_XML_MEMORY&) = delete;
+  KPT_XML_MEMORY& operator=(const KPT_XML_MEMORY&) = delete;
+
+  // From the parser. Throws its OutOfMemoryException when the host has none.
+  void* allocate(XMLSize_t size) override;
+  void deallocate(void* block) override;
+  /// That of the process, since an exception outlives the parser that throws it.
+  XERCES_CPP_NAMESPACE::MemoryManager* getExceptionMemoryManager() override;
+
+  /// Takes so many bytes at once, from which blocks are then cut while they
+  /// last: the next allocations cannot fail. Throws std::bad_alloc.
+  void provide(std::size_t bytes);
+  /// Gives everything back.
+  void release() noexcept;
+
+ private:
+  struct alignas(std::max_align_t) BLOCK {
+    BLOCK* next;
+    BLOCK* previous;
+  };
+
+  static void* take(std::size_t bytes);
+  static void give_back(void* memory) noexcept;
+  void* cut(std::size_t bytes) noexcept;
+  bool was_provided(const void* block) const noexcept;
+
+  BLOCK* m_blocks = nullptr;
+  std::byte* m_provision = nullptr;
+  std::size_t m_provided = 0;
+  std::size_t m_cut = 0;
+};
+
+#endif
