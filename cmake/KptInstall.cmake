@@ -20,7 +20,8 @@ install(DIRECTORY db DESTINATION ${kpt_headers} COMPONENT dev
         PATTERN unite EXCLUDE
         PATTERN kpt_ticks.h EXCLUDE
         PATTERN kpt_translation.h EXCLUDE)
-install(FILES db/kpt/files/kpt_xml_platform.h DESTINATION ${kpt_headers}/db/kpt/files COMPONENT dev)
+install(FILES db/kpt/files/kpt_xml_memory.h db/kpt/files/kpt_xml_platform.h
+        DESTINATION ${kpt_headers}/db/kpt/files COMPONENT dev)
 install(FILES host/kpt_host.h DESTINATION ${kpt_headers}/host COMPONENT dev)
 install(FILES ${PROJECT_BINARY_DIR}/include/kpt_export.h DESTINATION ${kpt_headers} COMPONENT dev)
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-KPT_KEYPOINTS_DB_IMPL* make(std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); }
+const auto make = [](std::string_view name) { return new KPT_KEYPOINTS_DB_IMPL(name); };
 
 }  // namespace
 

@@ -44,27 +44,27 @@ std::string saved_by(const KPT_UNREGISTERED_DB& db) {
   return read_file(folder.file("again.xml"));
 }
 
-TEST(Bytes, in_memory_become_a_database) {
+TEST(Bytes, InMemoryBecomeADatabase) {
   const std::string file = three_maps();
   KPT_MEMORY_BYTES bytes(file);
   EXPECT_EQ(saved_by(KPT_UNREGISTERED_DB::load(bytes, "memory")), file);
 }
 
-TEST(Bytes, of_a_stream_become_a_database) {
+TEST(Bytes, OfAStreamBecomeADatabase) {
   const std::string file = three_maps();
   COUNTED_BYTES bytes(file, false);
   EXPECT_EQ(saved_by(KPT_UNREGISTERED_DB::load(bytes, "stream")), file);
   EXPECT_EQ(bytes.count(), file.size());
 }
 
-TEST(Bytes, of_a_plain_file_are_read_twice) {
+TEST(Bytes, OfAPlainFileAreReadTwice) {
   const std::string file = three_maps();
   COUNTED_BYTES bytes(file, true);
   EXPECT_EQ(saved_by(KPT_UNREGISTERED_DB::load(bytes, "twice")), file);
   EXPECT_EQ(bytes.count(), 2 * file.size());
 }
 
-TEST(Bytes, with_an_error_tell_the_place_under_the_name_that_is_shown) {
+TEST(Bytes, WithAnErrorTellThePlaceUnderTheNameThatIsShown) {
   const HOST_LINES lines;
   KPT_MEMORY_BYTES bytes("<kpt_db name=\"d\">\n  <a>\n</kpt_db>\n");
   KPT_LOAD_PROBLEM problem;
@@ -77,7 +77,7 @@ TEST(Bytes, with_an_error_tell_the_place_under_the_name_that_is_shown) {
                                           "number 3 : expected end of tag 'a'"));
 }
 
-TEST(Bytes, that_cannot_be_read_are_no_database) {
+TEST(Bytes, ThatCannotBeReadAreNoDatabase) {
   const HOST_LINES lines;
   FAILING_BYTES bytes;
   KPT_LOAD_PROBLEM problem;
@@ -85,7 +85,7 @@ TEST(Bytes, that_cannot_be_read_are_no_database) {
   EXPECT_EQ(problem.kind, KPT_LOAD_PROBLEM::NOT_WELL_FORMED);
 }
 
-TEST(Bytes, with_something_behind_the_transformations_say_so) {
+TEST(Bytes, WithSomethingBehindTheTransformationsSaySo) {
   for (const std::string file :
        {"<a name=\"d\"><transformations_set/><b/></a>", "<a name='d'><transformations_set/><b/></a>"}) {
     KPT_MEMORY_BYTES bytes(file);
@@ -95,7 +95,7 @@ TEST(Bytes, with_something_behind_the_transformations_say_so) {
   }
 }
 
-TEST(Bytes, without_a_name_say_so) {
+TEST(Bytes, WithoutANameSaySo) {
   for (const std::string file : {"<a/>", "<a><!-- --></a>"}) {
     KPT_MEMORY_BYTES bytes(file);
     KPT_LOAD_PROBLEM problem;

@@ -172,12 +172,12 @@ class MemoryEnds : public testing::TestWithParam<OPERATION> {
   }
 };
 
-TEST_P(MemoryEnds, atTheNthAllocationOnce) {
+TEST_P(MemoryEnds, AtTheNthAllocationOnce) {
   s_fails_for_good = false;
   try_all();
 }
 
-TEST_P(MemoryEnds, fromTheNthAllocationOn) {
+TEST_P(MemoryEnds, FromTheNthAllocationOn) {
   s_fails_for_good = true;
   try_all();
 }
@@ -292,15 +292,15 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
   std::string m_path = temporary("file");
 };
 
-TEST_P(MemoryEndsFor, aLoadOfAPlainFile) { load_all("load a plain file"); }
+TEST_P(MemoryEndsFor, ALoadOfAPlainFile) { load_all("load a plain file"); }
 
-TEST_P(MemoryEndsFor, aLoadThroughTheParser) {
+TEST_P(MemoryEndsFor, ALoadThroughTheParser) {
   const std::string plain = text_of_file(m_path);
   std::ofstream(m_path) << "<!DOCTYPE kpt_db [<!ENTITY e 'x'>]>" << plain;
   load_all("load through the parser");
 }
 
-TEST_P(MemoryEndsFor, aDatabaseThatIsCreated) {
+TEST_P(MemoryEndsFor, ADatabaseThatIsCreated) {
   for (long n = 0;; ++n) {
     const long blocks = record().live_blocks;
     s_has_failed = false;

@@ -101,7 +101,7 @@ TEST(Determinism, FusesInOrderOfCreationWhateverLiesBetweenTheMaps) {
 }
 
 // Not a test of its own: a process of another layout writes its bytes for the test below.
-TEST(Determinism, DISABLEDWritesItsBytes) {
+TEST(Determinism, DISABLED_WritesItsBytes) {
   const char* const file = std::getenv("KPT_UNION_BYTES");
   ASSERT_NE(file, nullptr);
   const auto amount = static_cast<unsigned>(std::strtoul(std::getenv("KPT_UNION_JUNK"), nullptr, 10));

@@ -21,7 +21,7 @@ unsigned long host_bytes() {
   return bytes;
 }
 
-TEST(BitTable, costs_what_is_set_in_it_wherever_that_is) {
+TEST(BitTable, CostsWhatIsSetInItWhereverThatIs) {
   const unsigned long before = host_bytes();
   KPT_BIT_TABLE table;
   table.set(LAST, true);
@@ -31,7 +31,7 @@ TEST(BitTable, costs_what_is_set_in_it_wherever_that_is) {
 }
 
 // Each bit as far behind the one before as may be taken for near.
-TEST(BitTable, does_not_grow_faster_than_what_is_set_in_it) {
+TEST(BitTable, DoesNotGrowFasterThanWhatIsSetInIt) {
   const unsigned long before = host_bytes();
   KPT_BIT_TABLE table;
   std::uint64_t position = 0;
@@ -42,7 +42,7 @@ TEST(BitTable, does_not_grow_faster_than_what_is_set_in_it) {
   EXPECT_LE(host_bytes() - before, 16384U);
 }
 
-TEST(BitTable, takes_no_room_for_what_is_false) {
+TEST(BitTable, TakesNoRoomForWhatIsFalse) {
   const unsigned long before = host_bytes();
   KPT_BIT_TABLE table;
   table.set(LAST, false);
@@ -51,7 +51,7 @@ TEST(BitTable, takes_no_room_for_what_is_false) {
   EXPECT_EQ(table, KPT_BIT_TABLE());
 }
 
-TEST(BitTable, is_equal_to_one_that_was_filled_in_another_order) {
+TEST(BitTable, IsEqualToOneThatWasFilledInAnotherOrder) {
   KPT_BIT_TABLE ascending;
   KPT_BIT_TABLE descending;
   for (std::uint64_t k = 0; k < 1000; ++k) {
@@ -64,7 +64,7 @@ TEST(BitTable, is_equal_to_one_that_was_filled_in_another_order) {
   EXPECT_FALSE(descending == ascending);
 }
 
-TEST(BitTable, holds_what_a_set_of_positions_holds) {
+TEST(BitTable, HoldsWhatASetOfPositionsHolds) {
   std::mt19937_64 random(kpt_test::seed());
   KPT_BIT_TABLE table;
   std::set<std::uint64_t> model;
