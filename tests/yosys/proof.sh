@@ -31,4 +31,4 @@ wrong 'a wrong state code' '/<state index="3">/,/<\/reference>/s/index="0"> 1 /i
 
 # What a module does not have is told by name.
 run log "read_rtlil gate.il; rename $top gate; kpt_load kpt.xml; kpt_apply -encfile codes gate gate"
-expect log 'Warning: Module gate has no register floor[0].'
+expect log 'Warning: Module gate has no register armed.'
