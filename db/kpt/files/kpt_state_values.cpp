@@ -96,9 +96,9 @@ void KPT_STATE_VALUES::end() {
 // From the value that began last to the first.
 void KPT_STATE_VALUES::read_nest() {
   NUMBERS numbers(m_text);
-  for (auto value = m_nest.rbegin(); value != m_nest.rend(); ++value) {
-    m_values[value->value].entry = is_one(numbers.between(value->text, value->end));
-  }
+  std::for_each(m_nest.rbegin(), m_nest.rend(), [&](const NESTED& value) {
+    m_values[value.value].entry = is_one(numbers.between(value.text, value.end));
+  });
 }
 
 void KPT_STATE_VALUES::clear() {

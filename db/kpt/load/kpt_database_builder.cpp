@@ -351,11 +351,9 @@ void KPT_DATABASE_BUILDER::enter_values(KPT_SET_ENUM side) {
 }
 
 void KPT_DATABASE_BUILDER::finish_map() {
-  NI_PAIR_VECTOR& r = m_sides[KPT_REFERENCE_SET];
-  NI_PAIR_VECTOR& t = m_sides[KPT_TRANSFORMED_SET];
+  NI_PAIR_VECTOR r = std::exchange(m_sides[KPT_REFERENCE_SET], {});
+  NI_PAIR_VECTOR t = std::exchange(m_sides[KPT_TRANSFORMED_SET], {});
   hand_attributes_to(m_has_table
                          ? m_db->add_to_transformation_set(std::move(r), std::move(t), std::move(m_table), m_status)
                          : m_db->add_to_transformation_set(std::move(r), std::move(t), m_status));
-  r.clear();
-  t.clear();
 }

@@ -28,6 +28,7 @@
 #include "db/kpt/files/kpt_state_values.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/load/kpt_by_side.h"
 #include "db/kpt/load/kpt_id_index.h"
 #include "db/kpt/load/kpt_load_lines.h"
 
@@ -111,7 +112,7 @@ class KPT_DATABASE_BUILDER {
   KPT_LOAD_LINES& m_lines;
   KPT_STRING m_name;
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;
-  std::array<long, 2> m_highest_ids;  // of the signals read, by side
+  KPT_BY_SIDE<long> m_highest_ids;  // of the signals read, by side
   bool m_had_maps = false;
   bool m_has_more = false;
   unsigned long m_start = 0;  // ticks
@@ -132,8 +133,8 @@ class KPT_DATABASE_BUILDER {
   std::array<NAMED_TEXT, 3> m_texts;
 
   // The map.
-  std::array<KPT_ID_INDEX, 2> m_ids;
-  std::array<NI_PAIR_VECTOR, 2> m_sides;
+  KPT_BY_SIDE<KPT_ID_INDEX> m_ids;
+  KPT_BY_SIDE<NI_PAIR_VECTOR> m_sides;
   KPT_ELIM_ENUM m_status = KPT_NOT_ELIMINATED;
   bool m_has_table = false;
   KPT_STATE_TABLE_IMPL m_table;
@@ -148,8 +149,8 @@ class KPT_DATABASE_BUILDER {
   bool m_has_noninverts = false;
   bool m_has_inverts = false;
   KPT_KEYPOINT_LIST* m_group = nullptr;
-  std::array<bool, 2> m_has_values{};
-  std::array<KPT_STATE_VALUES, 2> m_values;
+  KPT_BY_SIDE<bool> m_has_values;
+  KPT_BY_SIDE<KPT_STATE_VALUES> m_values;
   KPT_SET_ENUM m_values_side = KPT_REFERENCE_SET;
   std::vector<std::size_t, MEM_STL_ALLOCATOR<std::size_t>> m_open_values;  // by m_below_leaf
 };
