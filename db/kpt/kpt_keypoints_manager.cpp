@@ -51,7 +51,7 @@ KPT_KEYPOINTS_MANAGER::DATABASES::iterator KPT_KEYPOINTS_MANAGER::find(std::stri
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::create_keypoints_db(std::string_view name) {
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db(create_keypoints_db_impl(name));
   record_new_db(db.get());
-  db.release();
+  static_cast<void>(db.release());  // the list has it now
   return get_keypoints_db(name);
 }
 
@@ -112,7 +112,7 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::loaded(std::string_view file_name, KPT_
     return nullptr;
   }
   record_new_db(db.get());
-  db.release();
+  static_cast<void>(db.release());  // the list has it now
   return &m_databases.back();
 }
 
