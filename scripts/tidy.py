@@ -124,7 +124,9 @@ def main():
     cache.mkdir(exist_ok=True)
     version = subprocess.run([TIDY, "--version"], capture_output=True, text=True, check=True).stdout
     contents = Contents()
+    generated = str(options.build.resolve()) + os.sep
     sources = [Source(e, cache) for e in json.loads((options.build / "compile_commands.json").read_text())]
+    sources = [s for s in sources if not os.path.normpath(s.path).startswith(generated)]
     if options.only:
         sources = [s for s in sources if any(s.name == o or s.name.startswith(o.rstrip("/") + "/") for o in options.only)]
     if options.since:
