@@ -13,7 +13,7 @@
 /// A register by its texts: a signal, or a block instance with its entity and
 /// register type. The texts are the caller's.
 struct KPT_REGISTER_NAME {
-  // NOLINTNEXTLINE(google-explicit-constructor): a name alone is a signal
+  // A name alone is a signal.
   KPT_REGISTER_NAME(std::string_view signal) : is_signal(true), name(signal) {}
   KPT_REGISTER_NAME(std::string_view instance, std::string_view its_entity, std::string_view its_type)
       : is_signal(false), name(instance), entity(its_entity), register_type(its_type) {}

@@ -121,6 +121,7 @@ void MODULE_VIEW::add_flops(RTLIL::Cell* cell) {
 
 // A port that is read at a clock holds what was read: it is the register that went into it.
 void MODULE_VIEW::add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked) {
+  // A constant of Yosys has no `empty` in all versions. NOLINTNEXTLINE(readability-container-size-empty)
   const int width = clocked.size() == 0 ? 0 : data.size() / clocked.size();
   for (int i = 0; i < data.size() && width > 0; ++i) {
     if (clocked[i / width] == RTLIL::State::S1) {

@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): flows and relations
+using namespace kpt_test;
 
 const KPT_COMPOSITION_OPTIONS ANY_SHARE{0.0, false};
 

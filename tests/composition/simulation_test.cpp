@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace kpt_test;  // NOLINT(google-build-using-namespace): flows
+using namespace kpt_test;
 
 // The trace of an index as its registers have it, and whether all agree.
 struct BIT {

@@ -11,7 +11,7 @@ bool s_has_failed = false;
 
 }  // namespace kpt_test
 
-using namespace kpt_test;  // NOLINT(google-build-using-namespace)
+using namespace kpt_test;
 
 void* operator new(std::size_t size) {
   if (s_allocations_left == 0) {
