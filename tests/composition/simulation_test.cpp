@@ -50,11 +50,13 @@ void check_machine(const KPT_REGISTER_TRANSFORMATION& map, const SIMULATED_FLOW&
   TRACE said = 0;
   for (unsigned short row = 1; row <= table.get_number_of_states(); ++row) {
     TRACE here = ~TRACE{0};
-    for (unsigned short k = 1; k <= r.size(); ++k) {
-      here &= table.get_reference_entry(row, k) == 1 ? r[k - 1U] : ~r[k - 1U];
+    for (std::size_t k = 0; k < r.size(); ++k) {
+      const auto column = static_cast<unsigned short>(k + 1);
+      here &= table.get_reference_entry(row, column) == 1 ? r[k] : ~r[k];
     }
-    for (unsigned short k = 1; k <= t.size(); ++k) {
-      here &= table.get_transformed_entry(row, k) == 1 ? t[k - 1U] : ~t[k - 1U];
+    for (std::size_t k = 0; k < t.size(); ++k) {
+      const auto column = static_cast<unsigned short>(k + 1);
+      here &= table.get_transformed_entry(row, column) == 1 ? t[k] : ~t[k];
     }
     said |= here;
   }
