@@ -68,4 +68,15 @@ TEST_F(Compose, ExplainsTheWayBack) {
             "together: p2 comes from p\n");
 }
 
+TEST_F(Compose, ExplainsNoneOfTwoBlockInstancesOfOneName) {
+  record("1.xml", R"({"event":"associate","reference":{"name":"u","entity":"e","type":"dff"},"transformed":"a"})"
+                  "\n"
+                  R"({"event":"associate","reference":{"name":"u","entity":"e","type":"latch"},"transformed":"b"})"
+                  "\n");
+  const RUN_RESULT result = kptdb({"explain", "u", "1.xml"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "kptdb: several block instances are called u\n");
+}
+
 }  // namespace

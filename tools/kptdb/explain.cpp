@@ -198,13 +198,21 @@ std::string together(const KPT_KEYPOINTS_DB& all, KPT_SET_ENUM from, const KPT_R
   return text + "\n";
 }
 
-// By name alone a signal is meant, or the only block instance of that name.
+// By name alone a signal is meant, or the only block instance of that name. Of
+// several instances none is meant more than another.
 KPT_REGISTER_KEYPOINT named(const KPT_KEYPOINT_SET& set, const std::string& name) {
   KPT_REGISTER_KEYPOINT found = set.get_register(name);
+  if (!found.is_null()) {
+    return found;
+  }
   for (const KPT_REGISTER_KEYPOINT& keypoint : set) {
-    if (found.is_null() && std::string_view(keypoint.get_name()) == name) {
-      found = keypoint;
+    if (std::string_view(keypoint.get_name()) != name) {
+      continue;
     }
+    if (!found.is_null()) {
+      throw FAILURE(EXIT_FOUND, fmt::format("several block instances are called {}", name));
+    }
+    found = keypoint;
   }
   return found;
 }
