@@ -71,9 +71,10 @@ void start() {
     XMLPlatformUtils::Initialize();  // once more, by us or by the host
     return;
   }
+  PanicHandler& handler = panic_handler();  // allocates, so that it may fail: before anything has begun
   memory().provide(BYTES_OF_A_START);
   try {
-    XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, &panic_handler(), &memory());
+    XMLPlatformUtils::Initialize(XMLUni::fgXercescDefaultLocale, nullptr, &handler, &memory());
   } catch (...) {
     s_is_half_started = true;
     complete_start();
