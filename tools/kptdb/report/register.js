@@ -59,8 +59,8 @@ function step(design, k, one) {
   return el('li', {}, el('div', { class: 'was' }, turned(one.sense.inverse), link(design, k, one.register)), ' ',
     el('div', { class: 'did' }, one.what,
       one.to.length > 0 ? [' → ', list(design, k + 1, { same: one.to.filter((t) => !t.inverse).map((t) => t.register), inverse: one.to.filter((t) => t.inverse).map((t) => t.register) })] : null,
-      pass === undefined ? null : el('span', { class: 'tag' }, 'pass ', nameOf(pass)),
-      status === undefined ? null : el('span', { class: `tag status-${['claimed', 'proved', 'refuted'].indexOf(status)}` }, shown(status))));
+      pass === undefined ? null : [' ', el('span', { class: 'tag' }, 'pass ', nameOf(pass))],
+      status === undefined ? null : [' ', el('span', { class: `tag status-${['claimed', 'proved', 'refuted'].indexOf(status)}` }, shown(status))]));
 }
 
 function way(design, register) {
