@@ -109,6 +109,18 @@ class Filters(Page):
         BROWSER.click("[data-word=constant]")
         self.assertEqual(self.text("#count"), "27 of 27 registers")
 
+    def test_a_kind_of_instance_filters(self):
+        self.assertEqual(self.texts("#kind option"), ["any kind", "instance of fifo, register dffe", "instance of fifo, register sdffe", "signal"])
+        BROWSER.ask("(() => { const n = document.querySelector('#kind'); n.value = 'instance of fifo, register dffe'; n.dispatchEvent(new Event('change')); })()")
+        self.assertEqual(self.rows(), ["fifo/head"])
+        self.assertEqual(self.address(), "#i=instance of fifo, register dffe")
+
+    def test_signals_alone_offer_no_kind(self):
+        record("signals", [associate("a", "b")])
+        kptdb("report", "signals.xml", "-o", "signals.html")
+        self.open(file="signals.html")
+        self.assertTrue(BROWSER.ask("document.querySelector('#kind').closest('label').hidden"))
+
     def test_a_scope_filters_counts_and_rows(self):
         BROWSER.ask("document.querySelectorAll('#tree [role=treeitem]')[1].querySelector('.row').click()")
         self.assertEqual(self.address(), "#s=top.")

@@ -4,7 +4,7 @@ import { MODES } from './search.js';
 
 export const ALL = Object.freeze({
   text: '', mode: 'text', words: new Set(), value: null, scope: 0,
-  pass: null, status: null, side: 0, order: '', down: false, register: null,
+  kind: null, pass: null, status: null, side: 0, order: '', down: false, register: null,
 });
 
 const one = (list, text, other) => (list.includes(text) ? text : other);
@@ -16,6 +16,7 @@ export function parseAddress(hash, design) {
   wanted.words = new Set((given.get('w') ?? '').split(',').map((w) => WORDS.indexOf(w)).filter((w) => w >= 0));
   wanted.value = { 0: 0, 1: 1 }[given.get('v')] ?? null;
   wanted.scope = given.has('s') ? Math.max(0, design.scopeAt(given.get('s'))) : 0;
+  wanted.kind = given.get('i');
   wanted.pass = given.get('p');
   wanted.status = given.get('st');
   wanted.side = given.get('side') === 'netlist' ? 1 : 0;
@@ -41,6 +42,7 @@ export function addressOf(wanted, design) {
   if (wanted.words.size > 0) add('w', [...wanted.words].map((w) => WORDS[w]).join(','));
   if (wanted.value !== null) add('v', wanted.value);
   if (wanted.scope > 0) add('s', design.pathText(wanted.scope));
+  if (wanted.kind !== null) add('i', wanted.kind);
   if (wanted.pass !== null) add('p', wanted.pass);
   if (wanted.status !== null) add('st', wanted.status);
   if (wanted.side === 1) add('side', 'netlist');

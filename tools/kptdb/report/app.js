@@ -4,7 +4,7 @@ import { readHead, readAll } from './data.js';
 import { Design } from './model.js';
 import { rowsOf, sorted } from './search.js';
 import { ALL, parseAddress, addressOf, registerAddress } from './address.js';
-import { Table, COLUMNS, asNames, asCsv } from './table.js';
+import { Table, asNames, asCsv } from './table.js';
 import { Tree } from './tree.js';
 import { drawTreemap, busOf } from './treemap.js';
 import { showRegister } from './register.js';
@@ -20,6 +20,7 @@ class App {
     showHeading(design);
     showAttention(design);
     showChanges(design);
+    this.fillChoices('kind', design.kinds.length > 1 ? design.kinds : []);
     this.fillChoices('pass', design.passes);
     this.fillChoices('status', design.statuses);
     this.follow();
@@ -96,6 +97,7 @@ class App {
     if (document.activeElement !== byId('search')) byId('search').value = wanted.text;
     byId('mode').value = wanted.mode;
     byId('side').value = String(wanted.side);
+    byId('kind').value = wanted.kind ?? '\0';
     byId('pass').value = wanted.pass ?? '\0';
     byId('status').value = wanted.status ?? '\0';
     const parts = this.design.path(wanted.scope).map((s) => el('button', { class: 'crumb', click: () => this.go({ scope: s }) }, nameOf(this.design.scopes.names.at(s).replace(/[./]$/, ''))));
@@ -107,8 +109,7 @@ class App {
     const known = [...new Set(texts.filter((t) => t !== ''))].sort();
     fill(byId(id), el('option', { value: '\0' }, `any ${id}`), known.map((t) => el('option', { value: t }, t)));
     byId(id).closest('label').hidden = known.length === 0;
-    const column = COLUMNS.find((c) => c.key === id);
-    byId('table').classList.toggle(`without-${column.key}`, known.length === 0);
+    byId('table').classList.toggle(`without-${id}`, known.length === 0);
   }
 
   toggleWord(word) {
@@ -129,6 +130,7 @@ class App {
     byId('search').addEventListener('input', () => this.go({ text: byId('search').value }, true));
     byId('mode').addEventListener('change', () => this.go({ mode: byId('mode').value }));
     byId('side').addEventListener('change', () => this.go({ side: Number(byId('side').value) }));
+    byId('kind').addEventListener('change', () => this.go({ kind: choice('kind') }));
     byId('pass').addEventListener('change', () => this.go({ pass: choice('pass') }));
     byId('status').addEventListener('change', () => this.go({ status: choice('status') }));
     byId('clear').addEventListener('click', () => this.go({ ...ALL }));

@@ -58,11 +58,16 @@ export class Design {
     this.sets = this.head.attributes;
     this.passes = this.sets.map((set) => find(set, 'pass'));
     this.statuses = this.sets.map((set) => find(set, 'status'));
+    this.kinds = ['signal', ...this.head.kinds.map(([entity, type]) => `instance of ${entity}, register ${type}`)];
   }
   text(texts, side, register) {
     const own = texts[this.side(side).attributes[register]];
     const map = this.mapOf(side, register);
     return own || (map < 0 ? '' : texts[this.whole.attributes[map]]);
+  }
+  /** What a register is: a signal, or an instance of an entity with a register of some type. */
+  kindOf(side, register) {
+    return this.kinds[this.side(side).kind[register]];
   }
   passOf(side, register) {
     return this.text(this.passes, side, register);

@@ -68,6 +68,7 @@ function filterOf(design, wanted) {
       return source >= 0 && design.value(source) === wanted.value;
     });
   }
+  if (wanted.kind !== null) tests.push((row) => design.kindOf(side, row) === wanted.kind);
   if (wanted.pass !== null) tests.push((row) => design.passOf(side, row) === wanted.pass);
   if (wanted.status !== null) tests.push((row) => design.statusOf(side, row) === wanted.status);
   return tests.length === 0 ? null : (row) => tests.every((test) => test(row));
