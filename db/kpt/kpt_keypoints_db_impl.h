@@ -169,7 +169,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
   bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);
-  bool align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);
+  void align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);
   bool cleanup_keypoint_set(KPT_SET_ENUM set);
 
   KPT_KEYPOINT_SET_IMPL m_reference_set;

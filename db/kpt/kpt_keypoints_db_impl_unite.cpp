@@ -42,7 +42,7 @@ bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRA
       t = translation.of(k);
     }
     if (t != nullptr && ok) {
-      ok = align_pass_through(t, db2, k);
+      align_pass_through(t, db2, k);
     }
     return true;
   });
@@ -60,14 +60,13 @@ bool KPT_KEYPOINTS_DB_IMPL::add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k
 }
 
 // A keypoint at an index above 0 counts as not in the non-inverting group.
-bool KPT_KEYPOINTS_DB_IMPL::align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k) {
+void KPT_KEYPOINTS_DB_IMPL::align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k) {
   KPT_TRANSFORMATION_IMPL* map1 = m_transformation_set.get_map_of_t_keypoint(t);
   KPT_TRANSFORMATION_IMPL* map2 = db2.m_transformation_set.get_map_of_r_keypoint(k);
-  if (map1 == nullptr || map2 == nullptr ||
-      map1->keypoint_is_in_t_n_group_of_map(t, 0) == map2->keypoint_is_in_r_n_group_of_map(k, 0)) {
-    return true;
+  if (map1 != nullptr && map2 != nullptr &&
+      map1->keypoint_is_in_t_n_group_of_map(t, 0) != map2->keypoint_is_in_r_n_group_of_map(k, 0)) {
+    map1->interchange_groups_of_both_sides();
   }
-  return map1->interchange_registers_in_t_n_i_groups_of_map() && map1->interchange_registers_in_r_n_i_groups_of_map();
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::cleanup_reference_keypoint_set() { return cleanup_keypoint_set(KPT_REFERENCE_SET); }

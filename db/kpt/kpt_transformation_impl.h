@@ -220,6 +220,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   bool interchange_registers_in_t_n_i_groups_of_map() {
     return interchange_registers_in_n_i_groups_of_map(KPT_TRANSFORMED_SET);
   }
+  /// Expresses the whole map in the other polarity: exchanges the groups of
+  /// every index of both sides.
+  void interchange_groups_of_both_sides();
   /// Two transformed columns (from 1) have become one register: drops the
   /// states in which they disagree, then column `b`. The sides stay as they are.
   bool update_state_table(unsigned short a, unsigned short b);
@@ -245,6 +248,18 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_LIST get_t_registers_at_index(unsigned short index) const {
     return registers_at_index(KPT_TRANSFORMED_SET, index);
   }
+
+  /// In which groups of index 0 a keypoint stands; the searches of a map see
+  /// no other index.
+  struct GROUP_MEMBERSHIP {
+    bool in_n_group;
+    bool in_i_group;
+    bool anywhere() const { return in_n_group || in_i_group; }
+    bool opposes(const GROUP_MEMBERSHIP& other) const {
+      return anywhere() && other.anywhere() && in_n_group != other.in_n_group;
+    }
+  };
+  GROUP_MEMBERSHIP membership(KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint) const;
 
   /// Swaps the groups of this whole map unless `keypoint`, on its reference
   /// side, has the polarity that `other` gives `other_keypoint` on its
@@ -360,8 +375,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   bool set_no_fanout(const KPT_KEYPOINT* keypoint, unsigned short index);
 
   bool append_group(KPT_SET_ENUM side, GROUP group, const KPT_TRANSFORMATION_IMPL& other);
-  static bool is_aligned(const KPT_TRANSFORMATION_IMPL& earlier, const KPT_KEYPOINT* transformed,
-                         const KPT_TRANSFORMATION_IMPL& later, const KPT_KEYPOINT* reference, bool* found);
+  static bool align(const GROUP_MEMBERSHIP& earlier, const GROUP_MEMBERSHIP& later, KPT_TRANSFORMATION_IMPL& later_map);
 
   NI_PAIR_VECTOR m_r_vector;
   NI_PAIR_VECTOR m_t_vector;

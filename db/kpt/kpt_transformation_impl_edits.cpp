@@ -135,6 +135,11 @@ bool KPT_TRANSFORMATION_IMPL::interchange_registers_in_n_i_groups_of_map(KPT_SET
   return true;
 }
 
+void KPT_TRANSFORMATION_IMPL::interchange_groups_of_both_sides() {
+  interchange_registers_in_r_n_i_groups_of_map();
+  interchange_registers_in_t_n_i_groups_of_map();
+}
+
 bool KPT_TRANSFORMATION_IMPL::update_state_table(unsigned short a, unsigned short b) {
   KPT_STATE_TABLE_IMPL& table = state_table_to_edit();
   return table.remove_invalid_rows(a, b) && table.remove_t_column(b);

@@ -27,8 +27,7 @@ PLACE place_in_t_vector(const KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* k) {
 // Swaps all groups of a map that is to be expressed in the other polarity.
 void express(KPT_TRANSFORMATION_IMPL& map, bool in_the_other) {
   if (in_the_other) {
-    map.interchange_registers_in_t_n_i_groups_of_map();
-    map.interchange_registers_in_r_n_i_groups_of_map();
+    map.interchange_groups_of_both_sides();
   }
 }
 

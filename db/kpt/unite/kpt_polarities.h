@@ -11,18 +11,14 @@
 #define KPT_POLARITIES_H
 
 #include <boost/unordered/unordered_flat_map.hpp>
-#include <vector>
 
+#include "db/kpt/containers/kpt_sorted_set.h"
 #include "db/kpt/kpt_transformation_impl.h"
 #include "db/kpt/kpt_types.h"
 
 class KPT_POLARITIES {
  public:
-  struct GROUP_MEMBERSHIP {
-    bool in_n_group;
-    bool in_i_group;
-    bool anywhere() const { return in_n_group || in_i_group; }
-  };
+  using GROUP_MEMBERSHIP = KPT_TRANSFORMATION_IMPL::GROUP_MEMBERSHIP;
 
   explicit KPT_POLARITIES(KPT_SET_ENUM side) : m_side(side) {}
 
@@ -32,7 +28,7 @@ class KPT_POLARITIES {
   void forget(const KPT_TRANSFORMATION_IMPL& map) { m_large.erase(&map); }
 
  private:
-  using KEYPOINTS = std::vector<const KPT_KEYPOINT*, MEM_STL_ALLOCATOR<const KPT_KEYPOINT*>>;
+  using KEYPOINTS = KPT_SORTED_SET<const KPT_KEYPOINT*>;
   struct GROUPS {
     bool sorted = false;
     KEYPOINTS n;

@@ -4,8 +4,8 @@
 #include <memory>
 #include <tuple>
 #include <utility>
-#include <vector>
 
+#include "db/kpt/containers/kpt_sorted_set.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
@@ -74,32 +74,34 @@ class SIDE_NAMES {
   explicit SIDE_NAMES(const NI_PAIR_VECTOR& side) : m_side(side) {
     std::size_t count = 0;
     KPT_TRANSFORMATION_IMPL::for_each_keypoint(side, [&](const KPT_KEYPOINT*) { ++count; });
-    if (count <= FEW) {
-      return;
+    m_is_sorted = count > KPT_MOST_WALKED;
+    if (m_is_sorted) {
+      sort(count);
     }
-    m_sorted.reserve(count);
-    KPT_TRANSFORMATION_IMPL::for_each_keypoint(side, [&](const KPT_KEYPOINT* keypoint) {
-      if (const KPT_REGISTER_KEYPOINT_IMPL* named = as_register(keypoint)) {
-        m_sorted.emplace_back(*named);
-      }
-    });
-    std::sort(m_sorted.begin(), m_sorted.end());
-    m_is_sorted = true;
   }
 
   // Most often it is the very register that stands there.
   bool contain(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
     if (m_is_sorted) {
-      return std::binary_search(m_sorted.begin(), m_sorted.end(), NAMES(keypoint));
+      return m_sorted.contains(NAMES(keypoint));
     }
     return stands_in(m_side, &keypoint) || find_namesake(m_side, NAMES(keypoint)) != nullptr;
   }
 
  private:
-  static constexpr std::size_t FEW = 16;
+  void sort(std::size_t count) {
+    m_sorted.reserve(count);
+    KPT_TRANSFORMATION_IMPL::for_each_keypoint(m_side, [&](const KPT_KEYPOINT* keypoint) {
+      if (const KPT_REGISTER_KEYPOINT_IMPL* named = as_register(keypoint)) {
+        m_sorted.add(NAMES(*named));
+      }
+    });
+    m_sorted.sort();
+  }
+
   const NI_PAIR_VECTOR& m_side;
-  std::vector<NAMES, MEM_STL_ALLOCATOR<NAMES>> m_sorted;
-  bool m_is_sorted = false;
+  KPT_SORTED_SET<NAMES> m_sorted;
+  bool m_is_sorted;
 };
 
 // Requires room.
@@ -227,39 +229,30 @@ bool KPT_TRANSFORMATION_IMPL::make_union(const KPT_TRANSFORMATION_IMPL& other) {
   return copied;
 }
 
-// Whether the two registers have the same polarity; `*found` tells whether both were found.
-bool KPT_TRANSFORMATION_IMPL::is_aligned(const KPT_TRANSFORMATION_IMPL& earlier, const KPT_KEYPOINT* transformed,
-                                         const KPT_TRANSFORMATION_IMPL& later, const KPT_KEYPOINT* reference,
-                                         bool* found) {
-  bool t_found = false;
-  bool r_found = false;
-  const unsigned short t_index = earlier.find_index_in_t_vector(transformed, &t_found);
-  const unsigned short r_index = later.find_index_in_r_vector(reference, &r_found);
-  *found = t_found && r_found;
-  return earlier.keypoint_is_in_t_n_group_of_map(transformed, t_index) ==
-         later.keypoint_is_in_r_n_group_of_map(reference, r_index);
+KPT_TRANSFORMATION_IMPL::GROUP_MEMBERSHIP KPT_TRANSFORMATION_IMPL::membership(KPT_SET_ENUM side,
+                                                                              const KPT_KEYPOINT* keypoint) const {
+  return {keypoint_is_in(side, N_GROUP, keypoint, 0), keypoint_is_in(side, I_GROUP, keypoint, 0)};
+}
+
+// The map of the later stage gives way. False when a register is in no group.
+bool KPT_TRANSFORMATION_IMPL::align(const GROUP_MEMBERSHIP& earlier, const GROUP_MEMBERSHIP& later,
+                                    KPT_TRANSFORMATION_IMPL& later_map) {
+  if (earlier.opposes(later)) {
+    later_map.interchange_groups_of_both_sides();
+  }
+  return earlier.anywhere() && later.anywhere();
 }
 
 bool KPT_TRANSFORMATION_IMPL::align_r_register(const KPT_KEYPOINT* keypoint, const KPT_TRANSFORMATION_IMPL* other,
                                                const KPT_KEYPOINT* other_keypoint) {
-  bool found = false;
-  const bool aligned = other != nullptr && is_aligned(*other, other_keypoint, *this, keypoint, &found);
-  if (!found || aligned) {
-    return found;
-  }
-  const bool r_swapped = interchange_registers_in_r_n_i_groups_of_map();
-  return interchange_registers_in_t_n_i_groups_of_map() && r_swapped;
+  return other != nullptr &&
+         align(other->membership(KPT_TRANSFORMED_SET, other_keypoint), membership(KPT_REFERENCE_SET, keypoint), *this);
 }
 
 bool KPT_TRANSFORMATION_IMPL::align_t_register(const KPT_KEYPOINT* keypoint, KPT_TRANSFORMATION_IMPL* other,
                                                const KPT_KEYPOINT* other_keypoint) const {
-  bool found = false;
-  const bool aligned = other != nullptr && is_aligned(*this, keypoint, *other, other_keypoint, &found);
-  if (!found || aligned) {
-    return found;
-  }
-  const bool t_swapped = other->interchange_registers_in_t_n_i_groups_of_map();
-  return other->interchange_registers_in_r_n_i_groups_of_map() && t_swapped;
+  return other != nullptr &&
+         align(membership(KPT_TRANSFORMED_SET, keypoint), other->membership(KPT_REFERENCE_SET, other_keypoint), *other);
 }
 
 // By names alone: a namesake at another index or in the opposite group counts.

@@ -169,14 +169,10 @@ void KPT_UNITE::fuse_db1_maps_feeding(MAP& m2, unsigned short r_index) {
 }
 
 // The map of the later stage gives way: its groups change places unless the
-// register has one polarity in both. That is what a map's own alignment does,
-// which walks the groups anew for each register.
+// register has one polarity in both.
 void KPT_UNITE::align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k) {
-  const KPT_POLARITIES::GROUP_MEMBERSHIP earlier = t_polarities.of(m1, k);
-  const KPT_POLARITIES::GROUP_MEMBERSHIP later = r_polarities.of(m2, k);
-  if (earlier.anywhere() && later.anywhere() && earlier.in_n_group != later.in_n_group) {
-    m2.interchange_registers_in_r_n_i_groups_of_map();
-    m2.interchange_registers_in_t_n_i_groups_of_map();
+  if (t_polarities.of(m1, k).opposes(r_polarities.of(m2, k))) {
+    m2.interchange_groups_of_both_sides();
     r_polarities.exchanged(m2);
   }
 }

@@ -1,0 +1,32 @@
+// Values to be asked for many times, sorted once.
+//
+// Ownership: holds copies of the values.
+#ifndef KPT_SORTED_SET_H
+#define KPT_SORTED_SET_H
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+#include "h/mem_alloc_sys.h"
+
+/// Above how many values of a map's side a sorted copy beats a walk.
+constexpr std::size_t KPT_MOST_WALKED = 16;
+
+template <class T>
+class KPT_SORTED_SET {
+ public:
+  void reserve(std::size_t count) { m_values.reserve(count); }
+  void add(const T& value) { m_values.push_back(value); }
+  /// To be called when all values are there.
+  void sort() { std::sort(m_values.begin(), m_values.end(), std::less<>()); }
+  bool contains(const T& value) const {
+    return std::binary_search(m_values.begin(), m_values.end(), value, std::less<>());
+  }
+  void swap(KPT_SORTED_SET& other) noexcept { m_values.swap(other.m_values); }
+
+ private:
+  std::vector<T, MEM_STL_ALLOCATOR<T>> m_values;
+};
+
+#endif
