@@ -61,6 +61,7 @@ bool maps_of_unlike_polarity_were_fused(const HISTORY& history, int /*last_stage
 struct EXEMPTION {
   const char* name;
   bool (*applies)(const HISTORY& history, int last_stage);
+  double most_wrong;  // of all claims, in per cent; a tenth above what was measured
   long claims = 0;
   long wrong = 0;
   bool applies_here = false;  // to the map at hand
@@ -276,88 +277,103 @@ std::vector<MEMBER> members_of(const KPT_REGISTER_TRANSFORMATION& map) {
   return members;
 }
 
-TEST(Semantics, OfEveryClaimHoldInTheSimulatedNetlists) {
-  std::mt19937 random(seed() + 2);
-  EXEMPTION exemptions[] = {{"eliminated_map_was_left_alone", eliminated_map_was_left_alone},
-                            {"name_was_taken_over", name_was_taken_over},
-                            {"maps_of_unlike_polarity_were_fused", maps_of_unlike_polarity_were_fused}};
-  long claims = 0;
-  long exempted = 0;
-  long exempted_and_wrong = 0;
-  long registers = 0;
-  long found = 0;
-  const int rounds = steps(3000);
-  for (int round = 0; round < rounds && !HasFailure(); ++round) {
-    SCOPED_TRACE("round " + std::to_string(round));
-    FLOW flow(random);
+class UnitedDatabases : public testing::Test {
+ protected:
+  // Two to four stages, recorded and united.
+  void run_a_flow() {
+    FLOW flow(m_random);
     KPT_KEYPOINTS_DB_IMPL united("first");
     KPT_KEYPOINTS_DB handle(&united);
     flow.stage(handle);
-    const int stages = 2 + static_cast<int>(random() % 3);
+    const int stages = 2 + static_cast<int>(m_random() % 3);
     for (int stage = 1; stage < stages; ++stage) {
       KPT_KEYPOINTS_DB_IMPL next("next");
       KPT_KEYPOINTS_DB next_handle(&next);
       flow.stage(next_handle);
       EXPECT_TRUE(handle.unite(next_handle));
     }
-    const NETLIST& first = flow.netlists.front();
-    const NETLIST& last = flow.netlists.back();
-    for (const auto& [name, value] : first) {
-      ++registers;
-      found += handle.get_reference_register_transformation(name).is_null() ? 0 : 1;
+    for (const auto& [name, value] : flow.netlists.front()) {
+      EXPECT_FALSE(handle.get_reference_register_transformation(name).is_null()) << name;
     }
     for (const KPT_REGISTER_TRANSFORMATION& map :
          handle.get_transformation_set().get_list_of_register_transformations()) {
-      const std::vector<MEMBER> members = members_of(map);
-      bool exempt = false;
-      for (EXEMPTION& exemption : exemptions) {
-        exemption.applies_here = std::any_of(members.begin(), members.end(), [&](const MEMBER& member) {
-          const int netlist = member.in_first_netlist ? 0 : flow.last_stage;
-          return exemption.applies(flow.lineage.history(flow.lineage.node(netlist, member.name)), flow.last_stage);
-        });
-        exempt |= exemption.applies_here;
-      }
-      for (std::size_t a = 0; a < members.size(); ++a) {
-        for (std::size_t b = a + 1; b < members.size(); ++b) {
-          const auto value = [&](const MEMBER& member) {
-            const NETLIST& netlist = member.in_first_netlist ? first : last;
-            const auto it = netlist.find(member.name);
-            return it == netlist.end() ? nullptr : &it->second;
-          };
-          const VALUE* const of_a = value(members[a]);
-          const VALUE* const of_b = value(members[b]);
-          const bool inverse = members[a].inverted != members[b].inverted;
-          const bool holds = of_a != nullptr && of_b != nullptr && *of_a == (inverse ? ~*of_b : *of_b);
-          ++claims;
-          for (EXEMPTION& exemption : exemptions) {
-            exemption.claims += exemption.applies_here ? 1 : 0;
-            exemption.wrong += exemption.applies_here && !holds ? 1 : 0;
-          }
-          exempted += exempt ? 1 : 0;
-          exempted_and_wrong += exempt && !holds ? 1 : 0;
-          if (!exempt) {
-            EXPECT_TRUE(holds) << (inverse ? "inverse" : "equal") << ": " << members[a].name << " of the "
-                               << (members[a].in_first_netlist ? "first" : "last") << " netlist, " << members[b].name
-                               << " of the " << (members[b].in_first_netlist ? "first" : "last") << ", after "
-                               << flow.last_stage << " stages";
-          }
-        }
+      check(flow, members_of(map));
+    }
+  }
+
+  void check(FLOW& flow, const std::vector<MEMBER>& members) {
+    const bool exempt = is_exempt(flow, members);
+    for (std::size_t a = 0; a < members.size(); ++a) {
+      for (std::size_t b = a + 1; b < members.size(); ++b) {
+        const bool holds = claim_holds(flow, members[a], members[b]);
+        count(exempt, holds);
+        EXPECT_TRUE(exempt || holds) << (members[a].inverted != members[b].inverted ? "inverse" : "equal") << ": "
+                                     << text(members[a]) << ", " << text(members[b]) << ", after " << flow.last_stage
+                                     << " stages";
       }
     }
   }
-  const auto percent = [&](long part) { return 100.0 * static_cast<double>(part) / static_cast<double>(claims); };
-  std::cout << claims << " claims in " << rounds << " flows; exempted " << percent(exempted) << "%, of which wrong "
-            << percent(exempted_and_wrong) << "% of all; " << found << " of " << registers
-            << " first registers are found\n";
-  for (const EXEMPTION& exemption : exemptions) {
+
+  bool is_exempt(FLOW& flow, const std::vector<MEMBER>& members) {
+    bool exempt = false;
+    for (EXEMPTION& exemption : m_exemptions) {
+      exemption.applies_here = std::any_of(members.begin(), members.end(), [&](const MEMBER& member) {
+        const int netlist = member.in_first_netlist ? 0 : flow.last_stage;
+        return exemption.applies(flow.lineage.history(flow.lineage.node(netlist, member.name)), flow.last_stage);
+      });
+      exempt |= exemption.applies_here;
+    }
+    return exempt;
+  }
+
+  static const VALUE* value(const FLOW& flow, const MEMBER& member) {
+    const NETLIST& netlist = member.in_first_netlist ? flow.netlists.front() : flow.netlists.back();
+    const auto it = netlist.find(member.name);
+    return it == netlist.end() ? nullptr : &it->second;
+  }
+
+  static bool claim_holds(const FLOW& flow, const MEMBER& a, const MEMBER& b) {
+    const VALUE* const of_a = value(flow, a);
+    const VALUE* const of_b = value(flow, b);
+    return of_a != nullptr && of_b != nullptr && *of_a == (a.inverted != b.inverted ? ~*of_b : *of_b);
+  }
+
+  void count(bool exempt, bool holds) {
+    ++m_claims;
+    m_exempted += exempt ? 1 : 0;
+    for (EXEMPTION& exemption : m_exemptions) {
+      exemption.claims += exemption.applies_here ? 1 : 0;
+      exemption.wrong += exemption.applies_here && !holds ? 1 : 0;
+    }
+  }
+
+  static std::string text(const MEMBER& member) {
+    return member.name + (member.in_first_netlist ? " of the first netlist" : " of the last netlist");
+  }
+  double percent(long part) const { return 100.0 * static_cast<double>(part) / static_cast<double>(m_claims); }
+
+  std::mt19937 m_random{seed() + 2};
+  EXEMPTION m_exemptions[3] = {{"eliminated_map_was_left_alone", eliminated_map_was_left_alone, 0.61},
+                               {"name_was_taken_over", name_was_taken_over, 1.62},
+                               {"maps_of_unlike_polarity_were_fused", maps_of_unlike_polarity_were_fused, 6.65}};
+  long m_claims = 0;
+  long m_exempted = 0;
+};
+
+TEST_F(UnitedDatabases, ClaimWhatHoldsInSimulationButForThreeKnownBehavioursWhoseShareIsBounded) {
+  const int rounds = steps(3000);
+  for (int round = 0; round < rounds && !HasFailure(); ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    run_a_flow();
+  }
+  std::cout << m_claims << " claims in " << rounds << " flows, of which exempted " << percent(m_exempted) << "%\n";
+  EXPECT_GT(m_claims, rounds);
+  EXPECT_LT(percent(m_exempted), 36.0);
+  for (const EXEMPTION& exemption : m_exemptions) {
     std::cout << "  " << exemption.name << ": " << percent(exemption.claims) << "% exempted, "
               << percent(exemption.wrong) << "% wrong\n";
-  }
-  EXPECT_GT(claims, rounds);
-  EXPECT_LT(percent(exempted), 40.0);
-  EXPECT_LT(percent(exempted_and_wrong), 10.0);
-  for (const EXEMPTION& exemption : exemptions) {
     EXPECT_GT(exemption.wrong, 0) << exemption.name << " exempts nothing that is wrong";
+    EXPECT_LT(percent(exemption.wrong), exemption.most_wrong) << exemption.name;
   }
 }
 
