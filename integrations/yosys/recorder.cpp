@@ -36,6 +36,7 @@ class RECORDER {
   std::vector<int> transformed_bits(const MACHINE& machine) const;
   bool is_lost(const MACHINE& machine, const std::vector<int>& t) const;
   bool record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, const std::vector<int>& t);
+  void record_word(int index);
   void record_group(const LOCATION& location, const std::vector<int>& group);
   void count_first(const POINT& point, const LOCATION& location);
   void record_eliminated(int index);
@@ -65,6 +66,7 @@ TOTALS RECORDER::run() {
   for (std::size_t i = 0; i < m_tracker.points().size(); ++i) {
     if (!m_tracker.points()[i].m_name.empty()) {
       ++m_totals.m_reference;
+      record_word(static_cast<int>(i));
       record_eliminated(static_cast<int>(i));
     }
   }
@@ -285,6 +287,18 @@ RECORDER::TRANSFORMED RECORDER::transformed(const LOCATION& location) const {
   return {m_tracker.view().path(location.m_instance) + text_of_spelling(flop.m_cell_name), flop.m_type, flop.m_port};
 }
 
+// A word of a memory is where it was.
+void RECORDER::record_word(int index) {
+  if (point(index).m_fate != FATE::IN_MEMORY) {
+    return;
+  }
+  KPT_GROUPS here;
+  here.same.emplace_back(point(index).m_name);
+  const bool recorded = describe(m_db.associate_groups({here}, {here}), {index});
+  m_totals.m_not_recorded += recorded ? 0 : 1;
+  ++m_totals.m_kept;
+}
+
 void RECORDER::record_eliminated(int index) {
   const POINT& eliminated = point(index);
   count_eliminated(eliminated);
@@ -317,6 +331,7 @@ void RECORDER::count_eliminated(const POINT& point) {
       ++m_totals.m_unknown_after[point.m_pass];
       break;
     case FATE::LIVE:
+    case FATE::IN_MEMORY:
     case FATE::IN_MACHINE:
       break;
   }
