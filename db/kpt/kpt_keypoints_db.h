@@ -87,8 +87,10 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   bool unite(const KPT_KEYPOINTS_DB& other) const;
   /// Writes the database file in place; false when it cannot be opened.
   bool save(std::string_view file_name) const;
-  /// Writes the database file beside its target and renames it; refuses names
-  /// that could not be read back. On failure an earlier file is untouched and
+  /// Writes the database file beside its target and renames it, with references
+  /// for what XML needs escaped, so that every name comes back; refuses texts
+  /// that no file can hold (`kpt_file_can_hold`) and a database without a name,
+  /// with the message EKPT_TEXTS_CANNOT_BE_SAVED. On failure an earlier file is untouched and
   /// nothing else stays; a process that is killed may leave a file ".kpt-*",
   /// which a later save that replaces the target removes if it may write it.
   bool save_atomically(std::string_view file_name) const;

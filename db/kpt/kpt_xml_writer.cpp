@@ -17,6 +17,27 @@ constexpr int LEVEL_STEP = 2;
 constexpr std::string_view BLANKS = "                ";
 constexpr mode_t PERMISSIONS = 0666;
 
+// What is written for the character at a place; nothing for one that comes
+// back as it is.
+std::string_view reference_for(std::string_view text, std::size_t at) {
+  switch (text[at]) {
+    case '<':
+      return "&lt;";
+    case '&':
+      return "&amp;";
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return at >= 2 && text.substr(at - 2, 3) == "]]>" ? "&gt;" : std::string_view();
+  }
+}
+
 }  // namespace
 
 // Takes the descriptor over, also when it fails.
@@ -157,11 +178,33 @@ void KPT_XML_WRITER::put_start_tag(std::string_view name) {
   put(name);
 }
 
+void KPT_XML_WRITER::put_value(std::string_view text) {
+  if (m_escapes) {
+    put_escaped(text);
+  } else {
+    put(text);
+  }
+}
+
+void KPT_XML_WRITER::put_escaped(std::string_view text) {
+  constexpr std::string_view ESCAPED = "<&\">\t\n\r";
+  std::size_t written = 0;
+  for (std::size_t at = text.find_first_of(ESCAPED); at != text.npos; at = text.find_first_of(ESCAPED, at + 1)) {
+    const std::string_view reference = reference_for(text, at);
+    if (!reference.empty()) {
+      put(text.substr(written, at - written));
+      put(reference);
+      written = at + 1;
+    }
+  }
+  put(text.substr(written));
+}
+
 void KPT_XML_WRITER::put_attribute(std::string_view name, std::string_view value) {
   put(" ");
   put(name);
   put("=\"");
-  put(value);
+  put_value(value);
   put("\"");
 }
 
@@ -180,7 +223,7 @@ void KPT_XML_WRITER::put_simple_text_element(std::string_view name, std::string_
   put("<");
   put(name);
   put(">");
-  put(text);
+  put_value(text);
   put("</");
   put(name);
   put_new_line();

@@ -253,8 +253,8 @@ struct KPT_SAVE : Yosys::Pass {
   void help() override {
     Yosys::log(
         "\n    kpt_save [-name <name>] <file>\n\n"
-        "Saves a recorded database (default: kpt). A database that could not be read back, because\n"
-        "a name holds <, & or \", is refused; the file is then left as it was.\n\n");
+        "Saves a recorded database (default: kpt). A database that no file can hold, because a name\n"
+        "has control characters or is not UTF-8, is refused; the file is then left as it was.\n\n");
   }
   void execute(Arguments args, RTLIL::Design*) override {
     std::string name = "kpt";
