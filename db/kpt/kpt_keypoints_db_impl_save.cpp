@@ -4,6 +4,7 @@
 #include <new>
 
 #include "db/kpt/files/kpt_file_replacement.h"
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/files/kpt_plain_characters.h"
 #include "db/kpt/kpt_held_text.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
@@ -19,7 +20,7 @@ bool write_database(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_WRITER& writer) {
   const bool saved = db.get_reference_set()->save_keypoint_set(KPT_REFERENCE_SET, writer) &&
                      db.get_transformed_set()->save_keypoint_set(KPT_TRANSFORMED_SET, writer) &&
                      db.get_transformation_set()->save_transformation_set(writer);
-  writer.end_tag("kpt_db");
+  writer.end_tag(kpt_words::KPT_DB);
   return saved;
 }
 
