@@ -34,6 +34,10 @@ bool only_simplifies(const std::string& pass) {
   return pass.empty() || pass.starts_with("synth") || std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
 }
 
+bool makes_registers_anew(const std::string& pass, const std::vector<std::string>& args) {
+  return pass == "abc" && std::find(args.begin(), args.end(), "-dff") != args.end();
+}
+
 // Passes that put cells of the technology in place of flip-flops.
 bool maps_to_technology(const std::string& pass) {
   return pass == "dfflibmap" || pass == "techmap" || pass == "extract";
@@ -162,7 +166,8 @@ std::string TRACKER::why_not_started(RTLIL::Design* design) const {
   return m_now.m_top.empty() ? "the design has no top module" : "there is no module " + m_now.m_top;
 }
 
-void TRACKER::prepare(const std::string& pass) {
+void TRACKER::prepare(const std::string& pass, const std::vector<std::string>& args) {
+  m_recognition.reset();
   if (!started()) {
     return;
   }
@@ -171,6 +176,9 @@ void TRACKER::prepare(const std::string& pass) {
   }
   if (!only_simplifies(pass)) {
     m_now.m_view->note_readers();
+  }
+  if (makes_registers_anew(pass, args)) {
+    m_recognition = std::make_unique<RECOGNITION>(*m_now.m_view);
   }
 }
 
@@ -261,8 +269,13 @@ void TRACKER::follow(RTLIL::Module* top, const std::string& pass) {
     after->note_readers();
   }
   const STEP step{*m_now.m_view, *after, pass};
+  const std::vector<POINT> before = m_recognition != nullptr ? m_now.m_points : std::vector<POINT>();
   for (POINT& point : m_now.m_points) {
     follow_point(step, point);
+  }
+  if (m_recognition != nullptr) {
+    recognise(step, before);
+    m_recognition.reset();
   }
   follow_memories(step);
   find_machines(step);
