@@ -220,6 +220,11 @@ void TRACKER::begin_points(const NAMES& names) {
     point.m_location = location;
     point.m_cell = m_now.m_view->flop(location).m_cell;
     point.m_name = name;
+    if (const FLOP& flop = m_now.m_view->flop(location); !flop.m_type.empty()) {
+      point.m_instance = m_now.m_view->path(location.m_instance) + text_of_spelling(flop.m_cell_name);
+      point.m_entity = flop.m_type;
+      point.m_pin = flop.m_port;
+    }
     m_now.m_points.push_back(std::move(point));
   }
   begin_words();
