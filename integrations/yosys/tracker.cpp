@@ -6,6 +6,8 @@
 #include <set>
 #include <stdexcept>
 
+#include "yosys_version.h"
+
 namespace kpt_yosys {
 
 namespace {
@@ -95,7 +97,7 @@ struct TRACKER::CHANGES : RTLIL::Monitor {
   CHANGES(const CHANGES&) = delete;
   CHANGES& operator=(const CHANGES&) = delete;
 
-  void notify_connect(RTLIL::Cell*, const RTLIL::IdString&, const RTLIL::SigSpec&, const RTLIL::SigSpec&) override {
+  void notify_connect(RTLIL::Cell*, CONNECTED_PORT, const RTLIL::SigSpec&, const RTLIL::SigSpec&) override {
     m_any = true;
   }
   void notify_connect(RTLIL::Module*, const RTLIL::SigSig&) override { m_any = true; }
