@@ -6,44 +6,12 @@
 #include <set>
 #include <stdexcept>
 
+#include "pass_kinds.h"
 #include "yosys_version.h"
 
 namespace kpt_yosys {
 
 namespace {
-
-// The only passes that remove a register because it drives nothing. Others that make registers
-// vanish put them into something else.
-bool removes_unused(const std::string& pass) { return pass == "opt_clean" || pass == "clean"; }
-
-// Passes that make nets anew and give each the name that it bore. After all others, a name that was
-// borne before proves nothing: it may have been given anew.
-bool keeps_names(const std::string& pass) {
-  constexpr std::array NAMES{"design", "flatten", "hierarchy", "splitnets", "uniquify"};
-  return std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
-}
-
-// Passes that take a reader from a register only where that makes no difference, and passes that
-// only call others. All others may put a register into something else, and leave it behind unread.
-bool only_simplifies(const std::string& pass) {
-  constexpr std::array NAMES{
-      "abc",      "abc9",        "alumacc",      "attrmvcp",   "check",     "clean",     "design",    "dffinit",
-      "dffunmap", "dfflegalize", "dfflibmap",    "flatten",    "fsm",       "hierarchy", "memory",    "muxcover",
-      "opt",      "opt_clean",   "opt_demorgan", "opt_dff",    "opt_expr",  "opt_ffinv", "opt_lut",   "opt_lut_ins",
-      "opt_mem",  "opt_merge",   "opt_muxtree",  "opt_reduce", "opt_share", "peepopt",   "pmuxtree",  "proc",
-      "rename",   "script",      "setattr",      "setundef",   "share",     "simplemap", "splitnets", "stat",
-      "techmap",  "uniquify",    "zinit"};
-  return pass.empty() || pass.starts_with("synth") || std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
-}
-
-bool makes_registers_anew(const std::string& pass, const std::vector<std::string>& args) {
-  return pass == "abc" && std::find(args.begin(), args.end(), "-dff") != args.end();
-}
-
-// Passes that put cells of the technology in place of flip-flops.
-bool maps_to_technology(const std::string& pass) {
-  return pass == "dfflibmap" || pass == "techmap" || pass == "extract";
-}
 
 // What reading Verilog makes of writes to memories and to selected bits: no register that was written.
 bool is_made_by_front_end(const std::string& name) {
