@@ -93,6 +93,10 @@ class Check : public TOOL_TEST {
     EXPECT_EQ(result.err, "");
     EXPECT_THAT(result.out, HasSubstr(finding));
   }
+  void expect_no_finding(const std::string& event) const {
+    record("d.xml", event + "\n");
+    EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
+  }
 };
 
 TEST_F(Check, HasNothingAgainstAGoodFile) {
@@ -131,6 +135,13 @@ TEST_F(Check, FindsRegistersWithoutAMapAndMapsWithoutRegisters) {
   expect_finding("elim_type=\"stuck_at_zero\"", "elim_type=\"not_eliminated\"",
                  "warning [map-one-sided] the map lists no transformed register and gives no reason\n");
   expect_finding("<kp id=\"1\">", "<kp id=\"0\">", "[register-repeated] reference register count[0] is listed 2 times");
+}
+
+TEST_F(Check, HasNothingAgainstMapsOfOneSideThatSaySomething) {
+  expect_no_finding(R"({"event":"map","reference":[{"same":["p","q"]}],"transformed":[]})");
+  expect_no_finding(R"({"event":"map","reference":[],"transformed":[{"same":["p"],"inverse":["q"]}]})");
+  expect_no_finding(R"({"event":"map","reference":[],"transformed":[{"same":["p"]}],"status":"stuck_at_one"})");
+  expect_no_finding(R"({"event":"map","reference":[],"transformed":[{"same":["p"]}],"attributes":{"partial":"yes"}})");
 }
 
 TEST_F(Check, FindsWhatIsWrongWithTables) {

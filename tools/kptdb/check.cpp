@@ -197,6 +197,12 @@ class CHECK {
     }
   }
 
+  // Registers of one side alone are related too: compositions keep what they
+  // know of them. A single register needs a reason, or the mark of lost copies.
+  static bool says_nothing(const KPT_REGISTER_TRANSFORMATION& map) {
+    return !map.has_fsm() && reason_word(map).empty() && map.get_attribute("partial").empty();
+  }
+
   void check_map(std::size_t line, const KPT_REGISTER_TRANSFORMATION& map) {
     const auto r = members(map, KPT_REFERENCE_SET);
     const auto t = members(map, KPT_TRANSFORMED_SET);
@@ -207,10 +213,10 @@ class CHECK {
     }
     if (r.empty() && t.empty()) {
       warning(line, "map-empty", "the map lists no register");
-    } else if (r.empty()) {
-      warning(line, "map-one-sided", "the map lists no reference register");
-    } else if (t.empty() && reason_word(map).empty()) {
-      warning(line, "map-one-sided", "the map lists no transformed register and gives no reason");
+    } else if (r.size() + t.size() == 1 && says_nothing(map)) {
+      warning(line, "map-one-sided",
+              r.empty() ? "the map lists no reference register"
+                        : "the map lists no transformed register and gives no reason");
     }
     if (map.has_fsm()) {
       check_table(line, map);

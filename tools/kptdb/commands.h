@@ -14,10 +14,11 @@
 namespace kptdb {
 
 struct RECORD_OPTIONS {
-  std::string events;  // "-" for standard input
+  std::vector<std::string> events;  // files in the order of the events; "-" for standard input
   std::string output;
-  std::string name;  // of the database; empty: the file's name
+  std::string name;  // of the database; empty: the first file's name
   bool keep_going = false;
+  bool complete = false;  // a file without an end is refused
   bool json = false;
 };
 EXIT_CODE run_record(const RECORD_OPTIONS& options);

@@ -133,6 +133,8 @@ EXIT_CODE run_export(const EXPORT_OPTIONS& options) {
     export_csv(db, out);
   } else if (options.format == "dot") {
     export_dot(db, options, out);
+  } else if (options.format == "events") {
+    export_events(db, out);
   } else {
     export_encfile(db, options, out);
   }

@@ -48,12 +48,12 @@ struct COMMAND_LINE {
   }
 
   void add_record(CLI::App& app) {
-    CLI::App* c =
-        add_command(app, run, "record", "Replay an event file into a new database", record, kptdb::run_record);
-    c->add_option("EVENTS", record.events, "An event file, JSON Lines; - for standard input")->required();
+    CLI::App* c = add_command(app, run, "record", "Replay event files into a new database", record, kptdb::run_record);
+    c->add_option("EVENTS", record.events, "Event files, JSON Lines; - for standard input")->required();
     c->add_option("-o,--output", record.output, "The database file to write")->required();
-    c->add_option("--name", record.name, "The database's name (default: the event file's)");
+    c->add_option("--name", record.name, "The database's name (default: the first event file's)");
     c->add_flag("--keep-going", record.keep_going, "Report refused events and go on; write what was recorded");
+    c->add_flag("--complete", record.complete, "Refuse an event file that does not say where it ends");
     add_json(c, record.json);
   }
 
@@ -120,9 +120,10 @@ struct COMMAND_LINE {
 
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
-    CLI::Option* format =
-        c->add_option("--format", export_.format, "json, csv, dot, encfile, tcl, sqlite, eqy, gtkwave or surfer")
-            ->check(CLI::IsMember({"json", "csv", "dot", "encfile", "tcl", "sqlite", "eqy", "gtkwave", "surfer"}));
+    CLI::Option* format = c->add_option("--format", export_.format,
+                                        "json, csv, dot, encfile, events, tcl, sqlite, eqy, gtkwave or surfer")
+                              ->check(CLI::IsMember({"json", "csv", "dot", "encfile", "events", "tcl", "sqlite", "eqy",
+                                                     "gtkwave", "surfer"}));
     c->add_flag_callback(
          "--json", [this] { export_.format = "json"; }, "The same as --format json")
         ->excludes(format);

@@ -201,7 +201,7 @@ class OUTLINER {
     const std::string type = attribute(tag, "type");
     m_in_table = name == "state_table" && type.empty();
     m_side = side_named(type);
-    expect(m_in_table || name == "kp_set", name, line);
+    expect(m_in_table || name == "kp_set" || name == "attribute", name, line);
     OUTLINE::MAP& map = m_outline.maps.back();
     m_in_table = m_in_table && !map.table.has_value();
     if (m_in_table) {
