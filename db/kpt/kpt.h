@@ -18,6 +18,7 @@
 
 #include "db/kpt/kpt_bytes.h"
 #include "db/kpt/kpt_elim_words.h"
+#include "db/kpt/kpt_file_visitor.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_keypoints_manager.h"
