@@ -1,6 +1,7 @@
 // record: an event file becomes a database file.
 #include <fmt/format.h>
 
+#include "codes.h"
 #include "commands.h"
 #include "database.h"
 #include "events.h"
@@ -57,7 +58,11 @@ std::optional<REFUSAL> replay_line(const KPT_KEYPOINTS_DB& db, const LINE_READER
                                    HOST_LINES& lines) {
   try {
     const EVENT event = parse_event(line);
-    const std::string reason = replay(db, event, lines);
+    const auto* machine = std::get_if<ASSOCIATE_FSM>(&event);
+    std::string reason = machine == nullptr ? std::string() : contradiction_in(machine->states);
+    if (reason.empty()) {
+      reason = replay(db, event, lines);
+    }
     return reason.empty() ? std::nullopt : std::optional(REFUSAL{reader.line_number(), describe(event), reason});
   } catch (const EVENT_ERROR& problem) {
     return REFUSAL{reader.line_number(), "", problem.what()};
@@ -100,7 +105,7 @@ JSON json_of(const RECORD_OPTIONS& options, const RECORDING& recording, bool wri
     entry["reason"] = refusal.reason;
     refused.push_back(std::move(entry));
   }
-  JSON result;
+  JSON result = new_result();
   result["recorded"] = recording.recorded;
   result["refused"] = std::move(refused);
   result["written"] = written ? JSON(options.output) : JSON(nullptr);
@@ -116,7 +121,7 @@ EXIT_CODE run_record(const RECORD_OPTIONS& options) {
   if (write) {
     db.save(options.output);
   }
-  RESULT_FILE out("");
+  RESULT_FILE out = RESULT_FILE::beside(options.output);
   if (options.json) {
     out.write(json_text(json_of(options, recording, write)) + "\n");
   } else if (write) {
