@@ -18,7 +18,7 @@ TEST_F(Diff, FindsNothingBetweenADatabaseAndItself) {
   record("a.xml", DESIGN);
   record("b.xml", DESIGN);
   EXPECT_EQ(good({"diff", "a.xml", "b.xml"}), "");
-  EXPECT_EQ(good({"diff", "a.xml", "b.xml", "--json"}), "{\n  \"differences\": []\n}\n");
+  EXPECT_EQ(good({"diff", "a.xml", "b.xml", "--json"}), "{\n  \"format\": 1,\n  \"differences\": []\n}\n");
 }
 
 // Ids, order and orientation are text, not facts.
@@ -102,7 +102,7 @@ class Check : public TOOL_TEST {
 TEST_F(Check, HasNothingAgainstAGoodFile) {
   record("d.xml", DESIGN);
   EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
-  EXPECT_EQ(JSON::parse(good({"check", "d.xml", "--json"})), JSON::parse(R"({"findings":[]})"));
+  EXPECT_EQ(JSON::parse(good({"check", "d.xml", "--json"})), JSON::parse(R"({"format":1,"findings":[]})"));
 }
 
 TEST_F(Check, FindsWhatIsWrongWithIds) {

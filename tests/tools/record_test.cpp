@@ -35,7 +35,7 @@ TEST_F(Record, WritesWhatWasRecorded) {
 TEST_F(Record, SaysSoAsJson) {
   write("stage.jsonl", DESIGN);
   const JSON json = JSON::parse(good({"record", "stage.jsonl", "-o", "stage.xml", "--json"}));
-  EXPECT_EQ(json, JSON::parse(R"({"recorded":12,"refused":[],"written":"stage.xml"})"));
+  EXPECT_EQ(json, JSON::parse(R"({"format":1,"recorded":12,"refused":[],"written":"stage.xml"})"));
 }
 
 TEST_F(Record, TakesTheNameItIsGiven) {

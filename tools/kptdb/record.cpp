@@ -1,9 +1,9 @@
 // record: event files become a database file.
 #include <fmt/format.h>
 
+#include "codes.h"
 #include "commands.h"
 #include "database.h"
-#include "db/kpt/kpt_held_text.h"
 #include "events.h"
 #include "files.h"
 #include "host_lines.h"
@@ -102,7 +102,7 @@ class REPLAY {
       }
       refuse_behind_end();
       ++m_events;
-      const std::string reason = replay(m_db, event, m_lines);
+      const std::string reason = reason_against(event);
       if (!reason.empty()) {
         return refuse(recording, describe(event), reason);
       }
@@ -111,6 +111,13 @@ class REPLAY {
     } catch (const EVENT_ERROR& problem) {
       return refuse(recording, "", problem.what());
     }
+  }
+
+  // Empty when the event was recorded.
+  std::string reason_against(const EVENT& event) {
+    const auto* machine = std::get_if<ASSOCIATE_FSM>(&event.what);
+    const std::string reason = machine == nullptr ? std::string() : contradiction_in(machine->states);
+    return reason.empty() ? replay(m_db, event, m_lines) : reason;
   }
 
   void take_end(const END& end) {
@@ -160,7 +167,7 @@ JSON json_of(const RECORD_OPTIONS& options, const RECORDING& recording, bool wri
     entry["reason"] = refusal.reason;
     refused.push_back(std::move(entry));
   }
-  JSON result;
+  JSON result = new_result();
   result["recorded"] = recording.recorded;
   result["refused"] = std::move(refused);
   result["written"] = written ? JSON(options.output) : JSON(nullptr);
@@ -176,7 +183,7 @@ EXIT_CODE run_record(const RECORD_OPTIONS& options) {
   if (write) {
     db.save(options.output);
   }
-  RESULT_FILE out("");
+  RESULT_FILE out = RESULT_FILE::beside(options.output);
   if (options.json) {
     out.write(json_text(json_of(options, recording, write)) + "\n");
   } else if (write) {
