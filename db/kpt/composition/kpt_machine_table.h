@@ -1,7 +1,7 @@
-// What a map says beside its groups: when its status is a value, when its
-// table is to be believed, and whether it shows all copies.
+// Questions about a map besides its groups: whether its status is a value,
+// whether its table can be read, and whether it shows all copies.
 //
-// Ownership: plain questions.
+// Ownership: none.
 #ifndef KPT_MACHINE_TABLE_H
 #define KPT_MACHINE_TABLE_H
 
@@ -10,7 +10,7 @@
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
 
-/// The attribute of a map that does not show all that its registers became.
+/// The attribute of a map that does not show everything that its registers became.
 inline constexpr std::string_view KPT_PARTIAL = "partial";
 
 inline bool kpt_is_partial(const KPT_TRANSFORMATION_IMPL& map) {
@@ -19,8 +19,8 @@ inline bool kpt_is_partial(const KPT_TRANSFORMATION_IMPL& map) {
 
 inline bool kpt_is_stuck(KPT_ELIM_ENUM status) { return status == KPT_STUCK_AT_ZERO || status == KPT_STUCK_AT_ONE; }
 
-/// Events on the bits of a machine leave tables that have not its sides' size,
-/// or a status that the table does not say: such a table is not to be read.
+/// Events on the bits of a machine may leave a table whose size does not fit its
+/// sides, or a status that differs from the table. Such a table is not read.
 inline bool kpt_table_fits(const KPT_TRANSFORMATION_IMPL& map) {
   const KPT_STATE_TABLE_IMPL& table = map.state_table();
   if (map.r_vec().size() != table.get_num_reference_registers() ||
