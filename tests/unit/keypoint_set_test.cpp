@@ -91,7 +91,7 @@ TEST(KeypointSet, SignalAndBlockInstanceOfOneNameAreTwo) {
   EXPECT_EQ(set.get_register("a", "u1", ""), nullptr);
 }
 
-// Its key hashes as the signal's does.
+// Its key has the same hash as that of the signal.
 TEST(KeypointSet, BlockInstanceWithoutATypeIsNoSignal) {
   KPT_KEYPOINT_SET_IMPL set;
   KPT_REGISTER_KEYPOINT_IMPL* const instance = set.add_register(2, "a", "u1", "");
@@ -157,8 +157,8 @@ TEST(KeypointSet, LaterSignalTakesOverTheName) {
   EXPECT_THAT(ids_in(set), ElementsAre(2));
 }
 
-// The index knows an instance by name and type alone; with the entity in the
-// key, registers that earlier stages took for one would be two.
+// The index finds an instance by name and type only. With the entity in the key,
+// registers that earlier stages took for one would be two.
 TEST(KeypointSet, InstanceThatDiffersInItsEntityAloneTakesOver) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "a", "u1", "dff");
@@ -219,7 +219,7 @@ TEST(KeypointSet, SignalDeletedByItsOwnNameIsGone) {
   EXPECT_TRUE(set.is_empty());
 }
 
-// Maps may still list it.
+// Maps may list it.
 TEST(KeypointSet, DeletedRegisterStaysReadable) {
   KPT_KEYPOINT_SET_IMPL set;
   const KPT_REGISTER_KEYPOINT_IMPL* const signal = set.add_register(1, LONG_NAME);
@@ -244,8 +244,8 @@ TEST(KeypointSet, DeletedRegisterLosesItsAttributes) {
   EXPECT_FALSE(keypoint->remove_attribute("note"));
 }
 
-// A map or an index that still holds the old address would otherwise name a
-// register that it never meant.
+// A map or an index that has the old address would otherwise name another
+// register.
 TEST(KeypointSet, AddressIsNeverGivenToAnotherRegister) {
   KPT_KEYPOINT_SET_IMPL set;
   std::set<const KPT_KEYPOINT*> addresses;
@@ -464,8 +464,8 @@ TEST(KeypointSetUnion, LooksARenamedRegisterUpUnderItsNewName) {
   EXPECT_EQ(set.get_register("newer")->get_kpid(), 6);
 }
 
-// The register entered as "a" is called "b" now, which this set does not know.
-// The walk is over what was there before.
+// The register that was entered as "a" has the name "b" now, which this set does
+// not have. The walk visits only what was there before.
 TEST(KeypointSetUnion, WithItselfAddsARenamedRegisterUnderItsNewName) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "a")->set_element_name("b");
@@ -498,7 +498,7 @@ TEST(KeypointSetUnion, LeavesDeletedRegistersOut) {
 
 // --- saving ---
 
-// Whatever is not the reference side is the transformed one.
+// Every value but the reference side means the transformed side.
 TEST(KeypointSet, IsSavedInItsOrderUnderTheWordOfItsSide) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "q_a", "u1", "dff");
