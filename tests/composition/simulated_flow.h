@@ -1,5 +1,5 @@
-// Netlists with random next-state functions, simulated, that go through random
-// stages; each stage is recorded as passes and hosts record it.
+// Simulated netlists with random next-state functions, which go through random
+// stages. Each stage is recorded as passes and hosts record it.
 //
 // Ownership: refers to the caller's generator; owns the stages.
 #ifndef TESTS_COMPOSITION_SIMULATED_FLOW_H
@@ -22,8 +22,8 @@ using TRACE = std::uint64_t;
 
 struct SIMULATED {
   TRACE trace;
-  /// The registers of the first netlist that this one was kept, copied or
-  /// merged from, without a machine between.
+  /// The registers of the first netlist from which this one was kept, copied or
+  /// merged, without a machine between.
   std::set<std::string> origins;
 };
 using SIMULATED_NETLIST = std::map<std::string, SIMULATED>;
@@ -59,9 +59,9 @@ class SIMULATED_FLOW {
 
   std::mt19937& m_random;
   unsigned m_names = 0;
-  std::vector<MEMBER> m_left;      // of the netlist that the stage starts from
+  std::vector<MEMBER> m_left;      // of the netlist from which the stage starts
   std::set<std::string> m_plain;   // registers of the new netlist that events may change
-  std::list<std::string> m_texts;  // that groups refer to
+  std::list<std::string> m_texts;  // to which groups refer
 };
 
 }  // namespace kpt_test
