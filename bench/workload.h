@@ -27,10 +27,12 @@ std::vector<WORKLOAD> query_workloads();
 std::vector<WORKLOAD> event_workloads();
 std::vector<WORKLOAD> file_workloads();
 std::vector<WORKLOAD> unite_workloads();
+std::vector<WORKLOAD> container_workloads();
 
 inline std::vector<WORKLOAD> all_workloads() {
   std::vector<WORKLOAD> all;
-  for (const auto part : {record_workloads, query_workloads, event_workloads, file_workloads, unite_workloads}) {
+  for (const auto part :
+       {record_workloads, query_workloads, event_workloads, file_workloads, unite_workloads, container_workloads}) {
     for (WORKLOAD& workload : part()) {
       all.push_back(std::move(workload));
     }

@@ -11,13 +11,15 @@
 // its comment says otherwise.
 //
 // Saving: `save_atomically` keeps the earlier file until the new one is whole,
-// refuses names that could not be read back, and returns true only when the
-// file is on the disk. `save` writes in place, and returns true on a full disk.
+// brings every name back that a file can hold (`kpt_file_can_hold`), refuses the
+// others, and answers true only for what is on the disk. `save` writes in place,
+// writes names as they are, and answers true on a full disk.
 #ifndef KPT_H
 #define KPT_H
 
 #include "db/kpt/kpt_bytes.h"
 #include "db/kpt/kpt_elim_words.h"
+#include "db/kpt/kpt_held_text.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_keypoints_manager.h"

@@ -1,5 +1,6 @@
 #include "db/kpt/kpt_keypoint.h"
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "h/gen_sys.h"
 
@@ -32,5 +33,5 @@ std::optional<KPT_SET_ENUM> KPT_KEYPOINT::get_side() const {
 }
 
 bool KPT_KEYPOINT::save_keypoint(KPT_XML_WRITER& writer) const {
-  return writer.write_keypoint_xml(gen_itoa(static_cast<int>(m_kpid), 10), "keypoint", m_element_name);
+  return writer.write_keypoint_xml(gen_itoa(static_cast<int>(m_kpid), 10), kpt_words::KEYPOINT, m_element_name);
 }

@@ -1,5 +1,6 @@
 #include "db/kpt/kpt_keypoint_set_impl.h"
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_xml_writer.h"
 
 namespace {
@@ -219,14 +220,14 @@ bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_
 
 bool KPT_KEYPOINT_SET_IMPL::save_keypoint_set(KPT_SET_ENUM set, KPT_XML_WRITER& writer) const {
   bool ok = true;
-  writer.start_tag("key_points_set");
-  writer.write_attribute("type", set == KPT_REFERENCE_SET ? "reference" : "transformed");
+  writer.start_tag(kpt_words::KEY_POINTS_SET);
+  writer.write_attribute(kpt_words::TYPE, kpt_words::name_of(set));
   writer.new_line();
   for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
     ok = keypoint->save_register(writer);
     return ok;
   });
   writer.space();
-  writer.end_tag("key_points_set");
+  writer.end_tag(kpt_words::KEY_POINTS_SET);
   return ok;
 }

@@ -3,6 +3,7 @@
 // was added before stays.
 #include <algorithm>
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
@@ -14,16 +15,12 @@
 
 namespace {
 
-constexpr char TRANSFORMATIONS_SET[] = "transformations_set";
-// The text of the failed check. Hosts file internal errors by this text and its
+// Names the check that fails. Hosts file internal errors by this text and its
 // line, so both are constants and do not follow the source.
 constexpr char TRANSFORMATIONS_SET_CHECK[] =
     "strcmp(db_xml_subtree.get_node_name(), KPT_XML_STR_TRANSFORMATIONS_SET) == 0";
 constexpr char CHECK_SOURCE[] = "db/kpt/kpt_keypoints_db_impl";
 constexpr int CHECK_LINE = 1199;
-
-// Every type but "reference" means the transformed side.
-KPT_SET_ENUM side_named(std::string_view type) { return type == "reference" ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET; }
 
 int number_attribute(const KPT_XML_ELEMENT& element, std::string_view name) {
   return gen_atoi(element.get_attribute_by_name(name));
@@ -58,18 +55,18 @@ bool KPT_KEYPOINTS_DB_IMPL::load_db(KPT_XML_ELEMENT& root) {
   KPT_XML_ELEMENT child = root.get_first_child(&ok);
   while (!child.is_null() && ok) {
     const unsigned long start = gen_get_tick_count();
-    if (child.has_name("key_points_set")) {
+    if (child.has_name(kpt_words::KEY_POINTS_SET)) {
       parse_one_keypoint_set(child);
       kpt_msg_debug("TIME: Register Set Load: %s", kpt_ticks_since(start).c_str());
     } else {
-      if (!child.has_name(TRANSFORMATIONS_SET)) {
+      if (!child.has_name(kpt_words::TRANSFORMATIONS_SET)) {
         MSG_INTERNAL_ERROR::report(TRANSFORMATIONS_SET_CHECK, KPT_TAG, CHECK_SOURCE, CHECK_LINE);
       }
       KPT_ID_KEYPOINT_HASH r_index = m_reference_set.get_id_keypoint_hash();
       KPT_ID_KEYPOINT_HASH t_index = m_transformed_set.get_id_keypoint_hash();
       for_each_child(child, ok, [&](KPT_XML_ELEMENT& transformation) {
         bool has_table = true;
-        KPT_XML_ELEMENT table = transformation.get_single_child_element("state_table", &has_table);
+        KPT_XML_ELEMENT table = transformation.get_single_child_element(kpt_words::STATE_TABLE, &has_table);
         parse_one_transformation(transformation, table, r_index, t_index);
       });
       kpt_msg_debug("TIME: Transformation Set Load: %s", kpt_ticks_since(start).c_str());
@@ -81,7 +78,7 @@ bool KPT_KEYPOINTS_DB_IMPL::load_db(KPT_XML_ELEMENT& root) {
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint_set(KPT_XML_ELEMENT& set_element) {
-  const KPT_SET_ENUM set = side_named(set_element.get_attribute_by_name("type"));
+  const KPT_SET_ENUM set = kpt_words::side_named(set_element.get_attribute_by_name(kpt_words::TYPE));
   bool ok = true;
   KPT_XML_ELEMENT child = set_element.get_first_child(&ok);
   while (!child.is_null() && ok) {
@@ -94,14 +91,14 @@ bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint_set(KPT_XML_ELEMENT& set_element)
 // A keypoint of another type, and one that has only one of entity and register
 // type, is skipped without a message.
 bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT& key_point) {
-  const long id = number_attribute(key_point, "id");
+  const long id = number_attribute(key_point, kpt_words::ID);
   bool has_name = true;
   bool has_entity = true;
   bool has_reg_type = true;
-  const KPT_XML_ELEMENT name = key_point.get_single_child_element("name", &has_name);
-  const KPT_XML_ELEMENT entity = key_point.get_single_child_element("entity", &has_entity);
-  const KPT_XML_ELEMENT reg_type = key_point.get_single_child_element("reg_type", &has_reg_type);
-  if (has_entity != has_reg_type || key_point.get_attribute_by_name("type") != "register") {
+  const KPT_XML_ELEMENT name = key_point.get_single_child_element(kpt_words::NAME, &has_name);
+  const KPT_XML_ELEMENT entity = key_point.get_single_child_element(kpt_words::ENTITY, &has_entity);
+  const KPT_XML_ELEMENT reg_type = key_point.get_single_child_element(kpt_words::REG_TYPE, &has_reg_type);
+  if (has_entity != has_reg_type || key_point.get_attribute_by_name(kpt_words::TYPE) != kpt_words::REGISTER) {
     return has_name;
   }
   if (has_entity) {
@@ -120,15 +117,15 @@ bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT
 // side is its k-th index, whatever its index attribute is.
 void KPT_KEYPOINTS_DB_IMPL::parse_one_transformation(KPT_XML_ELEMENT& transformation, KPT_XML_ELEMENT& state_table,
                                                      KPT_ID_KEYPOINT_HASH& r_index, KPT_ID_KEYPOINT_HASH& t_index) {
-  const KPT_ELIM_ENUM status = kpt_elim_status(transformation.get_attribute_by_name("elim_type"));
+  const KPT_ELIM_ENUM status = kpt_elim_status(transformation.get_attribute_by_name(kpt_words::ELIM_TYPE));
   NI_PAIR_VECTOR r_vector;
   NI_PAIR_VECTOR t_vector;
   for_each_child(transformation, [&](KPT_XML_ELEMENT& side_element) {
-    const KPT_STRING type = side_element.get_attribute_by_name("type");
+    const KPT_STRING type = side_element.get_attribute_by_name(kpt_words::TYPE);
     if (type.empty()) {
       return;
     }
-    const KPT_SET_ENUM side = side_named(type);
+    const KPT_SET_ENUM side = kpt_words::side_named(type);
     NI_PAIR_VECTOR& pairs = side == KPT_REFERENCE_SET ? r_vector : t_vector;
     for_each_child(side_element,
                    [&](KPT_XML_ELEMENT& state) { pairs.push_back(parse_one_state(side, state, r_index, t_index)); });
@@ -147,8 +144,8 @@ NI_PAIR KPT_KEYPOINTS_DB_IMPL::parse_one_state(KPT_SET_ENUM side, KPT_XML_ELEMEN
     KPT_XML_ELEMENT element = kp_state.get_single_child_element(tag, &ok);
     return ok ? parse_one_keypoint_list(side, element, r_index, t_index) : KPT_KEYPOINT_LIST();
   };
-  KPT_KEYPOINT_LIST noninverts = group("noninverts");
-  return {std::move(noninverts), group("inverts")};
+  KPT_KEYPOINT_LIST noninverts = group(kpt_words::NONINVERTS);
+  return {std::move(noninverts), group(kpt_words::INVERTS)};
 }
 
 // An id that no keypoint has gives a null entry in the list.
@@ -158,7 +155,7 @@ KPT_KEYPOINT_LIST KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint_list(KPT_SET_ENUM si
   KPT_ID_KEYPOINT_HASH& index = side == KPT_REFERENCE_SET ? r_index : t_index;
   KPT_KEYPOINT_LIST keypoints;
   for_each_child(list_element,
-                 [&](const KPT_XML_ELEMENT& kp) { keypoints.push_back(index[number_attribute(kp, "id")]); });
+                 [&](const KPT_XML_ELEMENT& kp) { keypoints.push_back(index[number_attribute(kp, kpt_words::ID)]); });
   return keypoints;
 }
 
@@ -167,19 +164,20 @@ KPT_STATE_TABLE_IMPL KPT_KEYPOINTS_DB_IMPL::parse_state_table(KPT_XML_ELEMENT& s
   const auto count = [&](std::string_view name) {
     return static_cast<unsigned short>(number_attribute(state_table, name));
   };
-  const unsigned short num_states = count("num_states");
-  KPT_STATE_TABLE_IMPL table(num_states, count("num_reference_registers"), count("num_transformed_registers"));
+  const unsigned short num_states = count(kpt_words::NUM_STATES);
+  KPT_STATE_TABLE_IMPL table(num_states, count(kpt_words::NUM_REFERENCE_REGISTERS),
+                             count(kpt_words::NUM_TRANSFORMED_REGISTERS));
   if (num_states == 0) {
     return table;
   }
   bool ok = true;
   KPT_XML_ELEMENT state = state_table.get_first_child(&ok);
   for (unsigned read = 0; read < num_states && !state.is_null() && ok; ++read) {
-    const auto row = static_cast<unsigned short>(number_attribute(state, "index"));
+    const auto row = static_cast<unsigned short>(number_attribute(state, kpt_words::INDEX));
     bool has_reference = true;
     bool has_transformed = true;
-    const KPT_XML_ELEMENT reference = state.get_single_child_element("reference", &has_reference);
-    const KPT_XML_ELEMENT transformed = state.get_single_child_element("transformed", &has_transformed);
+    const KPT_XML_ELEMENT reference = state.get_single_child_element(kpt_words::REFERENCE, &has_reference);
+    const KPT_XML_ELEMENT transformed = state.get_single_child_element(kpt_words::TRANSFORMED, &has_transformed);
     table.make_table_entries(KPT_REFERENCE_SET, reference, row);
     table.make_table_entries(KPT_TRANSFORMED_SET, transformed, row);
     state = state_table.get_next_sibling(&ok);

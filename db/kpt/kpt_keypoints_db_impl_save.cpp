@@ -1,13 +1,16 @@
 // How a database becomes a file.
 #include <algorithm>
+#include <memory>
 #include <new>
 
 #include "db/kpt/files/kpt_file_replacement.h"
+#include "db/kpt/files/kpt_format_words.h"
+#include "db/kpt/files/kpt_plain_characters.h"
+#include "db/kpt/kpt_held_text.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "db/kpt/msg_kpt.h"
-#include "h/gen_sys.h"
 
 namespace {
 
@@ -17,64 +20,101 @@ bool write_database(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_WRITER& writer) {
   const bool saved = db.get_reference_set()->save_keypoint_set(KPT_REFERENCE_SET, writer) &&
                      db.get_transformed_set()->save_keypoint_set(KPT_TRANSFORMED_SET, writer) &&
                      db.get_transformation_set()->save_transformation_set(writer);
-  writer.end_tag("kpt_db");
+  writer.end_tag(kpt_words::KPT_DB);
   return saved;
 }
 
-// Whether the text comes back from a file as it is: nothing is escaped, and
-// the parser's narrow characters are only sure to hold ASCII.
-bool reads_back(std::string_view text) {
-  const auto plain = [](char c) { return c >= 0x20 && c <= 0x7E && c != '<' && c != '&' && c != '"'; };
-  return std::all_of(text.begin(), text.end(), plain) && text.find("]]>") == std::string_view::npos;
-}
-
-bool attributes_read_back(const KPT_ATTRIBUTES& attributes) {
-  if (attributes.empty()) {
-    return true;
-  }
-  const KPT_ATTRIBUTE_LIST all = attributes.sorted();
-  return std::all_of(all.begin(), all.end(), [](const auto& attribute) {
-    const bool ok = reads_back(attribute.first) && reads_back(attribute.second);
-    if (!ok) {
-      kpt_msg_debug("Error: attribute %s cannot be saved: a file cannot hold its name or value",
-                    attribute.first.c_str());
+// A name that no file can hold may hold what a log cannot show either.
+KPT_STRING shown(std::string_view text) {
+  KPT_STRING result;
+  while (!text.empty()) {
+    const std::size_t length = std::max<std::size_t>(kpt_plain::character_length(text), 1);
+    const auto byte = static_cast<unsigned char>(text.front());
+    if (byte < ' ' || byte == 0x7F || (byte >= 0x80 && length == 1)) {
+      constexpr std::string_view DIGITS = "0123456789ABCDEF";
+      result += {'\\', 'x', DIGITS[byte / 16U], DIGITS[byte % 16U]};
+    } else {
+      result += text.substr(0, length);
     }
-    return ok;
-  });
-}
-
-bool register_reads_back(const KPT_REGISTER_KEYPOINT_IMPL& k) {
-  const bool ok = reads_back(k.get_element_name()) &&
-                  (k.register_is_signal() || (reads_back(k.get_entity_name()) && reads_back(k.get_register_type())));
-  if (!ok) {
-    kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
-                  k.get_element_name().c_str());
+    text.remove_prefix(length);
   }
-  return ok && attributes_read_back(k.attributes());
+  return result;
 }
 
-bool set_reads_back(const KPT_KEYPOINT_SET_IMPL& set) {
-  bool ok = true;
-  set.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) { return ok = register_reads_back(*k); });
-  return ok;
-}
+// Looks for a text that no file can hold, and tells of the first.
+class TEXT_CHECK {
+ public:
+  explicit TEXT_CHECK(std::string_view file_name) : m_file_name(file_name) {}
 
-bool database_reads_back(KPT_KEYPOINTS_DB_IMPL& db) {
-  const KPT_STRING& name = db.get_db_name();
-  if (name.empty() || !reads_back(name)) {
-    kpt_msg_debug("Error: database %s cannot be saved: a file cannot hold its name", name.c_str());
+  bool database(KPT_KEYPOINTS_DB_IMPL& db) const {
+    const KPT_STRING& name = db.get_db_name();
+    if (name.empty() || !kpt_file_can_hold(name)) {
+      kpt_msg_debug("Error: database %s cannot be saved: a file cannot hold its name", shown(name).c_str());
+      return refuse("database ", name);
+    }
+    const KPT_TRANSFORMATION_LIST& maps = db.get_transformation_set()->get_list_of_register_transformations();
+    return set(*db.get_reference_set()) && set(*db.get_transformed_set()) &&
+           std::all_of(maps.begin(), maps.end(), [&](const KPT_TRANSFORMATION_IMPL* m) { return map(*m); });
+  }
+
+ private:
+  bool refuse(std::string_view what, std::string_view name) const {
+    const KPT_STRING owner = KPT_STRING(what) + shown(name);
+    const std::unique_ptr<MSG_E> message(MSG_KPT::E::TEXTS_CANNOT_BE_SAVED(m_file_name.c_str(), owner.c_str()));
+    message->post();
     return false;
   }
-  const KPT_TRANSFORMATION_LIST& maps = db.get_transformation_set()->get_list_of_register_transformations();
-  return set_reads_back(*db.get_reference_set()) && set_reads_back(*db.get_transformed_set()) &&
-         std::all_of(maps.begin(), maps.end(),
-                     [](const KPT_TRANSFORMATION_IMPL* map) { return attributes_read_back(map->attributes()); });
-}
+
+  bool set(const KPT_KEYPOINT_SET_IMPL& set) const {
+    bool ok = true;
+    set.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) { return ok = keypoint(*k); });
+    return ok;
+  }
+
+  bool keypoint(const KPT_REGISTER_KEYPOINT_IMPL& k) const {
+    const KPT_STRING& name = k.get_element_name();
+    const bool is_held = kpt_file_can_hold(name) &&
+                         (k.register_is_signal() ||
+                          (kpt_file_can_hold(k.get_entity_name()) && kpt_file_can_hold(k.get_register_type())));
+    if (!is_held) {
+      kpt_msg_debug("Error: register %s cannot be saved: a file cannot hold its name, entity or type",
+                    shown(name).c_str());
+    }
+    return is_held && attributes(k.attributes()) ? true : refuse("register ", name);
+  }
+
+  bool map(const KPT_TRANSFORMATION_IMPL& m) const {
+    if (attributes(m.attributes())) {
+      return true;
+    }
+    const KPT_KEYPOINT* const r = m.get_r_representative(0);
+    const KPT_KEYPOINT* const k = r != nullptr ? r : m.get_t_representative(0);
+    return k != nullptr ? refuse("the map of ", k->get_element_name()) : refuse("a map without registers", {});
+  }
+
+  static bool attributes(const KPT_ATTRIBUTES& attributes) {
+    if (attributes.empty()) {
+      return true;
+    }
+    const KPT_ATTRIBUTE_LIST all = attributes.sorted();
+    return std::all_of(all.begin(), all.end(), [](const auto& attribute) {
+      const bool is_held = kpt_file_can_hold(attribute.first) && kpt_file_can_hold(attribute.second);
+      if (!is_held) {
+        kpt_msg_debug("Error: attribute %s cannot be saved: a file cannot hold its name or value",
+                      shown(attribute.first).c_str());
+      }
+      return is_held;
+    });
+  }
+
+  KPT_STRING m_file_name;
+};
 
 bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
   KPT_FILE_REPLACEMENT file(file_name);
   KPT_XML_WRITER writer(file_name);
   writer.keep_attributes();
+  writer.escape_texts();
   bool saved = writer.start_file_on(file.open()) && write_database(db, writer);
   saved = writer.finish_file() && saved && file.replace_target();
   if (!saved) {
@@ -97,7 +137,7 @@ bool KPT_KEYPOINTS_DB_IMPL::save(std::string_view file_name) {
 
 bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
   try {
-    return database_reads_back(*this) && replace_file(*this, KPT_STRING(file_name));
+    return TEXT_CHECK(file_name).database(*this) && replace_file(*this, KPT_STRING(file_name));
   } catch (const std::bad_alloc&) {
     kpt_tell_out_of_memory(file_name);
     return false;

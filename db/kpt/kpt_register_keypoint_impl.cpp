@@ -1,5 +1,6 @@
 #include "db/kpt/kpt_register_keypoint_impl.h"
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_attributes.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "h/gen_sys.h"
@@ -129,9 +130,9 @@ bool KPT_REGISTER_KEYPOINT_IMPL::save_register(KPT_XML_WRITER& writer) const {
     writer.set_key_point_attributes(attributes().sorted());
   }
   if (register_is_signal()) {
-    return writer.write_keypoint_xml(id, "register", get_element_name());
+    return writer.write_keypoint_xml(id, kpt_words::REGISTER, get_element_name());
   }
-  return writer.write_keypoint_xml(id, "register", get_element_name(), get_entity_name(), get_register_type());
+  return writer.write_keypoint_xml(id, kpt_words::REGISTER, get_element_name(), get_entity_name(), get_register_type());
 }
 
 // A set finds a keypoint under the texts with which it was added. They are stored

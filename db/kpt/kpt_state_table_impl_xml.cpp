@@ -1,5 +1,6 @@
-// Writes a state table to a database file and reads it. In the file, states and
-// columns count from 0.
+// How a state table is written to and read from a database file. In the file
+// states and columns count from 0.
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_xml_element.h"
 #include "db/kpt/kpt_xml_writer.h"
@@ -7,18 +8,18 @@
 #include "h/gen_sys.h"
 
 bool KPT_STATE_TABLE_IMPL::save_state_table(KPT_XML_WRITER& writer) const {
-  writer.start_tag("state_table");
-  writer.write_attribute("num_states", gen_itoa(m_num_rows, 10));
-  writer.write_attribute("num_reference_registers", gen_itoa(m_num_r_columns, 10));
-  writer.write_attribute("num_transformed_registers", gen_itoa(m_num_t_columns, 10));
+  writer.start_tag(kpt_words::STATE_TABLE);
+  writer.write_attribute(kpt_words::NUM_STATES, gen_itoa(m_num_rows, 10));
+  writer.write_attribute(kpt_words::NUM_REFERENCE_REGISTERS, gen_itoa(m_num_r_columns, 10));
+  writer.write_attribute(kpt_words::NUM_TRANSFORMED_REGISTERS, gen_itoa(m_num_t_columns, 10));
   writer.new_line();
   for (unsigned row = 0; row < m_num_rows; ++row) {
     writer.write_state_index_xml(static_cast<unsigned short>(row));
-    save_side(writer, KPT_REFERENCE_SET, "reference", row);
-    save_side(writer, KPT_TRANSFORMED_SET, "transformed", row);
-    writer.end_tag("state");
+    save_side(writer, KPT_REFERENCE_SET, kpt_words::REFERENCE, row);
+    save_side(writer, KPT_TRANSFORMED_SET, kpt_words::TRANSFORMED, row);
+    writer.end_tag(kpt_words::STATE);
   }
-  writer.end_tag("state_table");
+  writer.end_tag(kpt_words::STATE_TABLE);
   return true;
 }
 
@@ -36,7 +37,7 @@ void KPT_STATE_TABLE_IMPL::save_side(KPT_XML_WRITER& writer, KPT_SET_ENUM set, c
 
 bool KPT_STATE_TABLE_IMPL::make_table_entries(KPT_SET_ENUM side, KPT_XML_ELEMENT element, unsigned short state) {
   bool ok = true;
-  KPT_XML_ELEMENT values = element.get_child_elements("value", &ok);
+  KPT_XML_ELEMENT values = element.get_child_elements(kpt_words::VALUE, &ok);
   if (!ok) {
     kpt_msg_debug("Parse error while reading statetable column number");
   }
@@ -49,8 +50,8 @@ bool KPT_STATE_TABLE_IMPL::make_table_entries(KPT_SET_ENUM side, KPT_XML_ELEMENT
       kpt_msg_debug("Parse error while reading statetable value");
       continue;
     }
-    // The numbers of a file have any size: they are taken modulo 65,536.
-    const auto column = static_cast<unsigned>(gen_atoi(value.get_attribute_by_name("index")));
+    // Numbers of any size come from a file: they wrap into 16 bits.
+    const auto column = static_cast<unsigned>(gen_atoi(value.get_attribute_by_name(kpt_words::INDEX)));
     const bool entry = static_cast<unsigned short>(gen_atoi(value.get_text_content())) == 1;
     accepted =
         set_entry(side, static_cast<unsigned short>(state + 1U), static_cast<unsigned short>(column + 1U), entry);

@@ -370,6 +370,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   KPT_STATE_TABLE_IMPL& state_table_to_edit();
   bool change_t_group(KPT_KEYPOINT* keypoint, GROUP from, GROUP to, unsigned short index);
   bool is_last_t_register(const KPT_KEYPOINT* keypoint, unsigned long index) const;
+  bool is_last_of_representatives(const KPT_KEYPOINT* keypoint, unsigned long index) const;
   bool delete_eliminated(const KPT_KEYPOINT* keypoint, unsigned long index);
   bool set_stuck_at(const KPT_KEYPOINT* keypoint, unsigned short index, KPT_ELIM_ENUM status);
   bool set_no_fanout(const KPT_KEYPOINT* keypoint, unsigned short index);

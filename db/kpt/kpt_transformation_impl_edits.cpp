@@ -81,16 +81,23 @@ bool KPT_TRANSFORMATION_IMPL::set_stuck_at(const KPT_KEYPOINT* keypoint, unsigne
   return !last || !map_has_fsm_transformation() || erase_entry_in_t_state_vector(index);
 }
 
-// The table gets the index, which counts from 0, as a column, which counts from
-// 1. The search finds only index 0, and column 0 means the first column. Flows
-// compare the columns that remain, so the index is passed unchanged, whatever it
-// is.
+// When only inverted registers of a machine's bit stay, the column goes on
+// saying the value of the one that went, as saved databases have it. A reader
+// of the file cannot see that, so the map says that its table is not to be read.
+//
+// The table is given the index from 0 where it counts columns from 1, which
+// for index 0, the only one found, it takes as its first column. Saved
+// databases rely on the columns that this leaves, so the index is passed on
+// unchanged, whatever it is.
 bool KPT_TRANSFORMATION_IMPL::set_no_fanout(const KPT_KEYPOINT* keypoint, unsigned short index) {
   const bool last = is_last_t_register(keypoint, index);
   if (last && map_has_fsm_transformation() && m_t_vector.size() >= 2) {
     const bool removed = state_table_to_edit().remove_t_column(index);
     m_elim_status = KPT_NO_FANOUT;
     return removed && erase_entry_in_t_state_vector(index);
+  }
+  if (!last && map_has_fsm_transformation() && is_last_of_representatives(keypoint, index)) {
+    add_attribute(KPT_PARTIAL, KPT_PARTIAL_TABLE);
   }
   if (!delete_eliminated(keypoint, index)) {
     return false;
@@ -106,6 +113,11 @@ bool KPT_TRANSFORMATION_IMPL::is_last_t_register(const KPT_KEYPOINT* keypoint, u
   const KEYPOINTS own = representative_group(KPT_TRANSFORMED_SET, index);
   const KEYPOINTS opposite = opposite_group(KPT_TRANSFORMED_SET, index);
   return std::all_of(own.begin(), own.end(), is_it) && std::all_of(opposite.begin(), opposite.end(), is_it);
+}
+
+bool KPT_TRANSFORMATION_IMPL::is_last_of_representatives(const KPT_KEYPOINT* keypoint, unsigned long index) const {
+  const KEYPOINTS own = representative_group(KPT_TRANSFORMED_SET, index);
+  return std::all_of(own.begin(), own.end(), [&](const KPT_KEYPOINT* listed) { return listed == keypoint; });
 }
 
 bool KPT_TRANSFORMATION_IMPL::delete_eliminated(const KPT_KEYPOINT* keypoint, unsigned long index) {

@@ -1,6 +1,7 @@
 // Writes a map to a database file.
 #include <algorithm>
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_keypoint.h"
 #include "db/kpt/kpt_state_table_impl.h"
@@ -31,14 +32,14 @@ bool save_side(KPT_XML_WRITER& writer, std::string_view type, const NI_PAIR_VECT
   unsigned short index = 0;
   for (const NI_PAIR& pair : side) {
     saved = writer.write_tr_state_start_xml(index) && saved;
-    saved = saved && save_group(writer, "noninverts", pair.first);
-    saved = saved && save_group(writer, "inverts", pair.second);
+    saved = saved && save_group(writer, kpt_words::NONINVERTS, pair.first);
+    saved = saved && save_group(writer, kpt_words::INVERTS, pair.second);
     writer.space();
-    writer.end_tag("kp_state");
+    writer.end_tag(kpt_words::KP_STATE);
     ++index;
   }
   writer.space();
-  writer.end_tag("kp_set");
+  writer.end_tag(kpt_words::KP_SET);
   return saved;
 }
 
@@ -46,8 +47,8 @@ bool save_side(KPT_XML_WRITER& writer, std::string_view type, const NI_PAIR_VECT
 
 bool KPT_TRANSFORMATION_IMPL::save_transformation(KPT_XML_WRITER& writer) const {
   bool saved = writer.write_transformation_start_xml(kpt_elim_word(m_elim_status));
-  saved = save_side(writer, "reference", m_r_vector, saved);
-  saved = save_side(writer, "transformed", m_t_vector, saved);
+  saved = save_side(writer, kpt_words::REFERENCE, m_r_vector, saved);
+  saved = save_side(writer, kpt_words::TRANSFORMED, m_t_vector, saved);
   if (map_has_fsm_transformation()) {
     state_table().save_state_table(writer);
   }
@@ -55,6 +56,6 @@ bool KPT_TRANSFORMATION_IMPL::save_transformation(KPT_XML_WRITER& writer) const 
     writer.write_attributes(m_attributes.sorted());
   }
   writer.space();
-  writer.end_tag("transformation");
+  writer.end_tag(kpt_words::TRANSFORMATION);
   return saved;
 }

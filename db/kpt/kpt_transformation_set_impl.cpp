@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "db/kpt/containers/kpt_undo.h"
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_translation.h"
 #include "db/kpt/kpt_xml_writer.h"
@@ -197,12 +198,12 @@ void KPT_TRANSFORMATION_SET_IMPL::fetch_translated(const KPT_TRANSFORMATION_LIST
 bool KPT_TRANSFORMATION_SET_IMPL::save_transformation_set(KPT_XML_WRITER& writer) const {
   bool ok = true;
   writer.space();
-  writer.start_tag("transformations_set");
+  writer.start_tag(kpt_words::TRANSFORMATIONS_SET);
   writer.new_line();
   for (const KPT_TRANSFORMATION_IMPL* map : m_maps) {
     ok = map->save_transformation(writer);
   }
   writer.space();
-  writer.end_tag("transformations_set");
+  writer.end_tag(kpt_words::TRANSFORMATIONS_SET);
   return ok;
 }

@@ -4,9 +4,7 @@
 #include <array>
 #include <new>
 #include <xercesc/dom/DOM.hpp>
-#include <xercesc/util/XMLException.hpp>
-#include <xercesc/util/XMLString.hpp>
-// Included after the definitions that it needs.
+// After the definitions it needs.
 #include <xercesc/dom/DOMMemoryManager.hpp>
 
 #include "db/kpt/files/kpt_xml_text.h"
@@ -46,15 +44,7 @@ class WIDE_NAME {
       *std::copy(name.begin(), name.end(), m_short.begin()) = 0;
       return;
     }
-    try {
-      XMLCh* const transcoded = XMLString::transcode(KPT_STRING(name).c_str());
-      if (transcoded != nullptr) {
-        m_long = transcoded;
-        XMLString::release(const_cast<XMLCh**>(&transcoded));
-      }
-    } catch (const XMLException&) {
-      // The parser has no characters for this name. No node has the empty name.
-    }
+    m_long = kpt_widen(name);
     m_text = m_long.c_str();
   }
   WIDE_NAME(const WIDE_NAME&) = delete;

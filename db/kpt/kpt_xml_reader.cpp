@@ -3,6 +3,7 @@
 #include <new>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_xml_parser.h"
 #include "db/kpt/msg_kpt.h"
@@ -17,7 +18,7 @@ KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem)
   }
   kpt_msg_debug("Start XML parsing");
   bool ok = true;
-  const KPT_XML_ELEMENT root = parser.root_element("kpt_db", &ok);
+  const KPT_XML_ELEMENT root = parser.root_element(kpt_words::KPT_DB, &ok);
   if (!ok) {
     kpt_msg_debug("Parse Error while extracting the root element");
   }
@@ -46,7 +47,7 @@ KPT_XML_READER::~KPT_XML_READER() = default;
 KPT_STRING KPT_XML_READER::get_db_name(std::string_view file_name) {
   const KPT_XML_PARSER parser(file_name);
   try {
-    KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name("name");
+    KPT_STRING name = root_of(parser, m_problem).get_attribute_by_name(kpt_words::NAME);
     if (name.empty()) {
       m_problem.note({KPT_LOAD_PROBLEM::NO_NAME, "the database has no name"});
     }

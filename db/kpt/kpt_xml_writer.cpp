@@ -1,4 +1,5 @@
 #include "db/kpt/kpt_xml_writer.h"
+#include "db/kpt/files/kpt_format_words.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,6 +17,27 @@ constexpr std::size_t BLOCK_SIZE = std::size_t{1} << 20;
 constexpr int LEVEL_STEP = 2;
 constexpr std::string_view BLANKS = "                ";
 constexpr mode_t PERMISSIONS = 0666;
+
+// What is written for the character at a place; nothing for one that comes
+// back as it is.
+std::string_view reference_for(std::string_view text, std::size_t at) {
+  switch (text[at]) {
+    case '<':
+      return "&lt;";
+    case '&':
+      return "&amp;";
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return at >= 2 && text.substr(at - 2, 3) == "]]>" ? "&gt;" : std::string_view();
+  }
+}
 
 }  // namespace
 
@@ -157,11 +179,33 @@ void KPT_XML_WRITER::put_start_tag(std::string_view name) {
   put(name);
 }
 
+void KPT_XML_WRITER::put_value(std::string_view text) {
+  if (m_escapes) {
+    put_escaped(text);
+  } else {
+    put(text);
+  }
+}
+
+void KPT_XML_WRITER::put_escaped(std::string_view text) {
+  constexpr std::string_view ESCAPED = "<&\">\t\n\r";
+  std::size_t written = 0;
+  for (std::size_t at = text.find_first_of(ESCAPED); at != text.npos; at = text.find_first_of(ESCAPED, at + 1)) {
+    const std::string_view reference = reference_for(text, at);
+    if (!reference.empty()) {
+      put(text.substr(written, at - written));
+      put(reference);
+      written = at + 1;
+    }
+  }
+  put(text.substr(written));
+}
+
 void KPT_XML_WRITER::put_attribute(std::string_view name, std::string_view value) {
   put(" ");
   put(name);
   put("=\"");
-  put(value);
+  put_value(value);
   put("\"");
 }
 
@@ -180,7 +224,7 @@ void KPT_XML_WRITER::put_simple_text_element(std::string_view name, std::string_
   put("<");
   put(name);
   put(">");
-  put(text);
+  put_value(text);
   put("</");
   put(name);
   put_new_line();
@@ -261,8 +305,8 @@ bool KPT_XML_WRITER::write_empty_content_element(std::string_view name) {
 }
 
 bool KPT_XML_WRITER::write_db_start_xml(std::string_view db_name) {
-  put_start_tag("kpt_db");
-  put_attribute("name", db_name);
+  put_start_tag(kpt_words::KPT_DB);
+  put_attribute(kpt_words::NAME, db_name);
   put_new_line();
   return true;
 }
@@ -271,11 +315,11 @@ bool KPT_XML_WRITER::write_attributes(const KPT_ATTRIBUTE_LIST& attributes) {
   for (const auto& [name, value] : attributes) {
     if (!name.empty() && !value.empty()) {
       put_space();
-      put_start_tag("attribute");
-      put_attribute("name", name);
-      put_attribute("value", value);
+      put_start_tag(kpt_words::ATTRIBUTE);
+      put_attribute(kpt_words::NAME, name);
+      put_attribute(kpt_words::VALUE, value);
       put("> ");
-      put_end_tag("attribute");
+      put_end_tag(kpt_words::ATTRIBUTE);
     }
   }
   return true;
@@ -291,17 +335,17 @@ void KPT_XML_WRITER::put_attributes() {
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name) {
   step_in();
   put_space();
-  put_start_tag("key_point");
-  put_attribute("id", id);
-  put_attribute("type", type);
+  put_start_tag(kpt_words::KEY_POINT);
+  put_attribute(kpt_words::ID, id);
+  put_attribute(kpt_words::TYPE, type);
   put_new_line();
   step_in();
   put_space();
-  put_simple_text_element("name", name);
+  put_simple_text_element(kpt_words::NAME, name);
   put_attributes();
   step_out();
   put_space();
-  put_end_tag("key_point");
+  put_end_tag(kpt_words::KEY_POINT);
   step_out();
   return true;
 }
@@ -309,22 +353,22 @@ bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view ty
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name,
                                         std::string_view entity, std::string_view reg_type) {
   put_space();
-  put_start_tag("key_point");
+  put_start_tag(kpt_words::KEY_POINT);
   step_in();
-  put_attribute("id", id);
-  put_attribute("type", type);
+  put_attribute(kpt_words::ID, id);
+  put_attribute(kpt_words::TYPE, type);
   put_new_line();
   step_in();
   put_space();
-  put_simple_text_element("name", name);
+  put_simple_text_element(kpt_words::NAME, name);
   put_space();
-  put_simple_text_element("entity", entity);
+  put_simple_text_element(kpt_words::ENTITY, entity);
   put_space();
-  put_simple_text_element("reg_type", reg_type);
+  put_simple_text_element(kpt_words::REG_TYPE, reg_type);
   put_attributes();
   step_out();
   put_space();
-  put_end_tag("key_point");
+  put_end_tag(kpt_words::KEY_POINT);
   step_out();
   return true;
 }
@@ -332,9 +376,9 @@ bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view ty
 bool KPT_XML_WRITER::write_transformation_start_xml(std::string_view elim_type) {
   step_in();
   put_space();
-  put_start_tag("transformation");
+  put_start_tag(kpt_words::TRANSFORMATION);
   if (!elim_type.empty()) {
-    put_attribute("elim_type", elim_type);
+    put_attribute(kpt_words::ELIM_TYPE, elim_type);
   }
   put_new_line();
   step_out();
@@ -344,8 +388,8 @@ bool KPT_XML_WRITER::write_transformation_start_xml(std::string_view elim_type) 
 bool KPT_XML_WRITER::write_tr_set_start_xml(std::string_view type) {
   step_in();
   put_space();
-  put_start_tag("kp_set");
-  put_attribute("type", type);
+  put_start_tag(kpt_words::KP_SET);
+  put_attribute(kpt_words::TYPE, type);
   put_new_line();
   step_out();
   return true;
@@ -354,8 +398,8 @@ bool KPT_XML_WRITER::write_tr_set_start_xml(std::string_view type) {
 bool KPT_XML_WRITER::write_tr_state_start_xml(unsigned short index) {
   step_in();
   put_space();
-  put_start_tag("kp_state");
-  put_number_attribute("index", index);
+  put_start_tag(kpt_words::KP_STATE);
+  put_number_attribute(kpt_words::INDEX, index);
   put_new_line();
   step_out();
   return true;
@@ -380,10 +424,10 @@ bool KPT_XML_WRITER::begin_transformation_xml(std::string_view tag) {
 
 bool KPT_XML_WRITER::write_kp_xml(long id) {
   put_space();
-  put_start_tag("kp");
-  put_number_attribute("id", id);
+  put_start_tag(kpt_words::KP);
+  put_number_attribute(kpt_words::ID, id);
   put("> ");
-  put_end_tag("kp");
+  put_end_tag(kpt_words::KP);
   return true;
 }
 
@@ -396,8 +440,8 @@ bool KPT_XML_WRITER::end_transformation_xml(std::string_view tag) {
 }
 
 bool KPT_XML_WRITER::write_state_index_xml(unsigned short index) {
-  put_start_tag("state");
-  put_number_attribute("index", index);
+  put_start_tag(kpt_words::STATE);
+  put_number_attribute(kpt_words::INDEX, index);
   put_new_line();
   return true;
 }
@@ -405,11 +449,11 @@ bool KPT_XML_WRITER::write_state_index_xml(unsigned short index) {
 bool KPT_XML_WRITER::write_state_table_xml(unsigned short index, std::string_view value) {
   step_in();
   put_space();
-  put_start_tag("value");
-  put_number_attribute("index", index);
+  put_start_tag(kpt_words::VALUE);
+  put_number_attribute(kpt_words::INDEX, index);
   put("> ");
   put(value);
-  put_end_tag("value");
+  put_end_tag(kpt_words::VALUE);
   step_out();
   return true;
 }

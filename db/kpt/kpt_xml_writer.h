@@ -4,10 +4,10 @@
 // Ownership: the writer owns its file from `start_file` until it is destroyed.
 // The file is complete only then. Texts are read only during the call.
 //
-// The blanks of a file depend only on the sequence of calls: each operation
-// changes the indentation level by fixed steps, and some helpers indent a line
-// twice. Flows compare the files byte for byte, so these sequences must not
-// change. Nothing is escaped.
+// The blanks of a file follow from these call sequences alone: each operation
+// moves the indentation level by fixed steps, and some helpers indent a line
+// twice. Flows compare the files byte for byte, so the sequences are
+// fixed. Texts are written as they are unless `escape_texts` was called.
 #ifndef KPT_XML_WRITER_H
 #define KPT_XML_WRITER_H
 
@@ -26,6 +26,11 @@ class KPT_EXPORT KPT_XML_WRITER {
   ~KPT_XML_WRITER();
   KPT_XML_WRITER(const KPT_XML_WRITER&) = delete;
   KPT_XML_WRITER& operator=(const KPT_XML_WRITER&) = delete;
+
+  /// From now on attributes and the texts of simple elements are written with
+  /// references for what would not come back as it is: "<", "&", tabs and line
+  /// ends, quotation marks, ">" behind "]]".
+  void escape_texts() { m_escapes = true; }
 
   // All operations but `start_file` and `outdent` return true, also when the
   // file is not open or a write fails. What they write is then lost.
@@ -130,6 +135,8 @@ class KPT_EXPORT KPT_XML_WRITER {
   // The steps of the operations. A save takes about a hundred steps for each
   // register, so they are inline. Exported functions are not inlined.
   inline void put(std::string_view text);
+  inline void put_value(std::string_view text);
+  void put_escaped(std::string_view text);
   inline void put_space();
   inline void step_in();
   inline bool step_out();
@@ -144,6 +151,7 @@ class KPT_EXPORT KPT_XML_WRITER {
   KPT_STRING m_file_name;
   STREAM m_stream;
   std::uint16_t m_indent_level = 0;
+  bool m_escapes = false;
   bool m_keeps_attributes = false;
   KPT_ATTRIBUTE_LIST m_attributes;  // for the next key point
   KPT_STRING m_number;

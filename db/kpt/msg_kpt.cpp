@@ -40,6 +40,14 @@ MSG_E* OUT_OF_MEMORY(const char* file) {
   return message.release();
 }
 
+MSG_E* TEXTS_CANNOT_BE_SAVED(const char* file, const char* owner) {
+  std::unique_ptr<MSG_E> message(new MSG_E(nullptr));
+  message->fill_args(
+      "Keypoint Database %1!s! cannot be saved: no file can hold the texts of %2!s!/EKPT_TEXTS_CANNOT_BE_SAVED", 2,
+      file, owner);
+  return message.release();
+}
+
 }  // namespace E
 
 MSG_D* DEBUG_MSG(const char* format, ...) {

@@ -6,6 +6,7 @@
 #include "lasting_names.h"
 #include "listing.h"
 #include "proof.h"
+#include "proof_status.h"
 #include "recorder.h"
 #include "session.h"
 
@@ -252,8 +253,8 @@ struct KPT_SAVE : Yosys::Pass {
   void help() override {
     Yosys::log(
         "\n    kpt_save [-name <name>] <file>\n\n"
-        "Saves a recorded database (default: kpt). A database that could not be read back, because\n"
-        "a name holds <, & or \", is refused; the file is then left as it was.\n\n");
+        "Saves a recorded database (default: kpt). A database that no file can hold, because a name\n"
+        "has control characters or is not UTF-8, is refused; the file is then left as it was.\n\n");
   }
   void execute(Arguments args, RTLIL::Design*) override {
     std::string name = "kpt";
@@ -364,5 +365,46 @@ struct KPT_APPLY : Yosys::Pass {
                done.m_registers, done.m_constants, done.m_machines, done.m_no_fanout, done.m_missing);
   }
 } kpt_apply;
+
+struct KPT_STATUS : Yosys::Pass {
+  KPT_STATUS() : Pass("kpt_status", "read what a proof left back into a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_status [-name <name>] [<equiv>]\n\n"
+        "Looks at the $equiv cells of the module (default: equiv) that was proven as 'kpt_apply' says,\n"
+        "and sets the attribute 'status' of each fact of the database that is in it: 'proved' when no\n"
+        "cell is unproven, 'refuted' when power-up values contradict it, else 'claimed'. 'kpt_save'\n"
+        "keeps it.\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string name = "kpt";
+    std::string equiv = "equiv";
+    std::size_t at = 1;
+    while (at < args.size() && takes(args, at, "-name", name)) {
+      ++at;
+    }
+    if (at < args.size()) {
+      equiv = args[at++];
+    }
+    if (at != args.size()) {
+      Yosys::log_cmd_error("Give one module.\n");
+    }
+    RTLIL::Module* const module = design->module(RTLIL::escape_id(equiv));
+    if (module == nullptr) {
+      Yosys::log_cmd_error("There is no module %s.\n", equiv.c_str());
+    }
+    const KPT_KEYPOINTS_DB* const db = find_database(name);
+    kpt_yosys::PROOF_STATUS status;
+    guarded([&] { status = kpt_yosys::read_proof_status(*db, module); });
+    for (const std::string& first : status.m_open) {
+      Yosys::log("Unproven: %s.\n", first.c_str());
+    }
+    for (const std::string& first : status.m_refuted) {
+      Yosys::log_warning("Refuted by power-up values: %s.\n", first.c_str());
+    }
+    Yosys::log("Facts: %zu proved, %zu claimed, %zu refuted, %zu not in the proof. Unproven cells: %zu.\n",
+               status.m_proved, status.m_claimed, status.m_refuted.size(), status.m_absent, status.m_unproven_cells);
+  }
+} kpt_status;
 
 }  // namespace

@@ -83,9 +83,9 @@ std::vector<std::string> listing(const KPT_KEYPOINTS_DB& db) {
 std::string name_unfit_for_a_file(const KPT_KEYPOINTS_DB& db) {
   for (const KPT_KEYPOINT_SET& set : {db.get_reference_set(), db.get_transformed_set()}) {
     for (const KPT_REGISTER_KEYPOINT& keypoint : set) {
-      const std::string_view name = keypoint.get_name();
-      if (name.find_first_of("<&\"\n\r\t") != std::string_view::npos) {
-        return std::string(name);
+      if (!kpt_file_can_hold(keypoint.get_name()) || !kpt_file_can_hold(keypoint.get_entity_name()) ||
+          !kpt_file_can_hold(keypoint.get_type())) {
+        return std::string(std::string_view(keypoint.get_name()));
       }
     }
   }

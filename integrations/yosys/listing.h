@@ -14,7 +14,7 @@ namespace kpt_yosys {
 /// One line for each reference register, in order of names.
 std::vector<std::string> listing(const KPT_KEYPOINTS_DB& db);
 
-/// The first register whose name a file could not give back; empty when there is none.
+/// The first register of which no file can hold the name, the entity or the type; empty when there is none.
 std::string name_unfit_for_a_file(const KPT_KEYPOINTS_DB& db);
 
 }  // namespace kpt_yosys

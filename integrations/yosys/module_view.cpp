@@ -65,6 +65,7 @@ MODULE_VIEW::MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology, co
     }
   }
   read_cells(technology);
+  read_memories();
   collect_nets();
   name_flops();
   find_inverted_data();
@@ -85,6 +86,11 @@ void MODULE_VIEW::read_cells(const TECHNOLOGY& technology) {
         add_flops(cell);
         break;
       case CELL_KIND::MEMORY:
+        if (cell->getParam(Yosys::ID::WR_PORTS).as_int() > 0) {
+          m_memories.push_back({text_of_spelling(cell->getParam(Yosys::ID::MEMID).decode_string()),
+                                cell->getParam(Yosys::ID::WIDTH).as_int(), cell->getParam(Yosys::ID::SIZE).as_int(),
+                                cell->getParam(Yosys::ID::OFFSET).as_int()});
+        }
         add_memory_flops(cell, cell->getPort(Yosys::ID::RD_DATA), cell->getParam(Yosys::ID::RD_CLK_ENABLE));
         break;
       case CELL_KIND::MEMORY_PORT:
@@ -107,6 +113,24 @@ void MODULE_VIEW::read_cells(const TECHNOLOGY& technology) {
         break;
       case CELL_KIND::OTHER:
         break;
+    }
+  }
+}
+
+// Memories whose ports are still cells of their own.
+void MODULE_VIEW::read_memories() {
+  if (m_module->memories.empty()) {
+    return;
+  }
+  std::set<std::string> written;
+  for (const auto& [name, cell] : m_module->cells_) {
+    if (const std::string_view type = cell->type.c_str(); type == "$memwr_v2" || type == "$memwr") {
+      written.insert(text_of_spelling(cell->getParam(Yosys::ID::MEMID).decode_string()));
+    }
+  }
+  for (const auto& [name, memory] : m_module->memories) {
+    if (const std::string text = text_of(name); written.contains(text)) {
+      m_memories.push_back({text, memory->width, memory->size, memory->start_offset});
     }
   }
 }

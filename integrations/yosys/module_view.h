@@ -40,6 +40,15 @@ struct FLOP {
   RTLIL::SigBit m_data;         // likewise, as the cell has it
 };
 
+/// Words that something writes, kept in a memory.
+struct MEMORY {
+  std::string m_name;
+  int m_width = 0;
+  int m_size = 0;
+  int m_offset = 0;  // the address of the first word
+  bool operator==(const MEMORY&) const = default;
+};
+
 /// What the value on a net is.
 enum class SOURCE_KIND { ZERO, ONE, UNDEFINED, FLOP, LOGIC };
 
@@ -61,6 +70,7 @@ class MODULE_VIEW {
 
   RTLIL::Module* module() const { return m_module; }
   const std::vector<FLOP>& flops() const { return m_flops; }
+  const std::vector<MEMORY>& memories() const { return m_memories; }
 
   /// What drives a net, through buffers and inverters; LOGIC also for a net that is no more.
   SOURCE source(const NET& net) const;
@@ -90,6 +100,7 @@ class MODULE_VIEW {
 
   NET net_of(RTLIL::SigBit bit);
   void read_cells(const TECHNOLOGY& technology);
+  void read_memories();
   void add_flops(RTLIL::Cell* cell);
   void add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked);
   void add_technology_flops(RTLIL::Cell* cell, const TECHNOLOGY& technology);
@@ -106,6 +117,7 @@ class MODULE_VIEW {
   RTLIL::Module* m_module;
   Yosys::SigMap m_sigmap;
   std::vector<FLOP> m_flops;
+  std::vector<MEMORY> m_memories;
   Yosys::dict<RTLIL::SigBit, int> m_by_output;
   Yosys::dict<RTLIL::SigBit, INVERTER> m_inverters;
   Yosys::dict<RTLIL::SigBit, int> m_by_inverted_output;

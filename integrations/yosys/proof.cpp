@@ -185,11 +185,11 @@ std::vector<PROOF::MEMBER> PROOF::reference_members(const KPT_REGISTER_TRANSFORM
 }
 
 RTLIL::Wire* PROOF::shared_wire(const NETS& nets, const std::string& name, int width) {
-  return nets.module()->addWire(nets.module()->uniquify(RTLIL::IdString("\\kpt:" + name)), width);
+  return nets.module()->addWire(nets.module()->uniquify(RTLIL::IdString("\\" + name)), width);
 }
 
 void PROOF::tie_gold(const MEMBER& member) {
-  take_over(m_gold, member.m_bit, shared_wire(m_gold, member.m_name, 1), false);
+  take_over(m_gold, member.m_bit, shared_wire(m_gold, net_of_register(member.m_name), 1), false);
 }
 
 // The gate side is driven by a cell of its own: a net tied to a constant would make that constant
@@ -198,7 +198,8 @@ void PROOF::apply_constant(const std::vector<MEMBER>& members, bool value) {
   for (const MEMBER& member : members) {
     tie_gold(member);
     const RTLIL::State constant = value != member.m_inverted ? RTLIL::State::S1 : RTLIL::State::S0;
-    m_gate.module()->addBufGate(Yosys::RTLIL::IdString(NEW_ID), constant, shared_wire(m_gate, member.m_name, 1));
+    m_gate.module()->addBufGate(Yosys::RTLIL::IdString(NEW_ID), constant,
+                                shared_wire(m_gate, net_of_register(member.m_name), 1));
     ++m_summary.m_constants;
   }
 }
@@ -214,7 +215,7 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
     return;
   }
   const bool inverted = map.is_negative_unate(0, 0) != members.front().m_inverted;
-  const RTLIL::SigBit first = shared_wire(m_gate, members.front().m_name, 1);
+  const RTLIL::SigBit first = shared_wire(m_gate, net_of_register(members.front().m_name), 1);
   take_over(m_gate, gate_bit, first, inverted);
   for (const MEMBER& member : members) {
     tie_gold(member);
@@ -222,7 +223,7 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
     if (&member == &members.front()) {
       continue;
     }
-    RTLIL::Wire* const copy = shared_wire(m_gate, member.m_name, 1);
+    RTLIL::Wire* const copy = shared_wire(m_gate, net_of_register(member.m_name), 1);
     if (member.m_inverted != members.front().m_inverted) {
       m_gate.module()->addNotGate(NEW_ID, first, copy);
     } else {
@@ -297,7 +298,8 @@ void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
 
 void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
                                const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes) {
-  const std::string name = "machine" + std::to_string(++m_summary.m_machines);
+  const std::string name = net_of_machine(to_string(map.get_reference(r.front()).get_name()));
+  ++m_summary.m_machines;
   RTLIL::Wire* const gold_code = shared_wire(m_gold, name, static_cast<int>(r.size()));
   RTLIL::Wire* const gate_code = shared_wire(m_gate, name, static_cast<int>(t.size()));
   RTLIL::SigBit bit;
@@ -309,7 +311,7 @@ void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std
     m_gate.find(map.get_transformed(t[i]), bit);
     take_over(m_gate, bit, RTLIL::SigBit(gate_code, static_cast<int>(i)), false);
   }
-  m_codes << ".fsm " << text_of(m_gold.module()->name) << " kpt:" << name << "\n";
+  m_codes << ".fsm " << text_of(m_gold.module()->name) << " " << name << "\n";
   for (const auto& [gate_bits, gold_bits] : codes) {
     m_codes << ".map " << gold_bits << " " << gate_bits << "\n";
   }
@@ -328,6 +330,9 @@ void PROOF::hide_names() {
 }
 
 }  // namespace
+
+std::string net_of_register(const std::string& name) { return "kpt:" + name; }
+std::string net_of_machine(const std::string& first) { return "kpt:machine:" + first; }
 
 PROOF_SUMMARY prepare_proof(const KPT_KEYPOINTS_DB& db, RTLIL::Module* gold, RTLIL::Module* gate, std::ostream& codes) {
   return PROOF(db, gold, gate, codes).run();

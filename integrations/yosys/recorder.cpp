@@ -11,7 +11,7 @@ namespace {
 class RECORDER {
  public:
   RECORDER(const TRACKER& tracker, const KPT_KEYPOINTS_DB& db)
-      : m_tracker(tracker), m_db(db), m_names(tracker.current_names()) {}
+      : m_tracker(tracker), m_db(db), m_stage(db.get_name()), m_names(tracker.current_names()) {}
   TOTALS run();
 
  private:
@@ -36,17 +36,19 @@ class RECORDER {
   std::vector<int> transformed_bits(const MACHINE& machine) const;
   bool is_lost(const MACHINE& machine, const std::vector<int>& t) const;
   bool record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, const std::vector<int>& t);
+  void record_word(int index);
   void record_group(const LOCATION& location, const std::vector<int>& group);
   void count_first(const POINT& point, const LOCATION& location);
-  void record_eliminated(const POINT& point);
+  void record_eliminated(int index);
   void count_eliminated(const POINT& point);
   TRANSFORMED transformed(const LOCATION& location) const;
   const std::string& name_at(const LOCATION& location) const { return m_names.at(location); }
-  void note(bool recorded) { m_totals.m_not_recorded += recorded ? 0 : 1; }
+  bool describe(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<int>& points) const;
   const POINT& point(int index) const { return m_tracker.points()[static_cast<std::size_t>(index)]; }
 
   const TRACKER& m_tracker;
   const KPT_KEYPOINTS_DB& m_db;
+  const std::string m_stage;
   const TRACKER::NAMES m_names;
   TOTALS m_totals;
   std::map<LOCATION, std::vector<int>> m_groups;  // reference registers that are one register now
@@ -61,10 +63,11 @@ TOTALS RECORDER::run() {
   for (const auto& [location, group] : m_groups) {
     record_group(location, group);
   }
-  for (const POINT& each : m_tracker.points()) {
-    if (!each.m_name.empty()) {
+  for (std::size_t i = 0; i < m_tracker.points().size(); ++i) {
+    if (!m_tracker.points()[i].m_name.empty()) {
       ++m_totals.m_reference;
-      record_eliminated(each);
+      record_word(static_cast<int>(i));
+      record_eliminated(static_cast<int>(i));
     }
   }
   m_totals.m_front_end = m_tracker.made_by_front_end();
@@ -207,7 +210,34 @@ bool RECORDER::record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, 
       table.set_transformed_entry(row, ++column, (machine.m_codes[state][k] == '1') != point(t[k]).m_inverted);
     }
   }
-  return !m_db.associate_groups(r_side, t_side, table).is_null();
+  std::vector<int> points = machine.m_points;
+  for (const COLUMN& column : r) {
+    points.push_back(column.m_point);
+  }
+  return describe(m_db.associate_groups(r_side, t_side, table), points);
+}
+
+// Which passes made the registers what they are, and in which stage; false for a null map, which the database refused.
+bool RECORDER::describe(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<int>& points) const {
+  if (map.is_null()) {
+    return false;
+  }
+  std::vector<std::string> passes;
+  for (const int index : points) {
+    const std::string& pass = point(index).m_pass;
+    if (!pass.empty() && std::find(passes.begin(), passes.end(), pass) == passes.end()) {
+      passes.push_back(pass);
+    }
+  }
+  if (!passes.empty()) {
+    std::string text;
+    for (const std::string& pass : passes) {
+      text += (text.empty() ? "" : ", ") + pass;
+    }
+    map.add_attribute("pass", text);
+  }
+  map.add_attribute("stage", m_stage);
+  return true;
 }
 
 // What became one with a bit of a state machine's code stands in the machine's map.
@@ -235,7 +265,8 @@ void RECORDER::record_group(const LOCATION& location, const std::vector<int>& gr
   }
   const TRANSFORMED register_now = transformed(location);
   (point(group[first]).m_inverted ? t.inverse : t.same).push_back(register_now.view());
-  m_totals.m_not_recorded += m_db.associate_groups({r}, {t}).is_null() ? group.size() : 0;
+  const bool recorded = describe(m_db.associate_groups({r}, {t}), group);
+  m_totals.m_not_recorded += recorded ? 0 : group.size();
 }
 
 void RECORDER::count_first(const POINT& point, const LOCATION& location) {
@@ -256,14 +287,28 @@ RECORDER::TRANSFORMED RECORDER::transformed(const LOCATION& location) const {
   return {m_tracker.view().path(location.m_instance) + text_of_spelling(flop.m_cell_name), flop.m_type, flop.m_port};
 }
 
-void RECORDER::record_eliminated(const POINT& point) {
-  count_eliminated(point);
+// A word of a memory is where it was.
+void RECORDER::record_word(int index) {
+  if (point(index).m_fate != FATE::IN_MEMORY) {
+    return;
+  }
+  KPT_GROUPS here;
+  here.same.emplace_back(point(index).m_name);
+  const bool recorded = describe(m_db.associate_groups({here}, {here}), {index});
+  m_totals.m_not_recorded += recorded ? 0 : 1;
+  ++m_totals.m_kept;
+}
+
+void RECORDER::record_eliminated(int index) {
+  const POINT& eliminated = point(index);
+  count_eliminated(eliminated);
   const std::map<FATE, KPT_ELIM_ENUM> reasons = {
       {FATE::ZERO, KPT_STUCK_AT_ZERO}, {FATE::ONE, KPT_STUCK_AT_ONE}, {FATE::NO_FANOUT, KPT_NO_FANOUT}};
-  if (const auto reason = reasons.find(point.m_fate); reason != reasons.end()) {
+  if (const auto reason = reasons.find(eliminated.m_fate); reason != reasons.end()) {
     KPT_GROUPS r;
-    r.same.emplace_back(point.m_name);
-    note(!m_db.associate_groups({r}, {}, reason->second).is_null());
+    r.same.emplace_back(eliminated.m_name);
+    const bool recorded = describe(m_db.associate_groups({r}, {}, reason->second), {index});
+    m_totals.m_not_recorded += recorded ? 0 : 1;
   }
 }
 
@@ -286,6 +331,7 @@ void RECORDER::count_eliminated(const POINT& point) {
       ++m_totals.m_unknown_after[point.m_pass];
       break;
     case FATE::LIVE:
+    case FATE::IN_MEMORY:
     case FATE::IN_MACHINE:
       break;
   }

@@ -201,6 +201,7 @@ void TRACKER::begin(RTLIL::Module* top) {
 void TRACKER::begin_points(const NAMES& names) {
   m_now.m_points.clear();
   m_now.m_machines.clear();
+  m_now.m_memories.clear();
   m_now.m_made_by_front_end = 0;
   for (const auto& [location, name] : names) {
     if (is_made_by_front_end(name)) {
@@ -213,6 +214,7 @@ void TRACKER::begin_points(const NAMES& names) {
     point.m_name = name;
     m_now.m_points.push_back(std::move(point));
   }
+  begin_words();
   std::stable_sort(m_now.m_points.begin(), m_now.m_points.end(),
                    [](const POINT& a, const POINT& b) { return a.m_name < b.m_name; });
 }
@@ -262,6 +264,7 @@ void TRACKER::follow(RTLIL::Module* top, const std::string& pass) {
   for (POINT& point : m_now.m_points) {
     follow_point(step, point);
   }
+  follow_memories(step);
   find_machines(step);
   for (std::size_t i = 0; i < m_now.m_machines.size(); ++i) {
     follow_machine(step, static_cast<int>(i));

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,8 @@ class TRACKER {
   bool changed(RTLIL::Design* design, const std::string& pass);
   void begin(RTLIL::Module* top);
   void begin_points(const NAMES& names);
+  void begin_words();
+  void add_words(const std::string& path, const MEMORY& memory, std::set<std::string>& names);
   void follow(RTLIL::Module* top, const std::string& pass);
 
   bool find_technology(const STEP& step);
@@ -88,6 +91,10 @@ class TRACKER {
   static void lose(const STEP& step, POINT& point);
   static void note_absorbed(const STEP& step, POINT& point, int readers);
   static bool settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted);
+
+  // Memories.
+  void follow_memories(const STEP& step);
+  void leave_memory(const STEP& step, int index);
 
   // State machines.
   void find_machines(const STEP& step);

@@ -20,6 +20,7 @@ enum class FATE {
   ONE,         // always 1
   UNDEFINED,   // has no value in any state
   NO_FANOUT,   // drove nothing
+  IN_MEMORY,   // a bit of a word that is kept in a memory, which is m_memory
   IN_MACHINE,  // a bit of a state machine's code, which is m_machine
   UNKNOWN      // cannot be told
 };
@@ -31,6 +32,9 @@ struct POINT {
   LOCATION m_location;
   unsigned int m_cell = 0;  // the number of the cell there
   bool m_inverted = false;  // its inverse is held there
+  int m_memory = -1;
+  int m_address = 0;  // of its word there
+  int m_bit = 0;      // of that
   int m_machine = -1;
   int m_column = -1;               // of the machine's old code
   bool m_column_inverted = false;  // its inverse is in that column
@@ -53,12 +57,20 @@ struct MACHINE {
   bool m_mapped = false;
 };
 
+/// A memory of the reference netlist. Its words are the same as long as its name and shape are.
+struct HELD_MEMORY {
+  std::string m_path;
+  MEMORY m_memory;
+  bool m_gone = false;  // there is no more to follow
+};
+
 struct TRACKING {
   std::string m_top;
   TECHNOLOGY m_technology;
   std::shared_ptr<const NETLIST_VIEW> m_view;  // null as long as there are processes
   std::vector<POINT> m_points;
   std::vector<MACHINE> m_machines;
+  std::vector<HELD_MEMORY> m_memories;
   std::size_t m_made_by_front_end = 0;  // registers of the reference that nobody wrote, and no points
 };
 

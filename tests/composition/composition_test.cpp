@@ -212,6 +212,44 @@ TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
   EXPECT_EQ(word("r"), "unknown");
 }
 
+// The column of a bit says the value of its first register that is not
+// inverted. When that one goes and inverted replicas stay, the event leaves the
+// column: read as theirs, it would say the inverse of what they are.
+TEST_F(ComposedStages, SayNothingOfAMachineOfWhoseBitInvertedReplicasAloneStay) {
+  KPT_STATE_TABLE table(3, 2, 2);
+  table.set_reference_entry(2, 1, true);
+  table.set_reference_entry(3, 2, true);
+  table.set_transformed_entry(2, 1, true);
+  table.set_transformed_entry(3, 1, true);
+  table.set_transformed_entry(3, 2, true);
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, table));
+  ASSERT_TRUE(first->set_replicated_registers("s1", "copy"));
+  ASSERT_TRUE(first->set_inverter_retimed_register("copy"));
+  EXPECT_EQ(first->get_reference_register_transformation("r1").get_fate(0), KPT_FATE_MACHINE);
+  ASSERT_TRUE(first->set_eliminated_register_no_fanout("s1"));
+  const KPT_REGISTER_TRANSFORMATION machine = first->get_reference_register_transformation("r1");
+  EXPECT_EQ(text(machine.get_attribute("partial")), "table");
+  EXPECT_EQ(machine.get_fate(0), KPT_FATE_UNKNOWN);
+  second->associate_registers_signal_to_signal("copy", "copy");
+  second->associate_registers_signal_to_signal("s2", "s2");
+  ASSERT_TRUE(compose());
+  EXPECT_EQ(report.warnings.size(), 1U);
+  EXPECT_EQ(word("r1"), "unknown");
+}
+
+TEST_F(ComposedStages, GoOnReadingAMachineOfWhoseBitAReplicaWithTheSameValueStays) {
+  KPT_STATE_TABLE table(2, 1, 1);
+  table.set_reference_entry(2, 1, true);
+  table.set_transformed_entry(2, 1, true);
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"r"}, {"s"}, table));
+  ASSERT_TRUE(first->set_replicated_registers("s", "copy"));
+  ASSERT_TRUE(first->set_eliminated_register_no_fanout("s"));
+  second->associate_registers_signal_to_signal("copy", "last");
+  ASSERT_TRUE(compose());
+  EXPECT_EQ(report.warnings.size(), 0U);
+  EXPECT_EQ(text(map("r").get_transformed(0).get_name()), "last");
+}
+
 // Maps of any shape.
 
 TEST(Groups, AreRecordedAsOneMap) {

@@ -148,18 +148,22 @@ PLAIN_RELATION joined(const PLAIN_RELATION& first, const PLAIN_RELATION& second)
   return relation;
 }
 
-unsigned part_of(const PLAIN_RELATION& relation, unsigned reg) {
-  std::vector<unsigned> all;
-  for_each(relation, [&](unsigned values) { all.push_back(values); });
-  const unsigned everything = (1U << (relation.from.size() + relation.to.size())) - 1U;
+unsigned part_of(const std::vector<unsigned>& rows, unsigned columns, unsigned column) {
+  const unsigned everything = (1U << columns) - 1U;
   unsigned part = everything;
   for (unsigned mask = 0; mask <= everything; ++mask) {
-    if ((mask >> reg & 1U) != 0 && __builtin_popcount(mask) < __builtin_popcount(part) &&
-        count(all, mask) * count(all, everything & ~mask) == all.size()) {
+    if ((mask >> column & 1U) != 0 && __builtin_popcount(mask) < __builtin_popcount(part) &&
+        count(rows, mask) * count(rows, everything & ~mask) == rows.size()) {
       part = mask;
     }
   }
   return part;
+}
+
+unsigned part_of(const PLAIN_RELATION& relation, unsigned reg) {
+  std::vector<unsigned> all;
+  for_each(relation, [&](unsigned values) { all.push_back(values); });
+  return part_of(all, static_cast<unsigned>(relation.from.size() + relation.to.size()), reg);
 }
 
 int constant(const PLAIN_RELATION& relation, unsigned reg) {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "tests/composition/plain_relation.h"
+
 namespace kpt_test {
 
 namespace {
@@ -18,7 +20,7 @@ SIMULATED_FLOW::SIMULATED_FLOW(std::mt19937& random, unsigned registers, unsigne
   for (unsigned k = 0; k < count; ++k) {
     // A register that this stage adds.
     if (k > 0 && below(4) == 0) {
-      last.emplace(fresh_name(), SIMULATED{m_random() * TRACE{0x100000001}, {}});
+      last.emplace(fresh_name(), SIMULATED{m_random() * TRACE{0x100000001}, {}, {}});
     }
     stage();
   }
@@ -74,7 +76,7 @@ void SIMULATED_FLOW::simulate(unsigned registers) {
   }
   for (unsigned k = 0; k < registers; ++k) {
     const std::string name = fresh_name();
-    first.emplace(name, SIMULATED{traces[k], {name}});
+    first.emplace(name, SIMULATED{traces[k], {name}, {name}});
   }
 }
 
@@ -87,8 +89,27 @@ std::string SIMULATED_FLOW::new_name(const std::string& old) {
   return last.contains(name) ? fresh_name() : name;
 }
 
-void SIMULATED_FLOW::put(const std::string& name, TRACE trace, const std::set<std::string>& origins) {
-  last.emplace(name, SIMULATED{trace, origins});
+void SIMULATED_FLOW::put(const std::string& name, const SIMULATED& simulated) { last.emplace(name, simulated); }
+
+void SIMULATED_FLOW::relate(const std::set<std::string>& names) {
+  for (const std::string& name : names) {
+    m_related[name].insert(names.begin(), names.end());
+  }
+}
+
+std::set<std::string> SIMULATED_FLOW::related_to(const std::string& name) const {
+  std::set<std::string> all{name};
+  std::vector<std::string> open{name};
+  while (!open.empty()) {
+    const auto found = m_related.find(open.back());
+    open.pop_back();
+    for (const std::string& other : found == m_related.end() ? std::set<std::string>() : found->second) {
+      if (all.insert(other).second) {
+        open.push_back(other);
+      }
+    }
+  }
+  return all;
 }
 
 SIMULATED_FLOW::MEMBERS SIMULATED_FLOW::take(unsigned most) {
@@ -117,7 +138,7 @@ SIMULATED_FLOW::MEMBERS SIMULATED_FLOW::take_twins() {
 
 void SIMULATED_FLOW::lose(const MEMBERS& members) {
   for (const auto& [name, member] : members) {
-    with_lost_copies.insert(member.origins.begin(), member.origins.end());
+    with_lost_copies.insert(member.ancestors.begin(), member.ancestors.end());
   }
 }
 
@@ -133,15 +154,17 @@ KPT_GROUPS SIMULATED_FLOW::groups_of(const MEMBERS& members, TRACE trace) {
 // Registers of one value become registers of that value or its inverse.
 void SIMULATED_FLOW::copy(const MEMBERS& members) {
   const TRACE trace = members[0].second.trace;
-  std::set<std::string> origins;
+  SIMULATED copied;
   for (const auto& [name, member] : members) {
-    origins.insert(member.origins.begin(), member.origins.end());
+    copied.origins.insert(member.origins.begin(), member.origins.end());
+    copied.ancestors.insert(member.ancestors.begin(), member.ancestors.end());
   }
+  relate(copied.ancestors);
   MEMBERS copies;
   for (unsigned k = below(4) == 0 ? 2 : 1; k > 0; --k) {
-    const TRACE value = below(4) == 0 ? ~trace : trace;
-    copies.push_back({new_name(members[0].first), SIMULATED{value, origins}});
-    put(copies.back().first, value, origins);
+    copied.trace = below(4) == 0 ? ~trace : trace;
+    copies.push_back({new_name(members[0].first), copied});
+    put(copies.back().first, copied);
   }
   if (members.size() == 1 && copies.size() == 1 && copies[0].second.trace == trace) {
     EXPECT_TRUE(stages.back()->associate_registers_signal_to_signal(members[0].first, copies[0].first));
@@ -153,7 +176,17 @@ void SIMULATED_FLOW::copy(const MEMBERS& members) {
   }
 }
 
-// Some registers become registers that are functions of all of them together.
+std::set<std::string> SIMULATED_FLOW::ancestors_of(const MEMBERS& members, unsigned some) {
+  std::set<std::string> ancestors;
+  for (std::size_t k = 0; k < members.size(); ++k) {
+    if ((some >> k & 1U) != 0) {
+      ancestors.insert(members[k].second.ancestors.begin(), members[k].second.ancestors.end());
+    }
+  }
+  return ancestors;
+}
+
+// Some registers become some others that are functions of them together.
 void SIMULATED_FLOW::encode(const MEMBERS& members) {
   const auto wide = static_cast<unsigned>(members.size());
   const unsigned codes = 1U << wide;
@@ -176,8 +209,6 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
   }
   const auto count = [](std::size_t number) { return static_cast<unsigned short>(number); };
   KPT_STATE_TABLE table(count(seen.size()), count(wide), count(bits));
-  KPT_STRING_VECTOR r;
-  KPT_STRING_VECTOR t;
   unsigned short row = 0;
   for (const unsigned code : seen) {
     ++row;
@@ -188,22 +219,66 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
       table.set_transformed_entry(row, count(k + 1), (code_of[code] >> k & 1U) != 0);
     }
   }
+  KPT_STRING_VECTOR r;
+  KPT_STRING_VECTOR t;
   for (const auto& [name, member] : members) {
     r.emplace_back(name);
+    encoded.insert(member.ancestors.begin(), member.ancestors.end());
   }
+  relate(ancestors_of(members, ~0U));
+  BITS names;
   for (unsigned k = 0; k < bits; ++k) {
-    t.emplace_back(new_name(members[0].first));
-    put(std::string(t.back()), traces[k], {});
+    names.push_back({new_name(members[0].first)});
+    t.emplace_back(names.back()[0]);
+    put(names.back()[0], {traces[k], {}, {}});
   }
   EXPECT_TRUE(stages.back()->associate_registers_fsm_signals(r, t, table));
-  if (below(3) == 0) {
-    EXPECT_TRUE(stages.back()->set_inverter_retimed_register(t[0]));
-    last.at(std::string(t[0])).trace = ~traces[0];
+  machine_events(names);
+  // Bits that are gone say nothing of what the others have to do with.
+  const auto removed = bits - static_cast<unsigned>(names.size());
+  std::set<unsigned> rows;
+  for (const unsigned code : seen) {
+    rows.insert(code | code_of[code] >> removed << wide);
+  }
+  for (unsigned k = 0; k < names.size(); ++k) {
+    const unsigned part = part_of({rows.begin(), rows.end()}, wide + bits - removed, wide + k);
+    for (const std::string& name : names[k]) {
+      last.at(name).ancestors = ancestors_of(members, part);
+    }
+  }
+}
+
+// Of a machine, events find the registers of the first bit: it is replicated,
+// inverted and removed, and then the next bit is the first.
+void SIMULATED_FLOW::machine_events(BITS& bits) {
+  const KPT_UNREGISTERED_DB& db = stages.back();
+  for (unsigned k = below(3) == 0 ? 1 + below(6) : 0; k > 0 && !bits.empty(); --k) {
+    const std::size_t at = below(static_cast<unsigned>(bits[0].size()));
+    const std::string name = bits[0][at];
+    switch (below(3)) {
+      case 0:
+        EXPECT_TRUE(db->set_inverter_retimed_register(name));
+        last.at(name).trace = ~last.at(name).trace;
+        break;
+      case 1:
+        bits[0].push_back(fresh_name());
+        EXPECT_TRUE(db->set_replicated_registers(name, bits[0].back()));
+        put(bits[0].back(), last.at(name));
+        break;
+      default:
+        db->set_eliminated_register_no_fanout(name);
+        last.erase(name);
+        bits[0].erase(bits[0].begin() + static_cast<std::ptrdiff_t>(at));
+        if (bits[0].empty()) {
+          bits.erase(bits.begin());
+        }
+    }
   }
 }
 
 void SIMULATED_FLOW::remove_constant(const MEMBERS& members) {
   const TRACE trace = members[0].second.trace;
+  relate(ancestors_of(members, ~0U));
   EXPECT_FALSE(stages.back()
                    ->associate_groups({groups_of(members, trace)}, {},
                                       !is_constant(trace) ? KPT_NO_FANOUT
@@ -231,7 +306,7 @@ void SIMULATED_FLOW::events() {
       case 1: {
         const std::string replica = fresh_name();
         EXPECT_TRUE(db->set_replicated_registers(name, replica));
-        put(replica, at->second.trace, at->second.origins);
+        put(replica, at->second);
         break;
       }
       case 2: {
@@ -239,7 +314,10 @@ void SIMULATED_FLOW::events() {
           return candidate != name && last.contains(candidate) && last.at(candidate).trace == at->second.trace;
         });
         if (other != names.end() && db->set_merged_registers(name, *other)) {
-          at->second.origins.insert(last.at(*other).origins.begin(), last.at(*other).origins.end());
+          const SIMULATED& gone = last.at(*other);
+          at->second.origins.insert(gone.origins.begin(), gone.origins.end());
+          at->second.ancestors.insert(gone.ancestors.begin(), gone.ancestors.end());
+          relate(at->second.ancestors);
           last.erase(*other);
         }
         break;

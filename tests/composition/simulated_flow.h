@@ -25,6 +25,8 @@ struct SIMULATED {
   /// The registers of the first netlist from which this one was kept, copied or
   /// merged, without a machine between.
   std::set<std::string> origins;
+  /// Those that it has to do with by any way, machines included.
+  std::set<std::string> ancestors;
 };
 using SIMULATED_NETLIST = std::map<std::string, SIMULATED>;
 
@@ -35,12 +37,19 @@ class SIMULATED_FLOW {
   SIMULATED_NETLIST first;
   SIMULATED_NETLIST last;
   std::list<KPT_UNREGISTERED_DB> stages;
-  /// Registers of the first netlist of which a copy was lost.
+  /// Registers of the first netlist of which a copy was lost, or a bit of a
+  /// machine that it went into.
   std::set<std::string> with_lost_copies;
+  /// Registers of the first netlist that went into a machine.
+  std::set<std::string> encoded;
+  /// The registers of the first netlist that may be known to be one value with
+  /// this one: what is unknown of one of them is unknown of all.
+  std::set<std::string> related_to(const std::string& name) const;
 
  private:
   using MEMBER = std::pair<std::string, SIMULATED>;
   using MEMBERS = std::vector<MEMBER>;
+  using BITS = std::vector<std::vector<std::string>>;  // the registers of each bit of a machine
 
   unsigned below(unsigned end) { return static_cast<unsigned>(m_random() % end); }
   std::string fresh_name() { return "n" + std::to_string(++m_names); }
@@ -49,19 +58,23 @@ class SIMULATED_FLOW {
   void stage();
   MEMBERS take(unsigned most);
   MEMBERS take_twins();
-  void put(const std::string& name, TRACE trace, const std::set<std::string>& origins);
+  void put(const std::string& name, const SIMULATED& simulated);
+  void relate(const std::set<std::string>& names);
   void lose(const MEMBERS& members);
   KPT_GROUPS groups_of(const MEMBERS& members, TRACE trace);
   void copy(const MEMBERS& members);
   void encode(const MEMBERS& members);
   void remove_constant(const MEMBERS& members);
+  static std::set<std::string> ancestors_of(const MEMBERS& members, unsigned some);
+  void machine_events(BITS& bits);
   void events();
 
   std::mt19937& m_random;
   unsigned m_names = 0;
   std::vector<MEMBER> m_left;      // of the netlist from which the stage starts
   std::set<std::string> m_plain;   // registers of the new netlist that events may change
-  std::list<std::string> m_texts;  // to which groups refer
+  std::list<std::string> m_texts;  // that groups refer to
+  std::map<std::string, std::set<std::string>> m_related;
 };
 
 }  // namespace kpt_test

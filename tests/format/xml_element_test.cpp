@@ -303,17 +303,25 @@ TEST_F(XmlElement, TellsANameWithoutAStringOfItsOwn) {
   EXPECT_FALSE(KPT_XML_ELEMENT().has_name(""));
 }
 
-// The result of the parser's transcoder for such names depends on the locale.
-// None may end the process, and ASCII names beside them do not change.
-TEST_F(XmlElement, LivesWithNamesAndTextsBeyondAscii) {
+// In every locale: a test has the one named "C".
+TEST_F(XmlElement, GivesNamesAndTextsBeyondAsciiInUtf8) {
   const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='\xE2\x82\xAC'><\xC3\xA4/>\xF0\x9F\x98\x80<a>b</a></r>");
   bool ok = true;
+  EXPECT_EQ(root.get_text_content(),
+            "\xF0\x9F\x98\x80"
+            "b");
+  EXPECT_EQ(root.get_attribute_by_name("\xC3\xA4"), "\xE2\x82\xAC");
+  EXPECT_STREQ(root.get_single_child_element("\xC3\xA4", &ok).get_node_name(), "\xC3\xA4");
+  EXPECT_TRUE(ok);
   EXPECT_EQ(root.get_single_child_element("a", &ok).get_text_content(), "b");
   EXPECT_TRUE(ok);
-  root.get_text_content();
-  root.get_attribute_by_name("\xC3\xA4");
-  root.get_attribute_by_name("\xFF");
-  root.get_single_child_element("\xC3\xA4", &ok);
+}
+
+TEST_F(XmlElement, FindsNothingUnderANameThatIsNoUtf8) {
+  const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='x'/>");
+  EXPECT_EQ(root.get_attribute_by_name("\xE4"), "");
+  EXPECT_EQ(root.get_attribute_by_name("\xFF"), "");
+  EXPECT_EQ(root.get_attribute_by_name("\xC3\xA4\xF0\x9F\x98\x80"), "");
 }
 
 TEST(XmlNullElement, AnswersEverythingWithNothing) {

@@ -22,7 +22,7 @@ WRONG = {
     '{"event": "merge", "kept": "a", "merged": "b", "why": "c"}': "'why' was unexpected",
     '{"event": "eliminate", "register": "a", "reason": "lost"}': "'lost' is not one of",
     '{"event": "associate", "reference": {"name": "a"}, "transformed": "b"}': "'entity' is a required property",
-    '{"event": "replicate", "register": "a<b", "replica": "c"}': "'a<b' does not match",
+    '{"event": "replicate", "register": "a\\u0001b", "replica": "c"}': "'a\\x01b' does not match",
 }
 
 

@@ -44,9 +44,17 @@ TEST_F(Record, TakesTheNameItIsGiven) {
   EXPECT_THAT(read("stage.xml"), StartsWith("<kpt_db name=\"top\">\n"));
 }
 
+TEST_F(Record, KeepsNamesThatXmlNeedsEscaped) {
+  write("odd.jsonl", R"({"event":"associate","reference":"count<3>","transformed":"\"\u00e9\" & ]]>"})");
+  good({"record", "odd.jsonl", "-o", "odd.xml"});
+  EXPECT_THAT(read("odd.xml"), HasSubstr("<name>count&lt;3></name>"));
+  EXPECT_THAT(read("odd.xml"), HasSubstr("<name>&quot;\xC3\xA9&quot; &amp; ]]&gt;</name>"));
+  EXPECT_EQ(good({"check", "odd.xml"}), "odd.xml: nothing to object to\n");
+}
+
 TEST_F(Record, NeedsANameForStandardInput) {
   EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml"}, DESIGN).exit_code, 2);
-  EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml", "--name", "a<b"}, DESIGN).exit_code, 2);
+  EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml", "--name", "a\x01"}, DESIGN).exit_code, 2);
   EXPECT_EQ(kptdb({"record", "-", "-o", "x.xml", "--name", "x"}, DESIGN).exit_code, 0);
 }
 
@@ -111,8 +119,9 @@ TEST_F(Record, TellsWhatIsWrongWithALine) {
   EXPECT_THAT(refusal(R"({"event":"merge","kept":"a"})", 3), HasSubstr("\"merged\" is missing"));
   EXPECT_THAT(refusal(R"({"event":"merge","kept":"a","merged":"b","into":"c"})", 3), HasSubstr("unknown key \"into\""));
   EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":""})", 3), HasSubstr("\"register\" is empty"));
-  EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"a<b"})", 3), HasSubstr("printable ASCII"));
-  EXPECT_THAT(refusal("{\"event\":\"retime_inverter\",\"register\":\"\\u00e9\"}", 3), HasSubstr("\\xC3\\xA9"));
+  EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"a\u0001b"})", 3),
+              HasSubstr("\"register\" is \"a\\x01b\": a database file holds no control characters"));
+  EXPECT_THAT(refusal("{\"event\":\"retime_inverter\",\"register\":\"\\uffff\"}", 3), HasSubstr("\\xEF\\xBF\\xBF"));
   EXPECT_THAT(refusal(R"({"event":"eliminate","register":"b","reason":"bored"})", 3),
               HasSubstr("unknown reason \"bored\""));
   EXPECT_THAT(refusal(R"({"event":"associate","reference":["x"],"transformed":"y"})", 3),

@@ -176,7 +176,7 @@ TEST_F(UnregisteredDb, ManagerSavesAtomicallyByName) {
   manager.create_keypoints_db("d")->associate_registers_signal_to_signal("a", "x");
   EXPECT_TRUE(manager.save_db_atomically("d", file("d.xml")));
   EXPECT_FALSE(KPT_UNREGISTERED_DB::load(file("d.xml")).is_null());
-  manager.get_keypoints_db("d")->associate_registers_signal_to_signal("<", "<");
+  manager.get_keypoints_db("d")->associate_registers_signal_to_signal("\x01", "x1");
   EXPECT_FALSE(manager.save_db_atomically("d", file("other.xml")));
   EXPECT_FALSE(std::filesystem::exists(file("other.xml")));
   EXPECT_TRUE(manager.destroy_keypoints_db("d"));

@@ -23,3 +23,10 @@ cmp kpt.xml again.xml || fail "a loaded database is saved otherwise"
 run log "read_verilog $source; kpt_track -top $top; synth -top $top; kpt_stage; kpt_show -o hierarchy"
 expect log '0 unknown' '28 of 28 reference registers accounted for'
 expect hierarchy 'button[3].b.lamp = button[3].b.lamp' 'floor[1] = floor[1]'
+
+# Each map says which pass made its registers what they are, and in which stage; a file keeps that.
+[ "$(grep -c '<transformation ' kpt.xml)" -eq "$(grep -c '<attribute name="stage" value="kpt">' kpt.xml)" ] ||
+  fail "not every map has its stage"
+for pass in 'opt_dff' 'opt_clean'; do
+  grep -q "<attribute name=\"pass\" value=\"$pass\">" kpt.xml || fail "no map of $pass"
+done

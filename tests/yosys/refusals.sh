@@ -2,14 +2,13 @@
 . "${0%/*}/flow.sh"
 locate elevator
 
-# A name that the file cannot hold.
-cat >name.v <<'V'
-module name(input clk, input d, output q);
-  reg \a<b ;
-  always @(posedge clk) \a<b <= d;
-  assign q = ~\a<b ;
-endmodule
-V
+# named register: a design of one register.
+named() {
+  printf 'module name(input clk, input d, output q);\n  reg \\%s ;\n  always @(posedge clk) \\%s <= d;\n' "$1" "$1"
+  printf '  assign q = ~\\%s ;\nendmodule\n' "$1"
+}
+# No file can hold a name that is not UTF-8.
+named "$(printf 'a\351b')" >name.v
 
 refused 'No registers are being followed: use kpt_track' "kpt_stage"
 refused 'No registers are being followed: processes are left' "read_verilog $source; kpt_track -top $top; kpt_stage"
@@ -30,9 +29,16 @@ refused 'The stages cannot be composed: ' "$stages; read_verilog name.v; hierarc
 refused 'There is no module gold' "kpt_apply -encfile codes gold gate"
 
 echo earlier >name.xml
-refused 'kpt cannot be saved as name.xml: the file cannot hold the name of register a<b' \
+refused 'kpt cannot be saved as name.xml: the file cannot hold the name of register a' \
   "read_verilog name.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save name.xml"
 [ "$(cat name.xml)" = earlier ] || fail "the file was touched"
+
+# Every other name comes back.
+named "$(printf 'a<b&"]]>\303\251')" >odd.v
+run log "read_verilog odd.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save odd.xml; kpt_show -o kept"
+run log "kpt_load odd.xml; kpt_show -o loaded"
+grep -qF 'a<b&"' kept || fail "the name was not recorded"
+cmp kept loaded || fail "a name did not come back"
 
 refused 'kpt cannot be saved as no/where.xml' \
   "read_verilog $source; kpt_track -top $top; synth -top $top -run :fine; kpt_stage; kpt_save no/where.xml"

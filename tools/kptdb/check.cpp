@@ -10,6 +10,7 @@
 #include <unordered_set>
 
 #include "commands.h"
+#include "db/kpt/kpt_held_text.h"
 #include "files.h"
 #include "model.h"
 #include "outline.h"
@@ -156,9 +157,9 @@ class CHECK {
   void check_name(std::size_t line, std::string_view what, std::string_view name) {
     if (name.empty()) {
       warning(line, "name-empty", fmt::format("the {} is empty", what));
-    } else if (!reads_back(name)) {
+    } else if (!kpt_file_can_hold(name)) {
       error(line, "name-unreadable",
-            fmt::format("the {} \"{}\" cannot be read back once it is saved", what, printable(name)));
+            fmt::format("no file that is saved can hold the {} \"{}\"", what, printable(name)));
     }
   }
 

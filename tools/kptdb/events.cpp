@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <unordered_set>
 
+#include "db/kpt/kpt_held_text.h"
 #include "text.h"
 
 namespace kptdb {
@@ -71,9 +72,8 @@ std::string text_of(const JSON& value, std::string_view what) {
   if (text.empty()) {
     refuse(fmt::format("\"{}\" is empty", what));
   }
-  if (!reads_back(text)) {
-    refuse(fmt::format("\"{}\" is \"{}\": a database file holds printable ASCII without <, &, \" and ]]>", what,
-                       printable(text)));
+  if (!kpt_file_can_hold(text)) {
+    refuse(fmt::format("\"{}\" is \"{}\": a database file holds no control characters", what, printable(text)));
   }
   return text;
 }

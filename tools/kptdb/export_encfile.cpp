@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 
+#include "db/kpt/kpt_held_text.h"
 #include "export.h"
 #include "model.h"
 #include "text.h"
@@ -81,9 +82,9 @@ bool widths_fit(const KPT_REGISTER_TRANSFORMATION& map, const KPT_STATE_TABLE& t
          map.get_number_of_indices(KPT_TRANSFORMED_SET) == width_of(table, KPT_TRANSFORMED_SET);
 }
 
-// A name with a blank in it would read as two.
+// A name with a blank or a line end in it would read as two.
 void refuse_blanks(std::string_view what, const std::string& name) {
-  if (name.empty() || !reads_back(name) || name.find(' ') != std::string::npos) {
+  if (name.empty() || !kpt_file_can_hold(name) || name.find_first_of(" \t\r\n") != std::string::npos) {
     throw FAILURE(EXIT_FOUND, fmt::format("an encoding file cannot hold the {} \"{}\"", what, printable(name)));
   }
 }

@@ -3,6 +3,7 @@
 
 #include "commands.h"
 #include "database.h"
+#include "db/kpt/kpt_held_text.h"
 #include "events.h"
 #include "files.h"
 #include "host_lines.h"
@@ -39,7 +40,7 @@ std::string database_name(const RECORD_OPTIONS& options) {
     name = options.events.substr(options.events.rfind('/') + 1);
     name = name.substr(0, name.rfind('.'));
   }
-  if (name.empty() || !reads_back(name)) {
+  if (name.empty() || !kpt_file_can_hold(name)) {
     throw FAILURE(EXIT_WRONG_USE, fmt::format("a database cannot be named \"{}\": use --name", printable(name)));
   }
   return name;

@@ -20,12 +20,6 @@ std::string printable(std::string_view text) {
   return result;
 }
 
-// Files are written without escapes, and only ASCII is sure to be read as it was written.
-bool reads_back(std::string_view text) {
-  const auto plain = [](char c) { return c >= 0x20 && c <= 0x7E && c != '<' && c != '&' && c != '"'; };
-  return std::all_of(text.begin(), text.end(), plain) && text.find("]]>") == std::string_view::npos;
-}
-
 // On a mismatch the last star takes one character more; earlier stars need not be tried again.
 bool matches(std::string_view pattern, std::string_view text) {
   std::size_t p = 0;

@@ -14,9 +14,6 @@ namespace kptdb {
 /// steer the terminal it is shown on.
 std::string printable(std::string_view text);
 
-/// Whether the text comes back from a database file as it is.
-bool reads_back(std::string_view text);
-
 /// Whether the whole of `text` matches `pattern`, where "*" stands for any text and "?" for any
 /// character. Brackets stand for themselves, since register names are full of them.
 bool matches(std::string_view pattern, std::string_view text);

@@ -10,18 +10,19 @@
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
 
-/// The attribute of a map that does not show everything that its registers became.
-inline constexpr std::string_view KPT_PARTIAL = "partial";
-
 inline bool kpt_is_partial(const KPT_TRANSFORMATION_IMPL& map) {
   return !map.attributes().empty() && !map.get_attribute(KPT_PARTIAL).empty();
 }
 
 inline bool kpt_is_stuck(KPT_ELIM_ENUM status) { return status == KPT_STUCK_AT_ZERO || status == KPT_STUCK_AT_ONE; }
 
-/// Events on the bits of a machine may leave a table whose size does not fit its
-/// sides, or a status that differs from the table. Such a table is not read.
+/// Events on the bits of a machine leave tables that have not its sides' size,
+/// a status that the table does not say, or a column whose register is gone
+/// while its inverted replicas stay: such a table is not to be read.
 inline bool kpt_table_fits(const KPT_TRANSFORMATION_IMPL& map) {
+  if (!map.attributes().empty() && std::string_view(map.get_attribute(KPT_PARTIAL)) == KPT_PARTIAL_TABLE) {
+    return false;
+  }
   const KPT_STATE_TABLE_IMPL& table = map.state_table();
   if (map.r_vec().size() != table.get_num_reference_registers() ||
       map.t_vec().size() != table.get_num_transformed_registers()) {

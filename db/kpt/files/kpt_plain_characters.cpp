@@ -16,6 +16,29 @@ bool is_legal(std::uint32_t c) {
   return !is_control && !is_surrogate && c != 0xFFFE && c != 0xFFFF && c <= MOST;
 }
 
+// What stands between "&#" and ";".
+bool decode_number(std::string_view digits, std::uint32_t& c) {
+  const bool is_hex = digits.starts_with('x');
+  digits.remove_prefix(is_hex ? 1 : 0);
+  const char* const end = digits.data() + digits.size();
+  const auto [read, error] = std::from_chars(digits.data(), end, c, is_hex ? 16 : 10);
+  return error == std::errc() && read == end && is_legal(c) && c != 0;
+}
+
+bool decode_name(std::string_view name, std::uint32_t& c) {
+  constexpr std::pair<std::string_view, char> PREDEFINED[] = {
+      {"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
+  const auto* found = std::find_if(std::begin(PREDEFINED), std::end(PREDEFINED),
+                                   [&](const auto& predefined) { return predefined.first == name; });
+  if (found == std::end(PREDEFINED)) {
+    return false;
+  }
+  c = static_cast<unsigned char>(found->second);
+  return true;
+}
+
+}  // namespace
+
 std::size_t encode(std::uint32_t c, char* out) {
   const auto tail = [&](unsigned shift) { return static_cast<char>(0x80 | (c >> shift & 0x3F)); };
   if (c < 0x80) {
@@ -40,29 +63,6 @@ std::size_t encode(std::uint32_t c, char* out) {
   return 4;
 }
 
-// What stands between "&#" and ";".
-bool decode_number(std::string_view digits, std::uint32_t& c) {
-  const bool is_hex = digits.starts_with('x');
-  digits.remove_prefix(is_hex ? 1 : 0);
-  const char* const end = digits.data() + digits.size();
-  const auto [read, error] = std::from_chars(digits.data(), end, c, is_hex ? 16 : 10);
-  return error == std::errc() && read == end && is_legal(c) && c != 0;
-}
-
-bool decode_name(std::string_view name, std::uint32_t& c) {
-  constexpr std::pair<std::string_view, char> PREDEFINED[] = {
-      {"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}};
-  const auto* found = std::find_if(std::begin(PREDEFINED), std::end(PREDEFINED),
-                                   [&](const auto& predefined) { return predefined.first == name; });
-  if (found == std::end(PREDEFINED)) {
-    return false;
-  }
-  c = static_cast<unsigned char>(found->second);
-  return true;
-}
-
-}  // namespace
-
 std::size_t utf8_length(std::string_view text) {
   const auto byte = [&](std::size_t k) -> std::uint32_t {
     return k < text.size() ? static_cast<unsigned char>(text[k]) : 0U;
@@ -81,6 +81,13 @@ std::size_t utf8_length(std::string_view text) {
     return c >= 0x10000 && c <= MOST ? 4 : 0;
   }
   return 0;
+}
+
+std::size_t character_length(std::string_view text) {
+  if (text.empty() || static_cast<unsigned char>(text.front()) >= 0x80) {
+    return utf8_length(text);
+  }
+  return is_legal(static_cast<unsigned char>(text.front())) ? 1 : 0;
 }
 
 std::size_t reference_length(std::string_view text, char* out, std::size_t& size) {

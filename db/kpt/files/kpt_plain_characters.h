@@ -82,6 +82,13 @@ inline const char* behind_text(const char* p) {
 #endif
 }
 
+/// Writes a character in UTF-8 where there is room for four bytes; how many it takes.
+std::size_t encode(std::uint32_t c, char* out);
+
+/// How many bytes the character of XML takes that `text` begins with, written as
+/// it is in UTF-8; 0 for none.
+std::size_t character_length(std::string_view text);
+
 /// A character beyond ASCII or a reference, at the begin of `text`: how many
 /// bytes it takes, 0 for none that is plain.
 std::size_t utf8_length(std::string_view text);

@@ -4,14 +4,12 @@
 #include <limits>
 #include <utility>
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_elim_words.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "h/gen_sys.h"
 
 namespace {
-
-// Every type but "reference" means the transformed side.
-KPT_SET_ENUM side_named(std::string_view type) { return type == "reference" ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET; }
 
 int ticks_since(unsigned long start) { return static_cast<int>(gen_get_tick_count() - start); }
 
@@ -46,8 +44,8 @@ void KPT_DATABASE_BUILDER::start(std::string_view name, const KPT_ELEMENT_ATTRIB
     return;
   }
   ++m_below_leaf;
-  if (role() == VALUES && name == "value") {
-    const auto column = static_cast<unsigned>(number(attributes, "index"));
+  if (role() == VALUES && name == kpt_words::VALUE) {
+    const auto column = static_cast<unsigned>(number(attributes, kpt_words::INDEX));
     m_values[m_values_side].start(static_cast<unsigned short>(column + 1U));
     m_open_values.push_back(m_below_leaf);
   }
@@ -104,7 +102,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
       return text == TEXT ? TEXT : passed_over(name, attributes);
     }
     case MAPS:
-      m_status = kpt_elim_status(attributes.value("elim_type"));
+      m_status = kpt_elim_status(attributes.value(kpt_words::ELIM_TYPE));
       m_has_table = false;
       m_attributes.clear();
       return MAP;
@@ -115,8 +113,8 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
     case STATE:
       return child_of_state(name);
     case GROUP:
-      // An id that no keypoint has gives a null entry in the group.
-      m_group->push_back(m_ids[m_side].find(number(attributes, "id")));
+      // An id that no keypoint carries gives a null cell, which keeps its place.
+      m_group->push_back(m_ids[m_side].find(number(attributes, kpt_words::ID)));
       return PASSED_OVER;
     default:
       return PASSED_OVER;
@@ -131,7 +129,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::named_child(std::string_view na
   }
   if (role() == STATE) {
     child_of_state(name);
-  } else if (role() == MAP && name == "state_table" && !m_has_table) {
+  } else if (role() == MAP && name == kpt_words::STATE_TABLE && !m_has_table) {
     m_has_table = true;
     m_table = KPT_STATE_TABLE_IMPL(0, 0, 0);
   }
@@ -143,8 +141,10 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::named_child(std::string_view na
 // reader finds attributes of registers and maps there.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::passed_over(std::string_view name,
                                                              const KPT_ELEMENT_ATTRIBUTES& attributes) {
-  if (name == "attribute" && !attributes.value("name").empty() && !attributes.value("value").empty()) {
-    m_attributes.emplace_back(KPT_STRING(attributes.value("name")), KPT_STRING(attributes.value("value")));
+  if (name == kpt_words::ATTRIBUTE && !attributes.value(kpt_words::NAME).empty() &&
+      !attributes.value(kpt_words::VALUE).empty()) {
+    m_attributes.emplace_back(KPT_STRING(attributes.value(kpt_words::NAME)),
+                              KPT_STRING(attributes.value(kpt_words::VALUE)));
   }
   return PASSED_OVER;
 }
@@ -183,7 +183,7 @@ void KPT_DATABASE_BUILDER::finish(ROLE role) {
 }
 
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_root(const KPT_ELEMENT_ATTRIBUTES& attributes) {
-  m_name = attributes.value("name");
+  m_name = attributes.value(kpt_words::NAME);
   m_db.reset(m_create(m_name));
   if (m_db == nullptr) {
     return PASSED_OVER;
@@ -201,16 +201,16 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_child_of_root(std::string
     return PASSED_OVER;
   }
   m_start = gen_get_tick_count();
-  if (name != "key_points_set") {
+  if (name != kpt_words::KEY_POINTS_SET) {
     return start_maps(name);
   }
-  m_set = side_named(attributes.value("type"));
+  m_set = kpt_words::side_named(attributes.value(kpt_words::TYPE));
   return KEYPOINT_SET;
 }
 
 // A child with any other name is reported and read as the transformations.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_maps(std::string_view name) {
-  if (name != "transformations_set") {
+  if (name != kpt_words::TRANSFORMATIONS_SET) {
     m_lines.add(KPT_LOAD_LINES::UNEXPECTED_CHILD);
   }
   m_had_maps = true;
@@ -220,8 +220,8 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_maps(std::string_view nam
 }
 
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_keypoint(const KPT_ELEMENT_ATTRIBUTES& attributes) {
-  m_id = number(attributes, "id");
-  m_is_register = attributes.value("type") == "register";
+  m_id = number(attributes, kpt_words::ID);
+  m_is_register = attributes.value(kpt_words::TYPE) == kpt_words::REGISTER;
   for (NAMED_TEXT& named : m_texts) {
     named.is_there = false;
     named.text.clear();
@@ -231,7 +231,10 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_keypoint(const KPT_ELEMEN
 }
 
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::keypoint_text(std::string_view name) {
-  m_text = name == "name" ? NAME : name == "entity" ? ENTITY : name == "reg_type" ? REG_TYPE : NO_TEXT;
+  m_text = name == kpt_words::NAME       ? NAME
+           : name == kpt_words::ENTITY   ? ENTITY
+           : name == kpt_words::REG_TYPE ? REG_TYPE
+                                         : NO_TEXT;
   if (m_text == NO_TEXT || m_texts[m_text].is_there) {
     return PASSED_OVER;
   }
@@ -258,10 +261,10 @@ void KPT_DATABASE_BUILDER::finish_keypoint() {
 // Every element with a type is a side, even a state table.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_part(std::string_view name,
                                                             const KPT_ELEMENT_ATTRIBUTES& attributes) {
-  const std::string_view type = attributes.value("type");
+  const std::string_view type = attributes.value(kpt_words::TYPE);
   m_part_is_side = !type.empty();
-  m_side = side_named(type);
-  m_part_is_table = name == "state_table" && !m_has_table;
+  m_side = kpt_words::side_named(type);
+  m_part_is_table = name == kpt_words::STATE_TABLE && !m_has_table;
   if (!m_part_is_side && !m_part_is_table) {
     return passed_over(name, attributes);
   }
@@ -274,9 +277,9 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_part(std::string_view nam
 // Counts and positions are numbers of 16 bits: a number of the file is taken modulo 65,536.
 void KPT_DATABASE_BUILDER::start_table(const KPT_ELEMENT_ATTRIBUTES& attributes) {
   const auto count = [&](std::string_view name) { return static_cast<unsigned short>(number(attributes, name)); };
-  const unsigned short states = count("num_states");
-  const unsigned short r_columns = count("num_reference_registers");
-  m_table = KPT_STATE_TABLE_IMPL(states, r_columns, count("num_transformed_registers"));
+  const unsigned short states = count(kpt_words::NUM_STATES);
+  const unsigned short r_columns = count(kpt_words::NUM_REFERENCE_REGISTERS);
+  m_table = KPT_STATE_TABLE_IMPL(states, r_columns, count(kpt_words::NUM_TRANSFORMED_REGISTERS));
   m_has_table = true;
   m_states_left = states;
 }
@@ -292,7 +295,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_state(const KPT_ELEMENT_A
   }
   if (m_state_is_read) {
     --m_states_left;
-    m_row = static_cast<unsigned short>(static_cast<unsigned>(number(attributes, "index")) + 1U);
+    m_row = static_cast<unsigned short>(static_cast<unsigned>(number(attributes, kpt_words::INDEX)) + 1U);
     m_has_values = {};
   }
   return m_part_is_side || m_state_is_read ? STATE : PASSED_OVER;
@@ -301,15 +304,15 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_state(const KPT_ELEMENT_A
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child_of_state(std::string_view name) {
   if (m_part_is_side) {
     NI_PAIR& pair = m_sides[m_side].back();
-    if (name == "noninverts") {
+    if (name == kpt_words::NONINVERTS) {
       return group(pair.first, m_has_noninverts);
     }
-    if (name == "inverts") {
+    if (name == kpt_words::INVERTS) {
       return group(pair.second, m_has_inverts);
     }
   }
-  if (m_state_is_read && (name == "reference" || name == "transformed")) {
-    return values(side_named(name));
+  if (m_state_is_read && (name == kpt_words::REFERENCE || name == kpt_words::TRANSFORMED)) {
+    return values(kpt_words::side_named(name));
   }
   return PASSED_OVER;
 }

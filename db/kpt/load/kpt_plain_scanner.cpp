@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/files/kpt_plain_characters.h"
 #include "db/kpt/files/kpt_window.h"
 
@@ -332,7 +333,7 @@ class NAME_READER {
 
   void start(std::string_view, const ATTRIBUTES& attributes) {
     if (!m_had_root) {
-      m_name = attributes.value("name");
+      m_name = attributes.value(kpt_words::NAME);
       m_had_root = true;
     }
   }

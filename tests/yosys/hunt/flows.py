@@ -14,9 +14,12 @@ _COARSE = [
 _FINE = [
     "opt", "opt -full", "opt_clean", "opt_clean -purge", "opt_merge -share_all", "opt_ffinv", "abc", "abc -g NAND",
     "abc -lut 4", "abc -lut 1:2; opt_lut; opt_ffinv", "abc -dff", "abc -dff; opt_clean", "simplemap", "opt_dff",
-    "dfflegalize -cell $_DFF_P_ 0 -cell $_DLATCH_P_ x", "dfflegalize -cell $_DFF_P_ 1 -cell $_DLATCH_P_ x",
+    # A technology without an asynchronous reset ends dfflegalize where there is one.
+    "dfflegalize -cell $_DFF_P_ 0 -cell $_DFF_PP0_ 01 -cell $_DLATCH_P_ x",
+    "dfflegalize -cell $_DFF_P_ 1 -cell $_DFF_PP0_ 01 -cell $_DLATCH_P_ x",
     "dfflegalize -cell $_DFF_P_ 01 -cell $_DFFE_PP_ 01 -cell $_DFF_PP0_ 0 -cell $_DLATCH_P_ x",
-    "dfflegalize -cell $_DFF_N_ 0 -cell $_DLATCH_N_ x", "dfflegalize -mince 3 -cell $_SDFFE_PP0P_ 0 -cell $_DLATCH_P_ x",
+    "dfflegalize -cell $_DFF_N_ 0 -cell $_DFF_NP1_ 01 -cell $_DLATCH_N_ x",
+    "dfflegalize -mince 3 -cell $_SDFFE_PP0P_ 0 -cell $_DFF_PP0_ 01 -cell $_DLATCH_P_ x",
     "opt_ffinv; opt_clean; opt_ffinv", "zinit", "zinit -all", "rename -hide w:*; rename -enumerate", "rename -enumerate",
     "rename -hide w:*", "splitnets", "flatten", "freduce", "opt_lut", "opt_lut_ins", "shregmap -minlen 2",
     "async2sync", "synth -run fine:", "dffunmap", "design -push-copy; opt; design -pop",

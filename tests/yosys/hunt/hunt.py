@@ -2,17 +2,20 @@
 """Hunts for false claims: random designs through random passes, and every claim that the plugin
 records checked in a simulation of source and netlist.
 
-Fails when a claim is false, or when the plugin's own audit had to refuse one. A netlist that does something else than its source is Yosys' fault and
-counted; so are flows that end with an error of Yosys, and claims whose values were never known.
+Fails when a claim is false, or when the plugin's own audit had to refuse one. A netlist that does
+something else than its source is Yosys' fault and counted, whether or not a claim about it is false:
+registers of such a netlist do otherwise too. So are flows that end with an error of Yosys, each
+reason once more at the end, and claims whose values were never known.
 """
 
 import argparse
+import collections
 import os
 import random
+import re
 import subprocess
 import sys
 import tempfile
-import time
 
 sys.dont_write_bytecode = True  # the sources stay as they are
 
@@ -24,29 +27,48 @@ import simulation  # noqa: E402
 
 class Totals:
     def __init__(self):
-        self.designs = self.checked = self.silent = self.nothing = self.broken = self.ended = self.false = 0
+        self.designs = self.checked = self.silent = self.nothing = self.broken = self.false = 0
+        self.ended = collections.Counter()  # by Yosys' message
 
     def __str__(self):
         return "%d designs: %d claims checked, %d never seen, %d designs without any; " \
                "%d netlists wrong, %d flows ended by Yosys; %d false claims" % (
-                   self.designs, self.checked, self.silent, self.nothing, self.broken, self.ended, self.false)
+                   self.designs, self.checked, self.silent, self.nothing, self.broken, sum(self.ended.values()), self.false)
 
 
-def record(folder, plugin, steps, audits):
-    """One Yosys; false when it ended with an error."""
-    script = ["read_verilog source.v", "hierarchy -top top", "kpt_track" + (" -audit" if audits else "")] + steps
-    # A LUT is written as a shift, which an unknown input leaves unknown although the others decide.
-    script += ["kpt_stage", "kpt_save kpt.xml", "simplemap t:$lut", "write_json gate.json",
-               "write_verilog -noattr -norename gate.v"]
+def yosys(folder, script, log, plugin=()):
+    """Runs the lines of a script; what they print is folder/<log>. False when they end with an error."""
     with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
         file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
-    done = subprocess.run(["yosys", "-m", plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
+    done = subprocess.run(["yosys", *plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
                           timeout=900, check=False)
-    with open(folder + "/yosys.log", "w", encoding="utf-8") as file:
+    with open(folder + "/" + log, "w", encoding="utf-8") as file:
         file.write(done.stdout + done.stderr)
     if done.returncode not in (0, 1):
         raise RuntimeError("Yosys ended with %d: %s" % (done.returncode, done.stderr[-300:]))
     return done.returncode == 0
+
+
+def record(folder, plugin, steps, audits):
+    """One flow from source.v to gate.v, gate.json and kpt.xml; false when it ended with an error."""
+    script = ["read_verilog source.v", "hierarchy -top top", "kpt_track" + (" -audit" if audits else "")] + steps
+    # A LUT is written as a shift, which an unknown input leaves unknown although the others decide.
+    script += ["kpt_stage", "kpt_save kpt.xml", "simplemap t:$lut", "write_json gate.json",
+               "write_verilog -noattr -norename gate.v"]
+    return yosys(folder, script, "yosys.log", ("-m", plugin))
+
+
+def reason_of_end(folder):
+    """Yosys' message, without what differs from design to design."""
+    with open(folder + "/yosys.log", encoding="utf-8") as log:
+        errors = [line.strip() for line in log if line.startswith("ERROR")]
+    return re.sub(r"[\w\\$]*[$\\][^\s]*|\d+", "*", errors[-1]) if errors else "no message"
+
+
+def is_netlist_wrong(folder, source, seed, models):
+    script = ["read_verilog source.v", "hierarchy -top top", "proc; flatten; opt_clean; memory -nomap; memory_map; techmap",
+              "dffunmap; simplemap; opt_clean; rename top gold", "write_verilog -noattr -norename gold.v"]
+    return yosys(folder, script, "gold.log") and simulation.is_netlist_wrong(folder, source, seed, models)
 
 
 def hunt(seed, folder, options, totals):
@@ -58,19 +80,21 @@ def hunt(seed, folder, options, totals):
     totals.designs += 1
     steps = flows.flow(dice, options.cells + "/cells.lib")
     if not record(folder, options.plugin, steps, dice.random() < 0.3):
-        totals.ended += 1
+        totals.ended[reason_of_end(folder)] += 1
         return []
     found = claims.claims(folder + "/kpt.xml")
-    outcome = simulation.simulate(folder, source, found, seed, [options.cells + "/cells.v"])
-    if outcome.broken:
+    models = [options.cells + "/cells.v"]
+    outcome = simulation.simulate(folder, source, found, seed, models)
+    with open(folder + "/yosys.log", encoding="utf-8") as log:
+        false = outcome.false + [claims.Claim("refused: " + line.strip(), [], []) for line in log
+                                 if "does otherwise" in line]
+    if outcome.broken or (false and is_netlist_wrong(folder, source, seed, models)):
         totals.broken += 1
         return []
     totals.checked += outcome.checked
     totals.silent += len(outcome.silent)
     totals.nothing += outcome.checked == 0
-    with open(folder + "/yosys.log", encoding="utf-8") as log:
-        refused = [claims.Claim("refused: " + line.strip(), [], []) for line in log if "does otherwise" in line]
-    return outcome.false + refused
+    return false
 
 
 def main():
@@ -79,18 +103,14 @@ def main():
     parser.add_argument("cells", help="folder of cells.lib and cells.v")
     parser.add_argument("--seed", type=int, default=1, help="of the first design; the next have the next")
     parser.add_argument("--designs", type=int, default=1)
-    parser.add_argument("--seconds", type=float, help="end after that time, whatever is left")
     parser.add_argument("--keep", help="work in this folder, and leave there what the last design was")
     options = parser.parse_args()
     options.plugin, options.cells = os.path.abspath(options.plugin), os.path.abspath(options.cells)
-    begin = time.monotonic()
     totals = Totals()
     with tempfile.TemporaryDirectory() as temporary:
         folder = options.keep or temporary
         os.makedirs(folder, exist_ok=True)
         for seed in range(options.seed, options.seed + options.designs):
-            if options.seconds and time.monotonic() - begin > options.seconds:
-                break
             try:
                 false = hunt(seed, folder, options, totals)
             except (subprocess.SubprocessError, RuntimeError, KeyError, ValueError) as failure:
@@ -102,6 +122,8 @@ def main():
                 print(totals, flush=True)
             for claim in false:
                 print("seed %d: false: %s" % (seed, claim.text), flush=True)
+    for reason, count in totals.ended.most_common():
+        print("%d ended by Yosys: %s" % (count, reason))
     print(totals)
     return totals.false != 0
 

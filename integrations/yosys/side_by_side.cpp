@@ -1,0 +1,88 @@
+#include "side_by_side.h"
+
+#include <algorithm>
+
+namespace kpt_yosys {
+
+bool SIDE_BY_SIDE::is_clock(const std::string& name) const {
+  const auto in = [&name](const std::vector<std::string>& clocks) {
+    return std::find(clocks.begin(), clocks.end(), name) != clocks.end();
+  };
+  return in(m_reference.clocks()) || in(m_present.clocks());
+}
+
+void SIDE_BY_SIDE::drive(const std::string& name, TERNARY value) {
+  for (SIMULATION* const side : {&m_reference, &m_present}) {
+    const int net = side->net(name);
+    if (net > 2) {
+      side->set(net, value);
+    }
+  }
+}
+
+void SIDE_BY_SIDE::change_data(const std::vector<HABIT>& habits, bool settled) {
+  std::size_t at = 0;
+  for (const auto& [name, net] : m_reference.inputs()) {
+    const HABIT& habit = habits[at++];
+    if (is_clock(name)) {
+      continue;
+    }
+    const std::uint64_t half = m_random();
+    const std::uint64_t few = half & m_random() & m_random() & m_random();
+    std::uint64_t ones = half;
+    if (settled) {
+      ones = (few & habit.m_seldom) | (~few & habit.m_mostly) | (half & ~habit.m_seldom & ~habit.m_mostly);
+    }
+    drive(name, {ones, ~ones});
+  }
+}
+
+void SIDE_BY_SIDE::change_clocks() {
+  for (const auto& [name, net] : m_reference.inputs()) {
+    if (is_clock(name)) {
+      const std::uint64_t turns = m_reference.clocks().size() > 1 ? m_random() | m_random() : ~std::uint64_t{0};
+      const TERNARY was = m_reference.value(net);
+      drive(name, in_runs(turns, ~was, was));
+    }
+  }
+}
+
+void SIDE_BY_SIDE::settle() {
+  m_reference.settle();
+  m_present.settle();
+}
+
+void SIDE_BY_SIDE::run(int runs, int cycles, const std::function<void()>& look) {
+  constexpr int RUNS_AT_A_TIME = 64;
+  constexpr int CYCLES_UNTIL_HABITS = 4;  // in which all resets are likely to be active once
+  for (int run = 0; run < runs; run += RUNS_AT_A_TIME) {
+    std::vector<HABIT> habits(m_reference.inputs().size());
+    for (HABIT& habit : habits) {
+      const std::uint64_t any = m_random();
+      habit.m_seldom = any & m_random();
+      habit.m_mostly = any & ~habit.m_seldom;
+    }
+    m_reference.power_up();
+    m_present.power_up();
+    for (const auto& [name, net] : m_reference.inputs()) {
+      drive(name, ALL_ZERO);
+    }
+    change_data(habits, false);
+    m_reference.begin();
+    m_present.begin();
+    // Inputs stay for both edges of the clock: a reset that comes and goes between two edges would be
+    // seen by an asynchronous register only.
+    for (int cycle = 0; cycle < cycles; ++cycle) {
+      change_data(habits, cycle >= CYCLES_UNTIL_HABITS);
+      settle();
+      look();
+      for (int edge = 0; edge < 2; ++edge) {
+        change_clocks();
+        settle();
+        look();
+      }
+    }
+  }
+}
+
+}  // namespace kpt_yosys
