@@ -10,10 +10,10 @@
 // no other exception. It has then changed nothing and can be repeated, unless
 // its comment says otherwise.
 //
-// Saving: `save_atomically` keeps the earlier file until the new one is whole,
-// brings every name back that a file can hold (`kpt_file_can_hold`), refuses the
-// others, and answers true only for what is on the disk. `save` writes in place,
-// writes names as they are, and answers true on a full disk.
+// Saving: `save_atomically` keeps the earlier file until the new one is complete.
+// It saves every name that a file can hold (`kpt_file_can_hold`), refuses others,
+// and returns true only when the file is on the disk. `save` writes in place,
+// escapes nothing, and returns true on a full disk.
 #ifndef KPT_H
 #define KPT_H
 

@@ -13,8 +13,8 @@
 
 #include "db/kpt/kpt_types.h"
 
-/// The attribute of a map that does not show all that its registers became,
-/// and the value that says so of its table: it is not to be read.
+/// The attribute of a map that does not show everything that its registers
+/// became, and the value that means that its table is not to be read.
 inline constexpr std::string_view KPT_PARTIAL = "partial";
 inline constexpr std::string_view KPT_PARTIAL_TABLE = "table";
 

@@ -87,12 +87,12 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   bool unite(const KPT_KEYPOINTS_DB& other) const;
   /// Writes the database file in place; false when it cannot be opened.
   bool save(std::string_view file_name) const;
-  /// Writes the database file beside its target and renames it, with references
-  /// for what XML needs escaped, so that every name comes back; refuses texts
-  /// that no file can hold (`kpt_file_can_hold`) and a database without a name,
-  /// with the message EKPT_TEXTS_CANNOT_BE_SAVED. On failure an earlier file is untouched and
-  /// nothing else stays; a process that is killed may leave a file ".kpt-*",
-  /// which a later save that replaces the target removes if it may write it.
+  /// Writes a new file and puts it in the place of the target. Escapes what XML
+  /// needs escaped, so that every name can be read back. Refuses texts that no
+  /// file can hold (`kpt_file_can_hold`) and a database without a name, with the
+  /// message EKPT_TEXTS_CANNOT_BE_SAVED. On failure an earlier file is unchanged,
+  /// and no other file is left. A killed process may leave a file ".kpt-*", which
+  /// a later save that replaces the target removes if it may write it.
   bool save_atomically(std::string_view file_name) const;
 
   /// The map of a signal register, or a null handle.

@@ -130,14 +130,14 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// Writes the database file. False when it cannot be opened or a part
   /// cannot be written. What the file held before is then lost.
   bool save(std::string_view file_name);
-  /// Writes the file beside its target and renames it, with references for
-  /// what XML needs escaped, so that every name comes back. False, with a debug
-  /// line, when anything cannot be written, or when there is a text that no
-  /// file can hold, of which the message EKPT_TEXTS_CANNOT_BE_SAVED tells; an
-  /// earlier file of that name is then untouched and nothing else stays.
-  /// A process that is killed meanwhile may leave a file ".kpt-*" in the
-  /// folder, which a later save that replaces the target removes if it may
-  /// write it.
+  /// Writes a new file and puts it in the place of the target. Escapes
+  /// what XML needs escaped, so that every name can be read back. False,
+  /// with a debug line, when a write fails, or when no file can hold a
+  /// text; the message EKPT_TEXTS_CANNOT_BE_SAVED then says which. An
+  /// earlier file of that name is then unchanged, and no other file is
+  /// left. A process that is killed meanwhile may leave a file ".kpt-*" in
+  /// the folder, which a later save that replaces the target removes if it
+  /// may write it.
   bool save_atomically(std::string_view file_name);
 
   /// Fills this database from a parsed file. False when an element follows the transformations.

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Names the check that fails. Hosts file internal errors by this text and its
+// The text of the failed check. Hosts file internal errors by this text and its
 // line, so both are constants and do not follow the source.
 constexpr char TRANSFORMATIONS_SET_CHECK[] =
     "strcmp(db_xml_subtree.get_node_name(), KPT_XML_STR_TRANSFORMATIONS_SET) == 0";

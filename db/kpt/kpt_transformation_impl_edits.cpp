@@ -81,14 +81,14 @@ bool KPT_TRANSFORMATION_IMPL::set_stuck_at(const KPT_KEYPOINT* keypoint, unsigne
   return !last || !map_has_fsm_transformation() || erase_entry_in_t_state_vector(index);
 }
 
-// When only inverted registers of a machine's bit stay, the column goes on
-// saying the value of the one that went, as saved databases have it. A reader
-// of the file cannot see that, so the map says that its table is not to be read.
+// When only inverted registers of a machine's bit stay, the column keeps the
+// value of the register that is gone, because flows compare the tables. A reader
+// cannot see this, so an attribute says that the table is not to be read.
 //
-// The table is given the index from 0 where it counts columns from 1, which
-// for index 0, the only one found, it takes as its first column. Saved
-// databases rely on the columns that this leaves, so the index is passed on
-// unchanged, whatever it is.
+// The table gets the index, which counts from 0, as a column, which counts from
+// 1. The search finds only index 0, and column 0 means the first column. Flows
+// compare the columns that remain, so the index is passed unchanged, whatever it
+// is.
 bool KPT_TRANSFORMATION_IMPL::set_no_fanout(const KPT_KEYPOINT* keypoint, unsigned short index) {
   const bool last = is_last_t_register(keypoint, index);
   if (last && map_has_fsm_transformation() && m_t_vector.size() >= 2) {

@@ -18,8 +18,8 @@ constexpr int LEVEL_STEP = 2;
 constexpr std::string_view BLANKS = "                ";
 constexpr mode_t PERMISSIONS = 0666;
 
-// What is written for the character at a place; nothing for one that comes
-// back as it is.
+// The reference for the character at a position; empty for a character that needs
+// none.
 std::string_view reference_for(std::string_view text, std::size_t at) {
   switch (text[at]) {
     case '<':

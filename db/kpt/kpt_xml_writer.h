@@ -4,10 +4,10 @@
 // Ownership: the writer owns its file from `start_file` until it is destroyed.
 // The file is complete only then. Texts are read only during the call.
 //
-// The blanks of a file follow from these call sequences alone: each operation
-// moves the indentation level by fixed steps, and some helpers indent a line
-// twice. Flows compare the files byte for byte, so the sequences are
-// fixed. Texts are written as they are unless `escape_texts` was called.
+// The blanks of a file depend only on the sequence of calls: each operation
+// changes the indentation level by fixed steps, and some helpers indent a line
+// twice. Flows compare the files byte for byte, so these sequences must not
+// change. Texts are written unchanged unless `escape_texts` was called.
 #ifndef KPT_XML_WRITER_H
 #define KPT_XML_WRITER_H
 
@@ -27,9 +27,9 @@ class KPT_EXPORT KPT_XML_WRITER {
   KPT_XML_WRITER(const KPT_XML_WRITER&) = delete;
   KPT_XML_WRITER& operator=(const KPT_XML_WRITER&) = delete;
 
-  /// From now on attributes and the texts of simple elements are written with
-  /// references for what would not come back as it is: "<", "&", tabs and line
-  /// ends, quotation marks, ">" behind "]]".
+  /// From now on, attributes and texts of simple elements have references for
+  /// characters that could not be read back: "<", "&", tabs and line ends,
+  /// quotation marks, and ">" after "]]".
   void escape_texts() { m_escapes = true; }
 
   // All operations but `start_file` and `outdent` return true, also when the

@@ -26,9 +26,9 @@ KPT_EXPORT MSG_E* PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(const char* file, int
 /// "Keypoint Database FILE can be neither loaded nor saved: memory has run out".
 KPT_EXPORT MSG_E* OUT_OF_MEMORY(const char* file);
 
-/// "Keypoint Database FILE cannot be saved: no file can hold the texts of OWNER",
-/// which is the database, a register, or a map, named by its first register. What cannot
-/// be shown of a name is written as \xNN.
+/// "Keypoint Database FILE cannot be saved: no file can hold the texts of OWNER".
+/// OWNER is the database, a register, or a map, which is named by its first
+/// register. A byte of a name that cannot be shown is written as \xNN.
 KPT_EXPORT MSG_E* TEXTS_CANNOT_BE_SAVED(const char* file, const char* owner);
 
 }  // namespace E

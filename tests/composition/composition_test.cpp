@@ -212,9 +212,9 @@ TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
   EXPECT_EQ(word("r"), "unknown");
 }
 
-// The column of a bit says the value of its first register that is not
-// inverted. When that one goes and inverted replicas stay, the event leaves the
-// column: read as theirs, it would say the inverse of what they are.
+// The column of a bit is the value of its first register that is not inverted.
+// When that register is removed and inverted replicas stay, the event does not
+// change the column, which is then the inverse of each replica.
 TEST_F(ComposedStages, SayNothingOfAMachineOfWhoseBitInvertedReplicasAloneStay) {
   KPT_STATE_TABLE table(3, 2, 2);
   table.set_reference_entry(2, 1, true);

@@ -35,10 +35,10 @@ PLAIN_RELATION said_by(KPT_KEYPOINTS_DB_IMPL& db, const NAMES& from, const NAMES
 /// The values for which there is a value between that fits both sides.
 PLAIN_RELATION joined(const PLAIN_RELATION& first, const PLAIN_RELATION& second);
 
-/// The columns of the smallest part of some rows that has to do with this
-/// column, as bits. Rows are distinct, a bit a column.
+/// The columns of the smallest independent part of some rows that contains this
+/// column, as bits. Rows are distinct and have one bit for each column.
 unsigned part_of(const std::vector<unsigned>& rows, unsigned columns, unsigned column);
-/// The same of a relation: the registers of `from`, then those of `to`.
+/// The same for a relation: the registers of `from`, then those of `to`.
 unsigned part_of(const PLAIN_RELATION& relation, unsigned reg);
 /// 0, 1, or 2 for a register that is not constant.
 int constant(const PLAIN_RELATION& relation, unsigned reg);

@@ -186,7 +186,7 @@ std::set<std::string> SIMULATED_FLOW::ancestors_of(const MEMBERS& members, unsig
   return ancestors;
 }
 
-// Some registers become some others that are functions of them together.
+// Some registers become registers that are functions of all of them together.
 void SIMULATED_FLOW::encode(const MEMBERS& members) {
   const auto wide = static_cast<unsigned>(members.size());
   const unsigned codes = 1U << wide;
@@ -234,7 +234,7 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
   }
   EXPECT_TRUE(stages.back()->associate_registers_fsm_signals(r, t, table));
   machine_events(names);
-  // Bits that are gone say nothing of what the others have to do with.
+  // Bits that are gone do not show on which bits the others depend.
   const auto removed = bits - static_cast<unsigned>(names.size());
   std::set<unsigned> rows;
   for (const unsigned code : seen) {
@@ -248,8 +248,8 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
   }
 }
 
-// Of a machine, events find the registers of the first bit: it is replicated,
-// inverted and removed, and then the next bit is the first.
+// Events find only the registers of a machine's first bit. They replicate, invert
+// and remove it, and then the next bit is the first.
 void SIMULATED_FLOW::machine_events(BITS& bits) {
   const KPT_UNREGISTERED_DB& db = stages.back();
   for (unsigned k = below(3) == 0 ? 1 + below(6) : 0; k > 0 && !bits.empty(); --k) {

@@ -91,8 +91,8 @@ void check_copies(const KPT_KEYPOINTS_DB& all, const SIMULATED_FLOW& flow) {
   }
 }
 
-// "Without fanout" is said of registers of which nothing is left, by whatever
-// way, and of all such that went through no machine.
+// "Without fanout" is claimed only of registers of which nothing is left. It is
+// claimed of all of them that no machine encodes.
 void check_without_fanout(const KPT_KEYPOINTS_DB& all, const SIMULATED_FLOW& flow, long* said) {
   std::set<std::string> alive = flow.with_lost_copies;
   for (const auto& [name, simulated] : flow.last) {

@@ -290,7 +290,7 @@ TEST_P(SaveAtomicallyBroken, LeavesAloneWhatAnotherProcessHasUnderWay) {
 
 INSTANTIATE_TEST_SUITE_P(WhereEveryFileHasAName, SaveAtomicallyBroken, testing::Bool());
 
-// A text that no file can hold, why, and how a message shows it.
+// A text that no file can hold, the reason, and how a message shows it.
 struct NAMES {
   const char* why;
   std::string text;
@@ -428,7 +428,7 @@ TEST_F(SaveAtomically, GivesEveryCharacterOfAnAttributeBack) {
   EXPECT_EQ(std::string_view((*loaded->get_reference_set().begin()).get_attribute(all)), all);
 }
 
-// Only what XML needs: flows compare files.
+// Escapes only what XML needs escaped, because flows compare files.
 TEST_F(SaveAtomically, WritesReferencesForWhatWouldNotComeBackAlone) {
   const DATABASE db = new_database("a\"b");
   db->add_to_register_set(KPT_REFERENCE_SET, 1, "c<3> & ]]> ]> > ' \xC3\xA9\t\n\r");

@@ -32,7 +32,7 @@ TEST(Save, TakesThePlaceOfAnEarlierFile) {
   EXPECT_EQ(read_file(path), read_file(data_file("empty.xml")));
 }
 
-// Nothing is escaped: the pair is save_atomically, which does.
+// Nothing is escaped. The opposite is save_atomically, which escapes.
 TEST(Save, WritesNamesThatCannotBeReadBack) {
   const FOLDER folder;
   const DATABASE db = new_database("d");

@@ -303,7 +303,7 @@ TEST_F(XmlElement, TellsANameWithoutAStringOfItsOwn) {
   EXPECT_FALSE(KPT_XML_ELEMENT().has_name(""));
 }
 
-// In every locale: a test has the one named "C".
+// In every locale; the tests run in the locale "C".
 TEST_F(XmlElement, GivesNamesAndTextsBeyondAsciiInUtf8) {
   const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='\xE2\x82\xAC'><\xC3\xA4/>\xF0\x9F\x98\x80<a>b</a></r>");
   bool ok = true;

@@ -1,5 +1,5 @@
-// Events on registers that passes report through the handle: results,
-// registers, maps, and the exact debug lines of every operation in their order.
+// The events that passes report through the handle: results, registers, maps, and
+// the exact debug lines of every operation, in order.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -113,7 +113,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
     case STATE:
       return child_of_state(name);
     case GROUP:
-      // An id that no keypoint carries gives a null cell, which keeps its place.
+      // An id that no keypoint has gives a null entry in the group.
       m_group->push_back(m_ids[m_side].find(number(attributes, kpt_words::ID)));
       return PASSED_OVER;
     default:
