@@ -1,5 +1,5 @@
-// The library's own containers, each beside what a library would offer in its
-// place, at the work that the database gives them.
+// The library's own containers, compared with containers of other libraries, on
+// the work that a database gives them.
 #include <benchmark/benchmark.h>
 
 #include <boost/container/small_vector.hpp>
@@ -60,7 +60,7 @@ RUN index_kpt(unsigned count) {
   };
 }
 
-// By the same hash of the same texts.
+// With the same hash of the same texts.
 struct HASH_OF_NAME {
   using is_transparent = void;
   std::size_t operator()(std::string_view name) const { return KPT_REGISTER_TEXTS(name).hash; }

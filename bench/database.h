@@ -1,4 +1,4 @@
-// A keypoint database of one-to-one registers, for the length of a workload.
+// A keypoint database of one-to-one registers, which exists as long as a workload.
 #ifndef KPT_BENCH_DATABASE_H
 #define KPT_BENCH_DATABASE_H
 
@@ -38,7 +38,7 @@ class DATABASE {
   KPT_KEYPOINTS_DB* m_db;
 };
 
-/// A database that runs from netlist a to netlist b.
+/// A database that leads from netlist a to netlist b.
 inline std::shared_ptr<DATABASE> recorded(const char* name, unsigned count) {
   auto db = std::make_shared<DATABASE>(name);
   db->record(names('a', count), names('b', count), in_order(count));

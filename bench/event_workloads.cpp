@@ -1,4 +1,4 @@
-// Register events, each for every register that is left, among N maps.
+// Register events, one for every remaining register, among N maps.
 #include "bench/database.h"
 #include "bench/workload.h"
 
@@ -15,7 +15,7 @@ RUN replicate(unsigned count) {
       };
 }
 
-// Every register of the second half goes into one of the first.
+// Merges every register of the second half into one of the first half.
 RUN merge(unsigned count) {
   return [db = recorded("merge", count), of = names('b', count), order = shuffled(count / 2), half = count / 2] {
     for (const unsigned k : *order) {

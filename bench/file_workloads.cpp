@@ -1,5 +1,5 @@
-// Saving and loading a file of N one-to-one registers. Files go to memory: to
-// $KPT_BENCH_FOLDER, else to /dev/shm.
+// Saves and loads a file of N one-to-one registers. The file is in memory: in
+// $KPT_BENCH_FOLDER, or in /dev/shm when that is not set.
 #include <benchmark/benchmark.h>
 #include <expat.h>
 #include <fcntl.h>
@@ -24,7 +24,7 @@ namespace bench {
 
 namespace {
 
-// A file that is removed when the last workload that holds it is done.
+// A file that is removed after the last workload that uses it.
 class FILE_NAME {
  public:
   explicit FILE_NAME(const char* leaf) {
@@ -42,7 +42,7 @@ class FILE_NAME {
 
 using FILE_POINTER = std::shared_ptr<FILE_NAME>;
 
-// The file of a database of that many registers, which is then destroyed.
+// Saves a database of that many registers, destroys the database and returns the file.
 FILE_POINTER saved(unsigned count) {
   auto file = std::make_shared<FILE_NAME>("_load.xml");
   (*recorded("saved", count))->save(**file);
@@ -58,7 +58,7 @@ RUN save_kpt(unsigned count) {
   return [db = recorded("save", count), file = std::make_shared<FILE_NAME>("_save.xml")] { (*db)->save(**file); };
 }
 
-// The limit: what any way of saving does at the least.
+// The limit: the work that every way of saving has to do.
 RUN save_copy(unsigned count) {
   auto text = std::make_shared<const std::string>(text_of(count));
   return [text, file = std::make_shared<FILE_NAME>("_copy.xml")] {
@@ -97,7 +97,7 @@ RUN load_kpt(unsigned count) {
   };
 }
 
-// The same file with a comment in front, which leaves it to the general source.
+// The same file with a comment in front, so that the general source reads it.
 RUN load_kpt_by_xerces(unsigned count) {
   struct LOADED {
     ~LOADED() { DATABASE::manager().destroy_keypoints_db("saved"); }
@@ -112,7 +112,7 @@ struct XERCES {
   ~XERCES() { xercesc::XMLPlatformUtils::Terminate(); }
 };
 
-// What a load was once made of: two documents, for the name and for the rest.
+// Two document trees, one for the name and one for the rest, as a plain implementation would build.
 RUN load_two_doms(unsigned count) {
   return [file = saved(count)] {
     const XERCES xerces;

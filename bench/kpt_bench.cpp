@@ -1,6 +1,6 @@
-// Runs the workloads at sizes from 1,000 to 1,000,000 registers. Times are per
-// workload; "ns_per_register" divides them, "heap" is what the run left
-// allocated per register, "peak_MiB" what the run adds at most in a process of its own.
+// Runs the workloads at sizes from 1,000 to 1,000,000 registers. A time is that of a
+// whole workload; "ns_per_register" divides it. "heap" is the memory per register after
+// the run, and "peak_MiB" is the most memory that the run adds in a process of its own.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <sys/resource.h>
@@ -40,15 +40,15 @@ double peak_resident_mebibytes() {
   return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
-// Gives back what is free, and begins to look for the peak anew.
+// Frees unused memory, and starts to measure the peak again.
 bool forget_peak() {
   malloc_trim(0);
   std::ofstream file("/proc/self/clear_refs");
   return static_cast<bool>(file << "5" << std::flush);
 }
 
-// How much the run adds to the resident memory, at most, in a child; no number
-// when that cannot be told.
+// The most resident memory that the run adds, in a child process; not a number
+// when it cannot be measured.
 double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
   const RUN run = workload.prepare(count);
   int ends[2];
@@ -75,10 +75,10 @@ double peak_mebibytes(const WORKLOAD& workload, unsigned count) {
   return added;
 }
 
-// A virtual machine's host may have to find each page that is touched for the
-// first time, and takes back what is freed. That would be charged to whichever
-// workload comes first: the process keeps its memory, and pages enough for any
-// of them are touched before each run.
+// The host of a virtual machine may have to find each page that is touched for
+// the first time, and takes back freed pages. The first workload would pay for
+// this. So the process keeps its memory, and touches enough pages for any
+// workload before each run.
 void keep_memory() {
   mallopt(M_MMAP_MAX, 0);
   mallopt(M_TRIM_THRESHOLD, -1);

@@ -1,4 +1,4 @@
-// Loads one file and says no more: for counting what a load costs.
+// Loads one file and prints nothing: for counting the instructions of a load.
 //
 //   kpt_load FILE
 #include <cstdio>
@@ -6,7 +6,7 @@
 #include "db/kpt/kpt.h"
 #include "host/kpt_host.h"
 
-// Found by its name: what is counted begins and ends here.
+// The instruction counter finds this function by its name and counts only inside it.
 extern "C" __attribute__((noinline)) bool kpt_load_measured(const char* file) {
   return KPT_KEYPOINTS_MANAGER::get_instance()->load_db(file) != nullptr;
 }

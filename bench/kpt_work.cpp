@@ -2,7 +2,7 @@
 //
 //   kpt_work GROUP/WHO REGISTERS
 //
-// What is to be counted happens inside kpt_work_measured.
+// The instructions inside kpt_work_measured are counted.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

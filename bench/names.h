@@ -1,5 +1,5 @@
-// Register names as netlists have them, about 35 characters long, and orders
-// in which to go through them.
+// Register names like those of netlists, about 35 characters long, and orders in
+// which to visit them.
 #ifndef KPT_BENCH_NAMES_H
 #define KPT_BENCH_NAMES_H
 
@@ -12,10 +12,10 @@ namespace bench {
 using NAMES = std::shared_ptr<const std::vector<std::string>>;
 using ORDER = std::shared_ptr<const std::vector<unsigned>>;
 
-/// The names of one netlist ('a', 'b', ...), made once for each size.
+/// The names of one netlist ('a', 'b', ...), which are made once for each size.
 NAMES names(char netlist, unsigned count);
 ORDER in_order(unsigned count);
-/// The same shuffle at every call.
+/// The same random order at every call.
 ORDER shuffled(unsigned count);
 
 }  // namespace bench

@@ -1,4 +1,4 @@
-// Asking for every register of N once, by name, in a shuffled order.
+// Asks for each of N registers once, by name, in random order.
 #include <benchmark/benchmark.h>
 
 #include <boost/unordered/unordered_flat_map.hpp>

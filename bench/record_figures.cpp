@@ -1,10 +1,10 @@
-// What one million associations cost through the handle: time and memory each,
-// then lookups, adding and deleting maps among them, and destroying it all.
+// The cost of one million associations through the handle: the time and memory of
+// each, then look-ups, adding and deleting maps, and destroying everything.
 //
 //   record_figures [associations]
 //
-// Times are the best of three databases; memory is what the process has from
-// its allocator, the texts of the caller not counted.
+// Times are the best of three databases. Memory is what the process has from its
+// allocator, without the texts of the caller.
 #include <malloc.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@
 
 namespace {
 
-// The process's own time, so that what else the machine does counts little.
+// The processor time of this process, so that other programs matter little.
 double now() {
   timespec time = {};
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
@@ -29,7 +29,7 @@ double now() {
 
 double nanoseconds_each(double since, std::size_t count) { return (now() - since) / static_cast<double>(count); }
 
-// About 35 characters, as a synthesis tool spells them.
+// About 35 characters, like the names of a synthesis tool.
 std::vector<std::string> register_names(std::size_t count, const char* last) {
   std::vector<std::string> names;
   names.reserve(count);
@@ -64,7 +64,7 @@ void measure(const std::vector<std::string>& r_names, const std::vector<std::str
   note("1 associate", nanoseconds_each(start, count));
   s_best["0 bytes an association"] = static_cast<double>(in_use() - before) / static_cast<double>(count);
 
-  // Far apart each time, as queries of a consumer are.
+  // In random order, like the queries of a consumer.
   std::size_t found = 0;
   std::size_t at = 0;
   start = now();

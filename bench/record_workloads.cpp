@@ -1,4 +1,4 @@
-// Recording N one-to-one registers, and destroying them.
+// Records N one-to-one registers, and destroys them.
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <list>
 #include <unordered_map>
@@ -50,9 +50,9 @@ RUN record_sqlite(unsigned count) {
   };
 }
 
-// The same model out of standard containers, as one would first write it:
-// registers with their texts and attributes, maps with a vector of pairs of
-// lists a side, a state table and attributes, indexes by name and by pointer.
+// The same model with standard containers, as one would write it first: registers
+// with their texts and attributes; maps with a vector of pairs of lists on each
+// side, a state table and attributes; indexes by name and by pointer.
 struct TEXTBOOK {
   using ATTRIBUTES = std::unordered_map<std::string, std::string>;
   struct REGISTER {

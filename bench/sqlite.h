@@ -1,5 +1,5 @@
-// An in-memory SQLite database, for the length of a workload. An error ends
-// the program: a peer that fails has no figure.
+// An SQLite database in memory, which exists as long as a workload. An error ends
+// the program, because a workload that fails has no figure.
 #ifndef KPT_BENCH_SQLITE_H
 #define KPT_BENCH_SQLITE_H
 
@@ -30,7 +30,7 @@ class SQLITE {
     sqlite3_bind_text(statement, place, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
   }
 
-  /// A table of pairs of names, indexed by both, filled in one transaction.
+  /// A table of pairs of names with an index for each, which one transaction fills.
   void record(const std::string& table, const NAMES& from, const NAMES& to, const ORDER& order) {
     run(("CREATE TABLE " + table + "(r TEXT, t TEXT); BEGIN").c_str());
     sqlite3_stmt* insert = prepare("INSERT INTO " + table + " VALUES(?, ?)");

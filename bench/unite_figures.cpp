@@ -1,4 +1,4 @@
-// What the union of two databases of N one-to-one registers takes.
+// The processor time of the union of two databases of N one-to-one registers.
 //
 //   unite_figures N ordered|shuffled [library|sqlite|none]
 //
@@ -24,7 +24,7 @@
 
 namespace {
 
-// The time that this process was given: what else the machine does stays out.
+// The processor time of this process, without other programs.
 struct CLOCK {
   using duration = std::chrono::nanoseconds;
   using time_point = duration;

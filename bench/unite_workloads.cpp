@@ -1,5 +1,5 @@
-// Uniting two stages of N one-to-one registers, the second recorded in order
-// or shuffled.
+// Unites two stages of N one-to-one registers, the second recorded in the same
+// order or in random order.
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <deque>
 
@@ -46,8 +46,8 @@ std::function<RUN(unsigned)> unite_sqlite(ORDER_OF order_of) {
   };
 }
 
-// Two stages by hand: registers by name in flat maps. Their composition makes
-// new maps and enters them in two new indexes by register.
+// Two stages by hand: registers by name in flat maps. The composition makes new
+// maps and enters them into two new indexes by register.
 struct BY_HAND {
   struct REGISTER {
     std::string name;

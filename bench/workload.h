@@ -1,8 +1,8 @@
-// The workloads that are measured, ours and those of the peers beside them.
+// The workloads that are measured: those of the library, and those with which they are compared.
 //
-// A workload is prepared for a number of registers, and then run once; only
-// the run is measured. What the preparation made lives as long as the run that
-// it returned.
+// A workload is prepared for a number of registers and then run once. Only the
+// run is measured. What the preparation made exists as long as the run that it
+// returned.
 #ifndef KPT_BENCH_WORKLOAD_H
 #define KPT_BENCH_WORKLOAD_H
 

@@ -1,9 +1,9 @@
-// Records what a synthesis run did to the registers of a small UART
-// transmitter, then asks what became of each register of the design as written.
+// Records what a synthesis run did to the registers of a small UART transmitter,
+// and then asks what became of each register of the design as written.
 //
-// A pass reports each event as it happens, by the names of the registers. The
-// answers are false when an event does not fit what is known; the reason then
-// is a debug line, which this program shows.
+// A pass reports each event when it happens, by the names of the registers. The
+// operation returns false when an event does not fit what is known. A debug line,
+// which this program shows, then gives the reason.
 #include <initializer_list>
 #include <iostream>
 #include <string>
@@ -16,9 +16,9 @@ namespace {
 
 void report(std::string_view pass, bool recorded) { std::cout << pass << (recorded ? "" : ": refused") << "\n"; }
 
-// A state machine of three states, encoded in two bits as written and in one
-// register per state as synthesised. Rows are the states, columns the
-// registers in the order of the names.
+// A state machine of three states. The design as written encodes it in two bits,
+// the synthesised design in one register for each state. Rows are the states,
+// columns the registers in the order of the names.
 bool record_state_machine(const KPT_KEYPOINTS_DB& db) {
   KPT_STATE_TABLE table(3, 2, 3);
   for (unsigned short state = 1; state <= 3; ++state) {
@@ -38,7 +38,7 @@ void record_synthesis(const KPT_KEYPOINTS_DB& db) {
   }
   report("keep signals", kept);
 
-  // A block instance is known by its entity and register type as well.
+  // A block instance also has an entity and a register type.
   bool mapped = db.associate_registers_signal_to_instance("overrun", "u_overrun", "SDFFX1", "rise");
   mapped = db.associate_registers_instance_to_signal("u_sync", "SYNC2", "rise", "sync_reg") && mapped;
   mapped =
@@ -47,8 +47,8 @@ void record_synthesis(const KPT_KEYPOINTS_DB& db) {
 
   report("re-encode the state machine", record_state_machine(db));
 
-  // Optimisation: replicas for fanout, equivalent registers merged, an
-  // inverter moved across a register, registers without effect removed.
+  // Optimisation: replicas for fanout, equivalent registers merged, an inverter
+  // moved across a register, registers without effect removed.
   report("replicate", db.set_replicated_registers("baud_tick_reg", "baud_tick_reg_dup"));
   report("retime", db.set_inverter_retimed_register("ready_reg"));
   report("merge", db.set_merged_registers("busy_reg", "ready_reg"));
@@ -56,7 +56,7 @@ void record_synthesis(const KPT_KEYPOINTS_DB& db) {
   report("stuck at one", db.set_eliminated_register_stuck_at_one("version[0]_reg"));
   report("no fanout", db.set_eliminated_register_no_fanout("debug_reg"));
 
-  // Events that do not fit are refused, and so is an elimination that gives no reason.
+  // Events that do not fit are refused, and so is an elimination without a reason.
   report("replicate again", db.set_replicated_registers("baud_tick_reg", "baud_tick_reg_dup"));
   report("keep again", db.associate_registers_signal_to_signal("tx", "tx_other"));
   report("eliminate for no reason", db.set_eliminated_register("parity_reg"));
@@ -126,7 +126,7 @@ int main() {
   record_synthesis(*db);
   kpt_host::set_debug(false);
 
-  // A name alone finds signal registers.
+  // A name finds only signal registers.
   std::cout << "\nWhat became of each register of " << db->get_name() << ":\n";
   for (const char* name : {"tx", "parity", "busy", "ready", "baud_tick", "scan_en", "version[0]", "debug", "overrun",
                            "state[1]", "state[0]", "no_such"}) {
@@ -139,7 +139,7 @@ int main() {
     }
   }
 
-  // Block instances are met on a walk over all maps.
+  // A walk over all maps finds block instances.
   std::cout << "\nBlock instances:\n";
   for (const KPT_REGISTER_TRANSFORMATION& map : db->get_transformation_set().get_list_of_register_transformations()) {
     const KPT_REGISTER_KEYPOINT was = map.get_reference(0);

@@ -17,10 +17,10 @@
 
 namespace {
 
-// The elements around the bits of a state cost as much as so many of these.
+// The elements of a state in a file cost as much as this many bits.
 constexpr std::uint64_t STATE_BITS = 4;
 
-// Every question about one map, whatever the answers.
+// Asks one map every question and ignores the answers.
 void ask_map(KPT_TRANSFORMATION_IMPL* map) {
   const KPT_REGISTER_TRANSFORMATION handle(map);
   for (unsigned short i = 0; i < map->get_num_reference_registers(); ++i) {
@@ -75,8 +75,8 @@ kpt_fuzz::DATABASE kpt_fuzz::load(const MEMORY_FILE& file) {
   return db;
 }
 
-// What the registers lead to is asked map by map: a map may list thousands of
-// them, and its table may be large.
+// The entries of the registers are checked map by map, because a map may list
+// thousands of registers and have a large table.
 void kpt_fuzz::ask(KPT_KEYPOINTS_DB_IMPL& db) {
   KPT_TRANSFORMATION_SET_IMPL& maps = *db.get_transformation_set();
   db.get_reference_set()->for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* k) {
@@ -110,12 +110,12 @@ void kpt_fuzz::save(KPT_KEYPOINTS_DB_IMPL& db, const MEMORY_FILE& file) {
   }
 }
 
-// Lines are made, though nobody reads them: what they quote must be readable.
+// Debug lines are formatted although nobody reads them, because the texts in them must be readable.
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   kpt_host::set_debug(true);
   kpt_host::set_debug_sink([](const char*, const char*) {});
   kpt_host::set_error_sink([](const char*, const char*) {});
   kpt_host::set_internal_error_sink([](const char*, const char*, const char*, int) {});
-  static const KPT_XML_READER s_reader;  // the parser starts once
+  static const KPT_XML_READER s_reader;  // so that the parser starts only once
   return 0;
 }

@@ -1,7 +1,7 @@
-// What the fuzz targets share: files in memory, databases read from them, and
-// every question that can be asked of a database.
+// The parts that all fuzz targets share: files in memory, databases loaded from
+// them, and every question that a database answers.
 //
-// Ownership: a MEMORY_FILE owns its descriptor; a DATABASE is the caller's.
+// Ownership: a MEMORY_FILE owns its descriptor; the caller owns a DATABASE.
 #ifndef FUZZ_DATABASE_H
 #define FUZZ_DATABASE_H
 
@@ -16,7 +16,7 @@ namespace kpt_fuzz {
 
 using DATABASE = std::unique_ptr<KPT_KEYPOINTS_DB_IMPL>;
 
-/// A file in memory, under a name by which the library can open it.
+/// A file in memory, with a name by which the library can open it.
 class MEMORY_FILE {
  public:
   explicit MEMORY_FILE(std::string_view bytes = {});
@@ -25,21 +25,21 @@ class MEMORY_FILE {
   MEMORY_FILE& operator=(const MEMORY_FILE&) = delete;
 
   std::string path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
-  /// All that is in it now.
+  /// The present content.
   std::string bytes() const;
 
  private:
   int m_descriptor;
 };
 
-/// As much of the file as becomes a database.
+/// The database that a load makes of the file, complete or not.
 DATABASE load(const MEMORY_FILE& file);
 
-/// Looks every register of both sets up and asks every map everything.
+/// Looks up every register of both sets and asks every map every question.
 void ask(KPT_KEYPOINTS_DB_IMPL& db);
 
-/// The bits of all state tables of the database, as declared, and some for every
-/// state. Each of them takes some 40 bytes of a saved file.
+/// The number of bits of all state tables of the database, as declared, and some
+/// more for every state. Each takes about 40 bytes in a saved file.
 std::uint64_t table_bits(KPT_KEYPOINTS_DB_IMPL& db);
 
 /// Saves the database; ends the process when that fails.

@@ -1,12 +1,12 @@
-// Any bytes as a database file: load it, ask for every register that it holds,
-// save it, and load what was saved. Nothing may go wrong in a way that a
-// sanitizer sees.
+// Any bytes as a database file: loads it, asks for every register in it,
+// saves it, and loads what was saved. A sanitizer must not find an
+// error.
 #include <cstddef>
 #include <cstdint>
 
 #include "fuzz/database.h"
 
-// A larger file is more of the same.
+// A larger file would not reach other code.
 constexpr std::uint64_t MOST_SAVED_BITS = std::uint64_t{1} << 20U;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

@@ -1,5 +1,5 @@
 // Any bytes as a database file: the scanner of plain files, the general source
-// and the document must come to the same, to the last line.
+// and the document tree must give the same result, to the last line.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,11 +1,11 @@
-// Any bytes as the database files of two stages, which are united: the second
-// stage must be left as it was, every register of the union must lead to a map
-// and every index entry to a map of the union, and what is saved must load.
+// Any bytes as the database files of two stages, which are united. The second
+// stage must not change, every register of the union must lead to a map and every
+// index entry to a map of the union, and the saved union must load.
 //
-// The files stand one behind the other with the bytes "====" between them.
-// Without these the one file is both stages, so that every seed of the loader
-// is a seed here. Where the input's size is odd, maps that the first stage does
-// not reach are copied.
+// The two files are separated by the bytes "====". Without them the one
+// file is both stages, so every seed of the loader is a seed here. When the
+// size of the input is odd, maps that the first stage does not reach are
+// copied.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -23,9 +23,9 @@ namespace {
 using namespace kpt_fuzz;
 
 constexpr std::string_view SEPARATOR = "====";
-// Of larger tables a union is copies that take seconds, and no other code.
+// With larger tables a union spends seconds on copies and reaches no other code.
 constexpr std::uint64_t MOST_UNITED_BITS = std::uint64_t{1} << 24U;
-// Each input is saved and loaded several times over.
+// Each input is saved and loaded several times.
 constexpr std::uint64_t MOST_SAVED_BITS = std::uint64_t{1} << 16U;
 
 void require(bool holds, const char* otherwise) {
@@ -55,8 +55,8 @@ KEYPOINTS keypoints_in_sets_and_maps(KPT_KEYPOINTS_DB_IMPL& db) {
   return all;
 }
 
-// A union may erase, repoint and enter any register. What is left to hold: an
-// entry leads to a map of the set, and null has none.
+// A union may erase, change and add any entry. What remains to check: an entry
+// leads to a map of the set, and null has none.
 void check_indexes(KPT_KEYPOINTS_DB_IMPL& db) {
   const KPT_TRANSFORMATION_SET_IMPL& maps = *db.get_transformation_set();
   const KEYPOINTS all = keypoints_in_sets_and_maps(db);
@@ -93,7 +93,7 @@ std::string saved_text(KPT_KEYPOINTS_DB_IMPL& db) {
   return file.bytes();
 }
 
-// Unites, and sees that the second stage is left as it was.
+// Unites, and checks that the second stage does not change.
 void append(KPT_KEYPOINTS_DB_IMPL& first, KPT_KEYPOINTS_DB_IMPL& second) {
   const bool compared = table_bits(second) <= MOST_SAVED_BITS;
   const std::string before = compared ? saved_text(second) : "";

@@ -1,7 +1,7 @@
 // Memory services of the host.
 //
-// Ownership: a block belongs to whoever asked for it, until it is given back through
-// delete_wrapper. Trackers live as long as the process and are never freed.
+// Ownership: the code that allocates a block owns it until it gives the block to delete_wrapper.
+// Trackers exist as long as the process.
 #ifndef H_MEM_ALLOC_SYS_H
 #define H_MEM_ALLOC_SYS_H
 
@@ -12,11 +12,11 @@
 #include <type_traits>
 #include <typeinfo>
 
-// Every symbol of the host is visible: one process holds one host, whatever libraries call it.
+// Every symbol of the host is visible, because all libraries of a process call the same host.
 #define KPT_HOST_API __attribute__((visibility("default")))
 
-/// The account of one allocated type. All zero until the type's first allocation, when the
-/// caller sets m_type; the counters are the host's to keep.
+/// The account of one allocated type. All members are zero before the type's first allocation, for
+/// which the caller sets m_type. Only the host uses the counters.
 struct KPT_HOST_API MEM_TRACKER_THUNK {
   const std::type_info* m_type;
   unsigned long m_live_bytes;
@@ -25,7 +25,7 @@ struct KPT_HOST_API MEM_TRACKER_THUNK {
   unsigned long m_peak_blocks;
 };
 
-/// One tracker per allocated type. The numbers identify the library that allocates.
+/// One tracker for each allocated type. The numbers identify the library that allocates.
 template <class T, int MODULE, int KIND>
 class KPT_HOST_API MEM_TRACKER_TEMPLATE_KPT {
  public:
@@ -34,19 +34,19 @@ class KPT_HOST_API MEM_TRACKER_TEMPLATE_KPT {
 
 class KPT_HOST_API MEM_MANAGER {
  public:
-  /// Returns `size` bytes, aligned for std::max_align_t and charged to `thunk`, whose m_type is
-  /// set. `file` is the path of the allocating header. Never null, also for size 0: throws
-  /// std::bad_alloc when memory runs out.
+  /// Returns `size` bytes, which are aligned for std::max_align_t, and counts them in `thunk`, whose
+  /// m_type is set. `file` is the path of the allocating header. Never returns null, not even for
+  /// size 0: throws std::bad_alloc when memory runs out.
   static void* new_wrapper(unsigned long size, MEM_TRACKER_THUNK* thunk, const char* file);
 
-  /// Takes back a block of new_wrapper and discharges its tracker. Null is ignored. `tag` is the
-  /// module that gives the block back. Never fails.
+  /// Frees a block of new_wrapper and subtracts it from its tracker. Ignores null. `tag` is the
+  /// module that frees the block. Never fails.
   static void delete_wrapper(void* p, const char* tag);
 };
 
-/// A static object of each library: its construction announces the library to the host's memory
-/// system when the library is loaded, its destruction withdraws it at unload. The host may be
-/// called for memory before the one and after the other. `tag` is a literal, not copied.
+/// Each library has a static object of this class. Its constructor tells the host's memory system
+/// that the library is loaded, its destructor that the library is unloaded. The library may also
+/// allocate before the constructor and free after the destructor. `tag` is a literal, not copied.
 class KPT_HOST_API MEM_INITIALIZER {
  public:
   explicit MEM_INITIALIZER(const char* tag);
@@ -56,7 +56,7 @@ class KPT_HOST_API MEM_INITIALIZER {
 };
 
 /// The allocator of every container. It has no state, so all instances are equal and containers
-/// swap and move freely.
+/// can be swapped and moved.
 template <class T>
 class KPT_HOST_API MEM_STL_ALLOCATOR {
  public:
@@ -69,7 +69,7 @@ class KPT_HOST_API MEM_STL_ALLOCATOR {
   MEM_STL_ALLOCATOR(const MEM_STL_ALLOCATOR<U>&)
   noexcept {}
 
-  /// The tracker of T, bound to T's type record on first use.
+  /// The tracker of T. The first use sets its m_type.
   static MEM_TRACKER_THUNK* tracker() noexcept {
     MEM_TRACKER_THUNK& thunk = MEM_TRACKER_TEMPLATE_KPT<T, 1255, 1>::s_thunk;
     if (thunk.m_type == nullptr) {

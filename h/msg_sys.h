@@ -1,7 +1,7 @@
 // Message services of the host.
 //
-// Ownership: a message object belongs to whoever created it; post() hands its text on and leaves
-// the object to its owner, who deletes it. Texts and tags are copied in.
+// Ownership: the code that creates a message object owns it and deletes it. post() passes the text
+// on and does not delete the object. Texts and tags are copied.
 #ifndef H_MSG_SYS_H
 #define H_MSG_SYS_H
 
@@ -11,7 +11,7 @@
 
 #include "h/mem_alloc_sys.h"
 
-/// A destination of messages, known to the host alone. Null stands for the host's own choice.
+/// A destination of messages. Only the host defines it. Null means that the host chooses.
 class MSG_REPORT;
 
 enum MSG_SEVERITY : unsigned int {
@@ -27,11 +27,11 @@ enum MSG_SEVERITY : unsigned int {
 inline constexpr std::array<const char*, 6> MSG_SEVERITY_NAMES{"Error", "Info",       "Warning",
                                                                "Debug", "Extra Info", "Critical Warning"};
 
-/// A message: a text, filled once, and the tag it is filed under. Filling and posting never fail
-/// visibly; a host that cannot deliver a message drops it.
+/// A message: a text, which is filled once, and the tag under which it is filed. Filling and posting
+/// report no failure: a host that cannot deliver a message drops it.
 class KPT_HOST_API MSG_BASE {
  public:
-  /// Posts to `report`, which must outlive the message.
+  /// The message is posted to `report`, which has to outlive it.
   explicit MSG_BASE(MSG_REPORT* report);
   virtual ~MSG_BASE();
   MSG_BASE(const MSG_BASE&) = delete;
@@ -41,19 +41,19 @@ class KPT_HOST_API MSG_BASE {
   static void* operator new(std::size_t size);
   static void operator delete(void* p);
 
-  /// `text` has positional placeholders, "%1!s!" for argument 1 as const char* and "%2!d!" for
-  /// argument 2 as int, in any order and repeated at will, and an identifier after its last "/".
-  /// The identifier leaves the text and becomes the tag, unless a tag was set. The arguments are
-  /// read here. What `n` means is the host's; it need not be the number of arguments.
+  /// `text` has positional placeholders: "%1!s!" is argument 1, a const char*, and "%2!d!" is
+  /// argument 2, an int. They come in any order, and may occur several times. An identifier follows
+  /// the last "/". It is removed from the text and becomes the tag, unless a tag was set. The call
+  /// reads the arguments. The host decides what `n` means; it need not be the number of arguments.
   void fill_args(const char* text, unsigned int n, ...);
 
-  /// `format` is printf's; the text is taken as it comes and names no identifier.
+  /// `format` is a printf format. The text has no identifier.
   __attribute__((format(printf, 2, 0))) void fill_args(const char* format, va_list args);
 
   /// Files the message under `tag`.
   virtual void set_tag(const char* tag);
 
-  /// Hands tag and text on, as the severity of the class asks.
+  /// Passes tag and text on, with the severity of the class.
   virtual void post();
 
  protected:
@@ -77,13 +77,13 @@ class KPT_HOST_API MSG_D : public MSG_BASE {
 /// A failed check of a library's own consistency.
 class KPT_HOST_API MSG_INTERNAL_ERROR {
  public:
-  /// Called once per failed check; the library goes on afterwards, so this returns. `condition`
-  /// says what failed, `tag` names the module, `file` and `line` the check.
+  /// Called once for each failed check. It has to return, because the library then continues.
+  /// `condition` says what failed, `tag` names the module, `file` and `line` name the check.
   static void report(const char* condition, const char* tag, const char* file, int line);
 };
 
-/// One debug line for a module, printf-style and without a line end. Called whether or not debug
-/// output is on: the host decides, and says whether the line was handed on. `tag` is not changed.
+/// One debug line for a module, with a printf format and without a line end. Also called when debug
+/// output is off: the host decides, and returns whether it showed the line. `tag` is not changed.
 KPT_HOST_API __attribute__((format(printf, 2, 0))) bool msg_local_vdebug(char* tag, const char* format, va_list args);
 
 #endif

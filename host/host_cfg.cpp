@@ -10,7 +10,7 @@ namespace {
 
 using SWITCHES = std::map<std::string, bool, std::less<>>;
 
-// Never destroyed: a switch may be read while other static objects go.
+// Never destroyed: a switch may be read while other static objects are destroyed.
 SWITCHES& switches() {
   static auto* const instance = new SWITCHES;
   return *instance;

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Never destroyed: static objects of other libraries allocate and free until the very end.
+// Never destroyed: static objects of other libraries allocate and free until the process ends.
 std::vector<MEM_TRACKER_THUNK*>& known_thunks() {
   static auto* const thunks = new std::vector<MEM_TRACKER_THUNK*>;
   return *thunks;
@@ -30,11 +30,11 @@ std::string readable_name(const std::type_info& type) {
 
 }  // namespace
 
-// A tracker that never counted a block has not been seen yet.
+// A tracker without any counted block is seen for the first time.
 void* MEM_MANAGER::new_wrapper(unsigned long size, MEM_TRACKER_THUNK* thunk, const char*) {
   const bool is_new = thunk->m_peak_blocks == 0;
   if (is_new) {
-    known_thunks().reserve(known_thunks().size() + 1);  // before the block is there, which would be lost
+    known_thunks().reserve(known_thunks().size() + 1);  // before the block exists, because a failure here would lose it
   }
   void* const block = kpt_services::allocate_block(size, thunk);
   if (is_new) {
@@ -47,8 +47,8 @@ void MEM_MANAGER::delete_wrapper(void* p, const char*) { kpt_services::free_bloc
 
 MEM_INITIALIZER::MEM_INITIALIZER(const char*) {}
 
-// A library that goes takes its trackers along. Should it allocate once more before it is gone,
-// its trackers count as new.
+// The trackers of a library are gone when it is unloaded. If it allocates once
+// more before, its trackers count as new.
 MEM_INITIALIZER::~MEM_INITIALIZER() {
   const void* const leaving = library_of(this);
   std::erase_if(known_thunks(), [leaving](MEM_TRACKER_THUNK* thunk) {

@@ -38,7 +38,7 @@ struct CHANNELS {
   CHECK_SINK m_check_sink = print_check;
 };
 
-// Never destroyed: other libraries report until the very end.
+// Never destroyed: other libraries issue messages until the process ends.
 CHANNELS& channels() {
   static auto* const instance = new CHANNELS;
   return *instance;

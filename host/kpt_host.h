@@ -1,9 +1,9 @@
 // The reference host: a complete, small implementation of the host services for programs that
-// bring none, with knobs to watch and steer it.
+// have none, with functions to observe and control it.
 //
-// Ownership: a sink belongs to the host from the call that sets it until it is replaced; an empty
-// function restores the default. Texts handed to a sink live for the duration of the call. One
-// thread at a time, as for every service.
+// Ownership: the host owns a sink from the call that sets it until another call replaces it. An
+// empty function restores the default. The texts that a sink gets are valid only during the call.
+// One thread at a time may call, as for every service.
 #ifndef KPT_HOST_H
 #define KPT_HOST_H
 
@@ -15,7 +15,7 @@
 
 namespace kpt_host {
 
-/// The account of one allocated type. Sizes are those asked for.
+/// The account of one allocated type. Sizes are the requested ones.
 struct TRACKER {
   std::string type;
   unsigned long live_bytes;
@@ -24,8 +24,8 @@ struct TRACKER {
   unsigned long peak_blocks;
 };
 
-/// Debug output. Off at start unless the environment variable KPT_DEBUG is set, not empty and
-/// not "0". A line goes to the sink, by default to standard error.
+/// Debug output. It is off at start, unless the environment variable KPT_DEBUG is set and is neither
+/// empty nor "0". A line goes to the sink, which is standard error by default.
 KPT_HOST_API void set_debug(bool on);
 KPT_HOST_API void set_debug_sink(std::function<void(const char* tag, const char* text)> sink);
 
@@ -36,12 +36,12 @@ KPT_HOST_API void set_error_sink(std::function<void(const char* tag, const char*
 KPT_HOST_API void set_internal_error_sink(
     std::function<void(const char* condition, const char* tag, const char* file, int line)> sink);
 
-/// Sets a switch, over the environment's KPT_SWITCH_<key> (1, on, true or yes; 0, off, false or
-/// no). clear_switches takes back what was set here and leaves the environment in force.
+/// Sets a switch. It then takes precedence over the environment variable KPT_SWITCH_<key> (1, on,
+/// true or yes; 0, off, false or no). clear_switches removes all switches that were set here.
 KPT_HOST_API void set_switch(const char* key, bool on);
 KPT_HOST_API void clear_switches();
 
-/// Every type that was ever allocated, in order of first allocation.
+/// Every type that was allocated, in the order of the first allocations.
 KPT_HOST_API std::vector<TRACKER> trackers();
 
 }  // namespace kpt_host

@@ -1,19 +1,19 @@
 // All that a client of the keypoint database needs: the manager, and the
-// handles to databases, registers, maps and state tables. XML parsing stays
-// behind it.
+// handles to databases, registers, maps and state tables. It includes no
+// header of the XML parser.
 //
 // Ownership: the manager owns the databases. Handles own nothing, except that
-// a KPT_STATE_TABLE is a copy of its own. One thread at a time may call.
+// a KPT_STATE_TABLE owns a copy of a table. One thread at a time may call.
 //
-// Memory that ends: loading and saving answer null or false and post the
-// message EKPT_OUT_OF_MEMORY. Everything else lets std::bad_alloc out, and
-// nothing but that; it has then changed nothing and can be repeated, except
-// where an operation says otherwise.
+// When memory runs out, loading and saving return null or false and post the
+// message EKPT_OUT_OF_MEMORY. Every other operation throws std::bad_alloc, and
+// no other exception. It has then changed nothing and can be repeated, unless
+// its comment says otherwise.
 //
-// Saving: `save_atomically` keeps the earlier file until the new one is whole,
-// brings every name back that a file can hold (`kpt_file_can_hold`), refuses the
-// others, and answers true only for what is on the disk. `save` writes in place,
-// writes names as they are, and answers true on a full disk.
+// Saving: `save_atomically` keeps the earlier file until the new one is complete.
+// It saves every name that a file can hold (`kpt_file_can_hold`), refuses others,
+// and returns true only when the file is on the disk. `save` writes in place,
+// escapes nothing, and returns true on a full disk.
 #ifndef KPT_H
 #define KPT_H
 

@@ -1,8 +1,8 @@
 // Free-form attributes of a keypoint or a map: texts by name.
 //
-// Ownership: owns its store, which is made by the first add and costs one
-// pointer until then. A copy of the owner starts without attributes, so this
-// class is not copyable.
+// Ownership: owns its store, which the first `add` makes. Until then it takes
+// one pointer. A copied keypoint or map starts without attributes, so this
+// class cannot be copied.
 #ifndef KPT_ATTRIBUTES_H
 #define KPT_ATTRIBUTES_H
 
@@ -13,8 +13,8 @@
 
 #include "db/kpt/kpt_types.h"
 
-/// The attribute of a map that does not show all that its registers became,
-/// and the value that says so of its table: it is not to be read.
+/// The attribute of a map that does not show everything that its registers
+/// became, and the value that means that its table is not to be read.
 inline constexpr std::string_view KPT_PARTIAL = "partial";
 inline constexpr std::string_view KPT_PARTIAL_TABLE = "table";
 
@@ -25,15 +25,15 @@ class KPT_EXPORT KPT_ATTRIBUTES {
   KPT_ATTRIBUTES(const KPT_ATTRIBUTES&) = delete;
   KPT_ATTRIBUTES& operator=(const KPT_ATTRIBUTES&) = delete;
 
-  /// Sets the value of `name`, new or not. Always true.
+  /// Sets the value of `name`, and replaces an earlier value. Always true.
   bool add(std::string_view name, std::string_view value);
   /// False when there is no such attribute.
   bool remove(std::string_view name);
-  /// The value, or an empty text for an absent attribute. Creates nothing.
+  /// The value, or an empty text for an absent attribute, which is not created.
   KPT_STRING get(std::string_view name) const;
   void clear() noexcept;
   bool empty() const;
-  /// Every attribute, in the order of names.
+  /// Every attribute, sorted by name.
   KPT_ATTRIBUTE_LIST sorted() const;
 
  private:

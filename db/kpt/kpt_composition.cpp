@@ -24,7 +24,7 @@ KPT_STRING listed(const KPT_STRING_VECTOR& items) {
 
 }  // namespace
 
-// One run over the stages.
+// One pass over the stages.
 struct KPT_COMPOSITION::SOLUTION {
   SOLUTION(const STAGES& stages, bool keeps_unrecorded)
       : netlists(stages, keeps_unrecorded, classes), machines(classes), statements(netlists, classes, machines) {}
@@ -88,7 +88,7 @@ bool KPT_COMPOSITION::stages_fit(const SOLUTION& solution) {
   return m_report.errors.empty();
 }
 
-// ---- What is told ----
+// ---- Messages ----
 
 void KPT_COMPOSITION::tell_contradiction(const SOLUTION& solution) {
   constexpr std::size_t MOST = 4;
@@ -109,8 +109,8 @@ void KPT_COMPOSITION::tell_contradiction(const SOLUTION& solution) {
          listed(registers));
 }
 
-// The stages without any of which nothing contradicts: each in turn is left
-// out, and stays out unless that ends the contradiction.
+// The stages that contradict each other, none of which can be left out: each in
+// turn is left out, and stays out if the contradiction remains.
 KPT_STRING KPT_COMPOSITION::contradicting_stages() const {
   SKIPPED skipped(m_stages.size());
   KPT_STRING_VECTOR stages;
@@ -125,7 +125,7 @@ KPT_STRING KPT_COMPOSITION::contradicting_stages() const {
   return (stages.size() == 1 ? "the maps of stage " : "stages ") + listed(stages);
 }
 
-// One line for all of a kind, with the first as the example.
+// One line for each kind, with the first case as the example.
 void KPT_COMPOSITION::warn(const SOLUTION& solution) {
   const auto& silent = solution.statements.silent_machines();
   if (!silent.empty()) {

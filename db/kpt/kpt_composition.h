@@ -1,26 +1,26 @@
 // The composition of stages: what they say together, and nothing else.
 //
-// What a database says are statements about values. Of a map, the members of
-// the n groups of an index are equal and those of its i groups are their
-// inverse; an eliminated map says that its reference registers are constant,
-// or drive nothing; a machine says that the columns of both sides take
-// together only the rows of its table. The composition is the conjunction of
-// what all stages say, with the registers between the first and the last
-// netlist projected away. So it does not depend on the order of events, it is
-// associative, and a stage that changes nothing is neutral.
+// A database makes statements about values. A plain map says that the members
+// of the n groups of an index are equal, and that those of its i groups are
+// their inverse. An eliminated map says that its reference registers are
+// constant or drive nothing. A machine says that the columns of both sides
+// together take only the rows of its table. The composition is the conjunction
+// of all statements, with the registers between the first and the last netlist
+// projected away. So it does not depend on the order of events, it is
+// associative, and a stage that changes nothing does not change it.
 //
-// Normal form: a column that is always 0 or 1 is a status, columns that are
-// always equal or inverse are groups, and a table comes apart into the parts
-// that have nothing to do with each other. What is known among reference
-// registers alone, or among transformed ones alone, is a map with one empty
-// side. A map that does not show all that its registers became has the
-// attribute "partial", which the next composition reads.
+// Normal form: a column that is constant becomes a status. Columns that are
+// equal or inverse in every row become groups. A table is split into parts that
+// do not depend on each other. A fact that is only about reference registers, or
+// only about transformed ones, becomes a map with one empty side. A map that
+// does not show everything that its registers became has the attribute
+// "partial", which the next composition reads.
 //
-// Ownership: refers to the stages, which are left as they are and outlive it;
-// owns its texts.
+// Ownership: refers to the stages, which do not change and outlive it. Owns its
+// texts.
 //
-// Cost: near linear in the registers of all stages; a join of tables is
-// bounded at 65,535 rows and columns.
+// Cost: nearly linear in the registers of all stages. A join of tables has at
+// most 65,535 rows and columns.
 #ifndef KPT_COMPOSITION_H
 #define KPT_COMPOSITION_H
 
@@ -29,21 +29,21 @@
 #include "db/kpt/kpt_types.h"
 
 struct KPT_COMPOSITION_OPTIONS {
-  /// The share of the registers that a stage starts from and that the stage
-  /// before must know, 0 to 1. It keeps stages from being swapped or repeated
-  /// and is no part of the algebra.
+  /// The least share, 0 to 1, of a stage's first registers that the stage before
+  /// has to know. It finds stages that are swapped or repeated, and does not
+  /// change the result otherwise.
   double least_share = 0.5;
-  /// Takes a register that a stage does not mention for unchanged by it, and
-  /// one that no earlier stage mentions for kept since the first netlist: for
-  /// hosts that record changes only.
+  /// For hosts that record only changes: a stage does not change a register that
+  /// it does not mention, and a register that no earlier stage mentions is a
+  /// register of the first netlist.
   bool keeps_unrecorded = false;
 };
 
-/// What is told of a composition, a line each.
+/// What a composition reports, in lines of text.
 struct KPT_COMPOSITION_REPORT {
   /// "stage 2 starts from N registers, M of them known to stage 1", and so on.
   KPT_STRING_VECTOR fits;
-  /// What the stages say and the composition does not.
+  /// What the stages say and the composition leaves out.
   KPT_STRING_VECTOR warnings;
   /// Why nothing was written.
   KPT_STRING_VECTOR errors;
@@ -56,9 +56,9 @@ class KPT_EXPORT KPT_COMPOSITION {
   /// The stages, first to last; a database may occur more than once.
   explicit KPT_COMPOSITION(STAGES stages, const KPT_COMPOSITION_OPTIONS& options = {});
 
-  /// Fills an empty database that is none of the stages. False, writing
-  /// nothing, when it is not, when there are no stages, when two do not fit, or
-  /// when stages contradict each other: `report` and debug lines tell why.
+  /// Fills an empty database that is none of the stages. False, and nothing is
+  /// written, when it is not such a database, when there are no stages, or when
+  /// stages do not fit or contradict each other. `report` and debug lines say why.
   bool compose(KPT_KEYPOINTS_DB_IMPL& result);
   const KPT_COMPOSITION_REPORT& report() const { return m_report; }
 

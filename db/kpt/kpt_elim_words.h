@@ -1,4 +1,4 @@
-// The words by which a database file names why the registers of a map were removed.
+// The words of a database file for why the registers of a map were eliminated.
 //
 // Ownership: none.
 #ifndef KPT_ELIM_WORDS_H
@@ -19,7 +19,7 @@ constexpr std::string_view kpt_elim_word(KPT_ELIM_ENUM status) {
   return index < KPT_ELIM_WORDS.size() ? KPT_ELIM_WORDS[index] : std::string_view();
 }
 
-/// Any word that is not in the list means not eliminated.
+/// A word that is not in the list means not eliminated.
 constexpr KPT_ELIM_ENUM kpt_elim_status(std::string_view word) {
   for (unsigned index = 0; index < KPT_ELIM_WORDS.size(); ++index) {
     if (KPT_ELIM_WORDS[index] == word) {

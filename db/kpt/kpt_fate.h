@@ -6,8 +6,8 @@
 
 #include "db/kpt/kpt_types.h"
 
-/// In this order: a register that is constant and has a copy that still lives
-/// is counted as constant.
+/// An earlier value takes precedence: a register that is constant, and of which
+/// a copy lives, counts as constant.
 enum KPT_FATE_ENUM : int {
   KPT_FATE_CONSTANT = 0,
   KPT_FATE_MACHINE = 1,
@@ -16,8 +16,8 @@ enum KPT_FATE_ENUM : int {
   KPT_FATE_UNKNOWN = 4
 };
 
-/// What the map says of the reference registers of an index. Unknown without
-/// a map, beyond its indices, and for a machine whose table has not its size.
+/// What the map says of the reference registers of an index. Unknown when the
+/// map is null or lacks the index, or its machine's table has another size.
 KPT_EXPORT KPT_FATE_ENUM kpt_fate(const KPT_TRANSFORMATION_IMPL* map, unsigned long r_index);
 /// "constant", "machine", "mapped", "without fanout" or "unknown".
 KPT_EXPORT const char* kpt_fate_word(KPT_FATE_ENUM fate);

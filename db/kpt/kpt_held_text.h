@@ -1,4 +1,4 @@
-// Which texts a database file can hold.
+// Tests whether a database file can hold a text.
 //
 // Ownership: none.
 #ifndef KPT_HELD_TEXT_H
@@ -8,9 +8,9 @@
 
 #include "kpt_export.h"
 
-/// Whether `save_atomically` can bring the text back: it is UTF-8 and has no
-/// control characters below U+0020 but tab and the two line ends, and neither
-/// U+FFFE nor U+FFFF. True for an empty text.
+/// Whether a text that `save_atomically` writes can be read back. It has to be
+/// UTF-8 without U+FFFE and U+FFFF, and without control characters below U+0020
+/// except tab, line feed and carriage return. True for an empty text.
 KPT_EXPORT bool kpt_file_can_hold(std::string_view text);
 
 #endif

@@ -1,6 +1,6 @@
-// From a keypoint's id to the keypoint, for one side of one database.
+// Finds a keypoint of one side of one database by its id.
 //
-// Ownership: owns its entries, never the keypoints.
+// Ownership: owns its entries, not the keypoints.
 #ifndef KPT_ID_KEYPOINT_HASH_H
 #define KPT_ID_KEYPOINT_HASH_H
 

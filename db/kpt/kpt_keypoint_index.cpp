@@ -12,7 +12,7 @@ bool KPT_KEYPOINT_INDEX::stands_for(const ENTRY& entry, const KEY& key, std::uin
   return its_key.name == key.name && its_key.register_type == key.register_type;
 }
 
-// The position of the entry for the key, or of the free one where it belongs.
+// The position of the key's entry, or of the free entry where it belongs.
 std::size_t KPT_KEYPOINT_INDEX::position_of(const KEY& key, std::uint32_t hash) const {
   std::size_t at = home(hash);
   while (m_entries[at].slot != 0 && !stands_for(m_entries[at], key, hash)) {
@@ -21,7 +21,7 @@ std::size_t KPT_KEYPOINT_INDEX::position_of(const KEY& key, std::uint32_t hash) 
   return at;
 }
 
-// A free entry has slot 0: one less is none.
+// A free entry has slot 0; 0 minus 1 is NO_SLOT.
 std::uint32_t KPT_KEYPOINT_INDEX::find_slot(const KPT_REGISTER_TEXTS& texts) const {
   return m_size == 0 ? NO_SLOT : m_entries[position_of({texts.name, texts.register_type}, texts.hash)].slot - 1U;
 }
@@ -56,8 +56,8 @@ bool KPT_KEYPOINT_INDEX::remove(std::uint32_t slot, std::uint32_t hash) {
   return true;
 }
 
-// Moves entries back into the gap that a removal leaves, so that no probe ends
-// before its entry: those that would be reached from their home at the gap.
+// Moves entries back into the gap that a removal leaves, so that a search does
+// not end before its entry: those whose search from their home passes the gap.
 void KPT_KEYPOINT_INDEX::close_gap(std::size_t gap) {
   const std::size_t mask = m_entries.size() - 1;
   for (std::size_t at = after(gap); m_entries[at].slot != 0; at = after(at)) {
@@ -70,8 +70,8 @@ void KPT_KEYPOINT_INDEX::close_gap(std::size_t gap) {
   m_entries[gap] = {};
 }
 
-// At most three quarters are taken. Entries go over in the order of their
-// hashes or nearly so, which leads through the new table from end to end.
+// At most three quarters of the entries are used. Entries are moved roughly in the
+// order of their hashes, so the new table is filled from one end to the other.
 void KPT_KEYPOINT_INDEX::make_room() {
   constexpr std::size_t FEWEST = 8;
   if (4 * (m_size + 1) <= 3 * m_entries.size()) {

@@ -1,16 +1,16 @@
-// The registers of one kind of one keypoint set, by the texts they were added
-// under.
+// Finds the registers of one kind in one keypoint set by the texts with which
+// they were added.
 //
 // Ownership: none; the keypoints live in the pool of the set, which outlives
 // the index.
 //
-// An open table of eight bytes an entry, the keypoint's slot in the pool and
-// 32 bits of its hash, probed step by step from the entry that the hash names.
-// A probe reads one line of memory and a keypoint only when those 32 bits
-// agree; growing reads no keypoint. Callers bring the hash, so that a walk over
-// registers whose hashes are known computes none, and can ask for the memory
-// that its next look-ups need while it works on the present one; the flat
-// tables of Boost offer neither, and read one line more a probe.
+// A hash table with linear probing. An entry has eight bytes: the keypoint's
+// slot in the pool and 32 bits of its hash. A probe reads one cache line, and
+// reads a keypoint only when these 32 bits agree. Growing reads no keypoint.
+// Callers pass the hash, so a walk over registers with known hashes computes
+// none. A walk can also fetch the memory of its next look-ups while it works on
+// the present one. The flat tables of Boost do neither, and read one more
+// cache line for each probe.
 #ifndef KPT_KEYPOINT_INDEX_H
 #define KPT_KEYPOINT_INDEX_H
 
@@ -29,18 +29,18 @@ class KPT_KEYPOINT_INDEX {
 
   /// By name and register type; null when there is none.
   KPT_REGISTER_KEYPOINT_IMPL* find(const KPT_REGISTER_TEXTS& texts) const;
-  /// Its slot in the pool, or NO_SLOT.
+  /// The register's slot in the pool, or NO_SLOT.
   std::uint32_t find_slot(const KPT_REGISTER_TEXTS& texts) const;
   static constexpr std::uint32_t NO_SLOT = UINT32_MAX;
-  /// Enters the keypoint in that slot of the pool, with the hash of its key;
-  /// the one that was found under the same key until now, or null.
+  /// Enters the keypoint in that slot of the pool, with the hash of its key.
+  /// Returns the keypoint that had the same key until now, or null.
   KPT_REGISTER_KEYPOINT_IMPL* enter(std::uint32_t slot, std::uint32_t hash);
-  /// Takes the entry of the keypoint in that slot out. False when it has none.
+  /// Removes the entry of the keypoint in that slot. False when it has none.
   bool remove(std::uint32_t slot, std::uint32_t hash);
   std::size_t size() const { return m_size; }
 
-  /// Ask for what a coming `find` reads: its entry; the keypoint, once the
-  /// entry has come; the keypoint's name, once that has come.
+  /// Prefetch what a later `find` reads, one step after the other: the entry,
+  /// the keypoint that the entry names, and the keypoint's name.
   void fetch_entry(std::uint32_t hash) const;
   void fetch_keypoint(std::uint32_t hash) const;
   void fetch_name(std::uint32_t hash) const;
@@ -51,7 +51,7 @@ class KPT_KEYPOINT_INDEX {
     std::uint32_t hash;
   };
 
-  // Requires a table. Entries are passed from `home` on until a free one.
+  // Requires a table. A search goes from `home` to the first free entry.
   std::size_t home(std::uint32_t hash) const { return hash >> m_shift; }
   std::size_t after(std::size_t at) const { return (at + 1) & (m_entries.size() - 1); }
   KPT_REGISTER_KEYPOINT_IMPL* keypoint(const ENTRY& entry) const { return m_pool.at(entry.slot - 1U); }
@@ -65,7 +65,7 @@ class KPT_KEYPOINT_INDEX {
   const POOL& m_pool;
   std::vector<ENTRY, MEM_STL_ALLOCATOR<ENTRY>> m_entries;  // none, or a power of two
   std::size_t m_size = 0;
-  unsigned m_shift = 0;  // leaves of a hash as many bits as tell the entries apart
+  unsigned m_shift = 0;  // a hash shifted by this is the number of an entry
 };
 
 #endif

@@ -1,8 +1,8 @@
 // The handle through which clients see the registers of one netlist.
 //
-// Ownership: none. A copy points to the same set. The handle is good until its
-// database is destroyed. It must not be null for any call but `is_null`; debug
-// builds assert it.
+// Ownership: none. A copy points to the same set. The handle is valid until its
+// database is destroyed. Every call but `is_null` needs a handle that is not
+// null; debug builds assert this.
 #ifndef KPT_KEYPOINT_SET_H
 #define KPT_KEYPOINT_SET_H
 
@@ -17,10 +17,10 @@ class KPT_EXPORT KPT_KEYPOINT_SET {
  public:
   explicit KPT_KEYPOINT_SET(KPT_KEYPOINT_SET_IMPL* set = nullptr) : m_impl(set) {}
 
-  /// A walk over the registers, without a list of them:
+  /// Walks over the registers without making a list:
   ///   for (const KPT_REGISTER_KEYPOINT& keypoint : db.get_reference_set())
   /// Signals come first, then block instances, each in order of creation.
-  /// Registers may come and go meanwhile: those that are added are not walked.
+  /// Registers may be added and deleted during a walk; added ones are not visited.
   class ITERATOR {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -51,7 +51,7 @@ class KPT_EXPORT KPT_KEYPOINT_SET {
   /// The number of registers.
   std::size_t size() const;
 
-  /// Every register, in the order of the walk.
+  /// Every register, in the order of a walk.
   KPT_REGISTER_KEYPOINT_LIST get_list_of_registers() const;
   /// The signal register of that name, or a null handle.
   KPT_REGISTER_KEYPOINT get_register(std::string_view name) const;

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Numbers of sets begin at 1: 0 marks a keypoint outside every set. Two bits are left for the side.
+// Numbers of sets begin at 1, because 0 means that a keypoint is in no set. Two bits hold the side.
 std::uint32_t next_set_number() {
   constexpr std::uint32_t END = UINT32_MAX >> 2U;
   static std::uint32_t s_last = 0;
@@ -22,8 +22,8 @@ KPT_KEYPOINT_SET_IMPL::KPT_KEYPOINT_SET_IMPL(KPT_SET_ENUM side) : KPT_KEYPOINT_S
   m_number |= side == KPT_REFERENCE_SET ? KPT_KEYPOINT::REFERENCE : KPT_KEYPOINT::TRANSFORMED;
 }
 
-// In order of creation: the slots lie side by side, where the order of the
-// indexes would jump about in memory.
+// In order of creation: the slots are side by side, while the indexes have a
+// random order in memory.
 KPT_KEYPOINT_SET_IMPL::~KPT_KEYPOINT_SET_IMPL() {
   for (std::uint32_t k = 0; k < m_keypoints.count(); ++k) {
     std::destroy_at(m_keypoints.at(k));
@@ -35,8 +35,8 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::construct(long id, const KPT_
                          : m_keypoints.construct(id, texts.name, texts.entity, texts.register_type);
 }
 
-// Retired until it is entered: were the index to run out of memory, the
-// keypoint would stay in the pool but not in the set.
+// Retired until it has an entry: if the index runs out of memory, the keypoint
+// stays in the pool but is not in the set.
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::add_register(long id, const KPT_REGISTER_TEXTS& texts) {
   const std::uint32_t slot = m_keypoints.count();
   m_standings.resize(std::size_t{slot} + 1, RETIRED);
@@ -86,8 +86,8 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_register(std::string_view
   return get_register(KPT_REGISTER_TEXTS(name, entity, register_type));
 }
 
-// What a register is called now. Its hash is nearly always the one that this
-// set entered it with.
+// The present texts of a register. Its hash is nearly always the one with which
+// this set entered it.
 KPT_REGISTER_TEXTS KPT_KEYPOINT_SET_IMPL::texts_of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, bool as_signal) const {
   const bool as_entered =
       keypoint.m_set == m_number && keypoint.is_as_entered() && keypoint.register_is_signal() == as_signal;
@@ -117,7 +117,7 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::get_namesake(const KPT_REGIST
 }
 
 // A look-up waits for an entry, a keypoint and a name, one after the other and
-// each from anywhere in memory; the walk asks for each of them ahead.
+// each anywhere in memory. The walk prefetches them.
 void KPT_KEYPOINT_SET_IMPL::fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
                                                    const KPT_KEYPOINT_SET_IMPL& other) const {
   constexpr std::size_t STEP = 8;
@@ -159,7 +159,7 @@ void KPT_KEYPOINT_SET_IMPL::take_back(KPT_REGISTER_KEYPOINT_IMPL& keypoint) {
   }
 }
 
-// The first `count` steps are those over the signals, the next those over the block instances.
+// The first `count` steps visit the signals, the next `count` steps the block instances.
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINT_SET_IMPL::walk(std::size_t& step, std::size_t count) const {
   const std::size_t end = m_instance_registers.size() > 0 ? 2 * count : count;
   while (step < end) {
@@ -199,8 +199,8 @@ bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_
   return make_union(other, next_id, nullptr);
 }
 
-// The index in which the other set has a register decides what is looked for
-// and added, whatever kind the register has been made since.
+// The index in which the other set has a register decides what is looked up and
+// added, even if the register's kind has been changed.
 bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_id, KPT_NAMESAKES* namesakes) {
   other.for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
     fetch_namesakes_behind(*keypoint, other);

@@ -1,9 +1,9 @@
-// The layers of the library, from the top. Each may use those below it and no
-// other; scripts/includes checks it.
+// The layers of the library, from the top. A layer uses only the layers below
+// it; scripts/includes checks this.
 //   manager, handles     find databases by name; forward to what is below
-//   load, composition    make a database of a file, or of several databases
+//   load, composition    make a database from a file, or from several databases
 //   database             finds registers by name, creates them, reports events
-//   transformation set   finds the map of a register, keeps indexes; unite/
+//   transformation set   finds the map of a register by indexes; unite/
 //   map                  groups of registers, and their state table
 //   keypoint set, table  registers by name; the codes of a state machine
 //   keypoint             one register
@@ -14,11 +14,11 @@
 // registers after it, and the maps between them.
 //
 // Ownership: the database owns its two keypoint sets and its transformation
-// set. It belongs to the manager that recorded it, or to whoever created it.
+// set. The manager that recorded it owns it, or else the code that created it.
 //
-// Ids come from two counters that all databases of the process share, one a
-// side. They are written through the host's `int` conversions, so an id beyond
-// 2,147,483,647 does not survive a save.
+// Ids come from two counters, one for each side, which all databases of the
+// process share. Ids are saved through the host's `int` conversions, so an id
+// beyond 2,147,483,647 does not survive a save.
 #ifndef KPT_KEYPOINTS_DB_IMPL_H
 #define KPT_KEYPOINTS_DB_IMPL_H
 
@@ -37,12 +37,12 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINTS_DB_IMPL(const KPT_KEYPOINTS_DB_IMPL&) = delete;
   KPT_KEYPOINTS_DB_IMPL& operator=(const KPT_KEYPOINTS_DB_IMPL&) = delete;
 
-  /// The id for a new register of that side: the counter's value, which is
-  /// then raised by one. The first id of a process is 0.
+  /// The id for a new register of the side. It is the value of the counter,
+  /// which is then raised by one. The first id of a process is 0.
   static long get_next_r_id() { return s_r_id++; }
   static long get_next_t_id() { return s_t_id++; }
-  /// Raises both counters beyond every id of this database: the next register
-  /// of the process repeats none of them.
+  /// Raises both counters past every id of this database, so that the next
+  /// register of the process repeats none of them.
   void move_id_counters_past_own_ids();
 
   const KPT_STRING& get_db_name() const { return m_db_name; }
@@ -50,13 +50,13 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_SET_IMPL* get_transformed_set() { return &m_transformed_set; }
   KPT_TRANSFORMATION_SET_IMPL* get_transformation_set() { return &m_transformation_set; }
 
-  /// Adds a register with a given id to the reference set, or for any other
-  /// value of `set` to the transformed set. A register of that key leaves its set.
+  /// Adds a register with the given id to the reference set, or for any other
+  /// value of `set` to the transformed set. It replaces a register of that key.
   KPT_REGISTER_KEYPOINT_IMPL* add_to_register_set(KPT_SET_ENUM set, long id, std::string_view name);
   KPT_REGISTER_KEYPOINT_IMPL* add_to_register_set(KPT_SET_ENUM set, long id, std::string_view name,
                                                   std::string_view entity, std::string_view register_type);
 
-  /// Adds a map: a copy of what is given, or what is given itself.
+  /// Adds a map with copies of the arguments, or with the arguments themselves.
   KPT_TRANSFORMATION_IMPL* add_to_transformation_set(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t,
                                                      const KPT_STATE_TABLE_IMPL& table, KPT_ELIM_ENUM status);
   KPT_TRANSFORMATION_IMPL* add_to_transformation_set(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t,
@@ -65,21 +65,21 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
                                                      KPT_ELIM_ENUM status);
   KPT_TRANSFORMATION_IMPL* add_to_transformation_set(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_ELIM_ENUM status);
 
-  /// A client's table in the internal form; an entry counts as set when it reads as anything but 0.
+  /// The internal form of a client's table. An entry counts as true when it reads as anything but 0.
   KPT_STATE_TABLE_IMPL create_state_table_impl(const KPT_STATE_TABLE& table) const;
 
-  /// The map of a register, or null. Signal registers alone are found: a
-  /// block instance needs more than its name.
+  /// The map of a signal register, or null. Block instances are not found,
+  /// because that takes more than a name.
   KPT_TRANSFORMATION_IMPL* get_reference_register_transformation(std::string_view name) const;
   KPT_TRANSFORMATION_IMPL* get_transformed_register_transformation(std::string_view name) const;
 
-  // What passes report. False when the event was refused; an association, an
-  // elimination and an event on a register without a map are refused silently.
-  // Where memory ends, std::bad_alloc leaves, nothing has changed, and the event
-  // can be reported again; but a merge with a state machine may be recorded
-  // with its table as it was.
+  // The events that passes report. False when the event was refused. The refusal
+  // of an association, an elimination or an event on a register without a map
+  // issues no line. An operation that throws std::bad_alloc has changed nothing
+  // and can be repeated. One exception: a merge with a state machine may be
+  // recorded without the change of the table.
 
-  /// A register kept 1:1. False, changing nothing, when either register exists.
+  /// A register that was kept 1:1. When either register exists: false, and nothing changes.
   bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name);
   bool associate_registers_signal_to_instance(std::string_view r_name, std::string_view t_name,
                                               std::string_view t_entity, std::string_view t_register_type);
@@ -88,15 +88,15 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool associate_registers_instance_to_instance(std::string_view r_name, std::string_view r_entity,
                                                 std::string_view r_register_type, std::string_view t_name,
                                                 std::string_view t_entity, std::string_view t_register_type);
-  /// A state machine re-encoded: the k-th name of each side is bit k of its
-  /// encoding. False, changing nothing, when a name exists in its set.
+  /// A re-encoded state machine: the k-th name of each side is bit k of its
+  /// encoding. When a name exists in its set: false, and nothing changes.
   bool associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names, const KPT_STRING_VECTOR& t_names,
                                        const KPT_STATE_TABLE& table);
-  /// A map of any shape: groups of new registers on both sides, with a table
-  /// or, with at most one index a side, without; a status is the value of the
-  /// first reference register. Null, changing nothing, with a debug line
-  /// "Error: Map not recorded: ..." when a register exists or is named twice,
-  /// the table has not the sides' size, has no row or contradicts the status.
+  /// A map of any shape: groups of new registers on both sides. A map with
+  /// several indices on a side needs a table. A status is about the first
+  /// reference register. Null, and nothing changes, when a register exists or is
+  /// named twice, or when the table has the wrong size, has no row or contradicts
+  /// the status. The debug line "Error: Map not recorded: ..." then says why.
   KPT_TRANSFORMATION_IMPL* associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
                                             const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
   /// A map as another database has it, unchecked: registers that exist are
@@ -115,38 +115,38 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool set_eliminated_register_stuck_at_zero(std::string_view t_name);
   bool set_eliminated_register_stuck_at_one(std::string_view t_name);
   bool set_eliminated_register_no_fanout(std::string_view t_name);
-  /// Without a reason the map refuses: false, and the register stays in the
-  /// transformed set, but is found through the transformed index no more.
+  /// Without a reason the map refuses: false. The register stays in the
+  /// transformed set, and the transformed index no longer finds its map.
   bool set_eliminated_register(std::string_view t_name);
   bool set_eliminated_register(std::string_view t_name, KPT_ELIM_ENUM kind);
 
-  /// Appends the next stage: afterwards the maps run from this database's
-  /// reference registers to the transformed registers of `db2`, which is left
-  /// as it was. There is no rollback: where memory ends, std::bad_alloc leaves
-  /// a database behind that can be used, saved and destroyed, and spans the
-  /// two stages in part.
+  /// Appends the next stage, which does not change. The maps then lead from
+  /// this database's reference registers to the transformed registers of `db2`.
+  /// What they say can be false: docs/behaviours.md. There is no rollback. After
+  /// std::bad_alloc the database spans the two stages in part; it can be used,
+  /// saved and destroyed.
   bool unite_db(KPT_KEYPOINTS_DB_IMPL& db2);
-  /// Gives this database a pass-through map for every register that `db2`
-  /// starts from and that it lacks. Where memory ends those made so far stay.
+  /// Gives this database a pass-through map for every register that `db2` starts
+  /// from and that it lacks. After std::bad_alloc the maps made so far stay.
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2);
   /// Deletes the registers of a set that no map lists. The result is that of the last deletion.
   bool cleanup_reference_keypoint_set();
   bool cleanup_transformed_keypoint_set();
 
   /// Writes the database file. False when it cannot be opened or a part
-  /// cannot be written; what the file held before is then lost.
+  /// cannot be written. What the file held before is then lost.
   bool save(std::string_view file_name);
-  /// Writes the file beside its target and renames it, with references for
-  /// what XML needs escaped, so that every name comes back. False, with a debug
-  /// line, when anything cannot be written, or when there is a text that no
-  /// file can hold, of which the message EKPT_TEXTS_CANNOT_BE_SAVED tells; an
-  /// earlier file of that name is then untouched and nothing else stays.
-  /// A process that is killed meanwhile may leave a file ".kpt-*" in the
-  /// folder, which a later save that replaces the target removes if it may
-  /// write it.
+  /// Writes a new file and puts it in the place of the target. Escapes
+  /// what XML needs escaped, so that every name can be read back. False,
+  /// with a debug line, when a write fails, or when no file can hold a
+  /// text; the message EKPT_TEXTS_CANNOT_BE_SAVED then says which. An
+  /// earlier file of that name is then unchanged, and no other file is
+  /// left. A process that is killed meanwhile may leave a file ".kpt-*" in
+  /// the folder, which a later save that replaces the target removes if it
+  /// may write it.
   bool save_atomically(std::string_view file_name);
 
-  /// Fills this database from a parsed file. False when something follows the transformations.
+  /// Fills this database from a parsed file. False when an element follows the transformations.
   bool load_db(KPT_XML_ELEMENT& root);
   bool parse_one_keypoint_set(KPT_XML_ELEMENT& set_element);
   bool parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT& key_point);
@@ -159,7 +159,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_STATE_TABLE_IMPL parse_state_table(KPT_XML_ELEMENT& state_table);
 
   /// The next id of each side. Loading raises a counter to the highest signal
-  /// id that it reads, not past it: the next register then repeats that id.
+  /// id that it reads, but not past it, so the next register repeats that id.
   static long s_r_id;
   static long s_t_id;
 
@@ -188,7 +188,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_SET_IMPL m_transformed_set;
   KPT_TRANSFORMATION_SET_IMPL m_transformation_set;
   KPT_STRING m_db_name;
-  // Called by the destructor of a recorded database, whoever destroys it: its registry entry is dead from then on.
+  // The destructor of a recorded database calls this, so that the manager no longer uses the registry entry.
   void (*m_forget)(const KPT_KEYPOINTS_DB_IMPL*) = nullptr;
 };
 

@@ -1,6 +1,6 @@
-// What optimisation passes report: the lookups, the new keypoints and the
-// debug line of each event. What becomes of the maps is the transformation
-// set's work.
+// The events that optimisation passes report: the look-ups, the new
+// keypoints and the debug line of each event. The transformation set changes
+// the maps.
 #include "db/kpt/containers/kpt_undo.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_texts.h"
@@ -10,11 +10,11 @@
 
 namespace {
 
-// A name for a debug line: names come as views, which need not end in a zero byte.
+// A name for a debug line. Names are views, which need not end in a zero byte.
 KPT_STRING text(std::string_view name) { return KPT_STRING(name); }
 
-// The name by which a line tells of a register, without a copy where the
-// register is still called so: what is told behind a change must not fail.
+// The register's name in a line. It is copied only if the register was renamed,
+// because a line after a change must not fail.
 class LINE_NAME {
  public:
   LINE_NAME(std::string_view name, const KPT_KEYPOINT& k) {
@@ -41,8 +41,8 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, cons
   return created;
 }
 
-// Undoes `create` for registers that are the last to have been created: the
-// next one gets the first one's id.
+// Undoes `create` for registers that were created last: the next register gets
+// the id of the first of them.
 void KPT_KEYPOINTS_DB_IMPL::take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created) {
   for (std::size_t k = created.size(); k > 0; --k) {
     auto& keypoint = static_cast<KPT_REGISTER_KEYPOINT_IMPL&>(*created[k - 1]);
@@ -91,8 +91,8 @@ bool KPT_KEYPOINTS_DB_IMPL::associate_registers_instance_to_instance(std::string
   return associate({r_name, r_entity, r_register_type}, {t_name, t_entity, t_register_type});
 }
 
-// Both counts are 16 bits wide, as a state table's are: of a longer vector
-// only as many names as the count holds are looked at.
+// Both counts have 16 bits, like those of a state table. Of a longer vector, only
+// as many names as the count says are used.
 bool KPT_KEYPOINTS_DB_IMPL::any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names) {
   const auto count = static_cast<unsigned short>(names.size());
   for (unsigned short k = 0; k < count; ++k) {
@@ -103,7 +103,7 @@ bool KPT_KEYPOINTS_DB_IMPL::any_signal_exists(KPT_SET_ENUM set, const KPT_STRING
   return false;
 }
 
-// The order of the names is that of the state table's columns.
+// The names are in the order of the state table's columns.
 void KPT_KEYPOINTS_DB_IMPL::create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names,
                                            KPT_KEYPOINT_LIST& created) {
   const auto count = static_cast<unsigned short>(names.size());
@@ -113,8 +113,8 @@ void KPT_KEYPOINTS_DB_IMPL::create_signals(KPT_SET_ENUM set, const KPT_STRING_VE
   }
 }
 
-// A name repeated within one vector passes the check: both keypoints are
-// made, and the first is reached through the map alone.
+// A name that occurs twice in one vector passes the check. Both keypoints are
+// created, and only the map leads to the first one.
 bool KPT_KEYPOINTS_DB_IMPL::associate_registers_fsm_signals(const KPT_STRING_VECTOR& r_names,
                                                             const KPT_STRING_VECTOR& t_names,
                                                             const KPT_STATE_TABLE& table) {
@@ -134,8 +134,8 @@ bool KPT_KEYPOINTS_DB_IMPL::associate_registers_fsm_signals(const KPT_STRING_VEC
   return true;
 }
 
-// A replica that the map refuses stays in the transformed set: the register
-// exists in the netlist, whatever is known of its origin.
+// A replica that the map refuses stays in the transformed set, because the
+// register exists in the netlist.
 bool KPT_KEYPOINTS_DB_IMPL::set_replicated_registers(std::string_view t_name, std::string_view replica_name) {
   KPT_REGISTER_KEYPOINT_IMPL* existing = m_transformed_set.get_register(t_name);
   if (existing == nullptr) {
@@ -208,7 +208,7 @@ bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name) {
   return set_eliminated_register(t_name, KPT_ELIMINATED);
 }
 
-// The register leaves the transformed set; its map tells what became of it.
+// The register leaves the transformed set. Its map says what became of it.
 bool KPT_KEYPOINTS_DB_IMPL::set_eliminated_register(std::string_view t_name, KPT_ELIM_ENUM kind) {
   const KPT_REGISTER_TEXTS texts(t_name);
   KPT_REGISTER_KEYPOINT_IMPL* eliminated = m_transformed_set.get_register(texts);

@@ -1,5 +1,5 @@
-// A map of any shape, recorded at once: checked whole before anything is
-// added, and taken back whole when memory runs out.
+// Records a map of any shape at once: it is checked completely before anything is
+// added, and removed completely when memory runs out.
 #include <algorithm>
 #include <boost/unordered/unordered_flat_set.hpp>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::size_t MOST = 65535;  // indices of a side, as a state table counts them
+constexpr std::size_t MOST = 65535;  // the most indices of a side: the most columns of a state table
 
 KPT_REGISTER_TEXTS texts_of(const KPT_REGISTER_NAME& name) {
   return name.is_signal ? KPT_REGISTER_TEXTS(name.name)
@@ -32,7 +32,7 @@ bool refuse(const char* reason) {
   return false;
 }
 
-// Every register is new to the set, and named once.
+// Whether every register is new to the set and occurs once.
 bool are_new(const KPT_GROUPS_SIDE& side, const KPT_KEYPOINT_SET_IMPL& set) {
   using KEY = std::pair<bool, KPT_STRINGPAIR_HASH_COMPARE::TEXTS>;
   struct HASH {
@@ -54,8 +54,8 @@ bool are_new(const KPT_GROUPS_SIDE& side, const KPT_KEYPOINT_SET_IMPL& set) {
   });
 }
 
-// A table has its sides' size and at least one row, and says of the first
-// reference column what the status says of it.
+// Whether a table has the size of its sides and at least one row, and its first
+// reference column agrees with the status.
 bool table_fits(const KPT_STATE_TABLE_IMPL& table, std::size_t of_r, std::size_t of_t, KPT_ELIM_ENUM status) {
   if (table.get_num_reference_registers() != of_r || table.get_num_transformed_registers() != of_t) {
     return refuse("its table has not its size");

@@ -1,6 +1,6 @@
-// How a database is filled from a parsed file. Most deviations inside a
-// well-formed file are tolerated: what cannot be understood is skipped or reads
-// as empty, and what was added before stays.
+// Fills a database from a parsed file. Most deviations in a well-formed file are
+// tolerated: what the reader does not know is skipped or reads as empty, and what
+// was added before stays.
 #include <algorithm>
 
 #include "db/kpt/files/kpt_format_words.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-// Names the check that fails. Hosts file internal errors by this text and its
+// The text of the failed check. Hosts file internal errors by this text and its
 // line, so both are constants and do not follow the source.
 constexpr char TRANSFORMATIONS_SET_CHECK[] =
     "strcmp(db_xml_subtree.get_node_name(), KPT_XML_STR_TRANSFORMATIONS_SET) == 0";
@@ -26,8 +26,8 @@ int number_attribute(const KPT_XML_ELEMENT& element, std::string_view name) {
   return gen_atoi(element.get_attribute_by_name(name));
 }
 
-// Calls `visit` for every child element while `ok` holds. Running off the end
-// lowers `ok`.
+// Calls `visit` for every child element while `ok` is true. The end of the
+// children clears `ok`.
 template <class VISIT>
 void for_each_child(KPT_XML_ELEMENT& parent, bool& ok, VISIT visit) {
   KPT_XML_ELEMENT child = parent.get_first_child(&ok);
@@ -45,10 +45,10 @@ void for_each_child(KPT_XML_ELEMENT& parent, VISIT visit) {
 
 }  // namespace
 
-// One flag serves the children of the root and the transformations, and the
-// end of the transformations lowers it: nothing behind them is read, and
-// something behind them makes the load fail. Files with a trailing element have
-// always been refused this way, and flows rely on the refusal.
+// One flag serves the children of the root and the transformations, and the end
+// of the transformations clears it. So nothing after them is read, and an
+// element after them makes the load fail. Flows rely on the refusal of such
+// files.
 bool KPT_KEYPOINTS_DB_IMPL::load_db(KPT_XML_ELEMENT& root) {
   kpt_msg_debug("TIME: Load Start Time: %s", gen_get_current_time().c_str());
   bool ok = true;
@@ -88,8 +88,8 @@ bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint_set(KPT_XML_ELEMENT& set_element)
   return child.is_null();
 }
 
-// A keypoint of another type, or with one of entity and register type alone,
-// is passed over without a word.
+// A keypoint of another type, and one that has only one of entity and register
+// type, is skipped without a message.
 bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT& key_point) {
   const long id = number_attribute(key_point, kpt_words::ID);
   bool has_name = true;
@@ -106,15 +106,15 @@ bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT
     return has_name;
   }
   add_to_register_set(set, id, name.get_text_content());
-  // To the id itself, not past it, and for signals alone: the ids that a flow
-  // sees after a load depend on it.
+  // Only to the id itself, not past it, and only for signals: the ids that a flow
+  // gets after a load depend on this.
   long& counter = set == KPT_REFERENCE_SET ? s_r_id : s_t_id;
   counter = std::max(counter, id);
   return has_name;
 }
 
-// Whatever has a type is a side, which passes over the state table, and the
-// k-th state of a side is its k-th index, whatever its index attribute says.
+// Every element with a type is a side, even the state table. The k-th state of a
+// side is its k-th index, whatever its index attribute is.
 void KPT_KEYPOINTS_DB_IMPL::parse_one_transformation(KPT_XML_ELEMENT& transformation, KPT_XML_ELEMENT& state_table,
                                                      KPT_ID_KEYPOINT_HASH& r_index, KPT_ID_KEYPOINT_HASH& t_index) {
   const KPT_ELIM_ENUM status = kpt_elim_status(transformation.get_attribute_by_name(kpt_words::ELIM_TYPE));
@@ -148,7 +148,7 @@ NI_PAIR KPT_KEYPOINTS_DB_IMPL::parse_one_state(KPT_SET_ENUM side, KPT_XML_ELEMEN
   return {std::move(noninverts), group(kpt_words::INVERTS)};
 }
 
-// An id that no keypoint carries gives a null cell, which keeps its place.
+// An id that no keypoint has gives a null entry in the list.
 KPT_KEYPOINT_LIST KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint_list(KPT_SET_ENUM side, KPT_XML_ELEMENT& list_element,
                                                                  KPT_ID_KEYPOINT_HASH& r_index,
                                                                  KPT_ID_KEYPOINT_HASH& t_index) {
@@ -159,7 +159,7 @@ KPT_KEYPOINT_LIST KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint_list(KPT_SET_ENUM si
   return keypoints;
 }
 
-// Counts and positions are numbers of 16 bits: those of a file wrap into that.
+// Counts and positions are numbers of 16 bits: a number of the file is taken modulo 65,536.
 KPT_STATE_TABLE_IMPL KPT_KEYPOINTS_DB_IMPL::parse_state_table(KPT_XML_ELEMENT& state_table) {
   const auto count = [&](std::string_view name) {
     return static_cast<unsigned short>(number_attribute(state_table, name));

@@ -1,12 +1,12 @@
-// The union of two databases: what it does to the keypoint sets, round the
-// union of the maps.
+// The union of two databases: what it does to the keypoint sets before and after
+// the union of the maps.
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_translation.h"
 #include "db/kpt/msg_kpt.h"
 
-// The second database is read only: its maps are translated onto the
-// keypoints of this one, and the translation is what the union consumes.
+// The second database is only read: its maps are translated to the keypoints of
+// this database, and the union consumes the translation.
 bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   kpt_msg_debug("TIME: Start unite at : %s", gen_get_current_time().c_str());
   const unsigned long start = gen_get_tick_count();
@@ -27,11 +27,11 @@ bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   return make_complete_db(db2, translation);
 }
 
-// `t` is the last register that had to be added, and is not forgotten between
-// the steps: a register that this database has already is aligned against the
-// pass-through before it. Stages recorded with such neighbours rely on the
-// polarity that comes of it. The result is that of the last step that did
-// anything: a later success hides an earlier failure.
+// `t` is the last register that had to be added. It is kept from step to step: a
+// register that this database already has is aligned against the pass-through
+// map of `t`. Flows compare the groups that result from this. The result is that
+// of the last step that did anything, so a later success hides an earlier
+// failure.
 bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation) {
   bool ok = true;
   KPT_KEYPOINT* t = nullptr;
@@ -59,7 +59,7 @@ bool KPT_KEYPOINTS_DB_IMPL::add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k
   return associate_registers_instance_to_instance(n, entity, type, n, entity, type);
 }
 
-// A keypoint at an index above 0 counts as not in the non-inverting group.
+// A keypoint at an index above 0 does not count as in the non-inverting group.
 void KPT_KEYPOINTS_DB_IMPL::align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k) {
   KPT_TRANSFORMATION_IMPL* map1 = m_transformation_set.get_map_of_t_keypoint(t);
   KPT_TRANSFORMATION_IMPL* map2 = db2.m_transformation_set.get_map_of_r_keypoint(k);
@@ -73,8 +73,8 @@ bool KPT_KEYPOINTS_DB_IMPL::cleanup_reference_keypoint_set() { return cleanup_ke
 
 bool KPT_KEYPOINTS_DB_IMPL::cleanup_transformed_keypoint_set() { return cleanup_keypoint_set(KPT_TRANSFORMED_SET); }
 
-// Each deletion overwrites the result: it tells whether the set ended as
-// expected, not whether every step went well.
+// Each deletion overwrites the result. So the result is that of the last
+// deletion, and does not say whether every deletion succeeded.
 bool KPT_KEYPOINTS_DB_IMPL::cleanup_keypoint_set(KPT_SET_ENUM set) {
   KPT_KEYPOINT_SET_IMPL& keypoints = set_of(set);
   bool ok = true;

@@ -11,8 +11,8 @@
 #include "db/kpt/msg_kpt.h"
 
 // Static objects that were made before the manager are destroyed after it, and
-// may ask it for a database: at its place they find an empty one, which holds
-// no memory and needs no end of its own.
+// may ask it for a database. They find an empty manager at the same address. It
+// holds no memory and needs no destructor.
 KPT_KEYPOINTS_MANAGER* KPT_KEYPOINTS_MANAGER::get_instance() {
   alignas(KPT_KEYPOINTS_MANAGER) static std::byte s_place[sizeof(KPT_KEYPOINTS_MANAGER)];
   struct LIFE {

@@ -1,16 +1,16 @@
 // The entry point: creates, finds, loads, saves and destroys the databases of
 // the process.
 //
-// Ownership: the manager owns every database that was recorded with it and
-// destroys those that are left at process exit. A pointer that it hands out is
-// good until that entry is destroyed. A database that a client deleted through
-// a handle leaves a dead entry, which everything here passes over.
+// Ownership: the manager owns every database that was recorded with it. It
+// destroys the remaining ones at process exit. A pointer that it returns is
+// valid until that database is destroyed. When a client deletes a database
+// through a handle, the registry keeps an empty entry, which everything skips.
 //
-// The process's end: databases go in the order in which they were recorded,
-// and with them every pointer and handle to them. Whoever runs later, such as
-// the destructor of a static object that was made before the manager, finds
-// the manager at the same address, empty and in working order. What is
-// recorded with it then is destroyed by name only.
+// Process exit: databases are destroyed in the order in which they were
+// recorded, and no pointer or handle to them is valid any more. Code that runs
+// later, such as the destructor of a static object that was made before the
+// manager, finds the manager at the same address, empty and usable. A database
+// that is recorded then is destroyed only by `destroy_keypoints_db`.
 #ifndef KPT_KEYPOINTS_MANAGER_H
 #define KPT_KEYPOINTS_MANAGER_H
 
@@ -25,33 +25,33 @@ class KPT_UNREGISTERED_DB;
 
 class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
  public:
-  /// The one manager, made by the first call. The pointer is good at any time.
+  /// The one manager, which the first call makes. The pointer is always valid.
   static KPT_KEYPOINTS_MANAGER* get_instance();
 
   /// Creates and records an empty database, and returns the first database of
-  /// that name: an earlier one when the name is in use. Flows that open their
-  /// database twice rely on getting the first.
+  /// that name: an earlier one when there is one. Flows that open their database
+  /// twice rely on getting the first.
   KPT_KEYPOINTS_DB* create_keypoints_db(std::string_view name);
-  /// A database that nothing owns yet: the caller records or deletes it.
+  /// A database that the caller owns, who then records or deletes it.
   KPT_KEYPOINTS_DB_IMPL* create_keypoints_db_impl(std::string_view name);
-  /// Takes the database over. False for null.
+  /// Records the database; the manager then owns it. False for null.
   bool record_new_db(KPT_KEYPOINTS_DB_IMPL* db);
-  /// Takes the database over from the value that owned it, and returns its
-  /// entry, also when the name is in use. Null when the value owned nothing.
+  /// Takes the database from the value that owned it, and returns its handle,
+  /// also when the name is in use. Null when the value owned nothing.
   KPT_KEYPOINTS_DB* record_db(KPT_UNREGISTERED_DB&& db);
   /// The first database of that name (byte for byte), or null.
   KPT_KEYPOINTS_DB* get_keypoints_db(std::string_view name);
-  /// Loads a database file and records what it holds. Null when the file
-  /// cannot be read or has no name, when memory ends, which the message
-  /// EKPT_OUT_OF_MEMORY tells, or, with the line "DB called %s already
-  /// exists\n", when a database of its name is recorded.
+  /// Loads a database file and records the database. Null when the file cannot
+  /// be read or has no name. Null with the message EKPT_OUT_OF_MEMORY when there
+  /// is too little memory. Null with the line "DB called %s already exists\n"
+  /// when a database of its name is recorded.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name);
-  /// The same; when it is null, `problem` tells the first reason.
+  /// The same. When the result is null, `problem` has the first reason.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
   /// False, with the line "database named %s doesn't exist", for an unknown name.
   bool save_db(std::string_view name, std::string_view file_name);
-  /// The same by KPT_KEYPOINTS_DB::save_atomically: the file is written whole or
-  /// not at all, and is read back as it was.
+  /// The same by KPT_KEYPOINTS_DB::save_atomically: the file is either complete
+  /// or not written, and it can be read back without loss.
   bool save_db_atomically(std::string_view name, std::string_view file_name);
   /// Destroys the first database of that name. False for an unknown name.
   bool destroy_keypoints_db(std::string_view name);
@@ -64,7 +64,7 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
 
   KPT_KEYPOINTS_MANAGER();
   ~KPT_KEYPOINTS_MANAGER();
-  // The database is being destroyed: its entries are dead.
+  // The database is being destroyed: its entries become null.
   static void forget(const KPT_KEYPOINTS_DB_IMPL* db);
   DATABASES::iterator find(std::string_view name);
   KPT_KEYPOINTS_DB* loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem);

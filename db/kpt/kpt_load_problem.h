@@ -6,30 +6,30 @@
 
 #include "db/kpt/kpt_types.h"
 
-/// The first problem of a load. What the host is told stays as it is: this
-/// tells the caller as well.
+/// The first problem of a load, for the caller. The host gets its messages in
+/// any case.
 struct KPT_LOAD_PROBLEM {
   enum KIND : int {
     NONE,
-    NOT_WELL_FORMED,  // cannot be opened, or breaks a rule of XML: line and column say where
+    NOT_WELL_FORMED,  // the file cannot be opened, or is not XML: line and column say where
     NO_NAME,          // the root element gives the database no name
     NAME_IS_TAKEN,    // a database of that name is registered already
-    NOT_COMPLETE,     // something follows the transformations
+    NOT_COMPLETE,     // an element follows the transformations
     OUT_OF_MEMORY
   };
 
   KIND kind = NONE;
   /// One sentence in English, without the file's name; empty for NONE.
   KPT_STRING message;
-  /// From 1; 0 when the place is not known.
+  /// Counted from 1; 0 when the position is not known.
   long line = 0;
   long column = 0;
 
   bool is_none() const { return kind == NONE; }
-  /// Becomes OUT_OF_MEMORY, whatever it was. Takes no memory.
+  /// Becomes OUT_OF_MEMORY, whatever it was before. Allocates nothing.
   void note_end_of_memory() noexcept {
     kind = OUT_OF_MEMORY;
-    message.assign("out of memory");  // short enough to stand in the string itself
+    message.assign("out of memory");  // short enough to need no allocation
     line = column = 0;
   }
   /// Becomes the other problem, unless there is one already.

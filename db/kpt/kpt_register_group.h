@@ -1,11 +1,11 @@
-// One group of a map: the registers that an index of one side lists with the
-// value as it is, or with its inverse.
+// One group of a map: the registers at an index of one side that hold its
+// value, or those that hold the inverse.
 //
-// Ownership: none, and no copy of the list. Good until the map is changed,
-// deleted or absorbed, or its database destroyed.
+// Ownership: none, and no copy of the list. Valid until the map is changed,
+// deleted or absorbed, or its database is destroyed.
 //
-// A null handle stands for what is no register: a loaded file may name ids that
-// it does not hold.
+// A keypoint that is not a register is a null handle. A loaded file may list
+// ids that it does not define.
 #ifndef KPT_REGISTER_GROUP_H
 #define KPT_REGISTER_GROUP_H
 
@@ -52,7 +52,7 @@ class KPT_EXPORT KPT_REGISTER_GROUP {
   /// A null handle beyond the group.
   KPT_REGISTER_KEYPOINT operator[](std::size_t k) const { return handle(k < m_size ? m_first[k] : nullptr); }
 
-  /// The handle of a register; a null handle for what is none.
+  /// The handle of a register; a null handle when the keypoint is not a register.
   static KPT_REGISTER_KEYPOINT handle(KPT_KEYPOINT* keypoint);
 
  private:

@@ -16,13 +16,13 @@ struct KPT_REGISTER_KEYPOINT_IMPL::EXTRAS : KPT_ZEROED {
   KPT_STRING entity;
   KPT_STRING register_type;
   KPT_ATTRIBUTES attributes;
-  std::unique_ptr<KEY> key;  // set once the keypoint is no longer called as its set knows it
+  std::unique_ptr<KEY> key;  // set when the keypoint gets texts other than its set's
 };
 
 namespace {
 
-// What a signal answers for its entity and register type. Made when the library
-// is loaded: a client may ask in its own last moments.
+// The entity and the register type of a signal. It is made when the library is
+// loaded, because a client may ask at process exit.
 const KPT_STRING s_no_text;
 
 }  // namespace
@@ -85,11 +85,11 @@ bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_signal(std::string_view name) {
   return true;
 }
 
-// The texts are set before the kind is looked at: a caller that gets false
-// relies on reading back what it asked for.
+// Sets the texts before it checks the kind: a caller that gets false reads back
+// the texts that it passed.
 bool KPT_REGISTER_KEYPOINT_IMPL::substitute_with_instance(std::string_view name, std::string_view entity,
                                                           std::string_view register_type) {
-  // Copies: the arguments may be texts of this very register.
+  // Copies, because the arguments may be texts of this register.
   KPT_STRING new_entity(entity);
   KPT_STRING new_type(register_type);
   set_element_name(name);
@@ -135,9 +135,9 @@ bool KPT_REGISTER_KEYPOINT_IMPL::save_register(KPT_XML_WRITER& writer) const {
   return writer.write_keypoint_xml(id, kpt_words::REGISTER, get_element_name(), get_entity_name(), get_register_type());
 }
 
-// A set finds a keypoint under the texts it was added with. They are kept
-// here when the keypoint is first renamed, so that a keypoint that keeps its
-// name, as nearly every one does, pays nothing for it.
+// A set finds a keypoint under the texts with which it was added. They are stored
+// here when the keypoint is first renamed. Nearly every keypoint keeps its name
+// and needs no such memory.
 void KPT_REGISTER_KEYPOINT_IMPL::keep_key() {
   if (!is_in_set() || (m_extras != nullptr && m_extras->key != nullptr)) {
     return;

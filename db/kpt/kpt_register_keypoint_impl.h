@@ -1,9 +1,9 @@
-// A register of a netlist: a signal, known by its name, or a block instance,
-// known by its name, its entity and its register type.
+// A register of a netlist: a signal with a name, or a block instance with a
+// name, an entity and a register type.
 //
-// Ownership: as KPT_KEYPOINT. Owns its texts and attributes. What only a block
-// instance or an attribute needs is allocated when it is first needed, so a
-// signal costs 64 bytes, one line of the cache, beside its name.
+// Ownership: like KPT_KEYPOINT; owns its texts and attributes. Memory for a
+// block instance or for attributes is allocated when it is first needed. So a
+// signal takes 64 bytes, one cache line, and the bytes of its name.
 #ifndef KPT_REGISTER_KEYPOINT_IMPL_H
 #define KPT_REGISTER_KEYPOINT_IMPL_H
 
@@ -20,8 +20,8 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT_IMPL : public KPT_KEYPOINT {
   KPT_REGISTER_KEYPOINT_IMPL(long id, std::string_view name);
   /// A block-instance register.
   KPT_REGISTER_KEYPOINT_IMPL(long id, std::string_view name, std::string_view entity, std::string_view register_type);
-  /// Takes name, id and kind, and the texts of a block instance. Attributes
-  /// stay behind: clients annotate one netlist's register, not its copies.
+  /// Copies name, id and kind, and the texts of a block instance. Attributes are
+  /// not copied: clients annotate the register of one netlist, not its copies.
   KPT_REGISTER_KEYPOINT_IMPL(const KPT_REGISTER_KEYPOINT_IMPL& other);
   KPT_REGISTER_KEYPOINT_IMPL& operator=(const KPT_REGISTER_KEYPOINT_IMPL&) = delete;
   ~KPT_REGISTER_KEYPOINT_IMPL() override;
@@ -34,25 +34,25 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT_IMPL : public KPT_KEYPOINT {
   bool register_is_signal() const { return kind() == SIGNAL; }
   bool register_is_blockinstance() const { return kind() == BLOCK_INSTANCE; }
 
-  /// Renames and, for a block instance, makes it a signal with empty entity
-  /// and type. True; false, changing nothing, only for a kind that is neither.
+  /// Renames the register, and makes a block instance a signal with empty entity
+  /// and type. A kind that is neither: false, and nothing changes.
   bool substitute_with_signal(std::string_view name);
-  /// Sets the three texts first, whatever the kind; then makes a signal a
-  /// block instance. True; false only for a kind that is neither, whose texts
-  /// are replaced all the same.
+  /// Sets the three texts of any kind, and then makes a signal a block instance.
+  /// A kind that is neither: false, although its texts were replaced.
+  /// True otherwise.
   bool substitute_with_instance(std::string_view name, std::string_view entity, std::string_view register_type);
 
-  /// Sets the attribute, new or not. Always true.
+  /// Sets or replaces the attribute. Always true.
   bool add_attribute(std::string_view name, std::string_view value);
   /// False when there is no such attribute.
   bool remove_attribute(std::string_view name);
-  /// Empty for an absent attribute, as for one whose value is empty.
+  /// Empty for an absent attribute.
   KPT_STRING get_attribute(std::string_view name) const;
   const KPT_ATTRIBUTES& attributes() const;
 
   using KPT_KEYPOINT::operator!=;
-  /// Unequal when ids, names, entities or register types differ, asked in
-  /// this order. Kind and attributes take no part.
+  /// True when ids, names, entities or register types differ, compared in this
+  /// order. Kind and attributes are not compared.
   bool operator!=(const KPT_REGISTER_KEYPOINT_IMPL& other) const;
 
   /// Writes a "key_point" element of type "register". Attributes are not
@@ -69,17 +69,17 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT_IMPL : public KPT_KEYPOINT {
   KIND kind_in_extras() const;
   EXTRAS& extras();
   void keep_key();
-  // The texts under which the set entered the keypoint, whatever it is called now.
+  // The texts under which the set entered the keypoint; it may have been renamed since.
   struct KEY {
     std::string_view name;
     std::string_view register_type;
   };
   KEY key() const { return m_extras == nullptr ? KEY{m_element_name, {}} : key_in_extras(); }
   KEY key_in_extras() const;
-  // Kind and texts are those that the set entered.
+  // Whether kind and texts are still those under which the set entered the keypoint.
   bool is_as_entered() const { return m_extras == nullptr || !has_kept_key(); }
   bool has_kept_key() const;
-  // The keypoint has left its set: its texts and id stay, its attributes go.
+  // The keypoint has left its set: keeps the texts and the id, deletes the attributes.
   void retire() noexcept;
 
   std::unique_ptr<EXTRAS> m_extras;

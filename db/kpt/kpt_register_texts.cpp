@@ -7,9 +7,9 @@
 
 namespace {
 
-// Different in each process, so that nobody can make a file or a netlist whose
-// names all meet in one place of the index. Nothing that a client sees depends
-// on it: sets are walked in order of creation.
+// Differs in each process, so that nobody can make a file or a netlist whose
+// names all collide in the index. Clients see no effect: sets are walked in order
+// of creation.
 std::size_t make_salt() noexcept {
   std::size_t salt = 0;
   if (::getrandom(&salt, sizeof salt, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof salt)) {
@@ -20,8 +20,8 @@ std::size_t make_salt() noexcept {
 
 }  // namespace
 
-// The names' own hash, which clients see, leaves names that differ in their
-// last bytes close together, and names of one value are easily made.
+// The public hash of names is not used here: names that differ only in their last
+// bytes get close values, and names with equal values are easy to make.
 std::uint32_t KPT_REGISTER_TEXTS::hash_of(std::string_view name, std::string_view register_type) noexcept {
   static const std::size_t s_salt = make_salt();
   std::size_t hash = s_salt;

@@ -13,7 +13,7 @@ KPT_TRANSFORMATION_IMPL& checked(KPT_TRANSFORMATION_IMPL* map) {
   return *map;
 }
 
-// A keypoint that is no register has nothing to show: the handle is null.
+// A keypoint that is not a register has a null handle.
 KPT_REGISTER_KEYPOINT handle(KPT_KEYPOINT* keypoint) { return KPT_REGISTER_GROUP::handle(keypoint); }
 
 const NI_PAIR_VECTOR& side_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side) {
@@ -22,7 +22,7 @@ const NI_PAIR_VECTOR& side_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM s
 
 enum RELATION { EQUIVALENT, INVERTED };
 
-// The most registers that the list can come to, so that it is allocated once.
+// The highest possible number of registers in the list, so that it is allocated once.
 std::size_t room_for(const NI_PAIR_VECTOR& side, unsigned short index, RELATION relation) {
   if (index >= side.size()) {
     return 0;

@@ -1,13 +1,13 @@
 // The handle through which clients see a map: what became of a register.
 //
-// Ownership: none. A copy points to the same map. The handle is good until the
-// map is deleted or absorbed by a merge or a union, or its database destroyed.
-// Every call but `is_null` needs a handle that is not null; debug builds
-// assert it. Registers come back as handles, a null one for what is no register.
+// Ownership: none. A copy points to the same map. The handle is valid until the
+// map is deleted or absorbed by a merge or a union, or its database is destroyed.
+// Every call but `is_null` needs a handle that is not null; debug builds assert
+// this. Registers are returned as handles, which are null where there is none.
 //
 // An index (from 0) is one bit of the state encoding: index k is column k + 1
-// of that side of the state table. Beyond the side's size, and where nothing is
-// recorded, there is no register.
+// of that side of the state table. An index beyond the side's indices, and an
+// index where nothing is recorded, has no register.
 #ifndef KPT_REGISTER_TRANSFORMATION_H
 #define KPT_REGISTER_TRANSFORMATION_H
 
@@ -32,23 +32,23 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
 
   /// Whether the registers are those of a re-encoded state machine.
   bool has_fsm() const;
-  /// An independent copy. Without a state machine: the table of a register
-  /// that is kept as it is, unless a union with a state machine left another.
+  /// An independent copy of the table. A map without a state machine has the
+  /// table of a kept register, or the table that a union with a machine left.
   KPT_STATE_TABLE get_state_table() const;
 
   /// The representative of the index.
   KPT_REGISTER_KEYPOINT get_reference(unsigned short index) const;
   KPT_REGISTER_KEYPOINT get_transformed(unsigned short index) const;
-  /// The registers that carry the same value as the representative.
+  /// The registers that hold the same value as the representative.
   KPT_REGISTER_KEYPOINT_LIST get_reference_equivalents(unsigned short index) const;
   KPT_REGISTER_KEYPOINT_LIST get_transformed_equivalents(unsigned short index) const;
-  /// The registers that carry the inverse value.
+  /// The registers that hold the inverse value.
   KPT_REGISTER_KEYPOINT_LIST get_reference_inverted_equivalents(unsigned short index) const;
   KPT_REGISTER_KEYPOINT_LIST get_transformed_inverted_equivalents(unsigned short index) const;
 
-  // The map as it is: what each index lists, whatever its representative.
+  // The two groups of an index, whatever its representative.
 
-  /// The registers that an index lists with their value as it is, or with the
+  /// The registers at an index that hold its value, or those that hold the
   /// inverse. Empty beyond the side's indices.
   KPT_REGISTER_GROUP get_reference_group(std::size_t index, bool inverted) const {
     return get_group(KPT_REFERENCE_SET, index, inverted);
@@ -60,13 +60,13 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   /// The number of indices of the side.
   std::size_t get_number_of_indices(KPT_SET_ENUM side) const;
 
-  /// Whether the two representatives move together, or against each other.
-  /// Both answer false for registers that stand at a further index only, and
-  /// both answer true for those of a state machine.
+  /// Whether the two representatives have the same value, or inverse values.
+  /// Both are false for registers that are only at an index above 0, and both
+  /// are true for the registers of a state machine.
   bool is_positive_unate(unsigned short r_index, unsigned short t_index) const;
   bool is_negative_unate(unsigned short r_index, unsigned short t_index) const;
 
-  /// The number of indices of the side, modulo 65,536; get_number_of_indices has all of them.
+  /// The number of indices of the side, modulo 65,536; get_number_of_indices has the full number.
   unsigned short get_state_reference_size() const;
   unsigned short get_state_transformed_size() const;
   /// 2 without a state machine.
@@ -77,18 +77,18 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   bool is_stuck_at_zero() const;
   bool is_stuck_at_one() const;
   bool has_no_fanout() const;
-  /// What became of the reference registers of the index, exactly: of a map
-  /// with several indices the questions above speak of all of them alike.
+  /// What became of the reference registers of the index. It is exact for each
+  /// index, while the operations above have one answer for the whole map.
   /// Unknown for a null handle.
   KPT_FATE_ENUM get_fate(unsigned short r_index) const;
 
-  /// Sets the attribute, new or not. Always true. `save_atomically` keeps attributes, `save` does not.
+  /// Sets or replaces the attribute. Always true. `save_atomically` saves attributes, `save` does not.
   bool add_attribute(std::string_view name, std::string_view value) const;
   /// False when there is no such attribute.
   bool remove_attribute(std::string_view name) const;
   /// Empty for an absent attribute.
   KPT_STRING get_attribute(std::string_view name) const;
-  /// Every attribute, in the order of the names.
+  /// Every attribute, sorted by name.
   KPT_ATTRIBUTE_LIST get_attributes() const;
 
   bool is_null() const { return m_impl == nullptr; }
@@ -101,7 +101,7 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   KPT_TRANSFORMATION_IMPL* m_impl;
 };
 
-/// For tables whose keys are handles. The value says nothing else and differs from run to run.
+/// For tables whose keys are handles. The value has no other meaning and differs between runs.
 template <>
 struct std::hash<KPT_REGISTER_TRANSFORMATION> {
   std::size_t operator()(const KPT_REGISTER_TRANSFORMATION& map) const noexcept {

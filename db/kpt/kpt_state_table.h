@@ -1,7 +1,7 @@
-// The state table that clients see: a value of their own.
+// The state table that clients see: a value, not a handle.
 //
-// Ownership: unlike the handles, owns its table. A copy is independent of its
-// source, so writing into a table that a map handed out never changes the map.
+// Ownership: owns its table. A copy is independent of its source, so a client
+// that writes into a table of a map never changes the map.
 // Rows and columns count from 1.
 #ifndef KPT_STATE_TABLE_H
 #define KPT_STATE_TABLE_H
@@ -21,12 +21,12 @@ class KPT_EXPORT KPT_STATE_TABLE : public KPT_ZEROED {
   KPT_STATE_TABLE& operator=(const KPT_STATE_TABLE&) = delete;
   ~KPT_STATE_TABLE();
 
-  /// False, changing nothing, for an entry outside the table.
+  /// For an entry outside the table: false, and nothing changes.
   bool set_reference_entry(unsigned short row, unsigned short column, bool value);
   bool set_transformed_entry(unsigned short row, unsigned short column, bool value);
 
-  /// 0 or 1; 2 out of bounds. A column beyond the count may read on into the
-  /// rows below instead; keep to the sizes below.
+  /// 0 or 1; 2 out of bounds. A column beyond the count may instead read an entry
+  /// of the rows below, so stay within the sizes below.
   int get_reference_entry(unsigned short row, unsigned short column) const;
   int get_transformed_entry(unsigned short row, unsigned short column) const;
 

@@ -11,7 +11,7 @@ namespace {
 
 bool is_known(KPT_SET_ENUM set) { return set == KPT_REFERENCE_SET || set == KPT_TRANSFORMED_SET; }
 
-// Classes of columns that no row so far tells apart. All columns begin in one.
+// Classes of columns that the rows so far do not distinguish. At first all columns are in one class.
 class COLUMN_CLASSES {
  public:
   explicit COLUMN_CLASSES(unsigned num_columns) : m_class_of(num_columns, 0) {
@@ -21,7 +21,7 @@ class COLUMN_CLASSES {
 
   bool all_are_alone() const { return m_classes.size() == m_class_of.size(); }
 
-  /// The row at hand is true in this column.
+  /// The column is true in the present row.
   void add(unsigned column) {
     CLASS& its_class = m_classes[m_class_of[column]];
     if (its_class.members > 1) {
@@ -32,7 +32,7 @@ class COLUMN_CLASSES {
     }
   }
 
-  /// The true columns of a class leave it for one of their own, unless all are true.
+  /// The true columns of a class move to a class of their own, unless all columns of the class are true.
   void end_row() {
     for (const unsigned touched : m_touched) {
       CLASS& its_class = m_classes[touched];
@@ -56,7 +56,7 @@ class COLUMN_CLASSES {
  private:
   struct CLASS {
     unsigned members = 0;
-    unsigned true_members = 0;  // in the row at hand
+    unsigned true_members = 0;  // in the present row
     unsigned split_into = 0;    // the class for these; 0 for none
   };
   using NUMBERS = std::vector<unsigned, MEM_STL_ALLOCATOR<unsigned>>;
@@ -139,7 +139,7 @@ int KPT_STATE_TABLE_IMPL::get_entry(KPT_SET_ENUM set, unsigned short row, unsign
   const std::uint64_t entries = length(set);
   const auto product = static_cast<unsigned short>(unsigned{row} * unsigned{column});
   if (row == 0 || column == 0 || product > entries || position(set, row, column) >= entries) {
-    // The line names the R table for either side.
+    // The line says R table for both sides.
     kpt_msg_debug("Error: Trying to access outside of R table bounds");
     return 2;
   }
@@ -154,10 +154,10 @@ int KPT_STATE_TABLE_IMPL::get_transformed_entry(unsigned short row, unsigned sho
   return get_entry(KPT_TRANSFORMED_SET, row, column);
 }
 
-// Columns that agreed in every row so far, each taken as it differs from its
-// own entry in the first row, form a class; a row splits the classes it tells
-// apart. The table is canonical once every column is alone. That walks the set
-// bits once, and mostly stops after a few rows.
+// Columns that agree in every row so far form a class; each column is compared
+// after an exclusive or with its first entry. Each row splits the classes that it
+// distinguishes. The table is canonical when every column is alone. This reads
+// the set bits once, and usually stops after a few rows.
 bool KPT_STATE_TABLE_IMPL::is_table_in_canonical_form(KPT_SET_ENUM set) const {
   const unsigned num_columns = columns(set);
   if (num_columns < 2) {
@@ -171,7 +171,7 @@ bool KPT_STATE_TABLE_IMPL::is_table_in_canonical_form(KPT_SET_ENUM set) const {
   for (std::uint64_t row = 1; row < m_num_rows && !classes.all_are_alone(); ++row) {
     const std::uint64_t start = row * num_columns;
     if (start >= table.kept() + num_columns) {
-      break;  // as false throughout as the row before, so it tells nothing more apart
+      break;  // all false like the row before, so it splits no class
     }
     for (unsigned column = 0; column < num_columns; column += 64) {
       const unsigned count = std::min(64U, num_columns - column);

@@ -1,16 +1,16 @@
-// The state table of a re-encoded state machine: which value every reference
-// state register and every transformed state register holds in each state.
+// The state table of a re-encoded state machine: the value of every reference
+// state register and every transformed state register in each state.
 //
-// Ownership: owns its bits. Copies are independent; a moved-from table is the
-// empty one, without rows and columns.
+// Ownership: owns its bits. Copies are independent. A moved-from table is empty:
+// it has no rows and no columns.
 //
-// Two Boolean tables share their rows. Rows are the states; the columns of the
-// reference table are the reference registers of the map, those of the
-// transformed table the transformed registers. The entry operations count rows
+// Two Boolean tables share their rows. A row is a state. A column of the
+// reference table is a reference register of the map, and a column of the
+// transformed table is a transformed register. The entry operations count rows
 // and columns from 1; operations that count from 0 say so. Entry (row, column)
 // of a side with C columns is the bit at position (row - 1) * C + column - 1.
 //
-// Refused writes and reads are told on the debug channel, one line each.
+// Every refused write or read issues one debug line.
 #ifndef KPT_STATE_TABLE_IMPL_H
 #define KPT_STATE_TABLE_IMPL_H
 
@@ -31,19 +31,19 @@ class KPT_EXPORT KPT_STATE_TABLE_IMPL : public KPT_ZEROED {
   KPT_STATE_TABLE_IMPL& operator=(KPT_STATE_TABLE_IMPL&& other) noexcept;
   ~KPT_STATE_TABLE_IMPL();
 
-  /// Same counts, same entries.
+  /// Whether the counts and the entries are equal.
   bool operator==(const KPT_STATE_TABLE_IMPL& other) const;
 
-  /// False, changing nothing, for an entry outside the table or an unknown side.
+  /// For an entry outside the table or an unknown side: false, and nothing changes.
   bool set_entry(KPT_SET_ENUM set, unsigned short row, unsigned short column, bool value);
   bool set_reference_entry(unsigned short row, unsigned short column, bool value);
   bool set_transformed_entry(unsigned short row, unsigned short column, bool value);
 
-  /// 0 or 1; 2 out of bounds; 3, silently, for an unknown side.
+  /// 0 or 1; 2 out of bounds; 3 for an unknown side, without a debug line.
   ///
-  /// Weaker than the check of a write: a column beyond the count reads on into
-  /// the rows below as long as the entry's position exists and row * column,
-  /// modulo 65,536, is no more than the number of entries.
+  /// The check is weaker than that of a write. A column beyond the count reads an
+  /// entry of the rows below, if the entry's position exists and row * column,
+  /// modulo 65,536, is not greater than the number of entries.
   int get_entry(KPT_SET_ENUM set, unsigned short row, unsigned short column) const;
   int get_reference_entry(unsigned short row, unsigned short column) const;
   int get_transformed_entry(unsigned short row, unsigned short column) const;
@@ -56,76 +56,76 @@ class KPT_EXPORT KPT_STATE_TABLE_IMPL : public KPT_ZEROED {
   const KPT_BIT_TABLE& get_bits(KPT_SET_ENUM set) const { return bits(set); }
 
   /// Whether no two columns of the side are equal or opposite in every state.
-  /// A side of one column or none is; one of several columns without a row is
-  /// not. Of an unknown side no entry can be read, so it is canonical only
-  /// where there are fewer than two transformed columns.
+  /// True for a side with at most one column; false for a side with several
+  /// columns and no row. An unknown side has no readable entry: true only when
+  /// there are fewer than two transformed columns.
   bool is_table_in_canonical_form(KPT_SET_ENUM set) const;
   bool is_r_table_in_canonical_form() const;
   bool is_t_table_in_canonical_form() const;
 
   /// Inverts a transformed column, counted from 0: the bit at position
-  /// row * columns + column for every row from 0. Of a column beyond the
-  /// count that is a bit of the rows below; past the end nothing is inverted.
+  /// row * columns + column for every row from 0. For a column beyond the count
+  /// this is a bit of the rows below. A bit that does not exist is skipped.
   void flip_bits_of_t_column(unsigned short column);
 
-  /// The rows, from 0 and increasing, whose reference bit at position
-  /// row * TRANSFORMED columns + column is `value`; column from 0. A row whose
-  /// position does not exist is listed for neither value.
+  /// The rows, counted from 0 and in increasing order, whose reference bit at
+  /// position row * TRANSFORMED columns + column is `value`. The column counts
+  /// from 0. A row whose position does not exist is listed for neither value.
   KPT_ROW_LIST get_row_list(unsigned short column, bool value) const;
 
   /// Whether the reference bits at positions row_a * c and row_b * c differ
   /// for c = column and agree for every other c below the number of reference
-  /// columns; all from 0. A bit that does not exist is false. True without
-  /// reference columns; else never for column 0, where both positions are 0.
+  /// columns. All counts are from 0. A bit that does not exist is false. Without
+  /// reference columns: true. Otherwise false for column 0: both positions are 0.
   bool rows_are_gray(unsigned short row_a, unsigned short row_b, unsigned short column) const;
 
-  /// True, for any table, columns and unateness: the registers of a state
-  /// machine always count as unate.
+  /// True for any table, columns and unateness: the registers of a state
+  /// machine count as unate.
   bool check_unateness(unsigned short r_column, unsigned short t_column, KPT_UNATE_ENUM unate) const;
   bool check_positive_unateness(unsigned short r_column, unsigned short t_column) const;
   bool check_negative_unateness(unsigned short r_column, unsigned short t_column) const;
 
-  /// Writes, for every state s from 1 to num_states, the text of s - 1 in the
-  /// host's base `conversion_arg` across the columns of both sides, one
-  /// character a column; the transformed entry only if the reference entry was
-  /// accepted. An entry is true only for a character of code 1, so texts of
-  /// digits write false throughout. Whether the last pair of writes was
+  /// For every state s from 1 to num_states, writes the text of s - 1 in the
+  /// host's base `conversion_arg` to the columns of both sides, one character in
+  /// each column. It writes a transformed entry only if the reference entry was
+  /// accepted. An entry is true only for a character of code 1, so the digits
+  /// write false everywhere. Returns whether the last pair of writes was
   /// accepted; true for no states.
   bool update_simple_table(unsigned short num_states, unsigned short conversion_arg);
 
-  /// The table of two combined state machines: states multiplied, columns
-  /// added, each count modulo 65,536.
+  /// The table of two combined state machines: the number of states is the
+  /// product, the number of columns the sum, both modulo 65,536.
   ///
-  /// State s of this table and u of the other meet in row s + u - 1, where a
-  /// later pair overwrites an earlier one, so the rows from the sum of the
-  /// states on stay false. The other's columns begin on this table's last one
-  /// and overwrite it, so the last column stays false; where this table has no
-  /// column, its first would be column 0 and is refused.
+  /// State s of this table and u of the other are written to row s + u - 1. A
+  /// later pair overwrites an earlier one, so the rows from the sum of the states
+  /// on stay false. The other's columns begin at this table's last column and
+  /// overwrite it, so the last column of the product stays false. When this table
+  /// has no column, the other's first column would be column 0, which is refused.
   KPT_STATE_TABLE_IMPL cross_product_table(const KPT_STATE_TABLE_IMPL& other) const;
 
-  /// Flipping bits of a transformed column cannot fail from now on.
+  /// Allocates memory, so that flipping bits of a transformed column cannot fail.
   void make_room_to_flip() { m_t_table.make_room(length(KPT_TRANSFORMED_SET)); }
 
-  /// Removes one transformed column: the one named, for 0 the first, beyond
-  /// the count the last. False when there is none.
+  /// Removes one transformed column: the first for 0, the last for a number
+  /// beyond the count. False when there is no column.
   bool remove_t_column(unsigned short column);
 
-  /// Keeps the states in which two transformed columns read alike, out of
-  /// bounds included. Always true.
+  /// Keeps the states in which both transformed columns read the same value; two
+  /// reads out of bounds are the same. Always true.
   bool remove_invalid_rows(unsigned short keep_column, unsigned short other_column);
 
-  /// Fills one side of a state, counted from 0, from the "value" elements
-  /// below `element`; stops at the first entry outside the table. True when
-  /// all entries were accepted, also for no elements.
+  /// Fills one side of a state, counted from 0, from the "value" elements below
+  /// `element`, up to the first entry outside the table. True when all entries
+  /// were accepted, also when there are none.
   bool make_table_entries(KPT_SET_ENUM side, KPT_XML_ELEMENT element, unsigned short state);
 
   /// Writes a "state_table" element. Always true.
   bool save_state_table(KPT_XML_WRITER& writer) const;
 
  private:
-  // Both sides are handled by the same code. A side other than the reference
-  // one counts as the transformed one here: the operations that refuse an
-  // unknown side have done so before they ask.
+  // The same code handles both sides. Here every value but the reference side
+  // means the transformed side. The operations that refuse an unknown side have
+  // done so before.
   unsigned short columns(KPT_SET_ENUM set) const {
     return set == KPT_REFERENCE_SET ? m_num_r_columns : m_num_t_columns;
   }

@@ -1,5 +1,5 @@
-// The operations of a state table that rewrite or analyse it when the map that
-// holds it changes.
+// The operations that change or analyse a state table when its map
+// changes.
 #include <algorithm>
 #include <utility>
 
@@ -39,8 +39,8 @@ bool KPT_STATE_TABLE_IMPL::rows_are_gray(unsigned short row_a, unsigned short ro
   return true;
 }
 
-// Every pair of gray rows would be judged by one bit of the first row against
-// itself, so no pair can fail; the rows are not walked for it.
+// The rule compares one bit of the first row with itself for every pair of gray
+// rows. No pair can fail, so the rows are not walked.
 bool KPT_STATE_TABLE_IMPL::check_unateness(unsigned short /*r_column*/, unsigned short /*t_column*/,
                                            KPT_UNATE_ENUM /*unate*/) const {
   return true;
@@ -70,9 +70,9 @@ bool KPT_STATE_TABLE_IMPL::update_simple_table(unsigned short num_states, unsign
   return accepted;
 }
 
-// Copies one side of a row of `source` to the entries of `row` from `column`
-// on. What does not fit goes entry by entry, each refused for itself; rows and
-// columns reach that operation as 16-bit numbers.
+// Copies one side of a row of `source` to the entries of `row` from `column` on.
+// A row that does not fit is written entry by entry, and each entry outside is
+// refused. The operation for entries takes 16-bit numbers.
 void KPT_STATE_TABLE_IMPL::place_row(KPT_SET_ENUM set, unsigned row, unsigned column,
                                      const KPT_STATE_TABLE_IMPL& source, unsigned source_row) {
   const unsigned count = source.columns(set);
@@ -99,7 +99,7 @@ KPT_STATE_TABLE_IMPL KPT_STATE_TABLE_IMPL::cross_product_table(const KPT_STATE_T
         product.place_row(set, s + u - 1, 1, *this, s);
       }
     }
-    // Only now: the other's first column lands on this table's last one.
+    // After the first loop, because the other's first column overwrites this table's last one.
     for (unsigned s = 1; s <= states && other.columns(set) != 0; ++s) {
       for (unsigned u = 1; u <= other_states; ++u) {
         product.place_row(set, s + u - 1, columns(set), other, u);

@@ -1,5 +1,5 @@
-// How a state table is written to and read from a database file. In the file
-// states and columns count from 0.
+// Writes a state table to a database file and reads it. In the file, states and
+// columns count from 0.
 #include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_xml_element.h"
@@ -23,8 +23,8 @@ bool KPT_STATE_TABLE_IMPL::save_state_table(KPT_XML_WRITER& writer) const {
   return true;
 }
 
-// Every entry of the table's own counts exists and is 0 or 1, so there is no
-// other value to write and none to fail on.
+// Every entry within the table's counts exists and is 0 or 1, so no other value
+// can occur.
 void KPT_STATE_TABLE_IMPL::save_side(KPT_XML_WRITER& writer, KPT_SET_ENUM set, const char* tag, unsigned row) const {
   writer.start_tag(tag);
   writer.new_line();
@@ -50,7 +50,7 @@ bool KPT_STATE_TABLE_IMPL::make_table_entries(KPT_SET_ENUM side, KPT_XML_ELEMENT
       kpt_msg_debug("Parse error while reading statetable value");
       continue;
     }
-    // Numbers of any size come from a file: they wrap into 16 bits.
+    // The numbers of a file have any size: they are taken modulo 65,536.
     const auto column = static_cast<unsigned>(gen_atoi(value.get_attribute_by_name(kpt_words::INDEX)));
     const bool entry = static_cast<unsigned short>(gen_atoi(value.get_text_content())) == 1;
     accepted =

@@ -1,5 +1,5 @@
-// The map's structure: how it is made, copied and compared, and the groups of
-// its two sides, on which everything else rests.
+// The map's structure: how it is made, copied and compared, and the groups of its
+// two sides.
 #include "db/kpt/kpt_transformation_impl.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/msg_kpt.h"
 
-// Nearly every register has a map of its own, and a plain one is all inside.
+// Nearly every register has a map of its own, and a plain map needs no further allocation.
 static_assert(sizeof(KPT_TRANSFORMATION_IMPL) <= 104);
 
 namespace {
@@ -22,7 +22,7 @@ NI_PAIR_VECTOR single_pair(KPT_KEYPOINT* keypoint) {
   return side;
 }
 
-// One index per register, in list order.
+// One index for each register, in list order.
 NI_PAIR_VECTOR pair_per_register(const KPT_KEYPOINT_LIST& registers) {
   NI_PAIR_VECTOR side(registers.size());
   auto pair = side.begin();
@@ -41,7 +41,7 @@ KPT_STATE_TABLE_IMPL identity_of_one_register() {
   return table;
 }
 
-// Made when the library is loaded: a client may ask for it in its own last moments.
+// Made when the library is loaded, because a client may ask for it at process exit.
 const KPT_STATE_TABLE_IMPL s_plain_table = identity_of_one_register();
 
 template <class LIST>

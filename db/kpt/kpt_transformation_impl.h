@@ -1,18 +1,18 @@
 // One map: which reference registers became which transformed registers.
 //
-// A map has two sides, each a vector of NI pairs; a map of a re-encoded state
-// machine also has the state table that relates the two encodings, with NI
-// pair k (from 0) of a side as column k + 1 of that side's table. An index
-// beyond a side's NI pairs reads as an NI pair with two empty groups.
+// A map has two sides, each a vector of NI pairs. A map of a re-encoded state
+// machine also has the state table that relates the two encodings: NI pair k
+// (from 0) of a side is column k + 1 of that side's table. An index beyond a
+// side's NI pairs reads as an NI pair with two empty groups.
 //
-// Ownership: the map owns its vectors, lists, table and attributes, never the
-// keypoints it lists. A listed keypoint may be null, may stand in several
-// groups and may be of a kind that is no register.
+// Ownership: the map owns its vectors, lists, table and attributes, but not the
+// keypoints that it lists. A listed keypoint may be null, may be in several
+// groups, and need not be a register.
 //
-// Every operation on the r or t side, n or i group, is a door onto one
-// implementation that takes the side and the group. The sources are split by
-// concern: structure in kpt_transformation_impl.cpp, then queries, edits,
-// composition and the file's element in kpt_transformation_<concern>.cpp.
+// Every operation on the r or t side, or on the n or i group, calls one
+// implementation that takes the side and the group. There is one source for
+// each concern: kpt_transformation_impl.cpp has the structure, and others have
+// the queries, the edits, the composition and the element of the file.
 #ifndef KPT_TRANSFORMATION_IMPL_H
 #define KPT_TRANSFORMATION_IMPL_H
 
@@ -35,9 +35,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
  public:
   // ---- Structure ----
 
-  /// A register kept one to one: one index a side, no state machine.
+  /// A register that was kept one to one: one index on each side, no state machine.
   KPT_TRANSFORMATION_IMPL(KPT_KEYPOINT* reference, KPT_KEYPOINT* transformed);
-  /// A re-encoded state machine: one index per register, each alone in its n group.
+  /// A re-encoded state machine: one index for each register, which is alone in its n group.
   KPT_TRANSFORMATION_IMPL(const KPT_KEYPOINT_LIST& reference_registers, const KPT_KEYPOINT_LIST& transformed_registers,
                           const KPT_STATE_TABLE_IMPL& table);
   /// Whole sides, without a state machine.
@@ -48,18 +48,18 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
                           const KPT_STATE_TABLE_IMPL& table, KPT_ELIM_ENUM status);
   KPT_TRANSFORMATION_IMPL(NI_PAIR_VECTOR&& r_vector, NI_PAIR_VECTOR&& t_vector, KPT_STATE_TABLE_IMPL&& table,
                           KPT_ELIM_ENUM status);
-  /// A map as it is, its keypoints replaced by their namesakes; one without a
-  /// namesake is dropped. A table that a plain map still stores stays behind.
+  /// A copy with every keypoint replaced by its namesake. A keypoint without a
+  /// namesake is dropped. A table that a plain map stores is not copied.
   KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other, KPT_TRANSLATION& translation);
-  /// Takes everything but the attributes: they are a client's notes on one
-  /// map, and a copy made for a union or a translation is another map.
+  /// Copies everything but the attributes. They are a client's notes on one map,
+  /// and a copy made for a union or a translation is another map.
   KPT_TRANSFORMATION_IMPL(const KPT_TRANSFORMATION_IMPL& other);
   KPT_TRANSFORMATION_IMPL& operator=(const KPT_TRANSFORMATION_IMPL&) = delete;
   ~KPT_TRANSFORMATION_IMPL();
 
-  /// Equal in kind, state table and groups. Elimination status and attributes
-  /// take no part: two maps that relate the same registers in the same way are
-  /// the same map to a caller, whatever befell the registers since.
+  /// Compares kind, state table and groups, but not elimination status and
+  /// attributes. To a caller, two maps that relate the same registers in the same
+  /// way are the same map, whatever happened to the registers later.
   bool operator==(const KPT_TRANSFORMATION_IMPL& other) const;
 
   bool map_has_fsm_transformation() const { return m_fsm_flag; }
@@ -82,9 +82,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT* get_t_n_first(unsigned long index) const { return first(KPT_TRANSFORMED_SET, N_GROUP, index); }
   KPT_KEYPOINT* get_t_i_first(unsigned long index) const { return first(KPT_TRANSFORMED_SET, I_GROUP, index); }
 
-  /// The first of the n group, or of the i group when the n group is empty:
-  /// emptiness decides, so a null that leads the n group is the representative.
-  /// Null for an empty index, and with a debug line for another set value.
+  /// The first of the n group, or of the i group when the n group is empty. So a
+  /// null keypoint that is first in the n group is the representative. Null for an
+  /// empty index. For another value of `set`, null with a debug line.
   KPT_KEYPOINT* get_representative_kp(KPT_SET_ENUM set, unsigned long index) const;
   KPT_KEYPOINT* get_r_representative(unsigned short index) const { return representative(KPT_REFERENCE_SET, index); }
   KPT_KEYPOINT* get_t_representative(unsigned short index) const { return representative(KPT_TRANSFORMED_SET, index); }
@@ -115,8 +115,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return keypoint_is_in(KPT_TRANSFORMED_SET, I_GROUP, keypoint, index);
   }
 
-  /// Appends, also a keypoint that the group holds already. False, changing
-  /// nothing, beyond the side's indices.
+  /// Appends a keypoint, also when the group has it. Beyond the side's indices:
+  /// false, and nothing changes.
   bool add_keypoint_to_r_n_group_of_map(KPT_KEYPOINT* keypoint, unsigned long index) {
     return add_keypoint(KPT_REFERENCE_SET, N_GROUP, keypoint, index);
   }
@@ -130,8 +130,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return add_keypoint(KPT_TRANSFORMED_SET, I_GROUP, keypoint, index);
   }
 
-  /// Removes the first occurrence; false when there is none. Reference
-  /// registers never leave a map, so that side has no such operation.
+  /// Removes the first occurrence; false when there is none. A map never loses
+  /// a reference register, so the reference side has no such operation.
   bool delete_keypoint_from_t_n_group_of_map(const KPT_KEYPOINT* keypoint, unsigned long index) {
     return delete_t_keypoint(N_GROUP, keypoint, index);
   }
@@ -139,9 +139,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return delete_t_keypoint(I_GROUP, keypoint, index);
   }
 
-  /// Sets `*found` when the keypoint stands at index 0 of the side and returns
-  /// 0 in every case. The caller clears `*found` first: a flag that is already
-  /// set stays set, and nothing is searched.
+  /// Sets `*found` when the keypoint is at index 0 of the side, and returns 0 in
+  /// every case. The caller clears `*found` before. When `*found` is set at the
+  /// call, it stays set and nothing is searched.
   unsigned short find_index_in_r_vector(const KPT_KEYPOINT* keypoint, bool* found) const {
     return find_index(KPT_REFERENCE_SET, keypoint, found);
   }
@@ -149,7 +149,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return find_index(KPT_TRANSFORMED_SET, keypoint, found);
   }
 
-  /// Sets the attribute, new or not. Always true.
+  /// Sets or replaces the attribute. Always true.
   bool add_attribute(std::string_view name, std::string_view value) { return m_attributes.add(name, value); }
   /// False when there is no such attribute.
   bool remove_attribute(std::string_view name) { return m_attributes.remove(name); }
@@ -159,15 +159,15 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
 
   // ---- Queries ----
 
-  /// The other members of the representative's group, in order; repeats of
-  /// the representative are left out. An empty index issues a debug line.
+  /// The other members of the representative's group, in order, without repeats
+  /// of the representative. An empty index issues a debug line.
   KPT_KEYPOINT_LIST get_r_representative_equivalents(unsigned short index) const {
     return equivalents(KPT_REFERENCE_SET, index);
   }
   KPT_KEYPOINT_LIST get_t_representative_equivalents(unsigned short index) const {
     return equivalents(KPT_TRANSFORMED_SET, index);
   }
-  /// The members of the opposite group, likewise.
+  /// The members of the opposite group, in the same way.
   KPT_KEYPOINT_LIST get_r_representative_inverted_equivalents(unsigned short index) const {
     return inverted_equivalents(KPT_REFERENCE_SET, index);
   }
@@ -175,8 +175,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return inverted_equivalents(KPT_TRANSFORMED_SET, index);
   }
 
-  /// Whether the two representatives move together (positive) or against each
-  /// other (negative). False unless both stand at index 0.
+  /// Whether the two representatives have the same value (positive) or inverse
+  /// values (negative). False unless both are at index 0.
   bool register_association_is_unate(unsigned long r_index, unsigned long t_index, KPT_UNATE_ENUM unate) const;
   bool association_is_positive_unate(unsigned short r_index, unsigned short t_index) const {
     return register_association_is_unate(r_index, t_index, KPT_POSITIVE_UNATE);
@@ -188,12 +188,12 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   bool r_representative_is_stuck_at_zero() const { return m_elim_status == KPT_STUCK_AT_ZERO; }
   bool r_representative_is_stuck_at_one() const { return m_elim_status == KPT_STUCK_AT_ONE; }
   bool has_no_fanout() const { return m_elim_status == KPT_NO_FANOUT; }
-  /// True for the status "not eliminated" and for no other: whatever the name
-  /// says, callers take true to mean that the register is still there.
+  /// True only for the status "not eliminated", in spite of the name. Callers
+  /// take true to mean that the register exists.
   bool r_representative_is_eliminated() const { return m_elim_status == KPT_NOT_ELIMINATED; }
 
   /// A copy of the stored table. A map that never had a state machine has the
-  /// identity of one register: 2 states, one column a side.
+  /// identity of one register: 2 states, and one column on each side.
   KPT_STATE_TABLE_IMPL get_register_state_table() const;
 
   // ---- Edits ----
@@ -201,15 +201,15 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   /// The replica joins the group of `existing` on the transformed side. False
   /// when `existing` is not found.
   bool add_replicated_register(KPT_REGISTER_KEYPOINT_IMPL* existing, KPT_REGISTER_KEYPOINT_IMPL* replica);
-  /// Moves the register to the opposite group of its index; a state table
-  /// follows when that turns the representative's polarity.
+  /// Moves the register to the opposite group of its index. When that inverts the
+  /// representative, the column of a state table is inverted as well.
   bool set_inverter_retimed_register(KPT_KEYPOINT* retimed);
-  /// Takes the register out of the map for one of the reasons stuck at zero,
-  /// stuck at one and no fanout. A keypoint that is listed twice and alone
-  /// counts as the last register of its index; one occurrence remains.
+  /// Removes the register from the map for one of the reasons stuck at zero,
+  /// stuck at one and no fanout. A keypoint that is the only one at its index and
+  /// is listed twice counts as the last register; one occurrence remains.
   bool set_eliminated(KPT_KEYPOINT* keypoint, KPT_ELIM_ENUM status);
-  /// Drops one index of the transformed side; neither the reference side nor
-  /// the table follows. False beyond the side's indices.
+  /// Removes one index of the transformed side, and changes neither the reference
+  /// side nor the table. False beyond the side's indices.
   bool erase_entry_in_t_state_vector(unsigned short index);
   /// Exchanges the groups of every index of the side. False, with a debug
   /// line, for another set value.
@@ -221,24 +221,24 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return interchange_registers_in_n_i_groups_of_map(KPT_TRANSFORMED_SET);
   }
   /// Expresses the whole map in the other polarity: exchanges the groups of
-  /// every index of both sides.
+  /// every index on both sides.
   void interchange_groups_of_both_sides();
-  /// Two transformed columns (from 1) have become one register: drops the
-  /// states in which they disagree, then column `b`. The sides stay as they are.
+  /// Two transformed columns (from 1) have become one register. Removes the states
+  /// in which they differ, and then column `b`. The sides do not change.
   bool update_state_table(unsigned short a, unsigned short b);
 
   // ---- Composition ----
-  // Where memory ends, std::bad_alloc leaves and nothing has changed.
+  // An operation that throws std::bad_alloc has changed nothing.
   // A map that is combined with itself is read as it was before the call.
 
-  /// Appends the NI pairs of `other` behind this map's, on both sides. Always true.
+  /// Appends the NI pairs of `other` to this map's, on both sides. Always true.
   bool copy_map(const KPT_TRANSFORMATION_IMPL& other);
   /// Adds the keypoints of the first NI pairs of `other` to this map's first
   /// NI pairs and, when all could be added, takes over its elimination status.
   bool make_simple_union(const KPT_TRANSFORMATION_IMPL& other);
-  /// Unites `other` into this map. Refused, with a debug line, when both carry
-  /// a state machine; with one, the tables are multiplied and the NI pairs of
-  /// `other` appended; with none it is a simple union.
+  /// Unites `other` into this map. Two state machines are refused, with a debug
+  /// line. With one machine, the table is the product of both tables, and the NI
+  /// pairs of `other` are appended. Without a machine it is a simple union.
   bool make_union(const KPT_TRANSFORMATION_IMPL& other);
 
   /// The representative, its equivalents, its inverted equivalents.
@@ -249,8 +249,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
     return registers_at_index(KPT_TRANSFORMED_SET, index);
   }
 
-  /// In which groups of index 0 a keypoint stands; the searches of a map see
-  /// no other index.
+  /// The groups of index 0 that hold a keypoint. The searches of a map look at no
+  /// other index.
   struct GROUP_MEMBERSHIP {
     bool in_n_group;
     bool in_i_group;
@@ -262,20 +262,20 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   GROUP_MEMBERSHIP membership(KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint) const;
 
   /// Swaps the groups of this whole map unless `keypoint`, on its reference
-  /// side, has the polarity that `other` gives `other_keypoint` on its
-  /// transformed side. False, changing nothing, when either is not found.
+  /// side, has the polarity that `other` gives `other_keypoint` on its transformed
+  /// side. When either keypoint is not found: false, and nothing changes.
   bool align_r_register(const KPT_KEYPOINT* keypoint, const KPT_TRANSFORMATION_IMPL* other,
                         const KPT_KEYPOINT* other_keypoint);
   /// The mirror: swaps the groups of `other` unless `other_keypoint`, on its
   /// reference side, has the polarity of `keypoint` on this map's transformed
-  /// side. In both it is the map of the later stage that gives way: the
-  /// earlier stage has settled what its registers' values mean.
+  /// side. Both operations swap the map of the later stage, because the earlier
+  /// stage decides what the values of its registers mean.
   bool align_t_register(const KPT_KEYPOINT* keypoint, KPT_TRANSFORMATION_IMPL* other,
                         const KPT_KEYPOINT* other_keypoint) const;
 
-  /// Whether `other` lists on its reference side, at whatever index and in
-  /// whatever group, a namesake of every register of this map's transformed
-  /// side, with as many indices.
+  /// Whether the reference side of `other` has as many indices as this map's
+  /// transformed side, and lists a namesake of every register of that side, at any
+  /// index and in any group.
   bool t_equals_r(const KPT_TRANSFORMATION_IMPL& other) const;
 
   /// The first signal register of that name; null when there is none.
@@ -284,20 +284,20 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   static KPT_KEYPOINT* find_register_in_s_vector(const NI_PAIR_VECTOR& side, std::string_view name,
                                                  std::string_view entity_name, std::string_view register_type);
 
-  /// Replaces this map's transformed side by that of `other`, and takes over
-  /// its kind, elimination status and, of a state machine, the table; a table
-  /// of this map that is then without meaning stays stored. The keypoints of
-  /// the old side are appended to `left`, those of the new one to `entered`.
+  /// Replaces this map's transformed side by that of `other`, and takes its kind,
+  /// its elimination status and, from a state machine, the table. Otherwise a
+  /// table of this map stays stored without a meaning. The keypoints of the old
+  /// side are appended to `left`, those of the new side to `entered`.
   bool update_transformations(const KPT_TRANSFORMATION_IMPL& other, KPT_KEYPOINT_LIST& entered,
                               KPT_KEYPOINT_LIST& left);
 
   /// The ids in list order; a null keypoint has none and is skipped.
   static KPT_ID_LIST get_ids_in_list(const KPT_KEYPOINT_LIST& keypoints);
 
-  /// The side with every register replaced by its namesake in `set`. What has
-  /// none there is dropped; every index stays, also as an empty one.
+  /// The side with every register replaced by its namesake in `set`. A register
+  /// without a namesake is dropped. An index may become empty, but stays.
   static NI_PAIR_VECTOR translate_vector(const NI_PAIR_VECTOR& side, const KPT_KEYPOINT_SET_IMPL& set);
-  /// The same, by a translation that remembers.
+  /// The same, with a translation that keeps the results of its look-ups.
   static NI_PAIR_VECTOR translate_vector(const NI_PAIR_VECTOR& side, KPT_TRANSLATION& translation);
   NI_PAIR_VECTOR translate_reference_vector(const KPT_KEYPOINT_SET_IMPL& set) const {
     return translate_vector(m_r_vector, set);
@@ -308,16 +308,16 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
 
   // ---- File ----
 
-  /// Writes the "transformation" element. False once a list could not be
-  /// written; the map's further lists are then left out.
+  /// Writes the "transformation" element. When a list cannot be written, it
+  /// writes no further list of the map and returns false.
   bool save_transformation(KPT_XML_WRITER& writer) const;
 
   // ---- The library's own walks ----
-  // No list is made, and the debug lines are those of the query that makes
-  // one. What is called must not change the walked groups: a walk that does so
-  // takes the list.
+  // They make no list, and issue the debug lines of the query that makes one. A
+  // visit must not change the groups that are walked. Code that has to change
+  // them walks over the list.
 
-  /// Calls `visit(KPT_KEYPOINT*)` for what get_{r,t}_registers_at_index lists.
+  /// Calls `visit(KPT_KEYPOINT*)` for each register of get_{r,t}_registers_at_index.
   template <class VISIT>
   void for_each_register_at_index(KPT_SET_ENUM side, unsigned long index, VISIT&& visit) const;
   /// The same for get_{r,t}_representative_equivalents.
@@ -330,9 +330,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   template <class VISIT>
   static void for_each_keypoint(const NI_PAIR_VECTOR& side, VISIT&& visit);
 
-  /// The simple union with `other` cannot fail from now on, also when that one's groups change places before.
+  /// Allocates memory, so that a simple union with `other` cannot fail, even after the groups of `other` were swapped.
   void make_room_for(const KPT_TRANSFORMATION_IMPL& other);
-  /// Becomes what `other` is, but for attributes and the place in its set. `other` is only to be destroyed.
+  /// Takes everything of `other` but its attributes and its position. `other` can then only be destroyed.
   void take_content(KPT_TRANSFORMATION_IMPL& other) noexcept;
 
   /// The stored table, or the one that all plain maps share.
@@ -346,7 +346,7 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   NI_PAIR_VECTOR& vec(KPT_SET_ENUM side) { return side == KPT_REFERENCE_SET ? m_r_vector : m_t_vector; }
   // The group to change; null beyond the side's indices.
   KPT_KEYPOINT_LIST* group_to_edit(KPT_SET_ENUM side, GROUP group, unsigned long index);
-  // The group to look at; empty beyond the side's indices.
+  // The group to read; empty beyond the side's indices.
   KEYPOINTS group(KPT_SET_ENUM side, GROUP group, unsigned long index) const;
   KEYPOINTS representative_group(KPT_SET_ENUM side, unsigned long index) const;
   KEYPOINTS opposite_group(KPT_SET_ENUM side, unsigned long index) const;
@@ -381,17 +381,17 @@ class KPT_EXPORT KPT_TRANSFORMATION_IMPL : public KPT_ZEROED {
   NI_PAIR_VECTOR m_r_vector;
   NI_PAIR_VECTOR m_t_vector;
   KPT_ELIM_ENUM m_elim_status;
-  // The map's place in the order of creation of its set; 0 outside a set. It
-  // shares its word with the flag: a map is 104 bytes, and a word more would
-  // be eight.
+  // The map's position in the order of creation of its set; 0 outside a set. It
+  // shares a word with the flag: a map has 104 bytes, and another word would add
+  // eight.
   std::uint32_t m_position : 31 = 0;
   bool m_fsm_flag : 1;  // with a state machine
-  // Made when first changed: until then a plain map has the shared identity.
+  // Made when it is first changed. Until then a plain map has the shared identity.
   std::unique_ptr<KPT_STATE_TABLE_IMPL> m_state_table;
   KPT_ATTRIBUTES m_attributes;
 };
 
-// What every walk over a group rests on, for the compiler to see through.
+// Every walk over a group calls these, so they are inline.
 
 inline KPT_TRANSFORMATION_IMPL::KEYPOINTS KPT_TRANSFORMATION_IMPL::group(KPT_SET_ENUM side, GROUP group,
                                                                          unsigned long index) const {
@@ -429,10 +429,10 @@ inline bool KPT_TRANSFORMATION_IMPL::keypoint_is_in(KPT_SET_ENUM side, GROUP gro
   return std::find(keypoints.begin(), keypoints.end(), keypoint) != keypoints.end();
 }
 
-// Sees index 0 only, whatever the side holds behind it: a register of a
-// further index counts as not found. The edits and the events on a set rely
-// on it: with more than one index they refuse such a register, where a wider
-// search would have them change state encodings that no pass has reported.
+// Looks at index 0 only: a register at another index counts as not found. The
+// edits and the events on a set rely on this. On a map with several indices they
+// refuse such a register. With a wider search they would change state encodings
+// that no pass has reported.
 inline unsigned short KPT_TRANSFORMATION_IMPL::find_index(KPT_SET_ENUM side, const KPT_KEYPOINT* keypoint,
                                                           bool* found) const {
   if (found != nullptr && !*found) {

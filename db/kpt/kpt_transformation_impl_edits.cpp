@@ -1,5 +1,5 @@
-// What an optimisation pass does to the transformed side of a map. A failure
-// leaves the edits made before it in place.
+// What an optimisation pass does to the transformed side of a map. When an
+// operation fails, its earlier edits stay.
 #include <algorithm>
 
 #include "db/kpt/kpt_register_keypoint_impl.h"
@@ -32,14 +32,14 @@ bool KPT_TRANSFORMATION_IMPL::set_inverter_retimed_register(KPT_KEYPOINT* retime
   return false;
 }
 
-// False, changing nothing, when the keypoint is not in `from`. The index goes
-// to the table as it is: flipping counts columns from 0.
+// When the keypoint is not in `from`: false, and nothing changes. The table gets
+// the index unchanged, because flipping counts columns from 0.
 bool KPT_TRANSFORMATION_IMPL::change_t_group(KPT_KEYPOINT* keypoint, GROUP from, GROUP to, unsigned short index) {
   if (!keypoint_is_in(KPT_TRANSFORMED_SET, from, keypoint, index)) {
     return false;
   }
   if (map_has_fsm_transformation()) {
-    state_table_to_edit().make_room_to_flip();  // for the flip, which comes last
+    state_table_to_edit().make_room_to_flip();  // the flip comes last and must not fail
   }
   const bool before = t_representative_is_in_n_group_of_map(index);
   add_keypoint(KPT_TRANSFORMED_SET, to, keypoint, index);
@@ -69,9 +69,9 @@ bool KPT_TRANSFORMATION_IMPL::set_eliminated(KPT_KEYPOINT* keypoint, KPT_ELIM_EN
   }
 }
 
-// The status is stored as soon as the register is out, also when others of
-// its group stay: they carry the same constant. Readers of the map rely on it
-// even where dropping the index then fails.
+// Stores the status as soon as the register is removed, even when others of its
+// group stay: they have the same constant. Readers of the map rely on it, even
+// when removing the index then fails.
 bool KPT_TRANSFORMATION_IMPL::set_stuck_at(const KPT_KEYPOINT* keypoint, unsigned short index, KPT_ELIM_ENUM status) {
   const bool last = is_last_t_register(keypoint, index);
   if (!delete_eliminated(keypoint, index)) {
@@ -81,14 +81,14 @@ bool KPT_TRANSFORMATION_IMPL::set_stuck_at(const KPT_KEYPOINT* keypoint, unsigne
   return !last || !map_has_fsm_transformation() || erase_entry_in_t_state_vector(index);
 }
 
-// When only inverted registers of a machine's bit stay, the column goes on
-// saying the value of the one that went, as saved databases have it. A reader
-// of the file cannot see that, so the map says that its table is not to be read.
+// When only inverted registers of a machine's bit stay, the column keeps the
+// value of the register that is gone, because flows compare the tables. A reader
+// cannot see this, so an attribute says that the table is not to be read.
 //
-// The table is given the index from 0 where it counts columns from 1, which
-// for index 0, the only one found, it takes as its first column. Saved
-// databases rely on the columns that this leaves, so the index is passed on
-// unchanged, whatever it is.
+// The table gets the index, which counts from 0, as a column, which counts from
+// 1. The search finds only index 0, and column 0 means the first column. Flows
+// compare the columns that remain, so the index is passed unchanged, whatever it
+// is.
 bool KPT_TRANSFORMATION_IMPL::set_no_fanout(const KPT_KEYPOINT* keypoint, unsigned short index) {
   const bool last = is_last_t_register(keypoint, index);
   if (last && map_has_fsm_transformation() && m_t_vector.size() >= 2) {

@@ -30,9 +30,9 @@ void KPT_TRANSFORMATION_IMPL::report_empty_index(KPT_SET_ENUM side) {
                                           : "Info: T side of map seems to be empty");
 }
 
-// The representatives are those of the indices asked for, but both must stand
-// at index 0, where the search sees them; the table is then asked about its
-// first columns.
+// The representatives are those of the given indices, but both must be at
+// index 0, where the search looks. The table is then asked about its first
+// columns.
 bool KPT_TRANSFORMATION_IMPL::register_association_is_unate(unsigned long r_index, unsigned long t_index,
                                                             KPT_UNATE_ENUM unate) const {
   bool r_found = false;

@@ -1,4 +1,4 @@
-// How a map is written to a database file.
+// Writes a map to a database file.
 #include <algorithm>
 
 #include "db/kpt/files/kpt_format_words.h"
@@ -10,8 +10,8 @@
 
 namespace {
 
-// A null keypoint has no id to be named by; a group of nothing else is left
-// out like an empty one.
+// A null keypoint has no id. A group that holds only null keypoints is left out,
+// like an empty one.
 bool save_group(KPT_XML_WRITER& writer, std::string_view tag, const KPT_KEYPOINT_LIST& group) {
   const auto has_id = [](const KPT_KEYPOINT* keypoint) { return keypoint != nullptr; };
   if (std::none_of(group.begin(), group.end(), has_id)) {
@@ -26,7 +26,7 @@ bool save_group(KPT_XML_WRITER& writer, std::string_view tag, const KPT_KEYPOINT
   return writer.end_transformation_xml(tag) && saved;
 }
 
-// Index attributes are numbers of 16 bits, whatever the side holds.
+// Index attributes are numbers of 16 bits, however many indices the side has.
 bool save_side(KPT_XML_WRITER& writer, std::string_view type, const NI_PAIR_VECTOR& side, bool saved) {
   saved = writer.write_tr_set_start_xml(type) && saved;
   unsigned short index = 0;

@@ -15,7 +15,7 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_LIST::back() const {
   return last == m_cells.rend() ? nullptr : *last;
 }
 
-// A position has 31 bits; beyond them there is no room, as when memory ends.
+// A position has 31 bits. A further map is refused as if memory had run out.
 void KPT_TRANSFORMATION_LIST::make_room(std::size_t more) {
   constexpr std::size_t LAST_POSITION = INT32_MAX;
   const std::size_t wanted = m_cells.size() + more;

@@ -1,10 +1,10 @@
 // The maps of a transformation set, in order of creation.
 //
-// Ownership: none; the set owns the maps. Iterators stay good while maps are
-// added or deleted: a deleted map is passed over, an added one is not walked.
+// Ownership: none; the set owns the maps. Iterators stay valid while maps are
+// added or deleted: a walk skips deleted maps and does not visit added ones.
 //
-// A map's position (from 1) is given out once and never again, so an index
-// that names a position leads to that map or, once it is deleted, to none.
+// A map's position (from 1) is never used for another map. So an index that
+// names a position finds that map or, when it was deleted, none.
 #ifndef KPT_TRANSFORMATION_LIST_H
 #define KPT_TRANSFORMATION_LIST_H
 
@@ -17,7 +17,7 @@
 
 class KPT_EXPORT KPT_TRANSFORMATION_LIST {
  public:
-  /// Of a map in its set, from 1; 0 is the position of no map.
+  /// The position of a map in its set, from 1; 0 means no map.
   using MAP_POSITION = std::uint32_t;
 
   class ITERATOR {
@@ -44,8 +44,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
       ++*this;
       return before;
     }
-    // The end is where it was when the walk began. Two iterators that have come
-    // to theirs are equal, wherever it was.
+    // A walk ends where the list ended when the walk began. Two iterators that
+    // are at their ends are equal, even if these ends differ.
     friend bool operator==(const ITERATOR& a, const ITERATOR& b) {
       return a.m_cell == b.m_cell || (a.done() && b.done());
     }
@@ -77,26 +77,26 @@ class KPT_EXPORT KPT_TRANSFORMATION_LIST {
   KPT_TRANSFORMATION_IMPL* front() const { return empty() ? nullptr : *begin(); }
   KPT_TRANSFORMATION_IMPL* back() const;
 
-  /// The map at a position (from 1), or null when it was deleted or never was.
+  /// The map at a position (from 1); null when it was deleted or never existed.
   KPT_TRANSFORMATION_IMPL* at(MAP_POSITION position) const {
     return position - 1U < m_cells.size() ? m_cells[position - 1U] : nullptr;
   }
 
-  /// Asks for the memory that `at` reads.
+  /// Prefetches the memory that `at` reads.
   void fetch(MAP_POSITION position) const {
     if (position - 1U < m_cells.size()) {
       __builtin_prefetch(&m_cells[position - 1U]);
     }
   }
 
-  /// The highest position that was ever given out; 0 at first.
+  /// The highest position that any map has had; 0 at first.
   MAP_POSITION last_position() const { return static_cast<MAP_POSITION>(m_cells.size()); }
   /// The position of a map in the list that holds it; 0 when none does.
   static MAP_POSITION position_of(const KPT_TRANSFORMATION_IMPL& map);
 
  private:
   friend class KPT_TRANSFORMATION_SET_IMPL;
-  // Makes room for one more, so that the next append cannot fail.
+  // Allocates memory, so that `more` appends cannot fail.
   void make_room(std::size_t more = 1);
   void append(KPT_TRANSFORMATION_IMPL* map);
   bool contains(const KPT_TRANSFORMATION_IMPL* map) const;

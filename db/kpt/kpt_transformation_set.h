@@ -1,8 +1,8 @@
 // The handle through which clients see all maps of a database.
 //
-// Ownership: none. A copy points to the same set. The handle is good until its
-// database is destroyed. It must not be null for any call but `is_null`; debug
-// builds assert it.
+// Ownership: none. A copy points to the same set. The handle is valid until its
+// database is destroyed. Every call but `is_null` needs a handle that is not
+// null; debug builds assert this.
 #ifndef KPT_TRANSFORMATION_SET_H
 #define KPT_TRANSFORMATION_SET_H
 
@@ -17,9 +17,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET {
  public:
   explicit KPT_TRANSFORMATION_SET(KPT_TRANSFORMATION_SET_IMPL* set = nullptr) : m_impl(set) {}
 
-  /// A walk over the maps in order of creation, without a list of them:
+  /// Walks over the maps in order of creation without making a list:
   ///   for (const KPT_REGISTER_TRANSFORMATION& map : db.get_transformation_set())
-  /// Maps may come and go meanwhile: those that are added are not walked.
+  /// Maps may be added and deleted during a walk; added ones are not visited.
   class ITERATOR {
    public:
     using iterator_category = std::input_iterator_tag;

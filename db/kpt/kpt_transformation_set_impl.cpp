@@ -16,7 +16,7 @@ KPT_TRANSFORMATION_SET_IMPL::~KPT_TRANSFORMATION_SET_IMPL() {
   }
 }
 
-// Room in the list first: once the map stands, appending it cannot fail.
+// Reserves memory in the list before the map is made, so that appending it cannot fail.
 template <class... A>
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::create_map(A&&... arguments) {
   m_maps.make_room();
@@ -31,7 +31,7 @@ void KPT_TRANSFORMATION_SET_IMPL::reenter(KPT_TRANSFORMATION_IMPL* map) {
   make_keypoint_mapping_hash_entries(KPT_TRANSFORMED_SET, map->t_vec(), map);
 }
 
-// Requires room for the entries.
+// Requires that memory for the entries was reserved.
 void KPT_TRANSFORMATION_SET_IMPL::enter(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v,
                                         const KPT_TRANSFORMATION_IMPL& map) {
   KPT_MAP_INDEX& entries = index(side);
@@ -46,13 +46,13 @@ void KPT_TRANSFORMATION_SET_IMPL::make_entry_room(KPT_SET_ENUM side, const NI_PA
       v, [&](const KPT_KEYPOINT* k) { entries.make_room(KPT_KEYPOINT::slot_of(k)); });
 }
 
-// Room for the entries of everything that the map lists.
+// Reserves memory for the entries of everything that the map lists.
 void KPT_TRANSFORMATION_SET_IMPL::make_entry_room(const KPT_TRANSFORMATION_IMPL& map) {
   make_entry_room(KPT_REFERENCE_SET, map.r_vec());
   make_entry_room(KPT_TRANSFORMED_SET, map.t_vec());
 }
 
-// A map that cannot be entered as a whole is none.
+// A map that cannot be entered completely is deleted.
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::entered(KPT_TRANSFORMATION_IMPL* map) {
   KPT_UNDO undo([&] { discard(map); });
   make_entry_room(*map);
@@ -96,7 +96,7 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(NI_PAIR_VECTOR&& r
 }
 
 // The walk is that of the map's own register lists, so an empty pair of the
-// source is reported on the debug channel here as it is to a client.
+// source issues the same debug lines as for a client.
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::add_map(const KPT_TRANSFORMATION_IMPL& m) {
   KPT_TRANSFORMATION_IMPL* map = create_map(m);
   KPT_UNDO undo([&] { discard(map); });
@@ -119,9 +119,9 @@ bool KPT_TRANSFORMATION_SET_IMPL::make_keypoint_mapping_hash_entries(KPT_SET_ENU
   return true;
 }
 
-// By key alone: an entry goes also when it points to a newer map, whose
-// keypoint is then found no more. Merging and uniting rely on it: they enter
-// the surviving map anew afterwards.
+// Erases by key only: an entry goes even when it leads to a newer map, whose
+// keypoint is then not found. Merging and uniting rely on this: they enter the
+// surviving map anew afterwards.
 void KPT_TRANSFORMATION_SET_IMPL::erase_entries(KPT_SET_ENUM side, const KPT_TRANSFORMATION_IMPL& map) {
   KPT_MAP_INDEX& entries = index(side);
   for_each_register(map, side, [&](KPT_KEYPOINT* k) { entries.erase(KPT_KEYPOINT::slot_of(k)); });
@@ -144,7 +144,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::record_replicated_keypoint_map(KPT_KEYPOINT* r
   return true;
 }
 
-// The walk does not stop at a match: the newest of several matching maps is the one in force.
+// Does not stop at a match, because the newest of several matching maps counts.
 KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::find_eq_transformation_in_set(
     const KPT_TRANSFORMATION_IMPL& m) const {
   KPT_TRANSFORMATION_IMPL* found = nullptr;
@@ -162,7 +162,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET
   return translate_map_set(source, translation);
 }
 
-// The source may be this very set: the maps that are added are not walked.
+// The source may be this set: the walk does not visit maps that are added.
 bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source,
                                                     KPT_TRANSLATION& translation) {
   const KPT_TRANSFORMATION_LIST& maps = source.m_maps;
@@ -178,8 +178,8 @@ bool KPT_TRANSFORMATION_SET_IMPL::translate_map_set(const KPT_TRANSFORMATION_SET
   return true;
 }
 
-// The namesakes of a map's registers lie anywhere in memory, and so do their
-// index entries: asks for both ahead of the walk.
+// The namesakes of a map's registers and their index entries are scattered in
+// memory, so both are prefetched.
 void KPT_TRANSFORMATION_SET_IMPL::fetch_translated(const KPT_TRANSFORMATION_LIST& maps, std::uint32_t position,
                                                    const KPT_TRANSLATION& translation) const {
   constexpr std::uint32_t STEP = 8;

@@ -1,20 +1,20 @@
 // All maps of one database, and the two indexes from a keypoint to its map.
 //
-// Ownership: the set owns its maps, never the keypoints. A map lives from the
-// `add_map` that made it until `delete_map` or the set's end; pointers and
-// handles to it are good that long.
+// Ownership: the set owns its maps, but not the keypoints. A map lives from its
+// `add_map` until `delete_map` or the end of the set. Pointers and handles to it
+// are valid until then.
 //
-// The indexes are last writer wins: entering a keypoint never looks for an
-// earlier entry, so a keypoint leads to the newest map that was made for it
-// while older maps may still list it. Files and unions rely on it: of several
-// maps that list a register, the one that was added last is in force. Null
-// keypoints are entered nowhere. An entry never leads to a deleted map: looked
-// up, it is absent.
+// An entry links a keypoint to its map, and the last writer wins: entering a
+// keypoint does not look for an earlier entry. So the entry leads to the newest
+// map, while older maps may list the keypoint as well. Files and unions rely on
+// this: of several maps that list a register, the one that was added last
+// counts. A null keypoint has no entry. When its map was deleted, an entry reads
+// as absent.
 //
-// Memory that ends: every operation lets std::bad_alloc out and has then
-// changed nothing, except `unite` and `translate_map_set`, behind which the
-// maps that were made so far stay and the indexes agree with them, and a merge
-// with a state machine, which may be recorded but for its table.
+// When memory runs out, every operation throws std::bad_alloc and has changed
+// nothing, with three exceptions. After `unite` and `translate_map_set` the maps
+// that were made so far stay, and the indexes agree with them. A merge with a
+// state machine may be recorded without the change of its table.
 //
 // Cost: finding a map from a keypoint, adding a map and deleting one are
 // constant time on average, whatever the number of maps.
@@ -47,69 +47,69 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   KPT_TRANSFORMATION_IMPL* add_map(const KPT_KEYPOINT_LIST& r, const KPT_KEYPOINT_LIST& t,
                                    const KPT_STATE_TABLE_IMPL& st);
   /// The general forms, with and without a state machine. The second of each
-  /// pair takes what it is given over instead of copying it.
+  /// pair moves its arguments instead of copying them.
   KPT_TRANSFORMATION_IMPL* add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t, const KPT_STATE_TABLE_IMPL& st,
                                    KPT_ELIM_ENUM elim);
   KPT_TRANSFORMATION_IMPL* add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_STATE_TABLE_IMPL&& st,
                                    KPT_ELIM_ENUM elim);
   KPT_TRANSFORMATION_IMPL* add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t, KPT_ELIM_ENUM elim);
   KPT_TRANSFORMATION_IMPL* add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_ELIM_ENUM elim);
-  /// A copy of any map. What the source lists is entered for the copy; walking
-  /// an empty pair of it issues that side's "Info" line twice.
+  /// A copy of any map. All keypoints of the copy are entered. An empty NI pair
+  /// of it issues that side's "Info" line twice.
   KPT_TRANSFORMATION_IMPL* add_map(const KPT_TRANSFORMATION_IMPL& m);
 
   /// Points the entry of every keypoint in `v` to `m`: in the transformed index
   /// for the transformed side, in the reference index for any other value.
-  /// Always true. `m` must be a map of this set; otherwise nothing is entered.
+  /// Always true. When `m` is not a map of this set, nothing is entered.
   bool make_keypoint_mapping_hash_entries(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v, KPT_TRANSFORMATION_IMPL* m);
 
-  /// Deletes the map and the entries of all keypoints that it lists. False,
-  /// changing nothing, when it is not of this set.
+  /// Deletes the map and the entries of all keypoints that it lists. When it is
+  /// not a map of this set: false, and nothing changes.
   bool delete_map(KPT_TRANSFORMATION_IMPL* m);
 
-  /// Null when the keypoint is null, was never entered, or its map is gone.
+  /// Null when the keypoint is null or has no entry, or when its map was deleted.
   KPT_TRANSFORMATION_IMPL* get_map_of_r_keypoint(const KPT_KEYPOINT* k) const { return map_of(KPT_REFERENCE_SET, k); }
   KPT_TRANSFORMATION_IMPL* get_map_of_t_keypoint(const KPT_KEYPOINT* k) const { return map_of(KPT_TRANSFORMED_SET, k); }
 
-  /// The same from the slot of a register, as a look-up by name gives it: the
-  /// keypoint is not read. The transformed index for the transformed side.
+  /// The same for the slot that a look-up by name returns, without reading the
+  /// keypoint. Any value but the transformed side means the reference index.
   KPT_TRANSFORMATION_IMPL* get_map_of_slot(KPT_SET_ENUM side, const KPT_POOL_SLOT& slot) const {
     return m_maps.at(index(side).find(slot));
   }
 
   /// Points the transformed entry of `replica` to `m`. The map is not touched. Always true.
   bool record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m);
-  /// Room for that entry: pointing it somewhere cannot fail from now on.
+  /// Allocates memory for that entry, so that setting it cannot fail.
   void make_replica_room(const KPT_KEYPOINT* replica) { m_t_index.make_room(KPT_KEYPOINT::slot_of(replica)); }
 
   /// The last map whose transformed side names the registers of `m`'s reference side, or null.
   KPT_TRANSFORMATION_IMPL* find_eq_transformation_in_set(const KPT_TRANSFORMATION_IMPL& m) const;
 
-  /// Records that `merged` was folded into `orig`; see the source for the
-  /// refusals and their lines. False when either has no map.
+  /// Records that `merged` was merged into `orig`. The source has the refusals
+  /// and their lines. False when either has no map.
   bool merge_keypoints(KPT_REGISTER_KEYPOINT_IMPL* orig, KPT_REGISTER_KEYPOINT_IMPL* merged);
-  /// Takes `k` out of one group of the map's transformed side and out of the
+  /// Removes `k` from one group of the map's transformed side and from the
   /// transformed index. False when it was not in the group, or had no entry.
   bool delete_merged_keypoint(KPT_TRANSFORMATION_IMPL* map, KPT_KEYPOINT* k, unsigned long index, bool in_n_group);
   /// False when `k` has no map.
   bool set_inverter_retimed_register(KPT_REGISTER_KEYPOINT_IMPL* k);
-  /// Records the elimination in the map and drops the transformed entry of `k`,
+  /// Records the elimination in the map, and removes the transformed entry of `k`
   /// also when the map refuses. False when `k` has no map or the map refuses.
   bool set_eliminated_map(KPT_REGISTER_KEYPOINT_IMPL* k, KPT_ELIM_ENUM status);
 
-  /// Rewrites this set so that its maps run on to the transformed registers of
-  /// `db2`, whose maps speak of the same keypoint objects. `db2` is consumed.
+  /// Changes this set so that its maps lead to the transformed registers of
+  /// `db2`, whose maps list the same keypoint objects. `db2` is consumed.
   bool unite(KPT_TRANSFORMATION_SET_IMPL& db2);
-  /// Appends a copy of every map of `source`, each keypoint replaced by its
-  /// namesake in `keypoints`; one without a namesake is dropped.
+  /// Appends a copy of every map of `source`, with each keypoint replaced by its
+  /// namesake in `keypoints`. A keypoint without a namesake is dropped.
   bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, const KPT_KEYPOINT_SET_IMPL& keypoints);
-  /// The same, with what the translation already knows.
+  /// The same, with the results that the translation has kept.
   bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, KPT_TRANSLATION& translation);
 
   /// Writes the "transformations_set" element. The result is that of the last map.
   bool save_transformation_set(KPT_XML_WRITER& writer) const;
 
-  /// The number of entries of an index, dead ones included.
+  /// The number of entries of an index, also those whose map was deleted.
   std::size_t index_size(KPT_SET_ENUM side) const { return index(side).size(); }
 
  private:
@@ -119,8 +119,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
     return get_map_of_slot(side, KPT_KEYPOINT::slot_of(k));
   }
 
-  // Every register of one side, index by index, as the map's own register
-  // lists have them and with the lines that these issue; no list is made.
+  // Calls `f` for every register of one side, index by index, in the order and
+  // with the lines of the map's own register lists; no list is made.
   template <class F>
   static void for_each_register(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_ENUM side, F f) {
     const unsigned short end =

@@ -1,5 +1,5 @@
-// The register events: what merging, inverter retiming and elimination do to
-// the maps and to the indexes. All address registers by their transformed
+// The register events: what merging, inverter retiming and elimination do to the
+// maps and the indexes. Every event names a register by its transformed
 // keypoint.
 #include <optional>
 
@@ -15,8 +15,8 @@ struct PLACE {
   bool in_n_group = false;
 };
 
-// The map's index search sees index 0 only, so a register of a further index
-// has no place: events on it are refused.
+// The map's index search looks at index 0 only. A register at another index is
+// not found, so events on it are refused.
 PLACE place_in_t_vector(const KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* k) {
   PLACE place;
   place.index = map.find_index_in_t_vector(k, &place.found);
@@ -24,7 +24,7 @@ PLACE place_in_t_vector(const KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* k) {
   return place;
 }
 
-// Swaps all groups of a map that is to be expressed in the other polarity.
+// Swaps all groups of a map if it has to be expressed in the other polarity.
 void express(KPT_TRANSFORMATION_IMPL& map, bool in_the_other) {
   if (in_the_other) {
     map.interchange_groups_of_both_sides();
@@ -38,9 +38,9 @@ bool delete_from_t_group(KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* k, unsigned
 
 }  // namespace
 
-// The refusal of two state machines comes before the question whether they
-// are one: a merge of two state bits of one machine is refused with this line
-// too, since its table would have to lose states that no pass has reported.
+// First refuses two state machines, and then asks whether they are the same
+// machine. So a merge of two state bits of one machine is refused with this line,
+// too: its table would lose states that no pass has reported.
 bool KPT_TRANSFORMATION_SET_IMPL::merge_keypoints(KPT_REGISTER_KEYPOINT_IMPL* orig,
                                                   KPT_REGISTER_KEYPOINT_IMPL* merged) {
   KPT_TRANSFORMATION_IMPL* a = get_map_of_t_keypoint(orig);
@@ -57,11 +57,11 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_keypoints(KPT_REGISTER_KEYPOINT_IMPL* or
   return a == b ? merge_within_map(*a, orig, merged) : merge_between_maps(*a, *b, orig, merged);
 }
 
-// `b` is absorbed by `a`. When the two registers have opposite polarity, `b`
-// is first expressed in that of `orig`: all of its groups are swapped, and
-// `merged` then stands in the other one. A failed union is passed over: `b`
-// goes all the same, for its transformed register is gone from the netlist.
-// Between plain maps only the first pair of `b` is taken over.
+// `a` absorbs `b`. When the two registers have opposite polarity, all groups of
+// `b` are swapped first, so that `b` has the polarity of `orig`; `merged` is then
+// in the other group. The result of the union is ignored: `b` is deleted in any
+// case, because its transformed register is no longer in the netlist. Between
+// plain maps, only the first pair of `b` is taken.
 bool KPT_TRANSFORMATION_SET_IMPL::merge_between_maps(KPT_TRANSFORMATION_IMPL& a, KPT_TRANSFORMATION_IMPL& b,
                                                      KPT_KEYPOINT* orig, KPT_KEYPOINT* merged) {
   const bool fsm_a = a.map_has_fsm_transformation();
@@ -73,7 +73,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_between_maps(KPT_TRANSFORMATION_IMPL& a,
   }
   const bool opposite = of_orig.in_n_group != of_merged.in_n_group;
   const bool in_n_group = of_merged.in_n_group != opposite;
-  // All memory first: what follows it cannot fail.
+  // Reserves all memory first, so that nothing after it can fail.
   make_entry_room(a);
   make_entry_room(b);
   std::optional<KPT_TRANSFORMATION_IMPL> united;
@@ -95,9 +95,9 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_between_maps(KPT_TRANSFORMATION_IMPL& a,
   }
   delete_map(&b);
   enter_whole(a);
-  // Flows compare the tables that come of this, so the columns are fixed: the last of the
-  // united table when `a` brought the machine, the one behind the first of `b`
-  // when `b` did. They are passed as they are, whatever the product's layout.
+  // Flows compare the resulting tables, so the columns are fixed: the last of the
+  // united table when `a` has the machine, the one after the first column of `b`
+  // when `b` has it. They do not depend on the layout of the product.
   if (fsm_a) {
     return a.update_state_table(static_cast<unsigned short>(of_orig.index + 1), a.get_num_transformed_registers());
   }
@@ -107,8 +107,8 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_between_maps(KPT_TRANSFORMATION_IMPL& a,
   return deleted;
 }
 
-// The index search sees index 0 only, so two registers of different pairs are
-// never both found, and the second refusal is out of reach until it sees more.
+// The index search looks at index 0 only, so it never finds two registers of
+// different pairs. The second refusal cannot occur.
 bool KPT_TRANSFORMATION_SET_IMPL::merge_within_map(KPT_TRANSFORMATION_IMPL& map, KPT_KEYPOINT* orig,
                                                    KPT_KEYPOINT* merged) {
   const PLACE of_orig = place_in_t_vector(map, orig);
@@ -129,7 +129,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::merge_within_map(KPT_TRANSFORMATION_IMPL& map,
     return false;
   }
   delete_merged_keypoint(&map, merged, of_merged.index, of_merged.in_n_group);
-  return true;  // whatever the deletion answered: the two registers are one now
+  return true;  // whatever the deletion returned: the two registers are one now
 }
 
 bool KPT_TRANSFORMATION_SET_IMPL::delete_merged_keypoint(KPT_TRANSFORMATION_IMPL* map, KPT_KEYPOINT* k,
@@ -138,7 +138,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::delete_merged_keypoint(KPT_TRANSFORMATION_IMPL
     return false;
   }
   const bool deleted = delete_from_t_group(*map, k, index, in_n_group);
-  const bool was_mapped = get_map_of_t_keypoint(k) != nullptr;  // an entry that leads to a deleted map is none
+  const bool was_mapped = get_map_of_t_keypoint(k) != nullptr;  // an entry of a deleted map does not count
   m_t_index.erase(KPT_KEYPOINT::slot_of(k));
   return was_mapped && deleted;
 }
@@ -148,9 +148,9 @@ bool KPT_TRANSFORMATION_SET_IMPL::set_inverter_retimed_register(KPT_REGISTER_KEY
   return map != nullptr && map->set_inverter_retimed_register(k);
 }
 
-// The entry goes whatever the map answered, also when it knows no such
-// reason: the register is gone from the netlist, and its map is found through
-// its reference registers.
+// Erases the entry whatever the map answered, even when it refuses the reason:
+// the register is no longer in the netlist, and its map is found by its reference
+// registers.
 bool KPT_TRANSFORMATION_SET_IMPL::set_eliminated_map(KPT_REGISTER_KEYPOINT_IMPL* k, KPT_ELIM_ENUM status) {
   KPT_TRANSFORMATION_IMPL* map = get_map_of_t_keypoint(k);
   if (map == nullptr) {

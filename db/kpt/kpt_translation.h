@@ -1,8 +1,8 @@
-// From the keypoints of any database to their namesakes in one keypoint set.
+// Finds the namesakes of any database's keypoints in one keypoint set.
 //
-// Ownership: none; the set outlives the translation. While a translation
-// lives, registers may be added to the set, but none is deleted or renamed: an
-// answer is looked up by name once and remembered.
+// Ownership: none; the set outlives the translation. A translation looks a name
+// up once and keeps the result. So while it lives, registers may be added to the
+// set, but no register is deleted or renamed.
 #ifndef KPT_TRANSLATION_H
 #define KPT_TRANSLATION_H
 
@@ -12,19 +12,19 @@ class KPT_TRANSLATION {
  public:
   explicit KPT_TRANSLATION(const KPT_KEYPOINT_SET_IMPL& set) : m_set(set) {}
 
-  /// The register of the set with the same name, or for a block instance the
+  /// The register of the set with the same name, or for a block instance with the
   /// same name and register type. Null when there is none, and for a keypoint
-  /// that is null or no register.
+  /// that is null or not a register.
   KPT_REGISTER_KEYPOINT_IMPL* of(const KPT_KEYPOINT* keypoint);
   /// The same for a register of a set that knows its hash.
   KPT_REGISTER_KEYPOINT_IMPL* of(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, const KPT_KEYPOINT_SET_IMPL& its_set);
-  /// The same, looked up and not remembered.
+  /// The same, without keeping the result.
   static KPT_REGISTER_KEYPOINT_IMPL* namesake_in(const KPT_KEYPOINT_SET_IMPL& set, const KPT_KEYPOINT* keypoint);
-  /// What is remembered; null when nothing is.
+  /// The result that was kept; null when there is none.
   KPT_REGISTER_KEYPOINT_IMPL* known(const KPT_KEYPOINT* keypoint) const {
     return m_namesakes.find(KPT_KEYPOINT::slot_of(keypoint));
   }
-  /// All that is remembered, for others to add to: what `of` is to answer.
+  /// All results that were kept. Code that knows further results adds them.
   KPT_NAMESAKES& namesakes() { return m_namesakes; }
 
  private:

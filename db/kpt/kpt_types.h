@@ -1,8 +1,8 @@
 // The types that every header of the library shares: sides, elimination
-// words, names, and the lists in which keypoints and maps are handed about.
+// words, names, and lists of keypoints and maps.
 //
-// Ownership: the containers own their cells, never the keypoints or maps that
-// the cells point to. All memory is charged to the host's trackers.
+// Ownership: the containers own their cells, not the keypoints or maps that the
+// cells point to. All memory is counted by the host's trackers.
 #ifndef KPT_TYPES_H
 #define KPT_TYPES_H
 
@@ -29,13 +29,13 @@ class KPT_TRANSFORMATION_SET_IMPL;
 class KPT_XML_ELEMENT;
 class KPT_XML_WRITER;
 
-// The enums are ints: a value outside the list is an ordinary value, and each
-// operation says what it answers to one.
+// The enums are ints, and a value outside the list is an ordinary value. Each
+// operation says what it does with such a value.
 
 /// Which netlist: the design as written, or the design after optimisation.
 enum KPT_SET_ENUM : int { KPT_REFERENCE_SET = 0, KPT_TRANSFORMED_SET = 1 };
 
-/// Whether and why the registers of a map were removed.
+/// Whether and why the registers of a map were eliminated.
 enum KPT_ELIM_ENUM : int {
   KPT_NOT_ELIMINATED = 0,
   KPT_STUCK_AT_ZERO = 1,
@@ -54,7 +54,7 @@ using KPT_STRING_VECTOR = std::vector<KPT_STRING, MEM_STL_ALLOCATOR<KPT_STRING>>
 
 /// An ordered list of keypoints, not owned. A null cell is allowed.
 using KPT_KEYPOINT_LIST = KPT_SMALL_VECTOR<KPT_KEYPOINT*>;
-/// One index of one side of a map: `first` carries the value as it is, `second` its inverse.
+/// One index of one side of a map: the registers of `first` hold its value, those of `second` the inverse.
 using NI_PAIR = std::pair<KPT_KEYPOINT_LIST, KPT_KEYPOINT_LIST>;
 /// One side of a map: the NI pair at position k (from 0) is column k + 1 of that side's state table.
 using NI_PAIR_VECTOR = KPT_SMALL_VECTOR<NI_PAIR>;
@@ -69,20 +69,20 @@ using KPT_REGISTER_KEYPOINT_LIST = std::vector<KPT_REGISTER_KEYPOINT, MEM_STL_AL
 using KPT_REGISTER_TRANSFORMATION_LIST =
     std::vector<KPT_REGISTER_TRANSFORMATION, MEM_STL_ALLOCATOR<KPT_REGISTER_TRANSFORMATION>>;
 
-/// Continues the library's string hash over the bytes of a text:
+/// Continues the library's string hash with the bytes of a text:
 /// h = h * 17 + each byte as a signed char, modulo 2^64.
 KPT_EXPORT std::size_t kpt_hash_bytes(std::size_t h, std::string_view text) noexcept;
 
-/// Hash and equality of names: the library's string hash from 0, and the
-/// bytes themselves, case sensitive. Takes any text without a copy.
+/// Hash and equality of names: the library's string hash, starting with 0, and
+/// case-sensitive equality of the bytes. Takes any text without a copy.
 struct STL_CASE_SENSITIVE_HASH_COMPARE {
   using is_transparent = void;
   std::size_t operator()(std::string_view text) const noexcept { return kpt_hash_bytes(0, text); }
   bool operator()(std::string_view a, std::string_view b) const noexcept { return a == b; }
 };
 
-/// The same for a pair of texts: the hash is that of the two texts one behind
-/// the other with nothing between, equality asks the first, then the second.
+/// The same for a pair of texts. The hash is that of the second text appended to
+/// the first. Equality compares the first texts, then the second ones.
 struct KPT_STRINGPAIR_HASH_COMPARE {
   using is_transparent = void;
   using TEXTS = std::pair<std::string_view, std::string_view>;

@@ -1,11 +1,11 @@
-// A database that is not in the manager's registry, as a value that owns it.
+// A value that owns a database which is not in the manager's registry.
 //
-// For programs that look at several databases of one name, at a database that
-// must not outlive a scope, or at a file whose load they want explained.
+// For programs that use several databases of one name, that need a database
+// only within a scope, or that want to know why a load failed.
 //
-// Ownership: owns its database, destroys it with itself, and is moved, not
-// copied. Handles from it are good as long as the database lives, whichever
-// value owns it by then.
+// Ownership: owns its database and destroys it in its destructor. It can be
+// moved, but not copied. Its handles are valid as long as the database exists,
+// also when another value owns the database.
 #ifndef KPT_UNREGISTERED_DB_H
 #define KPT_UNREGISTERED_DB_H
 
@@ -21,12 +21,12 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
  public:
   /// Owns nothing.
   KPT_UNREGISTERED_DB() = default;
-  /// An empty database. Any name will do; one that is empty, or that a file
-  /// cannot hold, cannot be saved atomically.
+  /// An empty database. Any name is accepted. A database cannot be saved
+  /// atomically when its name is empty or a file cannot hold it.
   static KPT_UNREGISTERED_DB create(std::string_view name);
-  /// The database in a file. Owns nothing when the file cannot be loaded:
-  /// `problem`, unless null, then tells the first reason, and the host is told
-  /// what the manager's load tells it. A registered database of the same name
+  /// The database in a file. Owns nothing when the file cannot be loaded. Then
+  /// `problem`, unless it is null, has the first reason. The host gets the same
+  /// messages as from the manager's load. A registered database of the same name
   /// does not matter.
   static KPT_UNREGISTERED_DB load(std::string_view file_name, KPT_LOAD_PROBLEM* problem = nullptr);
   /// The same from bytes of the caller's; `shown_name` stands for the file in
@@ -43,13 +43,13 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
   KPT_UNREGISTERED_DB& operator=(const KPT_UNREGISTERED_DB&) = delete;
 
   bool is_null() const { return m_db.is_null(); }
-  /// The handle of the database, null when there is none. Its
-  /// `delete_keypoints_db` is not for callers: `destroy` is.
+  /// The handle of the database; null when there is none. Call `destroy`, and
+  /// not the handle's `delete_keypoints_db`.
   const KPT_KEYPOINTS_DB& get() const { return m_db; }
   const KPT_KEYPOINTS_DB& operator*() const { return m_db; }
   const KPT_KEYPOINTS_DB* operator->() const { return &m_db; }
 
-  /// As the handle's; false when there is no database.
+  /// Like the handle's operations; false when there is no database.
   bool save(std::string_view file_name) const;
   bool save_atomically(std::string_view file_name) const;
   /// Destroys the database. False when there is none.
@@ -58,7 +58,7 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
  private:
   friend class KPT_KEYPOINTS_MANAGER;
   explicit KPT_UNREGISTERED_DB(KPT_KEYPOINTS_DB_IMPL* db) : m_db(db) {}
-  // The database is the caller's from here on.
+  // The caller owns the database afterwards.
   KPT_KEYPOINTS_DB_IMPL* release();
 
   KPT_KEYPOINTS_DB m_db;

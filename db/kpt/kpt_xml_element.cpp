@@ -20,7 +20,7 @@ DOMElement* as_element(DOMNode* node) {
   return node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE ? static_cast<DOMElement*>(node) : nullptr;
 }
 
-// The first element from `node` on, among its siblings.
+// The first element among `node` and its later siblings.
 DOMNode* element_from(DOMNode* node) {
   while (node != nullptr && node->getNodeType() != DOMNode::ELEMENT_NODE) {
     node = node->getNextSibling();
@@ -32,13 +32,13 @@ bool is_ascii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// A name in the parser's characters. Names of this file format are short and
-// ASCII, and then nothing is allocated.
+// A name in the parser's characters. The names of this file format are short and
+// ASCII, so they need no allocation.
 class WIDE_NAME {
  public:
   explicit WIDE_NAME(std::string_view name) {
     if (name.find('\0') != std::string_view::npos) {
-      name = {};  // no name of a document has one
+      name = {};  // a document's names have no null
     }
     if (name.size() < m_short.size() && is_ascii(name)) {
       *std::copy(name.begin(), name.end(), m_short.begin()) = 0;
@@ -79,13 +79,13 @@ bool holds_text(const DOMNode* node) {
   return type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE;
 }
 
-// Where text is looked for further down.
+// Whether text may be below the node.
 bool is_branch(const DOMNode* node) {
   const auto type = node->getNodeType();
   return type == DOMNode::ELEMENT_NODE || type == DOMNode::ENTITY_REFERENCE_NODE;
 }
 
-// The node behind `node` in document order that is not below it, within `root`.
+// The first node after `node` in document order that is not below `node`, within `root`.
 const DOMNode* next_outside(const DOMNode* node, const DOMNode* root) {
   while (node != root) {
     if (const DOMNode* const next = node->getNextSibling()) {
@@ -96,7 +96,7 @@ const DOMNode* next_outside(const DOMNode* node, const DOMNode* root) {
   return nullptr;
 }
 
-// Walked without recursion: a document may nest deeper than a stack is.
+// Without recursion, because a document may be nested deeper than the stack allows.
 void append_text_below(const DOMNode* root, KPT_STRING& out) {
   const DOMNode* node = root->getFirstChild();
   while (node != nullptr) {
@@ -108,7 +108,7 @@ void append_text_below(const DOMNode* root, KPT_STRING& out) {
   }
 }
 
-// Memory that lives as long as the document of `node`.
+// Memory that is freed with the document of `node`.
 void* memory_of(const DOMNode* node, std::size_t size) {
   const DOMDocument* const document = node->getOwnerDocument();
   void* const manager = document->getFeature(XMLUni::fgXercescInterfaceDOMMemoryManager, nullptr);
@@ -121,13 +121,13 @@ std::string_view kept_with(const DOMNode* node, std::string_view text) {
   return {copy, text.size()};
 }
 
-// The descendants of one name, in document order, each found from the one
-// before. The parser's own lists are entered in a table of fixed size, which
-// makes a state table of many rows a matter of minutes; they match alike: "*"
-// is every name.
+// The descendants of one name in document order, each found from the one
+// before. The parser's own lists are in a table of fixed size, with which a
+// state table of many rows takes minutes. Both match in the same way: "*" is
+// every name.
 //
-// Ownership: lives in the document's memory and is never destroyed, so nothing
-// in it may need to be.
+// Ownership: is in the document's memory and is never destroyed, so its members
+// must not need a destructor.
 class DESCENDANTS : public DOMNodeList {
  public:
   DESCENDANTS(const DOMNode* root, std::string_view name) : m_root(root), m_name(name) {}
@@ -172,7 +172,7 @@ class DESCENDANTS : public DOMNodeList {
 
   const DOMNode* m_root;
   std::string_view m_name;
-  mutable const DOMNode* m_current = nullptr;  // entry m_index, once there was one
+  mutable const DOMNode* m_current = nullptr;  // entry m_index; null before the first
   mutable XMLSize_t m_index = 0;
   mutable XMLSize_t m_length = 0;
   mutable bool m_counted = false;
@@ -180,7 +180,7 @@ class DESCENDANTS : public DOMNodeList {
 
 }  // namespace
 
-// Ownership: lives in the document's memory and is never destroyed.
+// Ownership: is in the document's memory and is never destroyed.
 struct KPT_XML_ELEMENT::CURSOR {
   DOMNode* m_child;  // the child last returned
 };

@@ -17,7 +17,7 @@ KESTOV_DOM_PARSER::~KESTOV_DOM_PARSER() = default;
 KPT_XML_PARSER_WRAPPER::KPT_XML_PARSER_WRAPPER(MemoryManager* memory)
     : KESTOV_DOM_PARSER(memory), m_guard(std::make_unique<KPT_XML_GUARD>()) {
   setSecurityManager(m_guard->security());
-  // Without this the parser asks nobody and opens what an entity names.
+  // Without this, the parser calls no one and opens the file that an entity names.
   getScanner()->setEntityHandler(this);
 }
 
@@ -82,13 +82,13 @@ KPT_XML_PARSER::KPT_XML_PARSER(std::string_view file_name) {
       m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file cannot be parsed"});
     }
   } catch (const std::bad_alloc&) {
-    kpt_tell_out_of_memory(file_name);  // not even for the name of the file
+    kpt_tell_out_of_memory(file_name);  // there was none even for the file name
     m_problem.note_end_of_memory();
     m_ok = false;
   }
 }
 
-// The parser goes before its memory and before what keeps xerces-c started.
+// The parser is destroyed before its memory, and while xerces-c is started.
 KPT_XML_PARSER::~KPT_XML_PARSER() { m_parser.reset(); }
 
 void KPT_XML_PARSER::parse(const KPT_STRING& file_name) {

@@ -1,14 +1,14 @@
 // Parses a keypoint database file into a document.
 //
-// Ownership: KPT_XML_PARSER owns the document; every element wrapper of it dies
-// with the parser object. It keeps xerces-c started as long as it lives.
+// Ownership: KPT_XML_PARSER owns the document. No element wrapper is valid after
+// the parser object is destroyed. xerces-c stays started as long as it lives.
 //
-// A database file is data from elsewhere, so the parser reads that one file and
-// nothing else: external entities, external document types and entities that
-// expand beyond a bound are syntax errors like any other.
+// A database file may come from anywhere, so the parser reads only this file.
+// External entities, external document types and entities that expand beyond a
+// bound are syntax errors like any other.
 //
-// The only header that is included outside the library's sources and needs the
-// headers of xerces-c.
+// Of the headers that code outside the library's sources includes, this is the
+// only one that needs the headers of xerces-c.
 #ifndef KPT_XML_PARSER_H
 #define KPT_XML_PARSER_H
 
@@ -28,7 +28,7 @@
 
 class KPT_XML_GUARD;
 
-/// Installed so that a handler is installed; errors are reported further down.
+/// Does nothing. The parser needs a handler; KPT_XML_PARSER_WRAPPER reports the errors.
 class KPT_EXPORT KPT_XML_ERROR_HANDLER : public XERCES_CPP_NAMESPACE::ErrorHandler {
  public:
   void warning(const XERCES_CPP_NAMESPACE::SAXParseException&) override {}
@@ -45,8 +45,8 @@ class KPT_EXPORT KESTOV_DOM_PARSER : public XERCES_CPP_NAMESPACE::XercesDOMParse
   ~KESTOV_DOM_PARSER() override;
 };
 
-/// Turns the parser's errors into the library's message, and stops it at
-/// whatever would make it read elsewhere or grow beyond the file.
+/// Turns the parser's errors into the library's message. Stops the parser when a
+/// file would make it open another file or use far more memory than the file has.
 class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
  public:
   explicit KPT_XML_PARSER_WRAPPER(
@@ -54,7 +54,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   ~KPT_XML_PARSER_WRAPPER() override;
 
   void set_file_name(std::string_view file_name);
-  /// What the parser counted, and the stop.
+  /// The errors that the parser counted, and one more when it was stopped.
   std::size_t error_count() const;
   /// The first error.
   const KPT_LOAD_PROBLEM& problem() const;
@@ -82,19 +82,19 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
 /// One parsed file.
 class KPT_EXPORT KPT_XML_PARSER {
  public:
-  /// Parses. Every error is posted as a message, every exception becomes a
-  /// debug line; `ok` is false after either. Of memory that ended a message
-  /// tells as well.
+  /// Parses the file. Every error is posted as a message, and every exception
+  /// becomes a debug line; `ok` is then false. When memory runs out, a message
+  /// says so as well.
   explicit KPT_XML_PARSER(std::string_view file_name);
   ~KPT_XML_PARSER();
   KPT_XML_PARSER(const KPT_XML_PARSER&) = delete;
   KPT_XML_PARSER& operator=(const KPT_XML_PARSER&) = delete;
 
   bool ok() const { return m_ok; }
-  /// Why it is not.
+  /// Why `ok` is false.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
-  /// The document's element. The name is not compared: files whose root has
-  /// another name are read.
+  /// The root element of the document. The name is not compared, so files whose
+  /// root has another name are read.
   KPT_XML_ELEMENT root_element(std::string_view name, bool* ok) const;
 
  private:
@@ -106,7 +106,7 @@ class KPT_EXPORT KPT_XML_PARSER {
   KPT_XML_ERROR_HANDLER m_error_handler;
   std::optional<KPT_XML_PARSER_WRAPPER> m_parser;  // empty when it could not be made
   KPT_XML_PLATFORM m_platform;
-  KPT_XML_MEMORY m_memory;  // of the parser and its document
+  KPT_XML_MEMORY m_memory;  // for the parser and its document
 };
 
 #endif

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The parsed file's root, or a null wrapper.
+// The root of the parsed file, or a null wrapper.
 KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem) {
   if (!parser.ok()) {
     problem.note(parser.problem());
@@ -25,8 +25,8 @@ KPT_XML_ELEMENT root_of(const KPT_XML_PARSER& parser, KPT_LOAD_PROBLEM& problem)
   return root;
 }
 
-// Called while an exception is handled: memory that ended, ours or the
-// parser's, ends a load. Nothing else is thrown here.
+// Called while an exception is handled. It can only mean that memory ran out,
+// ours or the parser's, which ends the load.
 void tell_caught(std::string_view file_name, KPT_LOAD_PROBLEM& problem) {
   try {
     throw;

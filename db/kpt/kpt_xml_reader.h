@@ -1,7 +1,7 @@
 // Reads keypoint database files.
 //
-// Ownership: a reader keeps the XML parser started while it lives; readers may
-// nest.
+// Ownership: the XML parser stays started while a reader exists. Several readers
+// may exist at a time.
 #ifndef KPT_XML_READER_H
 #define KPT_XML_READER_H
 
@@ -20,11 +20,11 @@ class KPT_EXPORT KPT_XML_READER {
 
   /// The database name in the file; empty when there is none or the file cannot be parsed.
   KPT_STRING get_db_name(std::string_view file_name);
-  /// Loads the file into `db`, which is new and empty. Parses the file anew. What
-  /// was loaded before a failure stays in `db`.
+  /// Parses the file and loads it into `db`, which is new and empty. When the load
+  /// fails, `db` keeps what was loaded before.
   bool load_kpt_xml(std::string_view file_name, KPT_KEYPOINTS_DB_IMPL* db);
 
-  /// The first problem of all that was read so far.
+  /// The first problem of all files that were read so far.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
  private:

@@ -18,8 +18,8 @@ constexpr int LEVEL_STEP = 2;
 constexpr std::string_view BLANKS = "                ";
 constexpr mode_t PERMISSIONS = 0666;
 
-// What is written for the character at a place; nothing for one that comes
-// back as it is.
+// The reference for the character at a position; empty for a character that needs
+// none.
 std::string_view reference_for(std::string_view text, std::size_t at) {
   switch (text[at]) {
     case '<':
@@ -41,7 +41,7 @@ std::string_view reference_for(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-// Takes the descriptor over, also when it fails.
+// Takes ownership of the descriptor, also when it fails.
 bool KPT_XML_WRITER::STREAM::start(int descriptor) {
   if (m_block == nullptr) {
     m_block.reset(new (std::nothrow) char[BLOCK_SIZE]);
@@ -57,7 +57,7 @@ bool KPT_XML_WRITER::STREAM::start(int descriptor) {
   return m_good;
 }
 
-// A stream that is open already is not opened again, and takes no more.
+// A stream that is already open is not opened again; its later writes are lost.
 bool KPT_XML_WRITER::STREAM::open(const KPT_STRING& file_name) {
   if (is_open()) {
     flush();
@@ -89,7 +89,7 @@ void KPT_XML_WRITER::STREAM::write_out(const char* from, std::size_t size) {
   }
 }
 
-// What is in the block goes out. A file that failed has no room any more.
+// Writes the content of the block. After a failure the block has no room.
 void KPT_XML_WRITER::STREAM::flush() {
   char* const block = m_block.get();
   write_out(block, static_cast<std::size_t>(m_at - block));
@@ -125,8 +125,8 @@ void KPT_XML_WRITER::STREAM::append(std::string_view text) {
   }
 }
 
-// A level of a file is a handful: one store of fixed size, of which the blanks
-// beyond the level are overwritten by what follows.
+// A level is small, so one store of fixed size writes the blanks. The text that
+// follows overwrites those beyond the level.
 void KPT_XML_WRITER::STREAM::append_blanks(std::size_t count) {
   if (count <= BLANKS.size() && room() >= BLANKS.size()) {
     std::memcpy(m_at, BLANKS.data(), BLANKS.size());
@@ -230,7 +230,7 @@ void KPT_XML_WRITER::put_simple_text_element(std::string_view name, std::string_
   put_new_line();
 }
 
-// The host converts ints, so an id beyond that range comes out as another number.
+// The host converts ints, so an id beyond that range is written as another number.
 void KPT_XML_WRITER::put_number_attribute(std::string_view name, long value) {
   gen_itoa(static_cast<int>(value), m_number, 10);
   put_attribute(name, m_number);

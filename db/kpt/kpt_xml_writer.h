@@ -1,13 +1,13 @@
-// The text emitter through which every class of a database writes itself to a
-// keypoint database file.
+// Every class of a database writes itself to a keypoint database file through
+// this writer.
 //
-// Ownership: the writer owns its file from `start_file` until it is destroyed;
-// what was written is complete once it is. Texts are read during the call only.
+// Ownership: the writer owns its file from `start_file` until it is destroyed.
+// The file is complete only then. Texts are read only during the call.
 //
-// The blanks of a file follow from these call sequences alone: each operation
-// moves the indentation level by fixed steps, and some helpers indent a line
-// twice. Flows compare the files byte for byte, so the sequences are
-// fixed. Texts are written as they are unless `escape_texts` was called.
+// The blanks of a file depend only on the sequence of calls: each operation
+// changes the indentation level by fixed steps, and some helpers indent a line
+// twice. Flows compare the files byte for byte, so these sequences must not
+// change. Texts are written unchanged unless `escape_texts` was called.
 #ifndef KPT_XML_WRITER_H
 #define KPT_XML_WRITER_H
 
@@ -21,19 +21,19 @@
 
 class KPT_EXPORT KPT_XML_WRITER {
  public:
-  /// Opens nothing: `start_file` does.
+  /// Does not open the file; `start_file` does.
   explicit KPT_XML_WRITER(std::string_view file_name);
   ~KPT_XML_WRITER();
   KPT_XML_WRITER(const KPT_XML_WRITER&) = delete;
   KPT_XML_WRITER& operator=(const KPT_XML_WRITER&) = delete;
 
-  /// From now on attributes and the texts of simple elements are written with
-  /// references for what would not come back as it is: "<", "&", tabs and line
-  /// ends, quotation marks, ">" behind "]]".
+  /// From now on, attributes and texts of simple elements have references for
+  /// characters that could not be read back: "<", "&", tabs and line ends,
+  /// quotation marks, and ">" after "]]".
   void escape_texts() { m_escapes = true; }
 
   // All operations but `start_file` and `outdent` return true, also when the
-  // file is not open or can take no more: what they write is then lost.
+  // file is not open or a write fails. What they write is then lost.
 
   /// Creates or truncates the file. False when it cannot be opened.
   bool start_file();
@@ -41,19 +41,19 @@ class KPT_EXPORT KPT_XML_WRITER {
   /// One blank per level.
   bool space();
   bool indent();
-  /// Two levels down; false, changing nothing, at a level below 2.
+  /// Two levels down. At a level below 2: false, and nothing changes.
   bool outdent();
 
-  /// Indentation and "<name", left open for attributes.
+  /// Indentation and "<name". Attributes may follow.
   bool start_tag(std::string_view name);
   bool write_attribute(std::string_view name, std::string_view value);
-  /// ">" and a line end. This is what closes a start tag that has a line of its own.
+  /// ">" and a line end. This closes a start tag that has a line of its own.
   bool new_line();
   /// "> ", without a line end.
   bool close_tag();
-  /// "</name>" one level down. At a level below 2 there is no level to go down
-  /// to, yet the way up is taken: the level is then 2 higher than before. The
-  /// layout of the outermost elements rests on this.
+  /// "</name>" one level down. At a level below 2 the writer cannot go down, but
+  /// goes up again all the same, so the level is then 2 higher than before. The
+  /// layout of the outermost elements depends on this.
   bool end_tag(std::string_view name);
   bool write_text_content(std::string_view text);
   /// "<name>text</name>" and a line end, without indentation.
@@ -61,13 +61,13 @@ class KPT_EXPORT KPT_XML_WRITER {
   bool write_empty_content_element(std::string_view name);
 
   bool write_db_start_xml(std::string_view db_name);
-  /// A keypoint known by its name alone.
+  /// A keypoint that has only a name.
   bool write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name);
-  /// A block instance. It indents behind its start tag, where the one above
-  /// indents before.
+  /// A block instance. It indents after its start tag; the operation above
+  /// indents before it.
   bool write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name, std::string_view entity,
                           std::string_view reg_type);
-  /// An empty word leaves the attribute out.
+  /// No attribute for an empty word.
   bool write_transformation_start_xml(std::string_view elim_type);
   bool write_tr_set_start_xml(std::string_view type);
   bool write_tr_state_start_xml(unsigned short index);
@@ -77,30 +77,30 @@ class KPT_EXPORT KPT_XML_WRITER {
   bool write_state_table_xml(unsigned short index, std::string_view value);
 
   // The three steps of `write_transformation_xml`, for a caller that has
-  // keypoints and would make a list only to have it walked.
+  // keypoints and would otherwise have to make a list of ids.
   bool begin_transformation_xml(std::string_view tag);
   bool write_kp_xml(long id);
   bool end_transformation_xml(std::string_view tag);
 
-  /// Whether registers and maps write their attributes: as elements without a
-  /// type, which every reader has always passed over.
+  /// From now on, registers and maps write their attributes. An attribute is an
+  /// element without a type, which readers skip.
   void keep_attributes() { m_keeps_attributes = true; }
   bool keeps_attributes() const { return m_keeps_attributes; }
-  /// Writes an "attribute" element for each, but for those that are empty:
-  /// absent attributes read as empty.
+  /// Writes an "attribute" element for each attribute that is not empty. An
+  /// absent attribute reads as empty.
   bool write_attributes(const KPT_ATTRIBUTE_LIST& attributes);
-  /// The next key point is written with these.
+  /// The next key point is written with these attributes.
   void set_key_point_attributes(KPT_ATTRIBUTE_LIST attributes) { m_attributes = std::move(attributes); }
 
-  // For a file that must be whole or not be there. The descriptor is taken
-  // over in place of `start_file`; `finish_file` hands all on to the disk,
-  // closes, and is the one that reports whether every write succeeded.
+  // For a file that must be complete or not exist. `start_file_on` takes an open
+  // descriptor in place of `start_file`. `finish_file` writes everything to the
+  // disk, closes the file, and returns whether every write succeeded.
   bool start_file_on(int descriptor);
   bool finish_file();
 
  private:
-  // A file behind a large block: one system call per block, however short the
-  // pieces. The first failure is kept, and nothing is written after it.
+  // A file with a large buffer: one system call for each full buffer, however
+  // short the texts. After the first failure nothing more is written.
   class STREAM {
    public:
     STREAM() = default;
@@ -127,13 +127,13 @@ class KPT_EXPORT KPT_XML_WRITER {
     int m_descriptor = -1;
     bool m_good = true;
     std::unique_ptr<char[]> m_block;
-    // What is free of the block: nothing unless the file is open.
+    // The free part of the block; empty unless the file is open.
     char* m_at = nullptr;
     char* m_end = nullptr;
   };
 
-  // The steps that the operations are made of. A save takes some hundred of
-  // them a register, so they are inlined, which exported functions are not.
+  // The steps of the operations. A save takes about a hundred steps for each
+  // register, so they are inline. Exported functions are not inlined.
   inline void put(std::string_view text);
   inline void put_value(std::string_view text);
   void put_escaped(std::string_view text);
@@ -153,7 +153,7 @@ class KPT_EXPORT KPT_XML_WRITER {
   std::uint16_t m_indent_level = 0;
   bool m_escapes = false;
   bool m_keeps_attributes = false;
-  KPT_ATTRIBUTE_LIST m_attributes;  // of the next key point
+  KPT_ATTRIBUTE_LIST m_attributes;  // for the next key point
   KPT_STRING m_number;
 };
 

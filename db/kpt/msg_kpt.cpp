@@ -8,7 +8,7 @@
 
 namespace {
 
-// Announces the library to the host's memory system for as long as it is loaded.
+// Tells the host's memory system that the library is loaded, and later that it is unloaded.
 const MEM_INITIALIZER s_memory(KPT_TAG);
 
 }  // namespace
@@ -23,7 +23,7 @@ MSG_E* REGNAME_NOT_IN_T_SET(const char* name) {
 }
 
 // The count is 2 although there are four arguments: hosts format by the
-// placeholders and use the count for purposes of their own.
+// placeholders and use the count for other purposes.
 MSG_E* PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE(const char* file, int line, int column, const char* text) {
   std::unique_ptr<MSG_E> message(new MSG_E(nullptr));
   message->fill_args(
@@ -62,8 +62,8 @@ MSG_D* DEBUG_MSG(const char* format, ...) {
 
 }  // namespace MSG_KPT
 
-// Lines are told behind a change, too, and a change is not to fail for want of
-// the memory in which a line would be written.
+// Lines are also issued after a change, and the change must not fail because
+// there is no memory for the line.
 bool kpt_msg_debug(const char* format, ...) {
   char tag[] = "KPT";  // the host takes the tag as a writable text
   va_list arguments;

@@ -1,7 +1,7 @@
-// The services that the library asks of its host, as a flow would give them: memory from the heap
-// with a count, messages to the flow's log, switches from the flow's settings.
+// The services that the library needs from its host, as a flow may define them: memory from
+// the heap with a counter, messages in the flow's log, switches from the flow's settings.
 //
-// Every function of h/ that is not a template is defined here; the linker names one that is not.
+// This file defines every function of h/ that is not a template. The linker names one that is missing.
 #include "host.h"
 
 #include <climits>
@@ -69,7 +69,7 @@ MSG_D::MSG_D(MSG_REPORT* report) : MSG_BASE(report) {}
 void* MSG_BASE::operator new(std::size_t size) { return std::memset(::operator new(size), 0, size); }
 void MSG_BASE::operator delete(void* p) { ::operator delete(p); }
 
-// "%1!s! lacks %2!d!/LACKS": the arguments in the order of their numbers, and the identifier behind
+// "%1!s! lacks %2!d!/LACKS": the arguments by their numbers, and an identifier after
 // the last slash. The library's own texts name each argument once and in order.
 void MSG_BASE::fill_args(const char* text, unsigned int n, ...) {
   const std::string_view whole = text;
@@ -105,7 +105,7 @@ void MSG_INTERNAL_ERROR::report(const char* condition, const char* tag, const ch
   log(file, tag, condition);
 }
 
-// Called for every line, wanted or not: a line that is not wanted is not even formatted.
+// Called for every line, also when nobody reads it: a line that is not shown is not formatted.
 bool msg_local_vdebug(char* tag, const char* format, va_list args) {
   if (s_verbose) {
     log("debug", tag, printed(format, args).c_str());

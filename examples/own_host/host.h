@@ -1,4 +1,4 @@
-// What the rest of the flow asks of its own services.
+// What the rest of the flow needs from its own services.
 //
 // Ownership: none.
 #ifndef EXAMPLES_OWN_HOST_HOST_H
@@ -6,9 +6,9 @@
 
 namespace flow {
 
-/// The blocks that the library holds now.
+/// The number of blocks that the library has now.
 long live_blocks();
-/// Whether the log takes the library's debug lines.
+/// Whether the log shows the library's debug lines.
 void set_verbose(bool on);
 
 }  // namespace flow

@@ -1,5 +1,5 @@
-// A flow with services of its own uses the database: the library's messages come out in the flow's
-// log, and its memory on the flow's account.
+// A flow with services of its own uses the database: the library's messages
+// appear in the flow's log, and the flow counts the library's memory.
 #include <cstdio>
 
 #include "db/kpt/kpt.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-// Records one stage and asks it a question.
+// Records one stage and asks one question.
 bool record_and_ask() {
   KPT_KEYPOINTS_MANAGER& manager = *KPT_KEYPOINTS_MANAGER::get_instance();
   KPT_KEYPOINTS_DB& db = *manager.create_keypoints_db("counter");

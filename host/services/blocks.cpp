@@ -6,7 +6,7 @@
 
 namespace {
 
-// Stands before every block, so that a block finds its size and its account without a lookup.
+// Precedes every block, so that the size and the account of a block are found without a look-up.
 struct alignas(std::max_align_t) BLOCK_HEADER {
   unsigned long m_size;
   MEM_TRACKER_THUNK* m_thunk;

@@ -1,7 +1,7 @@
-// Blocks of memory that know their size and their account. Not installed.
+// Blocks of memory that store their size and their account. Not installed.
 //
-// Ownership: a block belongs to whoever asked for it, until it is freed. A tracker outlives the blocks
-// that are charged to it.
+// Ownership: the code that allocates a block owns it until it is freed. A tracker
+// outlives the blocks that are counted in it.
 #ifndef HOST_SERVICES_BLOCKS_H
 #define HOST_SERVICES_BLOCKS_H
 
@@ -9,9 +9,9 @@
 
 namespace kpt_services {
 
-/// As MEM_MANAGER::new_wrapper.
+/// Like MEM_MANAGER::new_wrapper.
 void* allocate_block(unsigned long size, MEM_TRACKER_THUNK* thunk);
-/// As MEM_MANAGER::delete_wrapper.
+/// Like MEM_MANAGER::delete_wrapper.
 void free_block(void* p);
 
 }  // namespace kpt_services

@@ -21,7 +21,7 @@ std::string_view without_leading_blanks(std::string_view text) {
   return text;
 }
 
-// Drops the "+" that from_chars does not know; a sign after it is no number.
+// Removes the "+", which from_chars does not accept; a sign after it is not a number.
 std::string_view without_plus(std::string_view text) {
   const bool plus = text.starts_with('+') && !text.starts_with("+-");
   return text.substr(plus ? 1 : 0);
@@ -68,7 +68,7 @@ void gen_itoa(int value, MEM_STRING& out, int base) { out = gen_itoa(value, base
 void gen_sprintf(MEM_STRING* out, const char* format, ...) {
   va_list args;
   va_start(args, format);
-  // Apart first: an argument may point into `out`.
+  // In a text of its own first, because an argument may point into `out`.
   MEM_STRING text = kpt_services::formatted(format, args);
   va_end(args);
   out->swap(text);

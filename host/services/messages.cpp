@@ -1,4 +1,4 @@
-// What a message holds. Where it goes is the host's own: MSG_BASE::post.
+// The content of a message. Each host defines MSG_BASE::post itself.
 #include <cstdlib>
 #include <string_view>
 
@@ -14,7 +14,7 @@ bool is_identifier(std::string_view text) {
   return !text.empty() && text.find_first_not_of(LETTERS) == std::string_view::npos;
 }
 
-// Takes the identifier off the end of `text`; empty when there is none.
+// Removes the identifier from the end of `text` and returns it; empty when there is none.
 MEM_STRING cut_identifier(MEM_STRING& text) {
   const std::size_t slash = text.rfind('/');
   if (slash == MEM_STRING::npos || !is_identifier(std::string_view(text).substr(slash + 1))) {
@@ -43,7 +43,7 @@ void MSG_BASE::operator delete(void* p) { std::free(p); }
 
 void MSG_BASE::fill_args(const char* text, unsigned int n, ...) {
   MEM_STRING pattern = or_empty(text);
-  // Before the arguments go in, so that a "/" of theirs is not taken for the separator.
+  // Before the arguments are filled in, so that a "/" in one of them is not the separator.
   const MEM_STRING identifier = cut_identifier(pattern);
   if (m_tag.empty()) {
     m_tag = identifier;

@@ -7,7 +7,7 @@
 
 FIO_PATH::FIO_PATH(const char* path) : m_path(path != nullptr ? path : "") {}
 
-// A network path is already full. It comes back with "/", which is what opens a file here.
+// A network path is already absolute. It is returned with "/", which opens a file here.
 MEM_STRING FIO_PATH::fullpath() const {
   if (is_unc_path(m_path.c_str())) {
     MEM_STRING local = m_path;

@@ -12,17 +12,17 @@ constexpr unsigned int LAST_ARGUMENT = 99;
 struct PLACEHOLDER {
   unsigned int m_argument = 0;
   char m_kind = '\0';
-  std::size_t m_length = 0;  // 0: none here
+  std::size_t m_length = 0;  // 0: no placeholder here
 };
 
 struct ARGUMENT {
-  char m_kind = '\0';  // none when the argument is not reached
+  char m_kind = '\0';  // no kind when the argument is not reached
   MEM_STRING m_value;
 };
 
 using ARGUMENTS = std::array<ARGUMENT, LAST_ARGUMENT + 1>;
 
-// The placeholder that `text` begins with: "%", a number from 1, "!", "s" or "d", "!".
+// The placeholder at the start of `text`: "%", a number from 1, "!", "s" or "d", "!".
 PLACEHOLDER placeholder_at(std::string_view text) {
   if (text.empty() || text.front() != '%') {
     return {};
@@ -65,7 +65,7 @@ void find_kinds(std::string_view text, ARGUMENTS& arguments) {
 
 MEM_STRING string_value(const char* value) { return value != nullptr ? value : ""; }
 
-// Reads arguments up to the first whose kind is unknown; those beyond it are marked unreached.
+// Reads arguments up to the first whose kind is unknown; those after it are marked as not reached.
 void read_values(ARGUMENTS& arguments, va_list args) {
   bool reached = true;
   for (std::size_t n = 1; n < arguments.size(); ++n) {

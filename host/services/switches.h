@@ -1,6 +1,6 @@
-// Switches that the environment sets. Not installed.
+// The switches that the environment sets. Not installed.
 //
-// Ownership: the key is read during the call only.
+// Ownership: the key is read only during the call.
 #ifndef HOST_SERVICES_SWITCHES_H
 #define HOST_SERVICES_SWITCHES_H
 
@@ -9,7 +9,7 @@
 
 namespace kpt_services {
 
-/// What KPT_SWITCH_<key> says: 1, on, true or yes; 0, off, false or no. Nothing for any other word.
+/// The value of KPT_SWITCH_<key>: 1, on, true or yes; 0, off, false or no. Empty for any other word.
 std::optional<bool> switch_in_environment(const std::string& key);
 
 }  // namespace kpt_services

@@ -1,4 +1,4 @@
-// The map that is united into another one brings its elimination status.
+// A map that is united into another one brings its elimination status.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_state_table_impl.h"
@@ -33,9 +33,9 @@ TEST(AUnionTakesTheStatusOfTheOtherMap, WhateverTheOwnStatusWas) {
   }
 }
 
-// A register that a merge has joined with a living one is there again. Were
-// its old status kept, a union of stages would pass the map over and leave the
-// living register behind.
+// A register that was merged with a living register lives again. With its old
+// status, a union of stages would not compose the map, and the living register
+// would be lost.
 TEST(AUnionTakesTheStatusOfTheOtherMap, AMapUnitedWithALivingOneIsAlive) {
   REGISTERS k;
   MAP map(k.side("a~"), k.side("~"), KPT_NO_FANOUT);

@@ -1,5 +1,5 @@
-// When two registers of opposite polarity merge, the absorbed map is expressed
-// in the polarity of the kept register: every pair of both its sides is swapped.
+// When two registers of opposite polarity are merged, the absorbed map gets the
+// polarity of the kept register: every pair of both its sides is swapped.
 #include <gtest/gtest.h>
 
 #include "tests/support/databases.h"
@@ -30,9 +30,9 @@ TEST(AbsorbedMapIsSwappedWhole, EveryPairOfAMachineIsSwapped) {
   EXPECT_EQ(db.of_t("x"), "a~|~b|~c -> ~x|~|~z");
 }
 
-// Were the groups joined as they stand, a consumer that asks for the inverted
-// equivalents of "a" would be told that "b" carries its value, where it
-// carries the inverse: merging would have changed the function of the design.
+// If the groups were joined without a swap, the database would say that "b" has
+// the value of "a". It has the inverse, so the merge would have changed the
+// function of the design.
 TEST(AbsorbedMapIsSwappedWhole, ReferenceRegistersBecomeInvertedEquivalents) {
   const DATABASE db;
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));

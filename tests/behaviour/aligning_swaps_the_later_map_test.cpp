@@ -1,5 +1,5 @@
-// Of two maps whose registers disagree in polarity it is the one that holds the
-// register on its reference side, the later stage, that is swapped.
+// When the registers of two maps have different polarity, the map of the later
+// stage is swapped: the one that lists the register on its reference side.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_transformation_impl.h"
@@ -25,8 +25,8 @@ TEST(AligningSwapsTheLaterMap, WhicheverOfTheTwoIsAsked) {
   EXPECT_EQ(text_of(later), "m~ -> x~y");
 }
 
-// The first stage says what its registers' values mean. Were it the one to
-// give way, a second map that one pair of it feeds would turn it back, and the
+// The first stage says what the values of its registers mean. If its map were
+// swapped, a second map that another pair of it feeds would swap it back, and the
 // two would never both agree with it.
 TEST(AligningSwapsTheLaterMap, SeveralLaterMapsCanBeAlignedWithOneEarlierMap) {
   REGISTERS k;

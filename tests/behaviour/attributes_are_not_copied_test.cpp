@@ -24,9 +24,9 @@ TEST(AttributesAreNotCopied, ACopyHasEverythingButTheAttributes) {
   EXPECT_EQ(map.get_attribute("pass"), "retime");
 }
 
-// Attributes are a client's notes on one map of one database. Copied along,
-// they would turn up on the maps of a united database, where the client could
-// not tell them from notes that it made there.
+// Attributes are a client's notes on one map of one database. Copied attributes
+// would appear on the maps of a united database, and the client could not
+// distinguish them from notes that it made there.
 TEST(AttributesAreNotCopied, NotesOnACopyAndOnItsSourceStayApart) {
   REGISTERS k;
   MAP map(k["a"], k["x"]);

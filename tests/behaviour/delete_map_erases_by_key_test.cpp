@@ -1,5 +1,5 @@
-// Deleting a map erases the entries of all keypoints that it lists, whichever
-// map they point to.
+// Deleting a map erases the entries of all keypoints that it lists, whatever map
+// an entry leads to.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,9 +28,9 @@ TEST(DeleteMapErasesByKey, RegistersOfANewerMapAreFoundNoMore) {
   EXPECT_EQ(text_of(*newer), "a b~ -> x y~");
 }
 
-// Were only entries that point to the deleted map erased, a merge would leave
-// the merged register, which a third map had taken over, to be found as if it
-// were still in the netlist.
+// If only entries of the deleted map were erased, a merged register that a third
+// map has taken over would still be found after the merge, as if it were in the
+// netlist.
 TEST(DeleteMapErasesByKey, AMergeLeavesNothingOfTheAbsorbedMapToBeFound) {
   REGISTERS k;
   KPT_TRANSFORMATION_SET_IMPL set;

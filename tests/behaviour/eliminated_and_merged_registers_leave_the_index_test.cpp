@@ -1,6 +1,6 @@
-// A transformed register that was eliminated or merged is found through the
-// transformed index no more; the map of an eliminated one stays, and is found
-// through its reference registers.
+// The transformed index does not find a transformed register that was eliminated
+// or merged. The map of an eliminated register stays, and is found by its
+// reference registers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -32,9 +32,9 @@ TEST(EliminatedAndMergedRegistersLeaveTheIndex, TheMapStaysForTheReferenceRegist
   EXPECT_EQ(db.of_r("b"), "b~ -> y~");
 }
 
-// Were the entry kept, a pass that gives the freed name to a new register
-// would see that register with two maps, and an elimination reported twice
-// would edit the map twice.
+// If the entry were kept, a pass that gives the free name to a new register would
+// see that register with two maps. An elimination that is reported twice would
+// change the map twice.
 TEST(EliminatedAndMergedRegistersLeaveTheIndex, TheNameIsFreeForAnotherRegister) {
   const DATABASE db;
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));

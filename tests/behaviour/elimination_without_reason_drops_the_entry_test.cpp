@@ -1,5 +1,5 @@
-// An elimination for which no reason is given is refused by the map, and yet
-// the register's entry goes; the register stays in the transformed set.
+// A map refuses an elimination without a reason, but the register's entry is
+// erased anyway. The register stays in the transformed set.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -30,9 +30,9 @@ TEST(EliminationWithoutReasonDropsTheEntry, TheEventIsRefusedAndTheRegisterFound
   EXPECT_THAT(index_differences(db.impl(), facts), IsEmpty());
 }
 
-// Were the entry kept with the refusal, the passes that follow would go on
-// recording events on a register that the netlist has lost, and the map would
-// list its replicas as living registers.
+// If the refusal kept the entry, later passes would record events on a register
+// that is no longer in the netlist, and the map would list its replicas as living
+// registers.
 TEST(EliminationWithoutReasonDropsTheEntry, FurtherEventsOnTheRegisterAreRefused) {
   const DATABASE db;
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));

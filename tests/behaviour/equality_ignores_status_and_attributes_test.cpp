@@ -1,4 +1,4 @@
-// Two maps are equal whatever their elimination status and attributes.
+// Maps that differ only in their elimination status or attributes are equal.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_transformation_impl.h"
@@ -18,9 +18,9 @@ TEST(EqualityIgnoresStatusAndAttributes, MapsThatDifferInThemAloneAreEqual) {
   EXPECT_TRUE(map == other);
 }
 
-// A file does not carry attributes, and a stage may have eliminated a register
-// since: with either in the comparison, a map would differ from what it was
-// loaded from and from its own earlier copy.
+// A file that `save` writes has no attributes, and a later stage may eliminate a
+// register. If the comparison included either, a map would differ from its
+// reloaded copy and from its own earlier copy.
 TEST(EqualityIgnoresStatusAndAttributes, AMapEqualsItsEarlierCopyAndItsReloadedSelf) {
   REGISTERS k;
   MAP map(k["a"], k["x"]);

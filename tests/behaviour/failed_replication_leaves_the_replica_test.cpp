@@ -1,4 +1,4 @@
-// A replica that its original's map refuses stays in the transformed set,
+// A replica that the map of its original refuses stays in the transformed set,
 // without a map.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,9 +27,9 @@ TEST(FailedReplicationLeavesTheReplica, TheReplicaHasNoMapAndNoLineIsIssued) {
   EXPECT_THAT(index_differences(db.impl()), IsEmpty());
 }
 
-// Taken back, the replica would be free for a second register of that name,
-// though the netlist has one already: the netlist changed before the event
-// was reported, whatever is known of the replica's origin.
+// If the replica were removed, its name would be free for a second register,
+// although the netlist has one of that name: the netlist changed before the event
+// was reported.
 TEST(FailedReplicationLeavesTheReplica, TheReplicasNameIsTaken) {
   const DATABASE db;
   ASSERT_TRUE(db.fsm("a", "x y", {"0 00", "1 11"}));

@@ -1,5 +1,5 @@
-// Ids come from one counter a side that all databases of the process share;
-// the counter is read, then raised, so the first id is 0.
+// Ids come from two counters, one for each side, which all databases of the
+// process share. A counter is read and then raised, so the first id is 0.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -33,15 +33,15 @@ void record_in_two_databases() {
   std::exit(0);
 }
 
-// The process must be a new one: others have drawn from these counters.
+// The process must be a new one, because other tests draw from these counters.
 TEST(IdsCountFromZeroAcrossDatabases, TheFirstIdOfAProcessIs0) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(record_in_two_databases(), testing::ExitedWithCode(0), "a0 b2 c3 x0 y3 \\| a1 x1 y2");
 }
 
-// Were ids counted in each database, two stages would number different
-// registers alike; a union keeps the ids of the first stage and draws those
-// of the second behind the highest of both.
+// If each database counted its own ids, two stages would give one id to different
+// registers. A union keeps the ids of the first stage and gives new ids to the
+// registers of the second.
 TEST(IdsCountFromZeroAcrossDatabases, RegistersOfTwoDatabasesNeverShareAnId) {
   const DATABASE first;
   const DATABASE second;

@@ -1,4 +1,4 @@
-// The search for a register's index looks at index 0 alone.
+// The search for a register's index looks at index 0 only.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -31,8 +31,8 @@ TEST(IndexSearchSeesIndex0Only, ARegisterOfAFurtherIndexIsNotFound) {
   EXPECT_FALSE(found);
 }
 
-// A search of every index would let these edits through: the sides would lose
-// an index that the table keeps, and its columns would name other registers.
+// A search of every index would allow these edits: a side would lose an index
+// whose column the table keeps, and the columns would mean other registers.
 TEST(IndexSearchSeesIndex0Only, EventsOnTheFurtherRegistersOfAStateMachineLeaveSidesAndTableInStep) {
   REGISTERS k;
   HOST_LINES lines;

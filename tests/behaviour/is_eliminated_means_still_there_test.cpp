@@ -1,4 +1,4 @@
-// r_representative_is_eliminated answers true for the status "not eliminated".
+// r_representative_is_eliminated returns true for the status "not eliminated".
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,8 +24,8 @@ TEST(IsEliminatedMeansStillThere, TrueForNotEliminatedAndForNothingElse) {
   }
 }
 
-// A consumer picks the registers that it has to compare by this answer. With
-// the name taken at its word it would compare the ones that are gone.
+// A consumer selects the registers that it has to compare by this answer. If the
+// answer meant what its name says, it would compare those that are gone.
 TEST(IsEliminatedMeansStillThere, AConsumerPicksTheRegistersThatAreThereByIt) {
   REGISTERS k;
   std::vector<KPT_ELIM_ENUM> picked;

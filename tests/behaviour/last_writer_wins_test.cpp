@@ -1,5 +1,5 @@
-// Entering a keypoint never looks for an earlier entry: it leads to the newest
-// map that was made for it, while older maps go on listing it.
+// Entering a keypoint does not look for an earlier entry: the entry leads to the
+// newest map, while older maps still list the keypoint.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,9 +24,9 @@ TEST(LastWriterWins, ARegisterLeadsToItsNewestMapOnEitherSide) {
   EXPECT_EQ(text_of(*second), "a~ -> y~");
 }
 
-// Were the first entry kept, a register that is recorded anew would go on
-// leading to a map that later events no longer reach: the new map would get
-// them for its other registers, and the old one would answer for this one.
+// If the first entry were kept, a register that is recorded again would lead to a
+// map that later events do not reach. The new map would get the events, and the
+// old one would answer.
 TEST(LastWriterWins, EventsReachTheMapThatWasRecordedLast) {
   REGISTERS k;
   KPT_TRANSFORMATION_SET_IMPL set;

@@ -1,7 +1,7 @@
-// Merging with a state machine updates the united table with two columns that
-// are formed by rule: where the kept register's map brought the machine, its
-// own index and the last column; where the absorbed map did, the first column
-// and the one behind the merged register's index.
+// A merge with a state machine updates the united table with two columns, which a
+// rule determines. When the kept register's map has the machine, they are its own
+// index and the last column. When the absorbed map has it, they are the first
+// column and the one after the merged register's index.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_state_table_impl.h"
@@ -47,10 +47,10 @@ TEST(MergeNamesItsTableColumns, MachineAbsorbedNamesTheFirstColumnAndTheOneBehin
   EXPECT_EQ(states_of(db.t_map("z")->state_table()), updated(product(PLAIN, machine), 1, 2));
 }
 
-// The column in which the product keeps the merged register's values lies one
-// before the one named, for the two tables overlap. Named instead, it would
-// drop other states, and a database that is recorded anew from the same
-// netlist would no longer be the one that was saved.
+// The tables overlap, so the product has the values of the merged register one
+// column before the column that the rule names. With that column, the merge would
+// drop other states, and flows that compare their databases would see another
+// one.
 TEST(MergeNamesItsTableColumns, TheMergedRegistersOwnColumnWouldKeepOtherStates) {
   const STATES machine = {"0 01", "1 10", "1 11"};
   const DATABASE db;
@@ -62,8 +62,8 @@ TEST(MergeNamesItsTableColumns, TheMergedRegistersOwnColumnWouldKeepOtherStates)
   EXPECT_EQ(db.t_map("x")->get_number_of_states(), kept.size());
 }
 
-// The pairs stay as the union left them, one more than the table has columns:
-// a merge updates the table alone, and consumers ask the map by its pairs.
+// The pairs stay as the union made them, one more than the table has columns: a
+// merge updates only the table, and consumers ask the map by its pairs.
 TEST(MergeNamesItsTableColumns, ThePairsDoNotFollowTheTable) {
   const DATABASE db;
   ASSERT_TRUE(db->associate_registers_signal_to_signal("b", "z"));

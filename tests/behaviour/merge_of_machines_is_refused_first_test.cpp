@@ -1,5 +1,5 @@
-// Whether two registers both belong to a state machine is asked before whether
-// they belong to one and the same map.
+// A merge first checks whether both registers belong to state machines, and only
+// then whether they belong to the same map.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,9 +25,9 @@ TEST(MergeOfMachinesIsRefusedFirst, TwoBitsOfOneMachineAreTakenForTwoMachines) {
                                          "Merged registers: x <- x"));
 }
 
-// Were the maps compared first, replicas of one state bit would merge as they
-// do in a plain map, and the last register of a bit could leave its group
-// while the table keeps its column and the states in which it differs.
+// If the maps were compared first, replicas of one state bit would be merged as
+// in a plain map. The last register of a bit could then leave its group, while
+// the table keeps the bit's column.
 TEST(MergeOfMachinesIsRefusedFirst, ReplicasOfAStateBitStayWithTheTable) {
   const DATABASE db;
   ASSERT_TRUE(db.fsm("a", "x y", {"0 01", "1 10"}));

@@ -1,5 +1,5 @@
-// A name alone finds a signal register and never a block instance: it takes
-// more than a name to say which instance is meant.
+// A name finds a signal register and never a block instance, because a name does
+// not identify an instance.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -27,8 +27,8 @@ TEST(NamesAloneFindSignalsOnly, AnInstanceIsNeitherFoundNorReachedByEvents) {
   EXPECT_THAT(db.maps(), ElementsAre("u~ -> v~"));
 }
 
-// Were instances found too, an event on the signal "v" would hit whichever of
-// the two was found first; a netlist may have both, and several instances of
+// If names found instances too, an event on the signal "v" would change whichever
+// register was found first. A netlist may have both, and several instances with
 // one name and different types.
 TEST(NamesAloneFindSignalsOnly, ASignalIsFoundBesideInstancesOfItsName) {
   const DATABASE db;

@@ -1,5 +1,5 @@
-// The no-fanout elimination names the state table's column, counted from 1, by
-// its own index, counted from 0; column 0 is taken for the first.
+// The elimination for no fanout passes its index, which counts from 0, as a column
+// of the state table, which counts from 1. Column 0 means the first column.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,8 +28,8 @@ TEST(NoFanoutPassesItsIndexAsAColumn, TheFirstColumnGoesForIndex0) {
   EXPECT_EQ(states_of(map.get_register_state_table()), (STATES{"0 00", "1 11"}));
 }
 
-// Refused as a column that does not exist, index 0 would keep its register,
-// though the netlist has lost it, and no index could ever be dropped.
+// If column 0 were refused, index 0 would keep a register that is no longer in
+// the netlist, and no index could be removed.
 TEST(NoFanoutPassesItsIndexAsAColumn, RegistersAreEliminatedOneByOneAndTheTableFollows) {
   REGISTERS k;
   HOST_LINES lines;

@@ -1,4 +1,4 @@
-// A simple union looks at the first NI pair of each side alone.
+// A simple union uses only the first NI pair of each side.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_transformation_impl.h"
@@ -19,8 +19,8 @@ TEST(SimpleUnionTakesTheFirstPairsOnly, FurtherPairsOfTheOtherMapAreLeftBehind) 
   EXPECT_EQ(text_of(map), "a c~d|b~ -> x y~");
 }
 
-// A plain map has no table to tell several indices apart. Were the further
-// pairs appended, it would have registers that no query of its index 0 shows.
+// A plain map has no table for several indices. If the other pairs were appended,
+// it would have registers that no query of its index 0 shows.
 TEST(SimpleUnionTakesTheFirstPairsOnly, AUnitedPlainMapKeepsItsNumberOfIndices) {
   REGISTERS k;
   MAP map(k["a"], k["x"]);

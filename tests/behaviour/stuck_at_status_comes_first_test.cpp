@@ -1,5 +1,5 @@
-// A stuck-at status is stored as soon as the register has left its group,
-// before it is asked whether the index goes too.
+// A stuck-at status is stored as soon as the register has left its group, before
+// the map decides whether the index is removed.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_state_table_impl.h"
@@ -27,9 +27,9 @@ TEST(StuckAtStatusComesFirst, OneOfSeveralRegistersSetsTheStatusOfTheWholeMap) {
   EXPECT_TRUE(map.r_representative_is_stuck_at_one());
 }
 
-// Stored with the last register only, the constant would be lost: the
-// replicas of a constant register are removed one by one, by several passes,
-// and the reference register has its value from the first report on.
+// If only the last register stored the status, the constant could be lost:
+// several passes remove the replicas of a constant register one by one, and the
+// value is known from the first report on.
 TEST(StuckAtStatusComesFirst, TheConstantIsKnownWhileReplicasRemain) {
   REGISTERS k;
   MAP stuck(k.side("a~"), k.side("x x2~"), KPT_NOT_ELIMINATED);

@@ -1,5 +1,5 @@
-// Two stages fit together when the second names every register of the first,
-// at whatever index and in whatever group.
+// Two stages fit together when the second names every register of the first, at
+// any index and in any group.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_transformation_impl.h"
@@ -22,8 +22,8 @@ TEST(TEqualsRComparesNamesOnly, IndexGroupAndKeypointDoNotMatter) {
   EXPECT_FALSE(earlier.t_equals_r(MAP(second.side("m n o~"), second.side("x~"), KPT_NOT_ELIMINATED)));
 }
 
-// Stages agree on polarity after they were matched, not before. A comparison
-// that asked for the group would call a map unmatched that one swap aligns.
+// Stages are matched before they are aligned. A comparison that looked at groups
+// would call a map unmatched that one swap aligns.
 TEST(TEqualsRComparesNamesOnly, AMapThatIsYetToBeAlignedMatches) {
   REGISTERS k;
   const MAP earlier(k.side("a~"), k.side("m~n"), KPT_NOT_ELIMINATED);

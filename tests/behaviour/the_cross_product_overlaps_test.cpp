@@ -1,5 +1,5 @@
-// In the product of two state tables, states s and u meet in row s + u - 1 and
-// the second table's columns begin on the first one's last.
+// In the product of two state tables, states s and u meet in row s + u - 1, and
+// the second table's columns begin at the first one's last column.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_state_table_impl.h"
@@ -22,14 +22,14 @@ TEST(TheCrossProductOverlaps, RowsAndColumnsOverlapAndTheRestStaysFalse) {
   MAP map(k.list("a b"), k.list("x y"), make_table({"11 11", "10 11", "11 10"}));
   EXPECT_TRUE(map.make_union(MAP(k["c"], k["z"])));
   EXPECT_EQ(text_of(map), "a~|b~|c~ -> x~|y~|z~");
-  // Column 2 is that of the plain map, 0 then 1 from each row on; column 3 is never written.
+  // Column 2 is that of the plain map: 0, then 1, from each row on. Column 3 is never written.
   EXPECT_EQ(states_of(map.get_register_state_table()),
             (STATES{"100 100", "100 100", "100 100", "110 110", "000 000", "000 000"}));
 }
 
-// A merge into a state machine drops the states in which the two registers
-// disagree. Databases in use were recorded with this placement; with all
-// states side by side the same merge would leave another encoding.
+// A merge into a state machine removes the states in which the two registers
+// differ. Flows compare the table that results from this layout. With all states
+// side by side, the same merge would leave another encoding.
 TEST(TheCrossProductOverlaps, AMergeIntoAStateMachineLeavesTheStatesOfThisPlacement) {
   REGISTERS k;
   MAP map(k.list("a"), k.list("x"), make_table({"0 0", "1 1", "0 1"}));

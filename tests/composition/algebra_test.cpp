@@ -1,4 +1,4 @@
-// Compositions held against the plain join over full tables.
+// Compares compositions with the plain join over full tables.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_composition.h"
@@ -124,7 +124,7 @@ TEST(Composition, SaysEqualRegistersAsGroupsAlsoWhenATableIsWhatSaysIt) {
   }
 }
 
-// What of two compositions has to be the same: relation and words.
+// Compares two compositions: their relations and the words of their registers.
 void expect_same(KPT_KEYPOINTS_DB_IMPL& a, KPT_KEYPOINTS_DB_IMPL& b, const RANDOM_FLOW& flow) {
   const NAMES& from = flow.netlists.front();
   const NAMES& to = flow.netlists.back();

@@ -1,4 +1,4 @@
-// What compositions say, refuse and tell, case by case.
+// What compositions say, refuse and report, case by case.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -41,7 +41,7 @@ class ComposedStages : public testing::Test {
   KPT_COMPOSITION_REPORT report;
 };
 
-// The cases in which a union answers wrongly or not at all.
+// The cases in which a union gives a wrong answer or none.
 
 TEST_F(ComposedStages, KeepTheInversionOfARegisterThatALaterStageMerged) {
   first->associate_registers_signal_to_signal("p", "p");
@@ -78,7 +78,7 @@ TEST_F(ComposedStages, LeadAMachineOfTheFirstStageToTheLastNetlist) {
   second->associate_registers_signal_to_signal("s2", "last2");
   ASSERT_TRUE(compose());
   EXPECT_EQ(word("r1"), "machine");
-  // r2 and s2 are one value, which stands on both sides of the machine.
+  // r2 and s2 have one value, so they are on both sides of the machine.
   EXPECT_EQ(all->get_transformed_register_transformation("last1"), map("r1"));
   EXPECT_EQ(map("r1").get_number_of_states(), 3);
 }
@@ -128,7 +128,7 @@ TEST_F(ComposedStages, MarkAMapOfWhichACopyWasLost) {
   EXPECT_EQ(text(map("q").get_attribute("partial")), "yes");
 }
 
-// Block instances, and what maps carry.
+// Block instances, and the attributes of maps.
 
 TEST_F(ComposedStages, FollowBlockInstances) {
   ASSERT_TRUE(first->associate_registers_signal_to_instance("q", "u1", "dff", "reg"));
@@ -156,7 +156,7 @@ TEST_F(ComposedStages, TakeRegistersThatAreNotMentionedForKeptWhenToldTo) {
   EXPECT_EQ(text(map("c").get_transformed(0).get_name()), "d");
 }
 
-// What is told and refused.
+// Reports and refusals.
 
 TEST_F(ComposedStages, TellHowWellTheyFit) {
   first->associate_registers_signal_to_signal("a", "b");
@@ -212,9 +212,9 @@ TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
   EXPECT_EQ(word("r"), "unknown");
 }
 
-// The column of a bit says the value of its first register that is not
-// inverted. When that one goes and inverted replicas stay, the event leaves the
-// column: read as theirs, it would say the inverse of what they are.
+// The column of a bit is the value of its first register that is not inverted.
+// When that register is removed and inverted replicas stay, the event does not
+// change the column, which is then the inverse of each replica.
 TEST_F(ComposedStages, SayNothingOfAMachineOfWhoseBitInvertedReplicasAloneStay) {
   KPT_STATE_TABLE table(3, 2, 2);
   table.set_reference_entry(2, 1, true);

@@ -15,7 +15,7 @@ int place(const NAMES& names, const KPT_KEYPOINT* keypoint) {
   return found == names.end() ? -1 : static_cast<int>(found - names.begin());
 }
 
-// The value of an index as its registers have it: 0 or 1, 2 for none, 3 for a contradiction.
+// The value of an index according to its registers: 0 or 1, 2 for none, 3 for a contradiction.
 int value_of(const NI_PAIR& pair, const NAMES& names, unsigned values) {
   int value = 2;
   for (const bool inverted : {false, true}) {
@@ -54,7 +54,7 @@ bool plain_holds(const KPT_TRANSFORMATION_IMPL& map, const std::vector<int>& r, 
   return true;
 }
 
-// Whether a column of the table can be this value of its index.
+// Whether a column of the table can have this value of its index.
 bool fits(const KPT_STATE_TABLE_IMPL& table, KPT_SET_ENUM set, const NI_PAIR_VECTOR& side,
           const std::vector<int>& values, unsigned row) {
   for (std::size_t k = 0; k < values.size(); ++k) {

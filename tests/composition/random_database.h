@@ -1,5 +1,5 @@
-// Stages of facts of any shape, drawn at random: not what passes record, and
-// not true of any netlist, but all that a database can say.
+// Stages with random facts of any shape. Passes do not record them and no netlist
+// has them, but a database can say them.
 //
 // Ownership: refers to the caller's generator.
 #ifndef TESTS_COMPOSITION_RANDOM_DATABASE_H

@@ -18,7 +18,7 @@ SIMULATED_FLOW::SIMULATED_FLOW(std::mt19937& random, unsigned registers, unsigne
   simulate(registers);
   last = first;
   for (unsigned k = 0; k < count; ++k) {
-    // A register that this stage brings along.
+    // A register that this stage adds.
     if (k > 0 && below(4) == 0) {
       last.emplace(fresh_name(), SIMULATED{m_random() * TRACE{0x100000001}, {}, {}});
     }
@@ -26,8 +26,8 @@ SIMULATED_FLOW::SIMULATED_FLOW(std::mt19937& random, unsigned registers, unsigne
   }
 }
 
-// Every register has a function of two others, one constant, or that of
-// another register, as it is or inverted.
+// Every register has a function of two others, a constant, or the function of
+// another register, inverted or not.
 void SIMULATED_FLOW::simulate(unsigned registers) {
   struct FUNCTION {
     unsigned kind;
@@ -62,7 +62,7 @@ void SIMULATED_FLOW::simulate(unsigned registers) {
                                      : below(2) == 1;
       next.push_back(value != inverted);
     }
-    // Registers of one function and one start have one input: they stay equal.
+    // Registers with one function and one start value have one input, so they stay equal.
     for (unsigned k = 0; k < registers; ++k) {
       for (unsigned other = 0; other < k; ++other) {
         if (functions[k].kind == 4 && functions[other].kind == 4 && functions[k].a == functions[other].a &&
@@ -80,7 +80,7 @@ void SIMULATED_FLOW::simulate(unsigned registers) {
   }
 }
 
-// The old one, a new one, or that of another register.
+// The old name, a new one, or the name of another register.
 std::string SIMULATED_FLOW::new_name(const std::string& old) {
   std::string name = below(2) == 0 ? old : fresh_name();
   if (!m_left.empty() && below(20) == 0) {
@@ -121,7 +121,7 @@ SIMULATED_FLOW::MEMBERS SIMULATED_FLOW::take(unsigned most) {
   return members;
 }
 
-// One register and, mostly, those that are equal or inverse.
+// One register and, mostly, the registers that are equal to it or inverse.
 SIMULATED_FLOW::MEMBERS SIMULATED_FLOW::take_twins() {
   MEMBERS members = take(1);
   const TRACE trace = members[0].second.trace;
@@ -151,7 +151,7 @@ KPT_GROUPS SIMULATED_FLOW::groups_of(const MEMBERS& members, TRACE trace) {
   return groups;
 }
 
-// Registers of one value become some registers of that value or its inverse.
+// Registers of one value become registers of that value or its inverse.
 void SIMULATED_FLOW::copy(const MEMBERS& members) {
   const TRACE trace = members[0].second.trace;
   SIMULATED copied;
@@ -186,7 +186,7 @@ std::set<std::string> SIMULATED_FLOW::ancestors_of(const MEMBERS& members, unsig
   return ancestors;
 }
 
-// Some registers become some others that are functions of them together.
+// Some registers become registers that are functions of all of them together.
 void SIMULATED_FLOW::encode(const MEMBERS& members) {
   const auto wide = static_cast<unsigned>(members.size());
   const unsigned codes = 1U << wide;
@@ -234,7 +234,7 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
   }
   EXPECT_TRUE(stages.back()->associate_registers_fsm_signals(r, t, table));
   machine_events(names);
-  // Bits that are gone say nothing of what the others have to do with.
+  // Bits that are gone do not show on which bits the others depend.
   const auto removed = bits - static_cast<unsigned>(names.size());
   std::set<unsigned> rows;
   for (const unsigned code : seen) {
@@ -248,8 +248,8 @@ void SIMULATED_FLOW::encode(const MEMBERS& members) {
   }
 }
 
-// Of a machine, events find the registers of the first bit: it is replicated,
-// inverted and removed, and then the next bit is the first.
+// Events find only the registers of a machine's first bit. They replicate, invert
+// and remove it, and then the next bit is the first.
 void SIMULATED_FLOW::machine_events(BITS& bits) {
   const KPT_UNREGISTERED_DB& db = stages.back();
   for (unsigned k = below(3) == 0 ? 1 + below(6) : 0; k > 0 && !bits.empty(); --k) {
@@ -287,7 +287,7 @@ void SIMULATED_FLOW::remove_constant(const MEMBERS& members) {
                    .is_null());
 }
 
-// What passes report of single registers once they are there.
+// The events that passes report for single registers after the maps are recorded.
 void SIMULATED_FLOW::events() {
   const KPT_UNREGISTERED_DB& db = stages.back();
   const std::vector<std::string> names(m_plain.begin(), m_plain.end());

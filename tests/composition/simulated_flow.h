@@ -1,5 +1,5 @@
-// Netlists with random next-state functions, simulated, that go through random
-// stages; each stage is recorded as passes and hosts record it.
+// Simulated netlists with random next-state functions, which go through random
+// stages. Each stage is recorded as passes and hosts record it.
 //
 // Ownership: refers to the caller's generator; owns the stages.
 #ifndef TESTS_COMPOSITION_SIMULATED_FLOW_H
@@ -22,10 +22,10 @@ using TRACE = std::uint64_t;
 
 struct SIMULATED {
   TRACE trace;
-  /// The registers of the first netlist that this one was kept, copied or
-  /// merged from, without a machine between.
+  /// The registers of the first netlist from which this one was kept, copied or
+  /// merged, without a machine between.
   std::set<std::string> origins;
-  /// Those that it has to do with by any way, machines included.
+  /// The registers of the first netlist on which it depends in any way, also through machines.
   std::set<std::string> ancestors;
 };
 using SIMULATED_NETLIST = std::map<std::string, SIMULATED>;
@@ -38,12 +38,12 @@ class SIMULATED_FLOW {
   SIMULATED_NETLIST last;
   std::list<KPT_UNREGISTERED_DB> stages;
   /// Registers of the first netlist of which a copy was lost, or a bit of a
-  /// machine that it went into.
+  /// machine that encodes them.
   std::set<std::string> with_lost_copies;
-  /// Registers of the first netlist that went into a machine.
+  /// Registers of the first netlist that a machine encodes.
   std::set<std::string> encoded;
-  /// The registers of the first netlist that may be known to be one value with
-  /// this one: what is unknown of one of them is unknown of all.
+  /// The registers of the first netlist that may be known to have the same value
+  /// as this one: what is unknown of one of them is unknown of all.
   std::set<std::string> related_to(const std::string& name) const;
 
  private:
@@ -71,9 +71,9 @@ class SIMULATED_FLOW {
 
   std::mt19937& m_random;
   unsigned m_names = 0;
-  std::vector<MEMBER> m_left;      // of the netlist that the stage starts from
+  std::vector<MEMBER> m_left;      // of the netlist from which the stage starts
   std::set<std::string> m_plain;   // registers of the new netlist that events may change
-  std::list<std::string> m_texts;  // that groups refer to
+  std::list<std::string> m_texts;  // to which groups refer
   std::map<std::string, std::set<std::string>> m_related;
 };
 

@@ -1,4 +1,4 @@
-// Claims of composed databases held against simulated netlists.
+// Compares the claims of composed databases with simulated netlists.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace kpt_test;
 
-// The trace of an index as its registers have it, and whether all agree.
+// The trace of an index according to its registers, and whether all agree.
 struct BIT {
   TRACE trace = 0;
   bool is_known = false;
@@ -76,14 +76,14 @@ void check_plain(const KPT_REGISTER_TRANSFORMATION& map, const SIMULATED_FLOW& f
   }
 }
 
-// What is known of a register without a machine between is in one map.
+// Everything that is known of a register without a machine between is in one map.
 void check_copies(const KPT_KEYPOINTS_DB& all, const SIMULATED_FLOW& flow) {
   for (const auto& [name, simulated] : flow.last) {
     const KPT_REGISTER_TRANSFORMATION map = all.get_transformed_register_transformation(name);
     for (const std::string& origin : simulated.origins) {
       EXPECT_FALSE(map.is_null());
       const KPT_REGISTER_TRANSFORMATION of_origin = all.get_reference_register_transformation(origin);
-      // Of a constant, each is said to be so.
+      // Each register of a constant is said to be constant.
       EXPECT_TRUE(map == of_origin || ((map.is_stuck_at_zero() || map.is_stuck_at_one()) &&
                                        (of_origin.is_stuck_at_zero() || of_origin.is_stuck_at_one())))
           << origin << " became " << name;
@@ -91,8 +91,8 @@ void check_copies(const KPT_KEYPOINTS_DB& all, const SIMULATED_FLOW& flow) {
   }
 }
 
-// "Without fanout" is said of registers of which nothing is left, by whatever
-// way, and of all such that went through no machine.
+// "Without fanout" is claimed only of registers of which nothing is left. It is
+// claimed of all of them that no machine encodes.
 void check_without_fanout(const KPT_KEYPOINTS_DB& all, const SIMULATED_FLOW& flow, long* said) {
   std::set<std::string> alive = flow.with_lost_copies;
   for (const auto& [name, simulated] : flow.last) {

@@ -1,4 +1,4 @@
-// The recording example, run as it is built: all that it says, to the byte.
+// Runs the recording example as it is built and compares all its output, byte for byte.
 #include <gtest/gtest.h>
 
 #include <cstdio>

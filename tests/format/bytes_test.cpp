@@ -1,4 +1,4 @@
-// Databases from bytes that a client brings: memory, and streams that are read once.
+// Databases from a client's bytes: memory, and streams that can be read only once.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt.h"
@@ -10,12 +10,12 @@ namespace {
 using namespace kpt_test;
 using testing::ElementsAre;
 
-// Counts what is read of it; can be read once or again and again.
+// Counts the bytes that are read. It can be read once, or several times.
 class COUNTED_BYTES : public KPT_BYTES {
  public:
   COUNTED_BYTES(std::string_view bytes, bool can_rewind) : m_bytes(bytes), m_can_rewind(can_rewind) {}
 
-  // No more than a few at a time, as of a pipe.
+  // Only a few bytes at a time, like a pipe.
   std::ptrdiff_t read(char* to, std::size_t size) override {
     const std::ptrdiff_t count = m_bytes.read(to, std::min<std::size_t>(size, 7));
     m_count += static_cast<std::size_t>(count);

@@ -1,4 +1,4 @@
-// Files, and databases as people read them.
+// Files, and databases as readable text.
 //
 // Ownership: a FOLDER owns its directory and removes it; a LOADED owns its
 // database. Everything else is a value.
@@ -19,7 +19,7 @@ std::string data_file(const std::string& name);
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, std::string_view bytes);
 
-/// A new directory under the system's one for temporary files.
+/// A new directory in the system's directory for temporary files.
 class FOLDER {
  public:
   FOLDER();
@@ -29,9 +29,9 @@ class FOLDER {
 
   const std::string& path() const { return m_path; }
   std::string file(const std::string& name) const { return m_path + "/" + name; }
-  /// A file of these bytes; its path.
+  /// Writes a file of these bytes and returns its path.
   std::string file_of(std::string_view bytes, const std::string& name = "db.xml") const;
-  /// The names of what is in it, sorted.
+  /// The names of the files in it, sorted.
   std::vector<std::string> names() const;
 
  private:
@@ -47,11 +47,11 @@ struct LOADED {
   bool result;
 };
 
-/// What becomes of the file without a manager.
+/// Loads the file without a manager.
 LOADED load(const std::string& path);
-/// Of a file of tests/format/data.
+/// The same for a file of tests/format/data.
 LOADED load_data(const std::string& name);
-/// The file that `db` saves.
+/// The file that a save of `db` writes.
 std::string saved(KPT_KEYPOINTS_DB_IMPL& db);
 
 /// "1:a" for a signal, "2:b/entity/type" for a block instance, in the set's order.
@@ -64,7 +64,7 @@ std::string side_text(const NI_PAIR_VECTOR& side);
 /// transformed ones.
 std::vector<std::string> maps(KPT_KEYPOINTS_DB_IMPL& db);
 
-/// Sets both id counters for as long as it lives, and gives them back.
+/// Sets both id counters while it exists, and then restores them.
 class COUNTERS {
  public:
   COUNTERS(long r, long t);

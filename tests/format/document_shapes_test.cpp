@@ -1,6 +1,6 @@
-// What a load makes of files that say more than elements: document types,
-// entities, declarations. A source that reads element by element would get
-// these wrong by itself; flows have files that rely on each.
+// Loads files that contain more than elements: document types, entities,
+// declarations. A source that reads element by element could easily get these
+// wrong, and flows have files that rely on each.
 #include <gmock/gmock.h>
 
 #include "db/kpt/load/kpt_file_loader.h"
@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// A file that a manager loads, and that every other way to load takes alike.
+// A file that a manager loads, and that every other way to load reads in the same way.
 class DocumentShape : public testing::Test {
  protected:
   void load(const std::string& text) {
@@ -50,7 +50,7 @@ std::string reference_set(const std::string& keypoints) {
   return "<key_points_set type='reference'>" + keypoints + "</key_points_set>";
 }
 
-// Register a, and a map of it with that in its one state.
+// Register a, and a map of it whose one state has this content.
 std::string with_state(const std::string& entities, const std::string& state, const std::string& part = {}) {
   return with_entities(entities, reference_set(signal("1", "<name>a</name>")) +
                                      "<transformations_set><transformation><kp_set type='reference'><kp_state>" +
@@ -176,7 +176,7 @@ TEST_F(DocumentShape, OfABlankNameIsLoaded) {
   EXPECT_EQ(m_db->get_db_name(), " ");
 }
 
-// A document takes fewer characters into a name than the parser does.
+// A document allows fewer characters in a name than the parser does.
 TEST_F(DocumentShape, OfAnInstructionWhoseNameNoDocumentCanHoldIsRefused) {
   const HOST_LINES lines;
   load("<kpt_db name='d'><?\xF0\x90\x80\x80?></kpt_db>");
@@ -184,7 +184,7 @@ TEST_F(DocumentShape, OfAnInstructionWhoseNameNoDocumentCanHoldIsRefused) {
   EXPECT_THAT(lines.debug(), Contains("Caught DOM_DOMException(code 5) while parsing file " + m_path));
 }
 
-// Such characters come in two halves, and a text in pieces.
+// Such a character consists of two halves, and a text comes in pieces.
 TEST_F(DocumentShape, OfALongTextBeyondTwoBytesHasItWhole) {
   std::string name;
   for (int k = 0; k < 5000; ++k) {

@@ -1,5 +1,5 @@
 // The files that these databases are saved to, byte for byte: flows keep such
-// files under revision control and compare them.
+// files under version control and compare them.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt_state_table_impl.h"
@@ -86,7 +86,7 @@ TEST_P(GoldenFileRead, SavesBackToItself) {
   const LOADED loaded = load_data(GetParam());
   ASSERT_TRUE(loaded.result);
   std::string again = saved(*loaded.db);
-  // A load beside the manager takes the name of the database, not of the file.
+  // A load without the manager uses the name of the database, not that of the file.
   again.replace(again.find("loaded"), 6, file.substr(14, file.find('"', 14) - 14));
   EXPECT_EQ(again, file);
 }

@@ -1,5 +1,5 @@
-// What clients include needs no header of the parser: none is installed where
-// the library alone is.
+// The headers that clients include need no header of the parser, because a system
+// with only the library has none.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt.h"

@@ -1,5 +1,5 @@
-// Files that mean harm or were never databases. None may end the process, read
-// another file or cost more than its size accounts for, and the manager goes on.
+// Files made to do harm, and files that are no databases. None may end the process, read
+// another file or take more memory than its size explains. The manager stays usable.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -42,7 +42,7 @@ class HostileFile : public testing::Test {
     EXPECT_TRUE(m_manager->destroy_keypoints_db("top"));
   }
 
-  // What means harm comes to the same whichever way it is read.
+  // A hostile file gives the same result whichever way it is read.
   static void expect_agreement(const std::string& path) {
     const LOAD_OUTCOME general = load_outcome(path, LOAD_WAY::GENERAL_SOURCE);
     EXPECT_EQ(load_outcome(path, LOAD_WAY::SCANNER_FIRST), general);
@@ -73,7 +73,7 @@ class HostileFile : public testing::Test {
     return db;
   }
 
-  const KPT_XML_READER m_reader;  // spares every load the start of the parser
+  const KPT_XML_READER m_reader;  // so that the parser starts only once
   FOLDER m_folder;
   KPT_KEYPOINTS_MANAGER* const m_manager = KPT_KEYPOINTS_MANAGER::get_instance();
 };
@@ -137,7 +137,7 @@ TEST_F(HostileFile, ThatNestsDeep) {
   expect_loaded(database_of(repeated(100000, "<a>") + "x" + repeated(100000, "</a>")));
 }
 
-// At every place where the loader goes down.
+// At every position where the loader goes down one level.
 TEST_F(HostileFile, ThatNestsDeepInsideANameAndATable) {
   const std::string down = repeated(100000, "<value index='0'>");
   const std::string up = "1" + repeated(100000, "</value>");
@@ -201,8 +201,8 @@ TEST_F(HostileFile, WhoseNumbersOverflow) {
       "<value index='65535'>1</value></transformed></state></state_table></transformation></transformations_set>"));
 }
 
-// Every row of a table is looked through for its values: the cost is that of
-// the rows, not of their square.
+// The values of every row are looked up: the time is that of the rows, not of
+// their square.
 TEST_F(HostileFile, OfATableOfManyRows) {
   std::string rows;
   for (int k = 0; k < 65535; ++k) {
@@ -222,7 +222,7 @@ unsigned long live_bytes() {
   return bytes;
 }
 
-// Its rows cost nothing but those that are set.
+// Only the rows that are set take memory.
 TEST_F(HostileFile, ThatSetsTheLastBitsOfTheLargestTable) {
   const unsigned long before = live_bytes();
   const KPT_KEYPOINTS_DB* const db = expect_loaded(
@@ -234,8 +234,8 @@ TEST_F(HostileFile, ThatSetsTheLastBitsOfTheLargestTable) {
   EXPECT_LE(live_bytes(), before + 100000UL);
 }
 
-// The bits of the declared table are the most that it may cost: a copy while
-// loading would show.
+// The bits of the declared table are the most memory that it may take; a copy
+// during the load would show.
 TEST_F(HostileFile, ThatDeclaresTheLargestTable) {
   const KPT_KEYPOINTS_DB* const db = expect_loaded(
       "<kpt_db name='hostile'><transformations_set><transformation><state_table num_states='65535' "

@@ -1,5 +1,5 @@
-// What loading makes of each deviation. Every file is small and well-formed;
-// most differ in one place from a file that the library would write.
+// What a load does with each deviation. Every file is small and well-formed; most
+// differ in one position from a file of the library.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
@@ -56,7 +56,7 @@ TEST(Load, ReadsASideOfAnyOtherTypeAsTheTransformedOne) {
 
 TEST(Load, AppendsAFurtherPieceOfASide) { EXPECT_THAT(maps_of("side_in_two_pieces.xml"), ElementsAre("a~|~b -> x~")); }
 
-// With both a block instance, with neither a signal, with one of them nothing.
+// With both it is a block instance, with neither a signal, with only one of them nothing.
 TEST(Load, SkipsAKeypointThatHasEntityOrRegisterTypeAlone) {
   const HOST_LINES lines;
   EXPECT_THAT(reference_registers_of("halves_of_block_instances.xml"),
@@ -87,7 +87,7 @@ TEST(Load, ReadsAnIdBeyondAnIntAsTheNearestOne) {
   EXPECT_THAT(maps_of("overflowing_ids.xml"), ElementsAre("most least twelve~ -> "));
 }
 
-// Refused as well: the sets stand behind the transformations.
+// The load fails as well, because the sets come after the transformations.
 TEST(Load, GivesNullKeypointsToTransformationsThatPrecedeTheSets) {
   const LOADED loaded = load_data("transformations_first.xml");
   EXPECT_FALSE(loaded.result);
@@ -116,9 +116,9 @@ TEST(Load, AddsEveryFurtherSetOfASide) {
   EXPECT_THAT(reference_registers_of("two_reference_sets.xml"), ElementsAre("1:a", "2:b"));
 }
 
-// The flag that the transformations lower is the one that the root's children
-// are read by. A flag of their own would read what follows, and accept files
-// that flows rely on seeing refused.
+// The transformations clear the flag by which the children of the root are read.
+// With a flag of their own, the load would read what follows, and accept files
+// that flows expect to be refused.
 TEST(Load, FailsWhenSomethingFollowsTheTransformations) {
   const LOADED loaded = load_data("child_behind_transformations.xml");
   EXPECT_FALSE(loaded.result);
@@ -198,7 +198,7 @@ TEST(Load, PassesOverCommentsTextsAndInstructions) {
   EXPECT_THAT(maps(*loaded.db), ElementsAre("a~ -> x~"));
 }
 
-// Every kind of child node is known by its name, also where an element was meant.
+// A child node of any kind counts by its name, also where an element was meant.
 TEST(Load, TakesAnInstructionForTheChildOfItsName) {
   EXPECT_THAT(reference_registers_of("instruction_named_entity.xml"), ElementsAre("1:q/u1/dff"));
 }
@@ -208,18 +208,18 @@ TEST(Load, KeepsTheLaterOfTwoRegistersOfOneName) {
   EXPECT_THAT(maps_of("same_name_twice.xml"), ElementsAre("null a~ -> "));
 }
 
-// The entity is no part of the key.
+// The key does not contain the entity.
 TEST(Load, ReplacesAnInstanceByALaterOneOfAnotherEntity) {
   EXPECT_THAT(reference_registers_of("same_instance_twice.xml"), ElementsAre("2:a/u2/dff"));
 }
 
-// Whichever stands first in the file.
+// Whichever comes first in the file.
 TEST(Load, TakesAnIdOfBothKindsForTheBlockInstance) {
   EXPECT_THAT(maps_of("same_id_of_both_kinds.xml"), ElementsAre("a~ -> "));
 }
 
-// To the highest signal id, not past it: the first register after a load
-// repeats that id. One past it would renumber what flows have on record.
+// To the highest signal id, not past it, so the first register after a load
+// repeats that id. One past it would change ids that flows have recorded.
 TEST(Load, RaisesTheCountersToTheHighestSignalId) {
   const COUNTERS counters(0, 0);
   const LOADED loaded = load_data("signal_ids_1_to_5.xml");
@@ -260,7 +260,7 @@ TEST(Load, TakesTheFirstOfTwoGroupsOfAKind) {
 
 TEST(Load, TakesSidesAndTableInAnyOrder) { EXPECT_THAT(maps_of("table_first.xml"), ElementsAre("a~ -> x~ [1/0]")); }
 
-// Blanks lead, 16 bits count, and only 1 is true; text further down is text.
+// Leading blanks, 16 bits, and only 1 is true; text at any depth is text.
 TEST(Load, ReadsAValueAsTrueWhenItsNumberIs1) {
   EXPECT_THAT(maps_of("table_values.xml"), ElementsAre("a~ -> x~ [/110000111]"));
 }
@@ -313,7 +313,7 @@ TEST(Load, FindsValuesAtAnyDepthAndTellsOfASideWithoutAny) {
 
 TEST(Load, TakesTheFirstOfTwoTables) { EXPECT_THAT(maps_of("two_tables.xml"), ElementsAre("a~ -> x~ [1/0]")); }
 
-// A type makes a side of whatever carries it. Its states have no groups.
+// Every element with a type is a side. The states of this side have no groups.
 TEST(Load, ReadsATableWithATypeAlsoAsASide) {
   EXPECT_THAT(maps_of("table_with_a_type.xml"), ElementsAre("a~|~ -> x~ [1/1]"));
 }

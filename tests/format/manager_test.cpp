@@ -1,4 +1,4 @@
-// Files through the manager: which database they become.
+// Files through the manager: the databases that they become.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt.h"
@@ -13,7 +13,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The manager, which it leaves as empty as it found it.
+// The manager, which every test leaves empty.
 class ManagedFile : public testing::Test {
  protected:
   void TearDown() override {
@@ -73,7 +73,7 @@ TEST_F(ManagedFile, CanBeLoadedAgainOnceItsDatabaseIsGone) {
 }
 
 TEST_F(ManagedFile, CanBeLoadedOnceTheDatabaseOfItsNameWasDeletedThroughItsHandle) {
-  allow_live_blocks();  // the dead entry stays until the process ends
+  allow_live_blocks();  // the empty entry stays until the process ends
   ASSERT_TRUE(m_manager->create_keypoints_db("empty")->delete_keypoints_db());
   EXPECT_NE(m_manager->load_db(data_file("empty.xml")), nullptr);
 }

@@ -100,7 +100,7 @@ std::string MUTANTS::word() { return std::string(WORDS[below(std::size(WORDS))])
 
 std::string MUTANTS::number() { return std::string(NUMBERS[below(std::size(NUMBERS))]); }
 
-// Where one of the marks stands, from anywhere on; the end when none does.
+// The position of one of the marks, searched from a random position on; the end when there is none.
 std::size_t MUTANTS::place(const std::string& text, char mark) {
   const std::size_t found = text.empty() ? std::string::npos : text.find(mark, below(text.size()));
   return std::min(found, text.size());
@@ -164,7 +164,7 @@ void MUTANTS::replace_number(std::string& text) {
   text.replace(begin, end, number());
 }
 
-// One more, one less, or single quotes.
+// One attribute more, one less, or one in single quotes.
 void MUTANTS::change_attribute(std::string& text) {
   const std::size_t equals = place(text, '=');
   if (equals == text.size()) {
@@ -189,7 +189,7 @@ void MUTANTS::change_attribute(std::string& text) {
   }
 }
 
-// From one tag to another, copied or moved to a third.
+// The text between two tags, copied or moved to a third tag.
 void MUTANTS::move_element(std::string& text) {
   const std::size_t begin = place(text, '<');
   const std::size_t end = begin == text.size() ? begin : std::min(text.find('<', begin + 1 + below(80)), text.size());

@@ -1,4 +1,4 @@
-// Files that are nearly database files.
+// Files that are almost database files.
 //
 // Ownership: owns its random numbers.
 #ifndef TESTS_FORMAT_MUTANTS_H

@@ -1,5 +1,5 @@
-// Which files the scanner reads by itself, and which it leaves to the general
-// source. What becomes of either, the tests of the sources compare.
+// Which files the scanner reads itself, and which it leaves to the general
+// source. The tests of the sources compare the results.
 #include <gmock/gmock.h>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
@@ -29,7 +29,7 @@ std::string file_with_name(const std::string& name) {
          "</name></key_point></key_points_set></kpt_db>";
 }
 
-// What becomes of a name by the scanner.
+// The name as the scanner reads it.
 std::string name_read(const std::string& name) {
   const FOLDER folder;
   const HOST_LINES lines;
@@ -111,7 +111,7 @@ TEST(PlainFile, HasItsEndsOfLineReadAsOneCharacter) { EXPECT_EQ(name_read("a\r\n
 
 TEST(PlainFile, KeepsBlanksThatAreReferences) { EXPECT_EQ(name_read("&#13;&#10;&#9;"), "\r\n\t"); }
 
-// In values blanks are spaces.
+// A blank in a value is a space.
 TEST(PlainFile, HasTheBlanksOfItsNameReadAsSpaces) {
   const FOLDER folder;
   KPT_FILE_LOADER loader(folder.file_of("<a name=\"a\tb\r\nc\nd&#9;e\"/>"));
@@ -124,7 +124,7 @@ TEST(PlainFile, HasTheBlanksOfItsNameReadAsSpaces) {
   EXPECT_EQ(name, "a b c d\te");
 }
 
-// Blocks end anywhere: in a tag, a reference, a character, the end of a line.
+// A block may end anywhere: in a tag, a reference, a character, or a line end.
 TEST(PlainFile, IsReadAlikeWhereverItsBlocksEnd) {
   constexpr int BLOCK = 262144;
   for (int place = BLOCK - 90; place < BLOCK + 4; ++place) {

@@ -1,4 +1,4 @@
-// A file that the library wrote comes back from a load and a save as it was.
+// A file of the library is the same after a load and a save.
 #include <gmock/gmock.h>
 
 #include <random>
@@ -13,8 +13,8 @@ namespace {
 
 using namespace kpt_test;
 
-// A database as no flow would make it: any keypoint in any group, any status,
-// tables of any size beside sides of any other.
+// A database that no flow would make: any keypoint in any group, any status, and
+// tables whose size need not fit their sides.
 class RANDOM_DATABASE {
  public:
   explicit RANDOM_DATABASE(unsigned seed) : m_random(seed) {}
@@ -52,7 +52,7 @@ class RANDOM_DATABASE {
     }
     return text.find("]]>") == std::string::npos ? text : "plain";
   }
-  // No two registers of a set are of one name.
+  // All registers of a set have different names.
   std::string name(int k) { return text() + "#" + std::to_string(k); }
 
   KPT_KEYPOINT_LIST group(KPT_SET_ENUM set) {

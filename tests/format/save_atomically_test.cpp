@@ -1,4 +1,4 @@
-// Saving whole or not at all.
+// Saving completely or not at all.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -30,7 +30,7 @@ DATABASE small_database() {
   return db;
 }
 
-// Enough for several writes.
+// Large enough for several writes.
 DATABASE large_database() {
   DATABASE db = new_database("d");
   for (long id = 0; id < 40; ++id) {
@@ -105,7 +105,7 @@ TEST_F(SaveAtomically, ReplacesTheFileBehindALinkAndKeepsTheLink) {
   EXPECT_TRUE(S_ISLNK(state.st_mode));
 }
 
-// A target for which nothing may happen.
+// A target that must not be changed.
 void expect_refused(const std::string& path) {
   const HOST_LINES lines;
   EXPECT_FALSE(small_database()->save_atomically(path));
@@ -172,7 +172,7 @@ TEST_F(SaveAtomically, KeepsTheEarlierFileInAFolderThatMayNotBeWritten) {
 
 class SaveAtomicallyBroken : public SaveAtomically, public testing::WithParamInterface<bool> {
  protected:
-  // The calls of a save that goes well.
+  // The calls of a save that succeeds.
   std::vector<std::string> calls() const {
     const std::string other = m_folder.file_of(EARLIER, "other.xml");
     const DATABASE db = large_database();
@@ -224,8 +224,8 @@ TEST_P(SaveAtomicallyBroken, KeepsTheEarlierFileWhicheverStepFails) {
   }
 }
 
-// The new file is whole and in place, and the earlier one is gone: false would
-// be no use any more.
+// The new file is complete and in place, and the earlier one is gone, so false
+// would not help.
 TEST_P(SaveAtomicallyBroken, SucceedsWhenTheFolderCannotBeSynced) {
   const DATABASE db = large_database();
   const unsigned last = static_cast<unsigned>(calls().size()) - 1;
@@ -240,7 +240,7 @@ TEST_P(SaveAtomicallyBroken, SucceedsWhenTheFolderCannotBeSynced) {
 
 TEST_P(SaveAtomicallyBroken, LeavesNothingWhereNothingWasWhicheverStepFails) {
   const DATABASE db = large_database();
-  for (unsigned at = 0; at < 5; ++at) {  // up to the file's own sync
+  for (unsigned at = 0; at < 5; ++at) {  // up to the sync of the file itself
     SYSTEM_CALLS watched(SYSTEM_CALLS::FAILURE, at);
     break_in(watched);
     EXPECT_FALSE(db->save_atomically(m_folder.file("new.xml"))) << at;
@@ -252,7 +252,7 @@ TEST_P(SaveAtomicallyBroken, LeavesOneFileOrTheOtherWheneverItIsKilled) {
   const std::string after = saved(*large_database());
   const unsigned steps = static_cast<unsigned>(calls().size());
   for (unsigned at = 0; at <= steps; ++at) {
-    EXPECT_TRUE(small_database()->save_atomically(m_path));  // which removes what the last one left
+    EXPECT_TRUE(small_database()->save_atomically(m_path));  // this removes what the last save left
     write_file(m_path, EARLIER);
     EXPECT_EQ(save_killed_at(at), at < steps ? -SIGKILL : 0);
     EXPECT_TRUE(read_file(m_path) == (at + 1 < steps ? EARLIER : after)) << at;
@@ -271,7 +271,7 @@ TEST_P(SaveAtomicallyBroken, RemovesWhatAnEarlierOneLeftThatWasKilled) {
   }
 }
 
-// The step before the rename, at which the new file has a temporary name.
+// The step before the rename, when the new file has a temporary name.
 TEST_P(SaveAtomicallyBroken, LeavesAloneWhatAnotherProcessHasUnderWay) {
   save_killed_at(static_cast<unsigned>(calls().size()) - 2);
   const std::vector<std::string> both = m_folder.names();
@@ -290,7 +290,7 @@ TEST_P(SaveAtomicallyBroken, LeavesAloneWhatAnotherProcessHasUnderWay) {
 
 INSTANTIATE_TEST_SUITE_P(WhereEveryFileHasAName, SaveAtomicallyBroken, testing::Bool());
 
-// A text that no file can hold, why, and how a message shows it.
+// A text that no file can hold, the reason, and how a message shows it.
 struct NAMES {
   const char* why;
   std::string text;
@@ -428,7 +428,7 @@ TEST_F(SaveAtomically, GivesEveryCharacterOfAnAttributeBack) {
   EXPECT_EQ(std::string_view((*loaded->get_reference_set().begin()).get_attribute(all)), all);
 }
 
-// Only what XML needs: flows compare files.
+// Escapes only what XML needs escaped, because flows compare files.
 TEST_F(SaveAtomically, WritesReferencesForWhatWouldNotComeBackAlone) {
   const DATABASE db = new_database("a\"b");
   db->add_to_register_set(KPT_REFERENCE_SET, 1, "c<3> & ]]> ]> > ' \xC3\xA9\t\n\r");

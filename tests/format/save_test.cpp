@@ -32,7 +32,7 @@ TEST(Save, TakesThePlaceOfAnEarlierFile) {
   EXPECT_EQ(read_file(path), read_file(data_file("empty.xml")));
 }
 
-// Nothing is escaped: the pair is save_atomically, which does.
+// Nothing is escaped. The opposite is save_atomically, which escapes.
 TEST(Save, WritesNamesThatCannotBeReadBack) {
   const FOLDER folder;
   const DATABASE db = new_database("d");
@@ -85,8 +85,8 @@ TEST(Save, LeavesNullKeypointsOutAndAGroupOfNothingElseWithThem) {
   EXPECT_THAT(file, Not(HasSubstr("<inverts>")));
 }
 
-// A keypoint that is no register: written by a walk over base keypoints, and
-// passed over when the file is read.
+// A keypoint that is not a register: a walk over base keypoints writes it, and a
+// reader skips it.
 TEST(Save, WritesAKeypointThatIsNoRegisterUnderItsOwnType) {
   const FOLDER folder;
   {

@@ -1,5 +1,5 @@
-// Every way to load a file comes to the same: the scanner of plain files, the
-// general source, and the document, which decides what the same is.
+// Every way to load a file gives the same result: the scanner of plain files, the
+// general source, and the document tree, with which the others are compared.
 #include <gmock/gmock.h>
 
 #include <filesystem>

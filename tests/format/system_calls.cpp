@@ -50,8 +50,8 @@ int in_child(int (*body)(const std::string& argument), const std::string& argume
 
 #define KPT_BEFORE_THE_C_LIBRARY __attribute__((visibility("default")))
 
-// These stand before the C library's in the program, for the library under
-// test as well.
+// These functions precede those of the C library in the program, also for the
+// library under test.
 extern "C" {
 
 KPT_BEFORE_THE_C_LIBRARY ssize_t write(int descriptor, const void* from, size_t size) {

@@ -1,6 +1,6 @@
-// The system calls by which the library writes a file, counted and broken.
+// Counts the system calls with which the library writes a file, and lets them fail.
 //
-// Ownership: one object at a time watches the process.
+// Ownership: only one object at a time watches the process.
 #ifndef TESTS_FORMAT_SYSTEM_CALLS_H
 #define TESTS_FORMAT_SYSTEM_CALLS_H
 
@@ -9,8 +9,8 @@
 
 namespace kpt_test {
 
-/// While it lives, write, fsync, fchmod, linkat and renameat are noted in
-/// order, and the k-th of them (from 0) goes wrong as asked.
+/// While it exists, it notes the calls of write, fsync, fchmod, linkat and
+/// renameat in order, and the k-th of them (from 0) fails as requested.
 class SYSTEM_CALLS {
  public:
   enum TROUBLE { NONE, FAILURE, KILL };
@@ -22,10 +22,10 @@ class SYSTEM_CALLS {
 
   const std::vector<std::string>& names() const { return m_names; }
 
-  /// Whether this call is to fail. For the calls themselves.
+  /// Whether this call has to fail. For the calls themselves.
   bool breaks(const char* name);
 
-  /// From now on file systems have no files without a name.
+  /// From now on, file systems have no files without a name.
   void refuse_nameless_files() { m_refuses_nameless = true; }
   bool refuses_nameless_files() const { return m_refuses_nameless; }
 
@@ -36,7 +36,7 @@ class SYSTEM_CALLS {
   std::vector<std::string> m_names;
 };
 
-/// Runs `body` in a process of its own. What it returned, or minus the signal that ended it.
+/// Runs `body` in a process of its own. Returns its result, or minus the signal that ended it.
 int in_child(int (*body)(const std::string& argument), const std::string& argument);
 
 }  // namespace kpt_test

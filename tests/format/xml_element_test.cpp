@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 class XmlElement : public testing::Test {
  protected:
-  // The root of this document, which lives as long as the test.
+  // The root of this document, which exists as long as the test.
   KPT_XML_ELEMENT parse(std::string_view document) {
     m_parser.emplace(m_folder.file_of(document));
     EXPECT_TRUE(m_parser->ok());
@@ -42,7 +42,7 @@ TEST_F(XmlElement, WalksTheChildElementsAlone) {
               ElementsAre("a", "b", "c"));
 }
 
-// An entity's elements are not children of the element that refers to it.
+// The elements of an entity are not children of the element that refers to it.
 TEST_F(XmlElement, PassesOverWhatAnEntityStandsFor) {
   EXPECT_THAT(child_names(parse("<!DOCTYPE r [<!ENTITY e '<b/>'>]><r><a/>&e;<c/></r>")), ElementsAre("a", "c"));
 }
@@ -303,7 +303,7 @@ TEST_F(XmlElement, TellsANameWithoutAStringOfItsOwn) {
   EXPECT_FALSE(KPT_XML_ELEMENT().has_name(""));
 }
 
-// In every locale: a test has the one named "C".
+// In every locale; the tests run in the locale "C".
 TEST_F(XmlElement, GivesNamesAndTextsBeyondAsciiInUtf8) {
   const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='\xE2\x82\xAC'><\xC3\xA4/>\xF0\x9F\x98\x80<a>b</a></r>");
   bool ok = true;

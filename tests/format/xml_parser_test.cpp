@@ -1,4 +1,4 @@
-// Parsing one file: what is told of errors, and what is an error.
+// Parses one file: the messages for errors, and what counts as an error.
 #include "db/kpt/kpt_xml_parser.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +17,7 @@ using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-// While it lives, parsers can be made.
+// Parsers can be made while it exists.
 class XmlParser : public testing::Test {
  protected:
   FOLDER m_folder;
@@ -124,8 +124,8 @@ TEST_F(XmlParser, DoesNotReadTheFileBeforeANulOfItsName) {
   EXPECT_FALSE(KPT_XML_PARSER(m_folder.file_of("<kpt_db/>") + std::string("\0.bak", 5)).ok());
 }
 
-// The reference host opens the path of a share as a local one, whichever way
-// its separators lean; without it the second of these names would open nothing.
+// The reference host opens the path of a share as a local path, with either
+// separator. Without the host, the second of these names would open nothing.
 TEST_F(XmlParser, AsksTheHostForTheFullPathOfAShare) {
   std::string share = "/" + m_folder.file_of("<kpt_db/>");
   EXPECT_TRUE(KPT_XML_PARSER(share).ok());
@@ -149,7 +149,7 @@ TEST_F(XmlParser, LeavesAnotherParserAlone) {
   EXPECT_STREQ(outer.root_element("", &ok).get_node_name(), "outer");
 }
 
-// A document that must be refused, and the words of the refusal.
+// A document that must be refused, and the text of the refusal.
 struct REFUSED {
   const char* name;
   std::string document;
@@ -231,7 +231,7 @@ INSTANTIATE_TEST_SUITE_P(
         REFUSED{"undeclared_entity", "<a>&e;</a>", ""}),
     [](const testing::TestParamInfo<REFUSED>& p) { return p.param.name; });
 
-// The pairs of the refusals: what stays allowed beside each.
+// The counterparts of the refusals: similar documents that are accepted.
 class XmlParserAccepts : public XmlParser, public testing::WithParamInterface<REFUSED> {};
 
 TEST_P(XmlParserAccepts, WithoutAMessage) {

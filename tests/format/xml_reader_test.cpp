@@ -1,4 +1,4 @@
-// The reader: the name in a file, and the way from a file to a database.
+// The reader: the name in a file, and the load of a file into a database.
 #include "db/kpt/kpt_xml_reader.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
-// The writer, one operation at a time; every expected text is worked out by
-// hand from the operation's steps.
+// The writer, one operation at a time. Every expected text was derived by hand
+// from the steps of the operation.
 #include "db/kpt/kpt_xml_writer.h"
 
 #include <fcntl.h>
@@ -14,7 +14,7 @@ namespace {
 
 using namespace kpt_test;
 
-// What a writer puts into its file.
+// The text that a writer puts into its file.
 std::string written(const std::function<void(KPT_XML_WRITER&)>& steps) {
   const FOLDER folder;
   {
@@ -186,8 +186,8 @@ TEST(XmlWriter, EndsATagOneLevelDownAndComesBackUp) {
             "  </a>\n    ");
 }
 
-// The pair: a level that came back to 0 would move every line below the first
-// set of a file.
+// The counterpart: a level that came back to 0 would move every line after the
+// first set of a file.
 TEST(XmlWriter, GoesUpToLevel2ByAnEndTagAtLevel0) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               w.end_tag("a");
@@ -252,7 +252,7 @@ TEST(XmlWriter, WritesASignalTwoLevelsUp) {
             "  ");
 }
 
-// The pair of the signal: the same start tag, but indented behind it.
+// The counterpart of the signal: the same start tag, but indented after it.
 TEST(XmlWriter, WritesABlockInstanceWithItsStartTagAtTheLevelBefore) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) {
               EXPECT_TRUE(w.write_keypoint_xml("1", "register", "q", "u1", "dff"));
@@ -349,7 +349,7 @@ TEST(XmlWriter, WritesAGroupInStepsAsItDoesAtOnce) {
             }));
 }
 
-// Ids go through the host's ints: the pair of an id that survives.
+// Ids pass through the host's ints. The counterpart is an id that survives.
 TEST(XmlWriter, WritesAnIdBeyondAnIntAsAnotherNumber) {
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_kp_xml(2147483647L); }), "<kp id=\"2147483647\"> </kp>\n");
   EXPECT_EQ(written([](KPT_XML_WRITER& w) { w.write_kp_xml(2147483648L); }), "<kp id=\"-2147483648\"> </kp>\n");

@@ -1,5 +1,5 @@
-// Hands one debug line to the reference host, and succeeds if the host's answer is the expected
-// one: "shown" or "silent".
+// Gives one debug line to the reference host, and succeeds if the host's answer
+// is the expected one: "shown" or "silent".
 #include <array>
 #include <cstdarg>
 #include <string_view>

@@ -1,5 +1,5 @@
-// A library on the reference host, built twice under two names: it allocates a type of its own and
-// one that both share.
+// A library on the reference host, which is built twice under two names. It
+// allocates a type of its own and a type that both share.
 #include <vector>
 
 #include "h/mem_alloc_sys.h"
@@ -20,7 +20,7 @@ using OWN_VECTOR = std::vector<GUEST::OWN, MEM_STL_ALLOCATOR<GUEST::OWN>>;
 
 }  // namespace
 
-// Takes and gives back blocks of both types.
+// Allocates and frees blocks of both types.
 extern "C" __attribute__((visibility("default"))) unsigned long guest_allocates() {
   const OWN_VECTOR own(5);
   const MEM_STRING shared(100, 'x');

@@ -1,5 +1,5 @@
-// Every public operation with memory that ends at its n-th allocation, for every
-// n: once for that allocation alone, and once for all from there on.
+// Every public operation when its n-th allocation fails, for every n: once when
+// only that allocation fails, and once when all later ones fail as well.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -53,9 +53,9 @@ void fill(DB& db) {
   db.associate_registers_fsm_signals({"s[0]", "s[1]"}, {"h[0]", "h[1]"}, two_states());
 }
 
-std::unique_ptr<DB> s_second;  // of a union
+std::unique_ptr<DB> s_second;  // the second stage of a union
 
-// Registers that lead to a map that does not list them.
+// Registers whose entry leads to a map that does not list them.
 std::string faults_of(const KPT_TRANSFORMATION_SET_IMPL& maps, const KPT_KEYPOINT_SET_IMPL& registers,
                       KPT_SET_ENUM side) {
   std::string faults;
@@ -80,7 +80,7 @@ std::string faults_of(DB& db) {
          faults_of(*db.get_transformation_set(), *db.get_transformed_set(), KPT_TRANSFORMED_SET);
 }
 
-// All that can be seen of a database: its file, where its registers lead, and the ids to come.
+// Everything that can be seen of a database: its file, the entries of its registers, and the next ids.
 std::string state_of(DB& db) {
   const std::string path = temporary("state");
   db.save(path);
@@ -115,7 +115,7 @@ std::unique_ptr<DB> prepared(const OPERATION& operation) {
   return db;
 }
 
-// Whether the operation came to its end. Only std::bad_alloc leaves it.
+// Whether the operation succeeded. It must throw only std::bad_alloc.
 bool act_with(const OPERATION& operation, DB& db, long allocations) {
   s_has_failed = false;
   s_allocations_left = allocations;
@@ -260,7 +260,7 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
     std::remove(m_path.c_str());
   }
 
-  // Null, or the database; nothing is thrown, nothing stays, and the next load succeeds.
+  // Null, or the database; nothing is thrown, no memory is left, and the next load succeeds.
   void load_all(const char* what) {
     for (long n = 0;; n += step_behind(n)) {
       const long blocks = record().live_blocks;
@@ -285,8 +285,8 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
     }
   }
 
-  // The parser allocates thousands of times: every one is tried when the
-  // environment says KPT_EVERY_ALLOCATION.
+  // The parser makes thousands of allocations. All of them are tried only when
+  // the environment variable KPT_EVERY_ALLOCATION is set.
   static long step_behind(long n) { return n < 100 || std::getenv("KPT_EVERY_ALLOCATION") != nullptr ? 1 : 41; }
 
   std::string m_path = temporary("file");

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* HERE = "tests/host";
 
-// Each test has its own type, so that their accounts do not mix.
+// Each test has its own type, so that each has its own account.
 template <int N>
 struct ACCOUNT {};
 

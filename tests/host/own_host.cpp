@@ -1,4 +1,4 @@
-// Every service of h/, in the shortest form that fulfils it.
+// Every service of h/, in its shortest form.
 #include "tests/host/own_host.h"
 
 #include <malloc.h>
@@ -24,8 +24,8 @@ __attribute__((format(printf, 1, 0))) MEM_STRING printed(const char* format, va_
   return text;
 }
 
-// The texts that the library posts name each argument once, in order, so arguments are read as
-// their placeholders, "%1!s!" or "%2!d!", are met.
+// The library's own texts name each argument once and in order, so an argument is
+// read when its placeholder, "%1!s!" or "%2!d!", is met.
 MEM_STRING filled(const MEM_STRING& text, va_list args) {
   constexpr std::size_t LENGTH = 5;
   MEM_STRING result;
@@ -42,8 +42,8 @@ MEM_STRING filled(const MEM_STRING& text, va_list args) {
 
 std::string line(const char* tag, const MEM_STRING& text) { return std::string(tag) + ": " + text.c_str(); }
 
-// Prints the text of a block that begins with the word, which is how a test
-// knows the blocks of its own long names.
+// Prints the text of a block that begins with the word, by which a test finds the
+// blocks of its own long names.
 void tell_of_named_block(const void* p) {
   constexpr std::string_view WORD = "telling ";
   const auto* const text = static_cast<const char*>(p);
@@ -53,8 +53,8 @@ void tell_of_named_block(const void* p) {
   }
 }
 
-// A debug message that hears what it is filed under. A host's own classes may
-// override whatever is virtual.
+// A debug message that notes its tag. A host's own classes may override every
+// virtual function.
 class HEARING_MSG_D : public MSG_D {
  public:
   HEARING_MSG_D() : MSG_D(nullptr) {}
@@ -104,7 +104,7 @@ MSG_BASE::MSG_BASE(MSG_REPORT* report) : m_report(report) { record().reports.ins
 MSG_BASE::~MSG_BASE() = default;
 MSG_E::MSG_E(MSG_REPORT* report) : MSG_BASE(report) {}
 
-// Every debug message becomes a hearing one.
+// Makes every debug message one that notes its tag.
 MSG_D::MSG_D(MSG_REPORT* report) : MSG_BASE(report) {
   if (s_hearing != nullptr) {
     std::memcpy(static_cast<void*>(this), static_cast<const void*>(s_hearing), sizeof(void*));

@@ -1,6 +1,6 @@
 // A process that leaves two databases to the manager and ends. Its host prints
-// what it is told meanwhile: the databases go in order of creation, and then the
-// library withdraws.
+// the calls that it gets: the databases are destroyed in order of creation, and
+// then the library is unloaded.
 #include "db/kpt/kpt.h"
 #include "tests/host/own_host.h"
 

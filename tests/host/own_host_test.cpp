@@ -41,7 +41,7 @@ KPT_KEYPOINTS_DB& new_db(const char* name) {
   return db;
 }
 
-// The lines of times so far, without what all of them begin with.
+// The timing lines so far, without the text with which all of them begin.
 std::vector<std::string> times_told() {
   std::vector<std::string> told;
   for (const std::string& line : record().debug_lines) {
@@ -140,7 +140,7 @@ TEST_F(OwnHost, ChangesTheSeparatorsOfASharesPathBeforeItMakesThePathFull) {
   std::remove(file.c_str());
 }
 
-// Every look at the clock moves it on by one.
+// Every reading of the clock adds one tick.
 TEST_F(OwnHost, TimesTheLoopsOfAUnionFromTheirStartAndTheUnionAsAWhole) {
   KPT_KEYPOINTS_DB& first = new_db("first");
   KPT_KEYPOINTS_DB& second = new_db("second");

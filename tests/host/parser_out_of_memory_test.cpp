@@ -1,4 +1,4 @@
-// What the library says when memory ends inside the XML parser.
+// What the library does when memory runs out inside the XML parser.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using kpt_test::s_allocations_left;
 using own_host::record;
 using testing::ElementsAre;
 
-// A database that only the XML parser reads, since it has a document type.
+// A database that only the XML parser reads, because it has a document type.
 class ParserOutOfMemory : public testing::Test {
  protected:
   ParserOutOfMemory() {
@@ -47,7 +47,7 @@ class ParserOutOfMemory : public testing::Test {
   std::string m_caught = "KPT: Caught Unknown XML exception while parsing file " + m_path;
 };
 
-// The first load of the process starts the parser, which takes memory of its own before it begins.
+// The first load of a process starts the parser, which first allocates memory of its own.
 TEST_F(ParserOutOfMemory, BeforeItsFirstStartRefusesTheLoadAlone) {
   const long blocks = record().live_blocks;
   for (long n = 0; n < 50; ++n) {

@@ -1,8 +1,8 @@
-// Random events on whole databases with few names, so that they collide all
-// the time. After every step the database is compared with a plain one of
-// standard containers, written from what each event is to do: the result, the
-// debug lines, the registers, the maps, what every register leads to, and what
-// a client is told of a map. The index checker looks on.
+// Random events on whole databases with few names, so that names collide often.
+// After every step the database is compared with a plain model over standard
+// containers, which was written from the descriptions of the events: the result,
+// the debug lines, the registers, the maps, the entry of every register, and what
+// a client learns of a map. The index checker runs as well.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -158,7 +158,7 @@ struct REGISTER {
   KEY key;
   long id;
   bool in_set = true;
-  KPT_KEYPOINT* keypoint = nullptr;  // the real one
+  KPT_KEYPOINT* keypoint = nullptr;  // the keypoint of the library
 };
 
 struct PLACE {
@@ -179,7 +179,7 @@ bool erase_first(GROUP& group, std::size_t k) {
 
 class MODEL {
  public:
-  // Only the first index of a side is ever searched.
+  // Only the first index of a side is searched.
   static PLACE place(const MAP& map, SIDE side, std::size_t k) {
     PLACE place;
     if (!map.pairs[side].empty()) {
@@ -500,7 +500,7 @@ class MODEL {
   std::map<std::size_t, std::size_t> index[2];
   std::size_t next_map = 0;
   long next_id[2] = {0, 0};
-  // What the steps came by, in words.
+  // What the steps met, in words.
   std::map<std::string, int> seen;
   // For the index checker.
   GROUP erased[2];
@@ -534,7 +534,7 @@ class DatabaseModel : public testing::Test {
     return is_signal ? KEY{true, name, "", ""} : KEY{false, name, any(TEXTS), any(TEXTS)};
   }
 
-  // Mostly names that are in use, so that more is accepted than refused.
+  // Mostly names that are in use, so that more events are accepted than refused.
   std::string known_t_name() {
     std::string name = any(T_NAMES);
     for (int n = 0; n < 4 && m_model.signal(T, name) == NONE && below(20) != 0; ++n) {
@@ -649,7 +649,7 @@ class DatabaseModel : public testing::Test {
            m_model.fsm(names[R], names[T], table));
   }
 
-  // Tables multiply; those that grow too large to compare are left alone.
+  // Tables multiply. Those that are too large to compare are not merged.
   bool too_large(const std::string& kept, const std::string& merged) {
     const std::size_t k = m_model.signal(T, kept);
     const std::size_t m = m_model.signal(T, merged);
@@ -694,8 +694,8 @@ class DatabaseModel : public testing::Test {
     }
   }
 
-  // As a loaded file or a union may leave it: any registers, in any groups,
-  // also those that other maps list, or that have left their set.
+  // A map as a loaded file or a union may make it: any registers, in any groups,
+  // also registers that other maps list or that have left their set.
   void add_any_map() {
     MAP map;
     NI_PAIR_VECTOR real[2];
@@ -849,8 +849,8 @@ class DatabaseModel : public testing::Test {
     ASSERT_EQ(m_lines.take_debug(), LINES()) << m_what;
   }
 
-  // The keypoint of a new register: as its set knows it, or, where another of
-  // its name was made by the same event, as the newest map lists it.
+  // The keypoint of a new register: the one that its set finds or, when the same
+  // event made another one of its name, the one that the newest map lists.
   void learn_keypoints() {
     const std::vector<KPT_TRANSFORMATION_IMPL*> maps = real_maps();
     for (const SIDE side : {R, T}) {

@@ -1,5 +1,5 @@
-// Random operations on state tables, each step compared with a plain table of
-// Booleans: results, entries and the lines told to the host.
+// Random operations on state tables. Each step is compared with a plain table of
+// Booleans: results, entries and the lines that the host gets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ struct MODEL_SIDE {
   std::vector<bool> bits;
 };
 
-// All positions are formed the slow way and looked at one by one.
+// Computes every position in the slow way and looks at each entry.
 struct MODEL {
   MODEL(unsigned long states, unsigned long r, unsigned long t) : rows(states) {
     sides[0] = {kpt_test::REFUSED_R_WRITE, r, std::vector<bool>(states * r)};
@@ -126,7 +126,7 @@ struct MODEL {
     return result;
   }
 
-  // The bases in use give the digits of the number.
+  // The bases that are used give the digits of the number.
   bool simple(unsigned long states, unsigned long base, LINES& lines) {
     bool result = true;
     for (unsigned long s = 1; s <= states; ++s) {
@@ -220,7 +220,7 @@ class StateTableModel : public testing::Test {
  protected:
   unsigned long below(unsigned long bound) { return m_random() % bound; }
 
-  // Mostly within or just beyond the count, at times anywhere.
+  // Mostly within or just beyond the count, sometimes any number.
   unsigned short near(unsigned long count) { return narrow(below(8) == 0 ? below(65536) : below(count + 3)); }
 
   void check(const KPT_STATE_TABLE_IMPL& table, const MODEL& model, const char* what) {

@@ -1,6 +1,6 @@
-// Random edits, unions, alignments, translations and eliminations of maps,
-// each compared with a plain re-implementation: the same answer, the same
-// debug lines, and the same groups, table and status after every step.
+// Random edits, unions, alignments, translations and eliminations of maps. Each
+// is compared with a plain second implementation: the same answer, the same debug
+// lines, and the same groups, table and status after every step.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -40,7 +40,7 @@ struct NAMES {
   std::string type;
 };
 
-// Few names for many keypoints, so that namesakes meet.
+// Few names for many keypoints, so that there are namesakes.
 class WORLD {
  public:
   WORLD() {
@@ -376,7 +376,7 @@ struct PLAIN_MAP {
     return table.remove_t_column(b);
   }
 
-  // The other map may be this one: it is copied where it is read after a change.
+  // The other map may be this one, so it is copied when it is read after a change.
 
   bool copy(PLAIN_MAP other) {
     for (std::size_t s = 0; s < 2; ++s) {
@@ -438,7 +438,7 @@ struct PLAIN_MAP {
     return true;
   }
 
-  // 0: not found, 1: agreeing, 2: disagreeing.
+  // 0: not found, 1: same polarity, 2: opposite polarity.
   static int polarity(const PLAIN_MAP& earlier, int transformed, const PLAIN_MAP& later, int reference) {
     if (!earlier.found(1, transformed) || !later.found(0, reference)) {
       return 0;
@@ -520,7 +520,7 @@ class TransformationModel : public testing::Test {
 
   int any_keypoint() { return once_in(12) ? NONE : static_cast<int>(below(static_cast<unsigned>(world.count()))); }
 
-  // Mostly one that the side lists at the first index, so that edits take hold.
+  // Mostly a keypoint that the side lists at the first index, so that most edits are accepted.
   int likely_keypoint(const PLAIN_MAP& plain, int side) {
     const GROUP group = plain.pair(side, once_in(8) ? 1 : 0)[below(2)];
     return group.empty() || once_in(8) ? any_keypoint() : group[below(static_cast<unsigned>(group.size()))];
@@ -541,7 +541,7 @@ class TransformationModel : public testing::Test {
     return side;
   }
 
-  // Mostly as wide as the sides, now and then of any size.
+  // Mostly as wide as the sides, sometimes of any size.
   TABLE any_table(const PLAIN_MAP& plain) {
     const bool fits = !once_in(5);
     TABLE table(below(MOST_STATES + 1), fits ? static_cast<unsigned>(plain.sides[0].size()) : below(5),
@@ -639,7 +639,7 @@ class TransformationModel : public testing::Test {
     }
   }
 
-  // Unions let maps grow; one that has outgrown the run is replaced.
+  // Unions make maps grow; a map that is too large is replaced.
   static bool is_too_large(const PLAIN_MAP& plain) {
     std::size_t most = 0;
     for (const SIDE& side : plain.sides) {
@@ -707,7 +707,7 @@ void TransformationModel::edit(SUBJECT& subject) {
       const int replica = any_keypoint();
       if ((keypoint != NONE && world.names(keypoint).kind == NO_REGISTER) ||
           (replica != NONE && world.names(replica).kind == NO_REGISTER)) {
-        break;  // the operation takes registers
+        break;  // the operation accepts only registers
       }
       const bool expected = plain.replicate(keypoint, replica);
       expect(map.add_replicated_register(static_cast<KPT_REGISTER_KEYPOINT_IMPL*>(world.pointer(keypoint)),
@@ -830,7 +830,7 @@ void TransformationModel::combine(SUBJECT& subject, SUBJECT& other) {
   }
 }
 
-// The questions, which change nothing.
+// The queries, which change nothing.
 void TransformationModel::ask(const SUBJECT& subject, const SUBJECT& other) {
   m_operation += ", then asked";
   const MAP& map = *subject.map;
@@ -904,7 +904,7 @@ void TransformationModel::compare(const SUBJECT& subject) {
 
 void TransformationModel::step() {
   SUBJECT& subject = m_subjects[below(SUBJECTS)];
-  SUBJECT& other = m_subjects[below(SUBJECTS)];  // now and then the same one
+  SUBJECT& other = m_subjects[below(SUBJECTS)];  // sometimes the same one
   if (!subject.map || !other.map || is_too_large(subject.plain) || once_in(40)) {
     create(subject);
     m_operation = "create";

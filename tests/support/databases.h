@@ -1,7 +1,7 @@
-// Databases as people write about them: recorded through the handle, read back
-// as texts.
+// Databases in short texts: recorded through the handle and read as
+// text.
 //
-// Ownership: DATABASE owns its database, which no manager knows of.
+// Ownership: a DATABASE owns its database, which is not registered with a manager.
 #ifndef TESTS_SUPPORT_DATABASES_H
 #define TESTS_SUPPORT_DATABASES_H
 
@@ -30,7 +30,7 @@ inline constexpr char EMPTY_T_SIDE[] = "Info: T side of map seems to be empty";
 inline constexpr char NOT_FOUND_TO_RETIME[] = "Error: Could not find retimed_kp in t_vector";
 inline constexpr char NOT_FOUND_TO_ELIMINATE[] = "Error: Couldn't find index in t_vector";
 
-/// Words with blanks between them.
+/// Words separated by blanks.
 inline KPT_STRING_VECTOR names(const std::string& text) {
   KPT_STRING_VECTOR result;
   std::istringstream words(text);

@@ -1,8 +1,8 @@
-// What the host was told while a test ran.
+// The lines that the host gets during a test.
 //
-// Ownership: the object owns copies of every line. One at a time: construction takes over the
-// reference host's sinks and turns debug output on, destruction gives the default sinks back and
-// turns it off.
+// Ownership: the object owns copies of all lines. Only one exists at a time: it
+// sets the reference host's sinks and turns debug output on, and its destructor
+// restores the default sinks and turns the output off.
 #ifndef TESTS_SUPPORT_HOST_LINES_H
 #define TESTS_SUPPORT_HOST_LINES_H
 
@@ -35,10 +35,10 @@ class HOST_LINES {
 
   const std::vector<INTERNAL_ERROR>& internal_errors() const { return m_internal_errors; }
 
-  /// Forgets everything so far.
+  /// Deletes all lines so far.
   void clear();
 
-  /// The debug lines so far, which are then forgotten with their tags.
+  /// Returns the debug lines so far, and deletes them and their tags.
   std::vector<std::string> take_debug();
 
  private:

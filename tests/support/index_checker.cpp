@@ -36,7 +36,7 @@ class CHECK {
         }
       }
     }
-    // Also what no map lists must be looked up: it must lead nowhere.
+    // A keypoint that no map lists must be looked up as well: it must have no map.
     for (const INDEX_FACTS::KEYPOINTS* named : {&facts.erased, &facts.repointed, &facts.entered}) {
       for (const KPT_KEYPOINT* keypoint : *named) {
         listed[keypoint];

@@ -1,4 +1,4 @@
-// What stands in a set of keypoints.
+// The content of a set of keypoints.
 #ifndef TESTS_SUPPORT_KEYPOINT_SETS_H
 #define TESTS_SUPPORT_KEYPOINT_SETS_H
 

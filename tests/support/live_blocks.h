@@ -1,4 +1,4 @@
-// The rule that a test gives back all memory that it takes from the host.
+// The rule that a test frees all memory of the host that it allocates.
 //
 // Ownership: plain calls.
 #ifndef TESTS_SUPPORT_LIVE_BLOCKS_H
@@ -6,10 +6,10 @@
 
 namespace kpt_test {
 
-/// Blocks that are taken from the reference host and not given back.
+/// The number of blocks of the reference host that are not freed.
 unsigned long live_blocks();
 
-/// Excuses the running test from the rule: for objects that live until the process ends.
+/// Exempts the running test from the rule: for objects that exist until the process ends.
 void allow_live_blocks();
 
 }  // namespace kpt_test

@@ -23,7 +23,7 @@ namespace {
 
 using DATABASE = std::unique_ptr<KPT_KEYPOINTS_DB_IMPL>;
 
-// A table of so many bits is not written.
+// A database whose tables have this many bits is not saved.
 constexpr std::uint64_t MOST_SAVED_BITS = std::uint64_t{1} << 16U;
 
 std::string without_times(const std::string& line) {
@@ -31,7 +31,7 @@ std::string without_times(const std::string& line) {
   return line.starts_with("TIME: ") && colon != std::string::npos ? line.substr(0, colon + 5) : line;
 }
 
-// Hears all that the host is told, each line with what it was told as.
+// Notes every line that the host gets, with its kind.
 class EARS {
  public:
   explicit EARS(std::vector<std::string>& lines) : m_lines(lines) {
@@ -57,7 +57,7 @@ class EARS {
   std::vector<std::string>& m_lines;
 };
 
-// Both counters are 0 for as long as it lives.
+// Both counters are 0 while it exists.
 class COUNTERS_AT_0 {
  public:
   COUNTERS_AT_0()
@@ -101,7 +101,7 @@ DATABASE loaded(const std::string& path, LOAD_WAY way) {
   }
 }
 
-// Ids, for names may repeat.
+// Ids, because names may occur several times.
 std::string group_text(const KPT_KEYPOINT_LIST& group) {
   std::string text;
   for (const KPT_KEYPOINT* keypoint : group) {

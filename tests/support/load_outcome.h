@@ -1,8 +1,8 @@
-// Everything that a load of one file comes to, in a form that can be compared:
-// what a manager answers, what it saves, and what the host hears, in order.
+// The whole result of a load in a form that can be compared: the answer of the
+// manager, the saved database, and the lines that the host gets, in order.
 //
-// Ownership: plain values. One load at a time: it takes over the reference
-// host's sinks and gives the default ones back.
+// Ownership: plain values. One load at a time: it sets the reference host's sinks
+// and then restores the default ones.
 #ifndef TESTS_SUPPORT_LOAD_OUTCOME_H
 #define TESTS_SUPPORT_LOAD_OUTCOME_H
 
@@ -27,7 +27,7 @@ std::ostream& operator<<(std::ostream& out, const LOAD_OUTCOME& outcome);
 
 enum class LOAD_WAY { SCANNER_FIRST, GENERAL_SOURCE, DOCUMENT };
 
-/// The way of a manager that has no database yet.
+/// Loads like a manager that has no database yet.
 LOAD_OUTCOME load_outcome(const std::string& path, LOAD_WAY way);
 
 }  // namespace kpt_test

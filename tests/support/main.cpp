@@ -1,4 +1,4 @@
-// Runs the tests of a binary and fails each that leaves memory of the host behind.
+// Runs the tests of a program, and fails every test that leaves memory of the host allocated.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-// Maps as people write them. "a b~c|~d" is a side of two indices: a and b in
-// the n group and c in the i group of index 0, d in the i group of index 1.
-// "~" is an index with two empty groups, "" a side without indices, "null" a
-// null keypoint.
+// Maps as short texts. "a b~c|~d" is a side of two indices: a and b are in the n
+// group and c in the i group of index 0, d is in the i group of index 1. "~" is
+// an index with two empty groups, "" a side without indices, "null" a null
+// keypoint.
 //
-// Ownership: REGISTERS owns every keypoint it makes; it must outlive the maps.
+// Ownership: REGISTERS owns every keypoint that it makes and has to outlive the maps.
 #ifndef TESTS_SUPPORT_MAPS_H
 #define TESTS_SUPPORT_MAPS_H
 
@@ -20,7 +20,7 @@ namespace kpt_test {
 
 class REGISTERS {
  public:
-  /// The signal register of that name, made when it is first asked for; ids count from 1.
+  /// The signal register of that name, which the first call makes; ids count from 1.
   KPT_REGISTER_KEYPOINT_IMPL* operator[](const std::string& name) {
     KPT_REGISTER_KEYPOINT_IMPL*& keypoint = m_signals[name];
     if (keypoint == nullptr) {
@@ -29,7 +29,7 @@ class REGISTERS {
     return keypoint;
   }
 
-  /// Further keypoints, new ones at every call.
+  /// More keypoints; every call makes new ones.
   KPT_REGISTER_KEYPOINT_IMPL* another(const std::string& name) {
     return keep(new KPT_REGISTER_KEYPOINT_IMPL(next_id(), name));
   }

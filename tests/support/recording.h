@@ -1,4 +1,4 @@
-// A database to record into, and what the host was told meanwhile.
+// A database to record into, and the lines that the host gets meanwhile.
 #ifndef TESTS_SUPPORT_RECORDING_H
 #define TESTS_SUPPORT_RECORDING_H
 

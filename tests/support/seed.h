@@ -1,4 +1,4 @@
-// Where random tests start and how long they go on.
+// The start and the length of random tests.
 //
 // Ownership: plain values.
 #ifndef TESTS_SUPPORT_SEED_H
@@ -6,12 +6,12 @@
 
 namespace kpt_test {
 
-/// The seed of this run: the environment's KPT_SEED, else a fixed one. Printed when the test
-/// program starts, so that a failure can be run again.
+/// The seed of this run: the environment's KPT_SEED, or a fixed one. It is
+/// printed when the test program starts, so that a failure can be repeated.
 unsigned seed();
 
-/// How many steps a random test takes: the environment's KPT_STEPS, else `default_steps`.
-/// KPT_STEPS is a number, or a number after "x" that multiplies the default: "100000", "x10".
+/// The number of steps of a random test: the environment's KPT_STEPS, or `default_steps`.
+/// KPT_STEPS is a number, or "x" and a factor for the default: "100000", "x10".
 int steps(int default_steps);
 
 }  // namespace kpt_test

@@ -1,8 +1,8 @@
-// State tables as people write them: one text per state, the reference bits,
-// a blank, the transformed bits. "10 1" is a state with two reference
-// registers, the first true, and one transformed register, true.
+// State tables as short texts. A state is one text: the reference bits, a blank,
+// the transformed bits. "10 1" is a state with two reference registers, the first
+// of them true, and one transformed register, which is true.
 //
-// Ownership: results are values of the caller.
+// Ownership: the caller owns the results.
 #ifndef TESTS_SUPPORT_STATE_TABLE_TEXT_H
 #define TESTS_SUPPORT_STATE_TABLE_TEXT_H
 
@@ -24,7 +24,7 @@ inline constexpr char UNKNOWN_SIDE[] = "Error: Unknown Set Type";
 
 using STATES = std::vector<std::string>;
 
-/// All states have as many registers as the first; at least one state.
+/// All states have as many registers as the first. There is at least one state.
 inline KPT_STATE_TABLE_IMPL make_table(const STATES& states) {
   const std::size_t blank = states.front().find(' ');
   const std::size_t num_t = states.front().size() - blank - 1;

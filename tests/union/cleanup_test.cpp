@@ -1,4 +1,4 @@
-// Registers that no map lists any more leave their sets.
+// Registers that no map lists leave their sets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -100,8 +100,8 @@ TEST_F(Cleanup, DeletesByNameSoARenamedRegisterTakesItsNamesakeAlong) {
   EXPECT_EQ(db.get_reference_set()->get_register("b"), nullptr);
 }
 
-// The renamed register comes first and takes its namesake along, which is then
-// no longer asked about: deleting it once more would fail.
+// The renamed register comes first, and its deletion deletes the other register
+// of that name. The walk skips that one, because a second deletion would fail.
 TEST_F(Cleanup, PassesOverARegisterThatItHasDeletedItself) {
   db.add_to_register_set(KPT_REFERENCE_SET, 1, "a")->set_element_name("b");
   db.add_to_register_set(KPT_REFERENCE_SET, 2, "b");

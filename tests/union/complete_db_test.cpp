@@ -1,5 +1,5 @@
-// Registers that the second database starts from and the first does not end
-// in: they get a map of their own before the union.
+// Registers from which the second database starts and in which the first does not
+// end: they get a map of their own before the union.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// What a union of large groups costs: thousands of registers that were merged
-// into one stand in one group, and each of them is looked for in it.
+// The cost of a union of large groups: thousands of registers that were merged
+// into one are in one group, and the union looks each of them up in it.
 #include <gtest/gtest.h>
 #include <time.h>
 
@@ -25,7 +25,7 @@ DB stage(SHAPE shape, int registers, const char* r_name, const char* t_name) {
     if (shape == A_MAP_EACH) {
       db->get_transformation_set()->add_map(reference, transformed);
     }
-    // Every other one inverted, so that the polarities of both groups are asked for.
+    // Every second register is inverted, so that the union needs the polarities of both groups.
     (k % 2 == 0 ? r[0].first : r[0].second).push_back(reference);
     (k % 2 == 0 ? t[0].first : t[0].second).push_back(transformed);
   }
@@ -35,7 +35,7 @@ DB stage(SHAPE shape, int registers, const char* r_name, const char* t_name) {
   return db;
 }
 
-// The processor's time, whatever else the machine does; the least of three.
+// Processor time, which does not depend on other programs; the least of three runs.
 double seconds_to_unite(SHAPE first, SHAPE second, int registers) {
   double least = 0;
   for (int run = 0; run < 3; ++run) {
@@ -56,8 +56,8 @@ double seconds_to_unite(SHAPE first, SHAPE second, int registers) {
 
 class UnionCost : public testing::TestWithParam<std::pair<SHAPE, SHAPE>> {};
 
-// Four times the registers would take sixteen times as long, were each looked
-// for among all of them.
+// If each register were searched for among all of them, four times the registers
+// would take sixteen times as long.
 TEST_P(UnionCost, OfAGroupGrowsWithItsRegistersAndNotWithTheirSquare) {
   const auto [first, second] = GetParam();
   const double few = seconds_to_unite(first, second, 6000);

@@ -1,5 +1,5 @@
-// The same two databases unite to the same bytes, wherever in memory their
-// registers and maps lie.
+// The union of the same two databases gives the same bytes, wherever in memory
+// their registers and maps are.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -20,7 +20,7 @@ namespace {
 
 using namespace kpt_test;
 
-// Blocks of odd sizes between the objects, so that they come in another order of address.
+// Blocks of odd sizes between the objects, so that the order of their addresses differs.
 class JUNK {
  public:
   explicit JUNK(unsigned amount) : m_random(amount), m_amount(amount) {}
@@ -39,7 +39,7 @@ class JUNK {
   std::vector<std::unique_ptr<char[]>> m_blocks;
 };
 
-// Three stages of many maps that meet in fusions, all united and saved.
+// Three stages with many maps that are fused, united and saved.
 std::string united_bytes(unsigned amount_of_junk) {
   JUNK junk(amount_of_junk);
   std::mt19937 random(seed());
@@ -64,7 +64,7 @@ std::string united_bytes(unsigned amount_of_junk) {
   return bytes;
 }
 
-// Fused in order of creation: a set of maps that are all fed by one register.
+// A set of maps that are all fed by one register and are fused in order of creation.
 std::string fused_bytes(unsigned amount_of_junk) {
   JUNK junk(amount_of_junk);
   set_next_ids(0, 0);
@@ -100,7 +100,7 @@ TEST(Determinism, FusesInOrderOfCreationWhateverLiesBetweenTheMaps) {
   }
 }
 
-// Not a test of its own: a process of another layout writes its bytes for the test below.
+// Not a test by itself: a process with another memory layout writes its bytes for the test below.
 TEST(Determinism, DISABLED_WritesItsBytes) {
   const char* const file = std::getenv("KPT_UNION_BYTES");
   ASSERT_NE(file, nullptr);

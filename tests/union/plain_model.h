@@ -1,7 +1,7 @@
-// A database once more, over standard containers and without a thought of
+// A second model of a database, over standard containers and without regard to
 // speed: registers, maps and the two indexes.
 //
-// Ownership: a MODEL owns its maps; the registers are the caller's.
+// Ownership: a MODEL owns its maps; the caller owns the registers.
 #ifndef TESTS_UNION_PLAIN_MODEL_H
 #define TESTS_UNION_PLAIN_MODEL_H
 
@@ -23,7 +23,7 @@ struct KP {
   bool is_signal = true;
   std::string entity;
   std::string type;
-  std::string key;  // the name it was added under
+  std::string key;  // the name with which it was added
   bool retired = false;
 };
 
@@ -34,7 +34,7 @@ struct MAP {
   SIDE sides[2];
   bool fsm = false;
   int elim = 0;
-  std::shared_ptr<KPT_STATE_TABLE_IMPL> table = nullptr;  // none: that of a register kept as it is
+  std::shared_ptr<KPT_STATE_TABLE_IMPL> table = nullptr;  // null: the table of a kept register
   bool alive = true;
 };
 

@@ -1,5 +1,5 @@
-// The union of two databases as a plain walk over plain models: what the
-// library is compared with.
+// The union of two databases as a plain walk over plain models, with which the
+// library is compared.
 //
 // Ownership: the union refers to the caller's models.
 #ifndef TESTS_UNION_PLAIN_UNION_H
@@ -113,7 +113,7 @@ class MODEL_UNION {
   bool cleanup(int side) {
     bool result = true;
     for (KP* k : db1.sets[side].walk()) {
-      // A deletion by the name of another may have taken it along.
+      // The deletion of another register by its name may have deleted this one.
       if (k->retired || db1.map_of(side, k) != nullptr) {
         continue;
       }
@@ -179,7 +179,7 @@ class MODEL_UNION {
   }
   void copy_into_db1(const MAP& map) {
     MAP* copy = db1.add_map(map);
-    // The walk is told to the host.
+    // The walk issues debug lines.
     for (const int side : {0, 1}) {
       for (std::size_t at = 0; at < copy->sides[side].size(); ++at) {
         registers_at(*copy, side, at);
@@ -224,7 +224,7 @@ class MODEL_UNION {
     return added;
   }
 
-  // `earlier` ends in the register that `later` starts from.
+  // `earlier` ends in the register from which `later` starts.
   static void align(const MAP& earlier, MAP& later, const KP* k) {
     if (stands_at_first_index(earlier, 1, k) && stands_at_first_index(later, 0, k) &&
         stands_in_n_group(earlier, 1, k) != stands_in_n_group(later, 0, k)) {
@@ -365,7 +365,7 @@ class MODEL_UNION {
 
   void print_side(const MAP& map, int side) {
     for (std::size_t at = 0; at < map.sides[side].size(); ++at) {
-      // The empty index is told before its registers, of which there are none.
+      // The line about the empty index comes before its registers, of which there are none.
       for (const KP* k : registers_at(map, side, at)) {
         say("  " + std::to_string(at) + ": " + name_of(k));
       }

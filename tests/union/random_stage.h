@@ -1,4 +1,4 @@
-// Stages recorded at random: a few registers with few names, so that they meet.
+// Stages recorded at random: a few registers with few names, so that names coincide.
 //
 // Ownership: a recorder refers to the caller's database, generator and names.
 #ifndef TESTS_UNION_RANDOM_STAGE_H
@@ -13,7 +13,7 @@
 
 namespace kpt_test {
 
-/// The names under which registers were added that are called otherwise now.
+/// The names with which registers were added that have other names now.
 using RENAMED = std::map<const KPT_KEYPOINT*, std::string>;
 
 /// Records registers of netlist `r` ("a" for a0 to a9) as registers of netlist `t`.
@@ -22,7 +22,7 @@ class RECORDER {
   RECORDER(KPT_KEYPOINTS_DB_IMPL& db, std::mt19937& random, char r, char t, RENAMED& renamed)
       : m_db(db), m_random(random), m_r(r), m_t(t), m_renamed(renamed) {}
 
-  /// What passes record: associations, then events, of which many are refused.
+  /// The events that passes record: associations, then events, many of which are refused.
   void record_passes() {
     for (unsigned steps = 1 + below(14); steps > 0; --steps) {
       associate();
@@ -32,7 +32,7 @@ class RECORDER {
     }
   }
 
-  /// The same and, at times, what passes cannot record but a file can hold.
+  /// The same and, sometimes, what passes cannot record but a file can hold.
   void record_anything() {
     record_passes();
     for (unsigned steps = below(5) == 0 ? below(4) : 0; steps > 0; --steps) {
@@ -42,7 +42,7 @@ class RECORDER {
 
  private:
   unsigned below(unsigned end) { return static_cast<unsigned>(m_random() % end); }
-  // Mostly a name of that netlist, at times one of the other.
+  // Mostly a name of that netlist, sometimes a name of the other.
   std::string name(char netlist, char other) {
     return std::string(1, below(8) == 0 ? other : netlist) + std::to_string(below(10));
   }
@@ -108,7 +108,7 @@ class RECORDER {
     NI_PAIR_VECTOR side(below(4));
     for (NI_PAIR& pair : side) {
       for (KPT_KEYPOINT_LIST* group : {&pair.first, &pair.second}) {
-        // Large groups are looked through in another way.
+        // Large groups are searched in another way.
         for (unsigned k = below(10) == 0 ? 20 : below(3); k > 0; --k) {
           group->push_back(any(set));
         }

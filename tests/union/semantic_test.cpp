@@ -1,14 +1,14 @@
-// Claims of a united database held against the netlists themselves.
+// Compares the claims of a united database with the netlists themselves.
 //
-// Registers of random small netlists carry simulated values. Stages rename,
-// merge equal ones, retime inverters, replicate, and drop constants; each is
-// recorded through the handle, and all are united. Whatever the united
-// database then says of two registers, that they are equal or inverse, must
-// hold in the values of the first and of the last netlist.
+// The registers of small random netlists have simulated values. Stages rename
+// registers, merge equal ones, retime inverters, replicate, and drop constants.
+// Each event is recorded through the handle, and all stages are united. When the
+// united database says that two registers are equal or inverse, this has to hold
+// in the values of the first and of the last netlist.
 //
-// Some behaviours that unions must have make claims that do not hold. Each has
-// a predicate below, computed from the events alone; what it exempts is
-// counted and bounded.
+// Some required behaviours of a union make false claims. Each has a predicate
+// below, which is computed only from the events. The claims that it exempts are
+// counted, and their number is bounded.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -30,30 +30,30 @@ using namespace kpt_test;
 using VALUE = std::uint64_t;                   // a register's value in 64 cycles
 using NETLIST = std::map<std::string, VALUE>;  // by name
 
-// What the events did to one register and to those that it was ever merged
-// with, replicated from or recorded as.
+// What the events did to one register, and to all registers with which it was
+// merged, from which it was replicated or as which it was recorded.
 struct HISTORY {
   int eliminated_in = 0;      // the first stage that eliminated one of them, 0 for none
   bool name_taken = false;    // a stage gave one of them the name of another
   bool retimed = false;       // an inverter was retimed through one of them
-  bool merged_later = false;  // a stage behind the first merged some of them
+  bool merged_later = false;  // a stage after the first merged some of them
 };
 
 // ---- One predicate for each behaviour that makes claims wrong ----
 
-// A map that tells of an elimination is not composed further: what else it
-// lists keeps its name of an earlier netlist.
+// A map with an elimination status is not composed further: its other registers
+// keep their names of an earlier netlist.
 bool eliminated_map_was_left_alone(const HISTORY& history, int last_stage) {
   return history.eliminated_in != 0 && history.eliminated_in < last_stage;
 }
 
-// A register that enters a map under a name that another had between the
-// stages shares a keypoint with it, and its index entry with that one's map.
+// A register gets a name that another register had between the stages. Both then
+// share a keypoint, and its entry leads to the other register's map.
 bool name_was_taken_over(const HISTORY& history, int /*last_stage*/) { return history.name_taken; }
 
-// Where several first maps feed one second map, it is the second that is
-// swapped, for each of them in turn; first maps of unlike polarity are fused
-// as they stand.
+// Where several first maps feed one second map, the second map is swapped for
+// each of them in turn. First maps of unlike polarity are fused without being
+// swapped.
 bool maps_of_unlike_polarity_were_fused(const HISTORY& history, int /*last_stage*/) {
   return history.merged_later && history.retimed;
 }
@@ -64,7 +64,7 @@ struct EXEMPTION {
   double most_wrong;  // of all claims, in per cent; a tenth above what was measured
   long claims = 0;
   long wrong = 0;
-  bool applies_here = false;  // to the map at hand
+  bool applies_here = false;  // to the present map
 };
 
 // ---- Events ----
@@ -217,7 +217,7 @@ class FLOW {
       return;
     }
     lineage.join(node(kept->first), node(merged->first));
-    // Refused where an earlier wrong claim has put the two on opposite sides of one map.
+    // Refused when an earlier wrong claim has put the two on opposite sides of one map.
     if (m_db->set_merged_registers(kept->first, merged->first)) {
       lineage.history(node(kept->first)).merged_later |= last_stage > 1;
       now().erase(merged);
@@ -249,7 +249,7 @@ class FLOW {
 
 // ---- Claims ----
 
-// The registers of a plain map and whether each carries the map's value or its inverse.
+// The registers of a plain map, and whether each holds the map's value or its inverse.
 struct MEMBER {
   std::string name;
   bool in_first_netlist;
@@ -279,7 +279,7 @@ std::vector<MEMBER> members_of(const KPT_REGISTER_TRANSFORMATION& map) {
 
 class UnitedDatabases : public testing::Test {
  protected:
-  // Two to four stages, recorded and united.
+  // Records two to four stages and unites them.
   void run_a_flow() {
     FLOW flow(m_random);
     KPT_KEYPOINTS_DB_IMPL united("first");

@@ -92,7 +92,7 @@ KPT_STATE_TABLE client_table(const STATES& states) { return KPT_STATE_TABLE(make
 
 namespace {
 
-// One side of the text; an index that is written without "~" has no inverting group.
+// One side of the text; an index without "~" has no inverting group.
 NI_PAIR_VECTOR side(REGISTERS& registers, const std::string& text) {
   std::string whole;
   std::istringstream indices(text);

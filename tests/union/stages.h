@@ -1,8 +1,8 @@
-// Stages of a flow as people write them: whole sets of maps in a line each,
-// debug lines with their times masked, databases as the text that they save.
+// Stages of a flow in short texts: a map is one line, times in debug lines are
+// masked, and a database is the text that it saves.
 //
-// Ownership: a SET owns its maps only; its registers belong to the caller's
-// REGISTERS. The rest are values.
+// Ownership: a SET owns only its maps; the caller's REGISTERS own its registers.
+// Everything else is a value.
 #ifndef TESTS_UNION_STAGES_H
 #define TESTS_UNION_STAGES_H
 
@@ -49,8 +49,8 @@ std::string names_of(const KPT_KEYPOINT_SET_IMPL* set);
 /// The database's file.
 std::string saved(KPT_KEYPOINTS_DB_IMPL& db);
 
-/// What is wrong after a union: registers without a map, index entries that
-/// lead to a map of another set. Empty when all is well.
+/// The faults of a database after a union: registers without a map, and index
+/// entries that lead to a map of another set. Empty when there is none.
 LINES faults_after_union(KPT_KEYPOINTS_DB_IMPL& db);
 
 /// Sets the counters from which new registers take their ids.
@@ -69,7 +69,7 @@ class SET : public KPT_TRANSFORMATION_SET_IMPL {
   KPT_TRANSFORMATION_IMPL* fsm(const std::string& text, const STATES& states,
                                KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED);
 
-  /// The lines of the maps to which a register's entries lead, "" without one.
+  /// The lines of the maps to which a register's entries lead, "" when there is no entry.
   std::string r_map(const std::string& name);
   std::string t_map(const std::string& name);
 
@@ -77,7 +77,7 @@ class SET : public KPT_TRANSFORMATION_SET_IMPL {
   REGISTERS& m_registers;
 };
 
-/// Two stages over the same registers, and what is said while they are united.
+/// Two stages over the same registers, and the lines that their union issues.
 class TWO_SETS : public testing::Test {
  protected:
   ~TWO_SETS() override { kpt_host::clear_switches(); }

@@ -92,9 +92,9 @@ TEST(Stages, ADatabaseThatWasUnitedIsItselfANextStage) {
 
 // ---- Random stages ----
 
-// The reference registers of plain maps that a state machine of the next
-// stage may replace: those whose map feeds one, by itself or through maps
-// with which it may be fused.
+// The reference registers of plain maps that a state machine of the next stage
+// may replace: their map feeds a machine, either itself or through maps with
+// which it may be fused.
 std::set<const KPT_KEYPOINT*> may_be_replaced(KPT_KEYPOINTS_DB_IMPL& db, KPT_KEYPOINTS_DB_IMPL& next) {
   using MAP = const KPT_TRANSFORMATION_IMPL*;
   std::map<MAP, MAP> up;
@@ -171,7 +171,7 @@ TEST(Stages, LeaveNoRegisterWithoutAMapAndLoseNoneButToStateMachines) {
         facts.r.entered.insert(t);
         facts.t.repointed.insert(t);
       }
-      // What a machine lists of the registers between the stages is in no set.
+      // The registers between the stages that a machine lists are in no set.
       const KPT_KEYPOINT_LIST references = db.get_reference_set()->get_list_of_keypoints();
       for (const KPT_TRANSFORMATION_IMPL* map : db.get_transformation_set()->get_list_of_register_transformations()) {
         KPT_TRANSFORMATION_IMPL::for_each_keypoint(map->r_vec(), [&](const KPT_KEYPOINT* k) {
@@ -184,7 +184,7 @@ TEST(Stages, LeaveNoRegisterWithoutAMapAndLoseNoneButToStateMachines) {
       }
       facts.r.dead = facts.t.dead = 1000;
       for (const std::string& difference : index_differences(db, facts)) {
-        // A name that was deleted between the stages and came back is another keypoint.
+        // A name that was deleted between the stages and was added again is another keypoint.
         if (difference.find("the transformed index leads from") == std::string::npos ||
             difference.find(" to no map") == std::string::npos) {
           ADD_FAILURE() << difference;

@@ -1,5 +1,5 @@
-// The clock of these tests: every look at it is one tick later. The library takes this one, since a
-// program's own services come before those of a host library.
+// The clock of these tests, which adds one tick at every reading. The library
+// uses it, because a program's own services precede those of a host library.
 #include "h/gen_sys.h"
 
 unsigned long gen_get_tick_count() {

@@ -1,4 +1,4 @@
-// A set of maps put onto the keypoints of another set, matched by names.
+// Moves a set of maps to the keypoints of another set, matched by names.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -162,7 +162,7 @@ TEST_F(Translate, PrintsNothing) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// A register is looked up under the name that it has now, not under the one it was recorded with.
+// A register is looked up by its present name, not by the name with which it was recorded.
 TEST_F(Translate, FollowsARegisterThatWasRenamed) {
   KPT_KEYPOINT* y = target_signal("y");
   target_signal("x");

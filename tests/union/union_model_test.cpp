@@ -1,6 +1,6 @@
-// Random databases united, and the outcome compared with a plain
-// re-implementation over standard containers: maps, indexes, registers, ids,
-// results and every line told to the host.
+// Unites random databases and compares the result with a plain second
+// implementation over standard containers: maps, indexes, registers, ids, results
+// and every line that the host gets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -139,7 +139,7 @@ TEST(UnionModel, AgreesWithAPlainImplementationOnRandomStages) {
     RENAMED renamed;
     KPT_KEYPOINTS_DB_IMPL db1("first");
     RECORDER(db1, random, 'a', 'b', renamed).record_anything();
-    // A third stage goes on from whatever the first union left.
+    // A third stage starts from whatever the first union left.
     for (const char netlist : {'b', 'c'}) {
       KPT_KEYPOINTS_DB_IMPL db2("second");
       RECORDER(db2, random, netlist, static_cast<char>(netlist + 1), renamed).record_anything();

@@ -1,5 +1,5 @@
-// The union of two databases: its steps, its lines, its ids, and what it
-// leaves of the registers.
+// The union of two databases: its steps, its lines, its ids, and the registers
+// that remain.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

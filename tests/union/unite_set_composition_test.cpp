@@ -1,5 +1,5 @@
-// How the third loop of a union goes on from each map of the first stage: its
-// successor, mismatches, what is entered and what is told.
+// The third loop of a union, for each map of the first stage: its successor,
+// mismatches, new entries, and debug lines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ TEST_F(UniteSetComposition, AsksEquivalentsBeforeInvertedEquivalents) {
   db2.plain("z -> q");
   db1.plain("b -> w");
   db1.unite(db2);
-  // Loop 2 deleted the first map, for it feeds the state machine.
+  // Loop 2 deleted the first map, because it feeds the state machine.
   EXPECT_THAT(maps_of(db1), ElementsAre("b~ -> w~", "y~ -> p~ fsm"));
 }
 
@@ -115,7 +115,7 @@ TEST_F(UniteSetComposition, GivesASecondMapToTheFirstThatAsksForIt) {
 }
 
 // A register between the stages that a second map lists but that has no entry
-// any more leads nowhere, also when the place of its map was given to another.
+// finds no map, even when the memory of its map was reused.
 TEST_F(UniteSetComposition, DoesNotFindASuccessorThatWasDeleted) {
   KPT_TRANSFORMATION_IMPL* map = db2.plain("x -> p");
   db2.record_replicated_keypoint_map(registers["q"], map);

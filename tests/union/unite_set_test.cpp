@@ -1,5 +1,5 @@
-// The union of two transformation sets: what becomes of the maps and of the
-// indexes, and every line told to the host.
+// The union of two transformation sets: what becomes of the maps and the indexes,
+// and every line that the host gets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -177,7 +177,7 @@ TEST_F(UniteSet, FusesSecondMapsForEachIndexOfAFirstMap) {
   db2.plain("x -> s");
   db2.plain("y -> u");
   db1.unite(db2);
-  // The map itself runs on along its first index alone.
+  // The map itself is composed along its first index only.
   EXPECT_THAT(maps_of(db1), ElementsAre("a~|b~ -> p q~"));
   EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> s u~"));
 }
@@ -192,9 +192,9 @@ TEST_F(UniteSet, FusesButDoesNotAlignWhatAFurtherIndexFeeds) {
 
 // ---- Large groups, whose polarities are kept from question to question ----
 
-// x1 and x2 are asked for, so the groups of the map are known when it takes
-// over z, which is then asked for. The map is swapped for it, and so joins w in
-// the other polarity.
+// x1 and x2 are looked up, so the groups of the map are known when it absorbs z.
+// Then z is looked up. The map is swapped for z, so it joins w in the other
+// polarity.
 TEST_F(UniteSet, KnowsTheGroupsOfASecondMapAnewWhenItHasGrown) {
   db1.plain("a -> x1 x2 y");
   db1.plain("b -> w~z");
@@ -205,8 +205,8 @@ TEST_F(UniteSet, KnowsTheGroupsOfASecondMapAnewWhenItHasGrown) {
   EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> r~p q"));
 }
 
-// At its first index the second map is swapped for z and back for y; then the
-// first maps become one, which is asked for z at the second index.
+// At its first index the second map is swapped for z and back for y. Then the
+// first maps are fused into one, in which z is looked up at the second index.
 TEST_F(UniteSet, KnowsTheGroupsOfAFirstMapAnewWhenItHasGrown) {
   db1.plain("a -> " + numbered("x", 20));
   db1.plain("b -> y~z");
@@ -215,7 +215,7 @@ TEST_F(UniteSet, KnowsTheGroupsOfAFirstMapAnewWhenItHasGrown) {
   EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> ~p"));
 }
 
-// The machine that is copied takes the place of the map that went.
+// The machine that is copied gets the memory of the map that was deleted.
 TEST_F(UniteSet, KnowsNothingOfTheGroupsOfAFirstMapThatAMachineReplaced) {
   db1.plain("a -> " + numbered("x", 20));
   db2.plain("x1 x2 -> p");
@@ -280,9 +280,9 @@ TEST_F(UniteSet, ReportsTheEmptyReferenceSideOfASecondMap) {
   EXPECT_THAT(debug(), ElementsAre(LOOP_1, EMPTY_R, EMPTY_R, LOOP_2, LOOP_3));
 }
 
-// Groups of many registers are looked through in another way, and that way has
-// to follow what becomes of their maps: "s" joins the group when its map is
-// fused, and is then asked for by the next map of the first stage.
+// Groups of many registers are searched in another way, which has to follow every
+// change of their maps: "s" joins the group when its map is fused, and the next
+// map of the first stage looks it up.
 TEST(LargeGroup, AlignsARegisterThatJoinedItAsASmallOneDoes) {
   const auto united = [](int further) {
     REGISTERS registers;
@@ -304,8 +304,8 @@ TEST(LargeGroup, AlignsARegisterThatJoinedItAsASmallOneDoes) {
 
 // ---- With itself ----
 
-// A copy is consumed, so that no map is read after it was deleted: each map
-// goes on where the set as it was took its registers.
+// A copy is consumed, so that no map is read after it was deleted: each map is
+// composed with the set as it was before.
 TEST_F(UniteSet, WithItselfConsumesACopyOfItself) {
   KPT_TRANSFORMATION_IMPL* first = db1.plain("a -> x");
   db1.plain("x -> p");
@@ -336,8 +336,8 @@ TEST_F(UniteSet, FusesIntoTheOldestFirstMapWhicheverRegisterComesFirst) {
   EXPECT_THAT(maps_of(db1), ElementsAre("a b~ -> p~"));
 }
 
-// The second map is swapped for each first map that disagrees with it: what
-// the last one asked for is what stays.
+// The second map is swapped for each first map that disagrees with it, so it
+// keeps the polarity of the last one.
 TEST_F(UniteSet, AlignsASecondMapWithEachFirstMapThatFeedsIt) {
   db1.plain("a -> x");
   db1.plain("b -> ~y");
@@ -365,7 +365,7 @@ TEST_F(UniteSet, FusesAFirstStateMachineWithAPlainMapIntoTheProduct) {
   EXPECT_THAT(maps_of(db2), ElementsAre("x y~ -> p~"));
 }
 
-// The table of a plain map has two states, so each one doubles the rows.
+// The table of a plain map has two states, so each such map doubles the rows.
 TEST_F(UniteSet, DoublesTheRowsOfAStateMachineWithEachPlainMapThatIsFusedWithIt) {
   db1.fsm("a -> x", {"0 1", "1 0", "1 1"});
   db1.plain("b -> y1");
@@ -376,8 +376,8 @@ TEST_F(UniteSet, DoublesTheRowsOfAStateMachineWithEachPlainMapThatIsFusedWithIt)
   EXPECT_EQ(db1.get_list_of_register_transformations().front()->get_number_of_states(), 3 * 8);
 }
 
-// The other's first column lands on the last of the table, and there is none:
-// one line for each of the 2 by 2 states, for each map that is fused.
+// The other's first column would be the last column of a table that has none: one
+// line for each of the 2 by 2 states, for each map that is fused.
 TEST_F(UniteSet, TellsOfEveryEntryThatHasNoPlaceInAProduct) {
   KPT_STATE_TABLE_IMPL without_reference(2, 0, 1);
   db1.add_map(registers.side("~"), registers.side("x~"), without_reference, KPT_NOT_ELIMINATED);

@@ -1,5 +1,5 @@
-// Associations that passes report through the handle: results, registers, maps
-// and debug lines.
+// The associations that passes report through the handle: results, registers,
+// maps and debug lines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ TEST_F(Association, SignalToSignalMakesBothRegistersAndTheirMap) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// An index has a short way for the registers of the first sets that it meets.
+// An index has a faster way for the registers of the first sets that it meets.
 TEST_F(Association, IsFoundAlsoBehindMapsOfTheRegistersOfOtherDatabases) {
   DATABASE others[2];
   for (DATABASE& other : others) {
@@ -88,7 +88,7 @@ TEST_F(Association, InstanceToInstance) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// The entity is no part of the key.
+// The key does not contain the entity.
 TEST_F(Association, OfAnInstanceThatDiffersInItsEntityAloneIsRefused) {
   ASSERT_TRUE(db->associate_registers_signal_to_instance("a", "u", "E1", "dff"));
   EXPECT_FALSE(db->associate_registers_signal_to_instance("b", "u", "E2", "dff"));
@@ -189,8 +189,8 @@ TEST_F(FsmAssociation, MachineWithoutRegistersIsAMap) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// The check sees only what was there before: both registers are made, and the
-// set goes on knowing the second of them.
+// The check sees only earlier registers, so both registers are made, and the set
+// finds the second of them.
 TEST_F(FsmAssociation, RepeatedNameMakesTwoRegisters) {
   EXPECT_TRUE(db.fsm("a a", "x y x", {"01 010"}));
   EXPECT_EQ(db.r_names(), "a");

@@ -1,4 +1,4 @@
-// The bits of a state table against a set of positions, near and far.
+// The bits of a state table, compared with a set of positions, near and far.
 #include "db/kpt/containers/kpt_bit_table.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ TEST(BitTable, CostsWhatIsSetInItWhereverThatIs) {
   EXPECT_LE(host_bytes() - before, 2048U);
 }
 
-// Each bit as far behind the one before as may be taken for near.
+// Each bit is as far after the one before as the vector still reaches.
 TEST(BitTable, DoesNotGrowFasterThanWhatIsSetInIt) {
   const unsigned long before = host_bytes();
   KPT_BIT_TABLE table;

@@ -46,8 +46,8 @@ TEST(CrossProduct, LeavesBothTablesAlone) {
   EXPECT_EQ(states_of(b), (STATES{"1 0", "0 1"}));
 }
 
-// States s and u share row s + u - 1, so the later one remains; one row for
-// every pair would fill rows 5 and 6 too, and every table united so far would
+// States s and u share row s + u - 1, so the later one remains. With one row for
+// every pair, rows 5 and 6 would be filled too, and every united table would
 // compare unequal.
 TEST(CrossProduct, CombinedStatesShareRowsAndTheRestStaysFalse) {
   const KPT_STATE_TABLE_IMPL a = make_table({"00 00", "10 10"});
@@ -62,8 +62,8 @@ TEST(CrossProduct, CombinedStatesShareRowsAndTheRestStaysFalse) {
                                                  }));
 }
 
-// The other's first column replaces this table's last one. Put behind it, the
-// columns would no longer be those that the maps' registers are placed by.
+// The other's first column replaces this table's last one. After the last one,
+// the columns would not be those at which the maps expect their registers.
 TEST(CrossProduct, OthersFirstColumnLandsOnThisTablesLast) {
   const KPT_STATE_TABLE_IMPL product = make_table({"11 11"}).cross_product_table(make_table({"01 00"}));
   EXPECT_EQ(states_of(product), (STATES{"1010 1000"}));
@@ -101,7 +101,7 @@ TEST(CrossProduct, OfATableWithItselfIsAnOrdinaryProduct) {
   EXPECT_TRUE(table.cross_product_table(table) == table.cross_product_table(KPT_STATE_TABLE_IMPL(table)));
 }
 
-// 257 * 256 states leave 256 rows; the combined states reach row 512.
+// 257 * 256 states, modulo 65,536, give 256 rows; the combined states reach row 512.
 TEST(CrossProduct, RowsBeyondTheWrappedCountAreRefusedOncePerAttempt) {
   const HOST_LINES lines;
   KPT_STATE_TABLE_IMPL a(257, 1, 0);
@@ -119,8 +119,8 @@ TEST(CrossProduct, RowsBeyondTheWrappedCountAreRefusedOncePerAttempt) {
   EXPECT_EQ(product.get_reference_entry(4, 1), 0);
 }
 
-// 65,535 + 3 columns leave two. The other's third column is column 65,537,
-// which is column 1 by the time it is written.
+// 65,535 + 3 columns, modulo 65,536, give two. The other's third column is column
+// 65,537, which is written as column 1.
 TEST(CrossProduct, ColumnsWrapIntoSixteenBits) {
   const HOST_LINES lines;
   const KPT_STATE_TABLE_IMPL product = KPT_STATE_TABLE_IMPL(1, 65535, 0).cross_product_table(make_table({"111 "}));

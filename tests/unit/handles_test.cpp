@@ -1,4 +1,4 @@
-// What clients ask of registers, maps and databases through the handles alone.
+// What clients ask of registers, maps and databases, using only handles.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

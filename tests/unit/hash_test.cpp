@@ -12,7 +12,7 @@
 
 namespace {
 
-// The rule, one byte at a time.
+// The rule, applied byte by byte.
 std::uint64_t by_the_byte(std::uint64_t h, std::string_view text) {
   for (const char c : text) {
     h = h * 17 + static_cast<std::uint64_t>(static_cast<std::int64_t>(static_cast<signed char>(c)));
@@ -106,8 +106,8 @@ TEST(StringPairHash, IsThatOfBothTextsOneBehindTheOther) {
   EXPECT_EQ(hash({"", ""}), 0U);
 }
 
-// Nothing stands between the texts, so these two pairs share a hash; only the
-// comparison tells them apart.
+// Nothing separates the two texts, so these two pairs have the same hash; only
+// the comparison distinguishes them.
 TEST(StringPairHash, DoesNotSeeWhereTheFirstTextEnds) {
   const KPT_STRINGPAIR_HASH_COMPARE pairs;
   EXPECT_EQ(pairs({"ab", "c"}), pairs({"a", "bc"}));
@@ -121,7 +121,7 @@ TEST(StringPairHash, ComparesTheFirstThenTheSecondText) {
   EXPECT_FALSE(equal({"a", "b"}, {"c", "b"}));
 }
 
-// Names of one string hash are easily made: an index that went by it would be slow on purpose.
+// Names with one string hash are easy to make, so an index that used it could be made slow.
 TEST(RegisterTexts, NamesOfOneStringHashHaveManyHashes) {
   std::set<std::uint32_t> hashes;
   for (unsigned choice = 0; choice < 256; ++choice) {

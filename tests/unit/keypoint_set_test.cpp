@@ -78,7 +78,7 @@ TEST(KeypointSet, SignalAndBlockInstanceOfOneNameAreTwo) {
   EXPECT_EQ(set.get_register("a", "u1", ""), nullptr);
 }
 
-// Its key hashes as the signal's does.
+// Its key has the same hash as that of the signal.
 TEST(KeypointSet, BlockInstanceWithoutATypeIsNoSignal) {
   KPT_KEYPOINT_SET_IMPL set;
   KPT_REGISTER_KEYPOINT_IMPL* const instance = set.add_register(2, "a", "u1", "");
@@ -144,8 +144,8 @@ TEST(KeypointSet, LaterSignalTakesOverTheName) {
   EXPECT_THAT(ids_in(set), ElementsAre(2));
 }
 
-// The index knows an instance by name and type alone; with the entity in the
-// key, registers that earlier stages took for one would be two.
+// The index finds an instance by name and type only. With the entity in the key,
+// registers that earlier stages took for one would be two.
 TEST(KeypointSet, InstanceThatDiffersInItsEntityAloneTakesOver) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "a", "u1", "dff");
@@ -206,7 +206,7 @@ TEST(KeypointSet, SignalDeletedByItsOwnNameIsGone) {
   EXPECT_TRUE(set.is_empty());
 }
 
-// Maps may still list it.
+// Maps may list it.
 TEST(KeypointSet, DeletedRegisterStaysReadable) {
   KPT_KEYPOINT_SET_IMPL set;
   const KPT_REGISTER_KEYPOINT_IMPL* const signal = set.add_register(1, LONG_NAME);
@@ -231,8 +231,8 @@ TEST(KeypointSet, DeletedRegisterLosesItsAttributes) {
   EXPECT_FALSE(keypoint->remove_attribute("note"));
 }
 
-// A map or an index that still holds the old address would otherwise name a
-// register that it never meant.
+// A map or an index that has the old address would otherwise name another
+// register.
 TEST(KeypointSet, AddressIsNeverGivenToAnotherRegister) {
   KPT_KEYPOINT_SET_IMPL set;
   std::set<const KPT_KEYPOINT*> addresses;

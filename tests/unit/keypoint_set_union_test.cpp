@@ -1,4 +1,4 @@
-// Sets of keypoints that take in what another set has.
+// Unions of keypoint sets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -93,8 +93,8 @@ TEST(KeypointSetUnion, LooksARenamedRegisterUpUnderItsNewName) {
   EXPECT_EQ(set.get_register("newer")->get_kpid(), 6);
 }
 
-// The register entered as "a" is called "b" now, which this set does not know.
-// The walk is over what was there before.
+// The register that was entered as "a" has the name "b" now, which this set does
+// not have. The walk visits only what was there before.
 TEST(KeypointSetUnion, WithItselfAddsARenamedRegisterUnderItsNewName) {
   KPT_KEYPOINT_SET_IMPL set;
   set.add_register(1, "a")->set_element_name("b");

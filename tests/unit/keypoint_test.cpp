@@ -21,12 +21,12 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Too long to be stored within a string object: a dangling view shows.
+// Too long to be stored in a string object, so a dangling view shows.
 constexpr char LONG_A[] = "a_rather_long_name_of_a_register_that_needs_a_block";
 constexpr char LONG_B[] = "another_long_name_of_an_entity_that_needs_a_block_too";
 constexpr char LONG_C[] = "a_register_type_long_enough_to_need_a_block_of_its_own";
 
-// What `save` writes into a fresh file.
+// The text that `save` writes into a new file.
 template <class SAVE>
 std::string saved(SAVE save) {
   const std::string path = testing::TempDir() + "kpt_unit_keypoint_" + std::to_string(getpid()) + ".xml";
@@ -177,8 +177,8 @@ TEST(RegisterKeypoint, CopyOfABlockInstanceIsOneWithItsTexts) {
   EXPECT_TRUE(copy.register_is_blockinstance());
 }
 
-// Clients annotate the register of one netlist; a copy that brought the notes
-// along would carry them into the next stage.
+// Clients annotate the register of one netlist. A copy with the notes would carry
+// them into the next stage.
 TEST(RegisterKeypoint, CopyHasNoAttributes) {
   KPT_REGISTER_KEYPOINT_IMPL instance(5, "q", "u1", "dff");
   instance.add_attribute("note", "x");
@@ -279,7 +279,7 @@ TEST(RegisterKeypoint, MissingAttributeReadsEmptyAndIsNotMade) {
   EXPECT_FALSE(keypoint.remove_attribute("none"));
 }
 
-// The reader cannot tell the two apart; removing can.
+// The reader does not distinguish the two; removing does.
 TEST(RegisterKeypoint, AttributeMayBeEmpty) {
   KPT_REGISTER_KEYPOINT_IMPL keypoint(5, "a");
   EXPECT_TRUE(keypoint.add_attribute("", ""));
@@ -343,7 +343,7 @@ TEST(RegisterKeypoint, AttributesTakeNoPart) {
   EXPECT_FALSE(keypoint != KPT_REGISTER_KEYPOINT_IMPL(1, "a"));
 }
 
-// The base compares ids and names alone, and stays callable.
+// The base class compares only ids and names, and can still be called.
 TEST(RegisterKeypoint, ComparedAsKeypointsOnlyIdAndNameCount) {
   const KPT_REGISTER_KEYPOINT_IMPL a(1, "a", "u1", "dff");
   const KPT_REGISTER_KEYPOINT_IMPL b(1, "a", "u2", "dff");

@@ -1,4 +1,4 @@
-// The database: what it is made of, its ids, its lookups, and its handle.
+// The database: its parts, its ids, its look-ups, and its handle.
 #include "db/kpt/kpt_keypoints_db.h"
 
 #include <gmock/gmock.h>
@@ -279,7 +279,7 @@ TEST(KeypointsDbEnd, EverythingThatWasRecordedIsFreed) {
   EXPECT_TRUE(handle.delete_keypoints_db());
 }
 
-// The library's own objects are given out zero-filled.
+// The memory of the library's own objects is zero-filled.
 template <class T>
 class ZeroFilled : public testing::Test {};
 using LARGE_OBJECTS = testing::Types<KPT_KEYPOINTS_DB_IMPL, KPT_KEYPOINT_SET_IMPL, KPT_TRANSFORMATION_SET_IMPL>;

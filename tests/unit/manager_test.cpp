@@ -1,4 +1,4 @@
-// The process-wide manager. It outlives every test, so each leaves it empty.
+// The manager of the process. It outlives every test, so each test leaves it empty.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -72,8 +72,8 @@ TEST_F(Manager, PointersOutliveOtherDatabases) {
   EXPECT_EQ(manager->get_keypoints_db("b"), nullptr);
 }
 
-// Flows that open their database twice get the first both times; the second
-// is there all the same, behind it.
+// Flows that open their database twice get the first one both times. The second
+// database exists after it in the list.
 TEST_F(Manager, SecondCreateOfANameGivesTheFirstDatabase) {
   KPT_KEYPOINTS_DB* first = manager->create_keypoints_db("a");
   ASSERT_TRUE(first->associate_registers_signal_to_signal("r", "x"));

@@ -15,8 +15,8 @@ namespace {
 
 KPT_KEYPOINT::POOL_SLOT slot(const KPT_KEYPOINT* keypoint) { return KPT_KEYPOINT::slot_of(keypoint); }
 
-// Where a keypoint may come from. An index keeps those of the first sets that
-// it meets in another way than the rest, so all are asked the same questions.
+// The origin of a keypoint. An index stores the keypoints of the first sets that
+// it meets in another way than the rest, so the tests run for each origin.
 enum ORIGIN { FIRST_SET, SECOND_SET, THIRD_SET, NO_SET };
 
 class MapIndex : public testing::TestWithParam<ORIGIN> {
@@ -63,7 +63,7 @@ TEST_P(MapIndex, FindsWhatWasEntered) {
   EXPECT_EQ(index.size(), 2U);
 }
 
-// A look-up by name hands over the slot of a register without reading the register.
+// A look-up by name passes on the slot of a register without reading the register.
 TEST_P(MapIndex, FindsTheSameByTheSlotOfARegister) {
   index.set(slot(a), 7);
   for (const KPT_KEYPOINT_SET_IMPL& set : sets) {
@@ -155,7 +155,7 @@ TEST_P(MapIndex, EntriesOfADestroyedIndexAreDead) {
   EXPECT_EQ(later.find(slot(a)), 0U);
 }
 
-// The keypoints of a set may lie anywhere in it, and most may never be entered.
+// The keypoints may be anywhere in their set, and most of them may have no entry.
 TEST_P(MapIndex, ManyKeypointsAreToldApart) {
   KPT_KEYPOINT_SET_IMPL& set = sets[GetParam() == NO_SET ? 0 : GetParam()];
   std::vector<KPT_KEYPOINT*> keypoints;

@@ -1,5 +1,5 @@
-// What a map costs: its own block, as its class's operator new is asked for
-// it, and every byte charged to the host.
+// The memory of a map: its own block, as its class's operator new requests it,
+// and every byte that the host counts.
 #include <gtest/gtest.h>
 
 #include <iostream>
@@ -13,7 +13,7 @@
 #include "tests/support/maps.h"
 #include "tests/support/state_table_text.h"
 
-// Present when the program is built with the address checks: sees every allocation of the process.
+// Present when the program is built with the address checks: it sees every allocation of the process.
 extern "C" __attribute__((weak)) int __sanitizer_install_malloc_and_free_hooks(void (*on_malloc)(const volatile void*,
                                                                                                  std::size_t),
                                                                                void (*on_free)(const volatile void*));
@@ -108,7 +108,7 @@ TEST(MapSize, LoadedSidesAreTakenOverNotCopied) {
   NI_PAIR_VECTOR plain_r(r);
   NI_PAIR_VECTOR plain_t(t);
   EXPECT_EQ(allocations_of([&] { const MAP map(std::move(plain_r), std::move(plain_t), KPT_NOT_ELIMINATED); }), 0U);
-  // The table's own block.
+  // The block of the table.
   EXPECT_EQ(allocations_of([&] { const MAP map(std::move(r), std::move(t), std::move(table), KPT_NOT_ELIMINATED); }),
             1U);
 }
@@ -165,7 +165,7 @@ TEST(MapSize, QueriesOnLargerGroupsAllocateNothingButTheListTheyReturn) {
             }),
             0U);
   EXPECT_EQ(visited, 14U);
-  // The host opens an account at the first block of a type.
+  // The host starts an account at the first block of a type.
   visited += map.get_t_registers_at_index(0).size() + handle.get_transformed_inverted_equivalents(0).size();
   EXPECT_EQ(allocations_of([&] { visited += map.get_r_representative_equivalents(0).size(); }), 1U);
   EXPECT_EQ(allocations_of([&] { visited += map.get_t_representative_inverted_equivalents(0).size(); }), 1U);

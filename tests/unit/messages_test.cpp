@@ -28,8 +28,8 @@ TEST(Messages, RegisterNotInTheTransformedSet) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// All four placeholders are filled although the message gives the host a
-// count of two.
+// All four placeholders are filled, although the message gives the host a count
+// of two.
 TEST(Messages, SyntaxErrorNamesFileLineColumnAndText) {
   const HOST_LINES lines;
   post_and_delete(MSG_KPT::E::PARSER_REPORTED_SYNTAX_ERROR_IN_XML_FILE("dir/top.kpt", 12, 34, "expected '>'"));
@@ -80,7 +80,7 @@ TEST(Messages, DebugMessageIsDroppedWhileDebugIsOff) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// Debug texts are printf's: an identifier behind a "/" is part of the text.
+// A debug text is a printf format: an identifier after a "/" is part of the text.
 TEST(Messages, DebugMessageHasNoIdentifier) {
   const HOST_LINES lines;
   post_and_delete(MSG_KPT::DEBUG_MSG("%s/EKPT_FOO", "path"));

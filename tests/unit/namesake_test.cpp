@@ -1,4 +1,4 @@
-// Registers of one set looked up and deleted in another by what they are called now.
+// Registers of one set are looked up and deleted in another set by their present names.
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_keypoint_set_impl.h"
@@ -39,7 +39,7 @@ TEST_F(Namesake, FollowsAChangeOfKind) {
   EXPECT_EQ(set.get_namesake(*changed, other), instance);
 }
 
-// A set has no hash for a register that is not its own.
+// A set has no hash for a register of another set.
 TEST_F(Namesake, IsFoundAlsoForARegisterOfAThirdSetOrOfNone) {
   KPT_KEYPOINT_SET_IMPL third;
   KPT_KEYPOINT* x = set.add_register(1, "x");

@@ -1,4 +1,4 @@
-// Places for objects whose constructors may fail.
+// Slots for objects whose constructors may fail.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Has a table of virtual functions before anything can fail, as a keypoint has.
+// It has a table of virtual functions before anything can fail, like a keypoint.
 class OBJECT {
  public:
   explicit OBJECT(bool fails) : m_number(7) {

@@ -1,7 +1,7 @@
-// A process that leaves databases to the manager and ends, one way or another.
-// What it ends in is checked once the manager has had its end: no memory of
-// the host may be left, and the leak checker, where there is one, looks for the
-// rest.
+// A process that leaves databases to the manager and ends in one of several
+// ways. The result is checked after the manager's end: the host must have no
+// memory left, and a leak checker, where there is one, looks for other
+// leaks.
 //
 // Usage: kpt_process_end WAY FILE, where FILE is a database file of the name "top".
 #include <unistd.h>
@@ -30,7 +30,7 @@ void require_no_live_blocks() {
   }
 }
 
-// Made before the manager and so destroyed after it.
+// Made before the manager, and so destroyed after it.
 class LAST {
  public:
   ~LAST() {
@@ -89,7 +89,7 @@ void fill_the_manager(const char* file) {
   manager->record_new_db(twice);
 }
 
-// A handle is alive on every level that the exit leaves behind.
+// There is a handle on every level that the exit leaves.
 [[noreturn]] void exit_from_within(int levels) {
   const KPT_KEYPOINTS_DB handle = *KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db("left");
   if (levels == 0 || handle.is_null()) {

@@ -1,5 +1,5 @@
-// Events on registers that passes report through the handle: results,
-// registers, maps, and the exact debug lines of every operation in their order.
+// The events that passes report through the handle: results, registers, maps, and
+// the exact debug lines of every operation, in order.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -348,7 +348,7 @@ TEST_F(Recording, NamesAreNotTakenForFormats) {
   EXPECT_THAT(lines.debug(), ElementsAre("Inverter retimed register %s%n%d"));
 }
 
-// Names come as views, which need not end where the text behind them does.
+// Names are views, which need not end where the text that contains them ends.
 TEST_F(Recording, NamesMayBePartsOfLongerTexts) {
   const std::string text = "a,x,y,";
   const std::string_view a = std::string_view(text).substr(0, 1);
@@ -363,7 +363,7 @@ TEST_F(Recording, NamesMayBePartsOfLongerTexts) {
                                          "Inverter retimed register x", "Eliminated register no_fanout x"));
 }
 
-// A name may be the very text of a register that the event takes away.
+// A name may be the text of the very register that the event deletes.
 TEST_F(Recording, NamesMayComeFromTheRegistersThemselves) {
   const std::string longer = "a name that is too long to be kept in place";
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
@@ -377,7 +377,7 @@ TEST_F(Recording, NamesMayComeFromTheRegistersThemselves) {
               ElementsAre("Merged registers: x <- " + longer, "Eliminated register no_fanout " + longer + "2"));
 }
 
-// Deleted registers keep their texts for the maps that still list them.
+// Deleted registers keep their texts for the maps that list them.
 TEST_F(Recording, MapNamesARegisterThatWasOverwritten) {
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
   db.impl().add_to_register_set(KPT_TRANSFORMED_SET, 1000, "x");
@@ -387,7 +387,7 @@ TEST_F(Recording, MapNamesARegisterThatWasOverwritten) {
   EXPECT_FALSE(db->set_inverter_retimed_register("x"));
 }
 
-// Registers come and go, but no later one is ever taken for an earlier one.
+// Registers are added and deleted, but no later one is ever taken for an earlier one.
 TEST_F(Recording, AddressOfADeletedRegisterIsNeverGivenToAnother) {
   ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
   ASSERT_TRUE(db->set_replicated_registers("x", "gone"));

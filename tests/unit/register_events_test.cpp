@@ -1,4 +1,4 @@
-// The register events of a transformation set: what they do to maps and indexes.
+// The register events of a transformation set, and what they do to maps and indexes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -150,7 +150,7 @@ TEST_F(MergeKeypoints, SurvivorTakesTheStatusOfTheAbsorbedMap) {
   EXPECT_EQ(a->get_elim_status(), KPT_STUCK_AT_ZERO);
 }
 
-// A simple union takes the first pair over; the absorbed map goes with the rest.
+// A simple union takes the first pair; the absorbed map is deleted with the rest.
 TEST_F(MergeKeypoints, FurtherPairsOfAPlainAbsorbedMapAreLost) {
   KPT_TRANSFORMATION_IMPL* a = plain("a~", "x~");
   plain("b~|c~", "y~|z~");
@@ -161,8 +161,8 @@ TEST_F(MergeKeypoints, FurtherPairsOfAPlainAbsorbedMapAreLost) {
   EXPECT_THAT(index_differences(set, {k["c"], k["z"]}), IsEmpty());
 }
 
-// The survivor has no pair to add to: the union fails, is passed over, and
-// the absorbed map goes all the same.
+// The survivor has no pair to which the union could add. The union fails, its
+// result is ignored, and the absorbed map is deleted anyway.
 TEST_F(MergeKeypoints, FailedUnionIsPassedOver) {
   KPT_TRANSFORMATION_IMPL* a = plain("", "x~");
   plain("b~", "y~");
@@ -303,7 +303,7 @@ TEST_F(DeleteMergedKeypoint, EntryGoesEvenWhenTheGroupDoesNotListIt) {
   EXPECT_EQ(of_t("y"), "none");
 }
 
-// A client may have pointed a register's entry at another map, and deleted that one.
+// A client may have changed a register's entry to another map, and then deleted that map.
 TEST_F(DeleteMergedKeypoint, FalseWhenTheEntryLeadsToADeletedMap) {
   KPT_TRANSFORMATION_IMPL* map = plain("a~", "x~");
   KPT_TRANSFORMATION_IMPL* later = set.add_map(k["b"], nullptr);
@@ -435,8 +435,8 @@ TEST_F(EliminateMap, LastStateRegisterWithoutFanoutDropsPairAndColumn) {
   EXPECT_EQ(states_of(map->state_table()), (STATES{"0 1", "1 0"}));
 }
 
-// Before the map is edited it counts the registers of the index; nothing is
-// empty then, so no line is issued. Afterwards a walk over it issues them.
+// Before the map is changed, it counts the registers of the index. Nothing is
+// empty then, so no line is issued. A later walk over it issues the lines.
 TEST_F(EliminateMap, MapThatIsLeftEmptyIsReportedWhenItIsDeleted) {
   KPT_TRANSFORMATION_IMPL* map = plain("a~", "x~");
   set.set_eliminated_map(k["x"], KPT_STUCK_AT_ZERO);

@@ -108,8 +108,8 @@ TEST(StateTableImpl, WriteToColumnZeroIsRefused) {
   EXPECT_EQ(states_of(table), (STATES{"00 00", "00 00"}));
 }
 
-// A read of the same place is answered from the row below. A write that
-// followed it there would change another state.
+// A read of that position returns an entry of the row below. A write there would
+// change another state.
 TEST(StateTableImpl, WriteBeyondTheLastColumnIsRefusedThoughAReadIsNot) {
   const HOST_LINES lines;
   KPT_STATE_TABLE_IMPL table = make_table({"00 00", "10 10"});
@@ -162,8 +162,8 @@ TEST(StateTableImpl, ReadBeyondTheReferenceTableIsCodeTwoWithTheMessage) {
   EXPECT_THAT(lines.tags(), ElementsAre("KPT"));
 }
 
-// Logs are searched for this one line; a letter of its own for the
-// transformed table would hide half the cases.
+// People search logs for this one line; another letter for the transformed table
+// would hide half of the cases.
 TEST(StateTableImpl, ReadBeyondTheTransformedTableNamesTheReferenceTable) {
   const HOST_LINES lines;
   EXPECT_EQ(KPT_STATE_TABLE_IMPL(2, 2, 2).get_transformed_entry(3, 2), 2);
@@ -178,8 +178,8 @@ TEST(StateTableImpl, ReadOfAnUnknownSideIsCodeThreeAndSilent) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// Clients that step past the last column get the next state's registers; a
-// strict check would turn their answers into code 2.
+// Clients that read past the last column get the registers of the next state.
+// With a strict check they would get code 2.
 TEST(StateTableImpl, ReadOfAColumnBeyondTheCountReadsOnIntoTheNextRow) {
   const HOST_LINES lines;
   const KPT_STATE_TABLE_IMPL table = make_table({"000 00", "010 01"});
@@ -223,7 +223,7 @@ TEST(StateTableImpl, ProductNeverRefusesInATableOfMoreThan65535Entries) {
   EXPECT_THAT(lines.debug(), IsEmpty());
 }
 
-// Row 2, column 0 would be the last entry of row 1 by the formula.
+// By the formula, row 2, column 0 would be the last entry of row 1.
 TEST(StateTableImpl, RowZeroAndColumnZeroReadAsOutOfBoundsEvenWhereABitExists) {
   const HOST_LINES lines;
   const KPT_STATE_TABLE_IMPL table = make_table({"11 11", "11 11"});
@@ -370,8 +370,8 @@ TEST(StateTableImpl, FewerThanTwoColumnsAreAlwaysCanonical) {
   EXPECT_TRUE(KPT_STATE_TABLE_IMPL(7, 1, 0).is_r_table_in_canonical_form());
 }
 
-// Nothing tells the columns of such a table apart; were it canonical, a map
-// whose states are not filled in yet would hide its redundant registers.
+// No state distinguishes the columns of such a table. If it were canonical, a map
+// whose states are not filled yet would hide its redundant registers.
 TEST(StateTableImpl, SeveralColumnsWithoutAStateAreNotCanonical) {
   EXPECT_FALSE(KPT_STATE_TABLE_IMPL(0, 2, 0).is_r_table_in_canonical_form());
   EXPECT_FALSE(KPT_STATE_TABLE_IMPL(0, 0, 3).is_t_table_in_canonical_form());
@@ -382,7 +382,7 @@ TEST(StateTableImpl, SeveralColumnsInOneStateAreNeverCanonical) {
   EXPECT_FALSE(make_table({"01 00"}).is_t_table_in_canonical_form());
 }
 
-// Every read of an unknown side is code 3, so all of its columns look alike.
+// Every read of an unknown side is code 3, so all of its columns are equal.
 TEST(StateTableImpl, UnknownSideIsCanonicalOnlyBelowTwoTransformedColumns) {
   const HOST_LINES lines;
   EXPECT_FALSE(make_table({"0 00", "0 01"}).is_table_in_canonical_form(UNKNOWN));

@@ -46,8 +46,8 @@ TEST(FlipColumn, LeavesATableWithoutRowsOrColumnsAlone) {
   EXPECT_TRUE(no_columns == KPT_STATE_TABLE_IMPL(2, 1, 0));
 }
 
-// The position is formed as it is for any column, so it falls into the rows
-// below; the last row's is past the end and there is nothing to invert.
+// The position is computed as for any column, so it is in the rows below. For the
+// last row it is past the end, and nothing is inverted.
 TEST(FlipColumn, ColumnBeyondTheCountInvertsTheRowsBelow) {
   KPT_STATE_TABLE_IMPL table = make_table({"0 00", "0 00", "0 00"});
   table.flip_bits_of_t_column(3);
@@ -82,9 +82,9 @@ TEST(RowList, ListsTheRowsOfAValueFromZeroUpwards) {
   EXPECT_THAT(table.get_row_list(1, true), ElementsAre(0, 1));
 }
 
-// Reference bits 100 010 001 read with a stride of one: positions 0, 1, 2. A
-// stride of the reference columns would list row 0 alone for column 0 and
-// rows of other states for the rest.
+// Reference bits 100 010 001, read with a row length of one: positions 0, 1, 2.
+// With the row length of the reference table, column 0 would give only row 0, and
+// the other columns rows of other states.
 TEST(RowList, StepsByTheTransformedColumnsThroughTheReferenceTable) {
   const KPT_STATE_TABLE_IMPL table = make_table({"100 0", "010 0", "001 0"});
   EXPECT_THAT(table.get_row_list(0, true), ElementsAre(0));
@@ -131,8 +131,8 @@ TEST(GrayRows, ComparesTheBitsAtRowTimesColumn) {
   EXPECT_FALSE(differ_at_2.rows_are_gray(1, 2, 1));
 }
 
-// These two states differ in the second register alone, which a stride of the
-// columns would find. The positions are 0 and 0, 0 and 1.
+// These two states differ only in the second register, which a correct position
+// would show. The positions are 0 and 0, 0 and 1.
 TEST(GrayRows, StatesThatDifferInOneRegisterNeedNotBeGray) {
   EXPECT_FALSE(make_table({"00 ", "01 "}).rows_are_gray(0, 1, 1));
   EXPECT_TRUE(make_table({"01 ", "00 "}).rows_are_gray(0, 1, 1));
@@ -174,8 +174,8 @@ TEST(Unateness, IsTrueForATableWhoseRegistersMoveTogether) {
   EXPECT_TRUE(table.check_negative_unateness(0, 0));
 }
 
-// Consumers take a state machine's registers as related both ways and skip the
-// check of their own; an honest answer would send them elsewhere.
+// Consumers take the registers of a state machine as related in both ways, and
+// skip their own check. Another answer would make them do something else.
 TEST(Unateness, IsTrueThoughTheTableSaysOtherwise) {
   const KPT_STATE_TABLE_IMPL table = make_table({"01 1", "00 0", "11 0", "10 1"});
   for (unsigned short r = 0; r < 3; ++r) {
@@ -213,8 +213,8 @@ TEST(SimpleTable, OfNoStatesIsTrueAndChangesNothing) {
   EXPECT_EQ(states_of(table), (STATES{"11 11"}));
 }
 
-// The value is whether the character's code is 1. Taking the digit "1" for
-// true would fill tables that every stage so far has found all false.
+// The value is whether the character's code is 1. If the digit "1" meant true,
+// tables would be filled that every stage expects to be false.
 TEST(SimpleTable, WritesFalseForEveryDigitOfTheStateNumber) {
   KPT_STATE_TABLE_IMPL table = make_table({"11 11", "11 11", "11 11", "11 11"});
   EXPECT_TRUE(table.update_simple_table(4, 2));  // 0, 1, 10, 11
@@ -366,7 +366,7 @@ TEST(RemoveInvalidRows, OnATableWithoutStatesIsTrue) {
   EXPECT_TRUE(table == KPT_STATE_TABLE_IMPL(0, 1, 2));
 }
 
-// Both reads give code 2, and equal codes agree.
+// Both reads give code 2, and equal codes count as equal.
 TEST(RemoveInvalidRows, TwoColumnsOutOfBoundsAgreeAndSaySo) {
   const HOST_LINES lines;
   KPT_STATE_TABLE_IMPL table = make_table({"0 10"});

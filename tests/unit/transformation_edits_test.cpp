@@ -100,7 +100,7 @@ TEST_F(TransformationEdits, RetimingWhileTheNGroupKeepsARegisterLeavesTheTable) 
   EXPECT_TRUE(map.set_inverter_retimed_register(k["x"]));
   EXPECT_EQ(text_of(map), "a~ -> ~y x");
   EXPECT_EQ(states_of(map.get_register_state_table()), (STATES{"0 1", "1 0"}));
-  // The first to come back turns the representative, whichever it is.
+  // The first register that comes back inverts the representative, whichever it is.
   EXPECT_TRUE(map.set_inverter_retimed_register(k["x"]));
   EXPECT_EQ(text_of(map), "a~ -> x~y");
   EXPECT_EQ(states_of(map.get_register_state_table()), (STATES{"0 0", "1 1"}));
@@ -314,7 +314,7 @@ TEST_F(TransformationEdits, TheTableOfAMapWithoutTransformedColumnsCannotLoseOne
 
 TEST_F(TransformationEdits, ColumnsOutsideTheTable) {
   MAP map = fsm("a~", "x~|y~", {"0 01", "1 10"});
-  // Column 0 is out of bounds in every row; column 2 is not: no state is left.
+  // Column 0 is out of bounds in every row, and column 2 is not, so no state is left.
   EXPECT_TRUE(map.update_state_table(2, 0));
   EXPECT_EQ(states_of(map.get_register_state_table()), STATES{});
   EXPECT_EQ(map.state_table().get_num_transformed_registers(), 1);

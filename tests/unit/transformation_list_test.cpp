@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using MAPS = std::vector<KPT_TRANSFORMATION_IMPL*>;
 
-// A list is filled by its set alone.
+// Only a set can fill a list.
 class TransformationList : public testing::Test {
  protected:
   KPT_TRANSFORMATION_IMPL* add() { return set.add_map(k["a"], k["x"]); }

@@ -243,7 +243,7 @@ TEST_F(TransformationQueries, EmptyIndicesAreNotUnateUnlessANullIsListed) {
     EXPECT_FALSE(plain("", "").register_association_is_unate(0, 0, unate));
   }
   EXPECT_TRUE(plain("null~", "null~").association_is_positive_unate(0, 0));
-  // Index 1 is empty: it stands in neither group, though the search finds the null of index 0.
+  // Index 1 is empty: its null is in neither group, though the search finds the null of index 0.
   EXPECT_TRUE(plain("null~|~", "null~|~").association_is_negative_unate(1, 1));
   EXPECT_FALSE(plain("null~|~", "null~|~").association_is_positive_unate(1, 1));
 }

@@ -324,8 +324,8 @@ TEST_F(TransformationSet, EntryOfARegisterThatTheDeletedMapDoesNotListIsAbsent) 
   EXPECT_EQ(set.get_map_of_t_keypoint(k["copy"]), nullptr);
 }
 
-// The entry that stayed behind must not lead to the map that is given the
-// deleted one's memory.
+// The entry that stayed must not lead to the map that gets the memory of the
+// deleted one.
 TEST_F(TransformationSet, EntryThatIsLeftBehindNeverLeadsToALaterMap) {
   KPT_TRANSFORMATION_IMPL* map = set.add_map(k["a"], k["x"]);
   set.record_replicated_keypoint_map(k["copy"], map);
@@ -412,7 +412,7 @@ TEST_F(TransformationSet, HandleIsNullWithoutASet) {
 
 // --- destruction ---
 
-// Every block that the maps took is given back, and no keypoint is looked at: the address checks see that.
+// All memory of the maps is freed, and no keypoint is read: the address checks show that.
 TEST(TransformationSetEnd, MapsMayListKeypointsThatAreGone) {
   const auto live_blocks = [] {
     unsigned long blocks = 0;

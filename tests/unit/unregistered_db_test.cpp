@@ -1,4 +1,4 @@
-// A database as a value, outside the manager's registry.
+// A value that owns a database outside the manager's registry.
 #include "db/kpt/kpt_unregistered_db.h"
 
 #include <gmock/gmock.h>

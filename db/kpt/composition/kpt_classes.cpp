@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::uint8_t VALUES = KPT_CLASSES::IS_ZERO | KPT_CLASSES::IS_ONE;
 
-// A class that is known as neither is so in either sense.
+// Marks without a value are the same for the inverse.
 std::uint8_t turned(std::uint8_t marks) {
   return (marks & VALUES) == 0 ? marks : static_cast<std::uint8_t>(marks ^ VALUES);
 }

@@ -1,11 +1,11 @@
-// Registers of all netlists in classes of equal and inverse ones: disjoint
-// sets with parity.
+// Puts the registers of all netlists into classes of equal and inverse ones:
+// disjoint sets with parity.
 //
-// Ownership: owns its arrays. A register is a number here, a node.
+// Ownership: owns its arrays. A register is a number here, which is called a node.
 //
-// The first node of a class leads it, so that what is written out in the order
-// of nodes comes in the order of the first netlist. Near linear: paths are
-// halved as they are walked.
+// The first node of a class is its leader, so results that are written in the
+// order of nodes are in the order of the first netlist. Nearly linear: every walk
+// halves the paths that it follows.
 #ifndef KPT_CLASSES_H
 #define KPT_CLASSES_H
 
@@ -17,18 +17,18 @@ class KPT_CLASSES {
  public:
   using NODE = std::uint32_t;
 
-  /// A node as its leader has it: the leader's value, or the inverse.
+  /// A node expressed by its leader: the leader's value, or the inverse.
   struct LITERAL {
     NODE leader;
     bool inverted;
   };
   enum OUTCOME { NOTHING_NEW, TAKEN, CONTRADICTION };
-  /// What is known of a class beside its members.
+  /// What is known of a class besides its members.
   enum MARK : std::uint8_t {
     UNMARKED = 0,
     IS_ZERO = 1,
     IS_ONE = 2,
-    PARTIAL = 4,         // not all that became of it is known
+    PARTIAL = 4,         // what became of it is known only in part
     WITHOUT_FANOUT = 8,  // a member was removed because it drove nothing
     AT_AN_END = 16       // a member is of the first or the last netlist
   };
@@ -59,9 +59,9 @@ class KPT_CLASSES {
     return {node, inverted != 0};
   }
 
-  /// Says that two nodes are equal, or inverse. The leader that gave way is left in `*absorbed`.
+  /// Records that two nodes are equal, or inverse. `*absorbed` gets the leader that is one no more.
   OUTCOME unite(NODE a, NODE b, bool inverse, NODE* absorbed = nullptr);
-  /// Says that a node is constant.
+  /// Records that a node is constant.
   OUTCOME set_value(NODE node, bool value);
 
   bool has_value(NODE leader) const { return (m_marks[leader] & (IS_ZERO | IS_ONE)) != 0; }
@@ -70,8 +70,8 @@ class KPT_CLASSES {
   bool is_marked(NODE leader, MARK mark) const { return (m_marks[leader] & mark) != 0; }
 
  private:
-  KPT_VECTOR<std::uint32_t> m_links;  // the node above, and whether it is the inverse
-  KPT_VECTOR<std::uint8_t> m_marks;   // of leaders
+  KPT_VECTOR<std::uint32_t> m_links;  // the parent node, and whether the node is its inverse
+  KPT_VECTOR<std::uint8_t> m_marks;   // for leaders
 };
 
 #endif

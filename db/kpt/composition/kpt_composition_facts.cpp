@@ -5,8 +5,8 @@
 
 namespace {
 
-// Items of a list in an attribute stand behind each other with a comma, those
-// of notes with a semicolon.
+// The items of a list in an attribute are separated by commas, the items of notes
+// by semicolons.
 void add_items(std::string_view list, std::string_view separator, KPT_VECTOR<KPT_STRING>* items) {
   while (!list.empty()) {
     const std::size_t end = std::min(list.find(separator), list.size());
@@ -27,7 +27,7 @@ KPT_STRING joined(const KPT_VECTOR<KPT_STRING>& items, std::string_view separato
   return text;
 }
 
-// From the least certain on. A fact that says nothing of its worth is claimed.
+// In order of increasing certainty. A fact without a status counts as claimed.
 constexpr std::string_view WORTH[] = {"refuted", "claimed", "proved"};
 
 std::size_t worth_of(std::string_view status) {

@@ -1,5 +1,5 @@
-// What maps carry beside their statements, handed on from all stages: which
-// passes did it, in which stages, how certain it is, and notes.
+// Attributes of maps, which the composition combines from all stages: the passes,
+// the stages, the status, and notes.
 //
 // Ownership: refers to the maps of the stages.
 #ifndef KPT_COMPOSITION_FACTS_H
@@ -14,14 +14,14 @@ class KPT_COMPOSITION_FACTS {
   using NODE = KPT_CLASSES::NODE;
   using NUMBERS = KPT_VECTOR<std::uint32_t>;
 
-  /// Collects nothing where no map has an attribute.
+  /// Collects nothing when no map has an attribute.
   KPT_COMPOSITION_FACTS(const KPT_NETLISTS::STAGES& stages, const KPT_NETLISTS& netlists,
                         const KPT_STATEMENTS& statements, KPT_CLASSES& classes);
 
   bool empty() const { return m_facts.empty(); }
-  /// The numbers of the maps that speak of the class.
+  /// The numbers of the maps that make a statement about the class.
   const NUMBERS& of(NODE leader) const;
-  /// Hands what these maps carry to a map that rests on all of them.
+  /// Gives the attributes of these maps to a map that was made from all of them.
   void hand_on(NUMBERS numbers, KPT_TRANSFORMATION_IMPL& map) const;
 
  private:

@@ -8,13 +8,13 @@
 #include "db/kpt/kpt_register_texts.h"
 #include "db/kpt/kpt_state_table_impl.h"
 
-// What a class has at the two ends. The first register of each side stands in
-// its n group, so it represents the index.
+// The members of a class in the two end netlists. The first register of each side
+// is in its n group, so it represents the index.
 struct KPT_COMPOSITION_WRITER::MEMBERS {
   NI_PAIR r;
   NI_PAIR t;
   NUMBER first = NONE;
-  bool r_inverted = false;  // the first of the side is the inverse of the leader
+  bool r_inverted = false;  // the first register of the side is the inverse of the leader
   bool t_inverted = false;
   bool has_r() const { return !r.first.empty(); }
   bool has_t() const { return !t.first.empty(); }
@@ -47,8 +47,8 @@ void KPT_COMPOSITION_WRITER::chain(const KPT_NETLISTS::ENDS& ends, NUMBER from) 
   }
 }
 
-// A class is a column of one machine. It may be that of two where a join was
-// too large: the first has it then.
+// A class is a column of one machine. Where a join was too large it may be a
+// column of two machines; the first machine then has it.
 void KPT_COMPOSITION_WRITER::place_machines() {
   for (std::size_t k = 0; k < m_machines.size(); ++k) {
     KPT_RELATION& relation = m_machines[k].relation;
@@ -104,7 +104,7 @@ void KPT_COMPOSITION_WRITER::enter_first() {
   }
 }
 
-// The register in the new database; one of the last netlist is made by this.
+// The register in the new database. A register of the last netlist is created by this call.
 KPT_KEYPOINT* KPT_COMPOSITION_WRITER::keypoint(NUMBER number) {
   if (is_first(number)) {
     return m_written[number];
@@ -116,8 +116,8 @@ KPT_KEYPOINT* KPT_COMPOSITION_WRITER::keypoint(NUMBER number) {
   return made;
 }
 
-// The registers of the last netlist lie anywhere in memory: asks for one of
-// them, its hash and its name ahead.
+// The registers of the last netlist are scattered in memory. Prefetches a later
+// one, its hash and its name.
 void KPT_COMPOSITION_WRITER::fetch_behind(NUMBER number) const {
   constexpr NUMBER STEP = 8;
   const auto next_of = [&](NUMBER ahead) { return ahead < m_netlists.first().size() ? m_next[ahead] : NONE; };
@@ -150,8 +150,8 @@ KPT_COMPOSITION_WRITER::MEMBERS KPT_COMPOSITION_WRITER::members_of(NODE leader) 
   return members;
 }
 
-// What is known of a class alone: a constant, copies in the last netlist, no
-// fanout, or equal registers of one end.
+// What is known of one class without a machine: a constant, copies in the last
+// netlist, no fanout, or equal registers of one end netlist.
 void KPT_COMPOSITION_WRITER::write_class(NODE leader) {
   const auto in_machine = m_machine_of.find(leader);
   if (in_machine != m_machine_of.end()) {
@@ -172,8 +172,8 @@ void KPT_COMPOSITION_WRITER::write_class(NODE leader) {
   }
 }
 
-// The i group of the transformed side holds what is the inverse of the n group
-// of the reference side.
+// The i group of the transformed side holds the inverse of the n group of the
+// reference side.
 void KPT_COMPOSITION_WRITER::write_plain(NODE leader, MEMBERS members, KPT_ELIM_ENUM status, bool is_partial) {
   if (members.has_r() && members.has_t() && members.r_inverted != members.t_inverted) {
     members.t.first.swap(members.t.second);

@@ -1,8 +1,8 @@
 // Writes classes and machines into a database as maps, in the order of the
 // first netlist.
 //
-// Ownership: refers to everything that it is given; the database owns what is
-// written.
+// Ownership: refers to everything that it is given. The database owns what is
+// written into it.
 #ifndef KPT_COMPOSITION_WRITER_H
 #define KPT_COMPOSITION_WRITER_H
 
@@ -19,7 +19,7 @@ class KPT_COMPOSITION_WRITER {
   void write();
 
  private:
-  using NUMBER = std::uint32_t;  // of a register of an end netlist: the first, then the last
+  using NUMBER = std::uint32_t;  // of a register of the first netlist, then of the last one
   static constexpr NUMBER NONE = UINT32_MAX;
   struct MEMBERS;
 
@@ -45,8 +45,8 @@ class KPT_COMPOSITION_WRITER {
   const KPT_COMPOSITION_FACTS& m_facts;
   KPT_KEYPOINTS_DB_IMPL& m_db;
   KPT_VECTOR<KPT_KEYPOINT*> m_written;  // the new registers of the first netlist
-  // The members of a class at the ends, in order: the first of each leader,
-  // and behind each the next.
+  // The members of a class in the end netlists, in order: the first one of each
+  // leader, and after each member the next.
   KPT_VECTOR<NUMBER> m_heads;
   KPT_VECTOR<NUMBER> m_tails;
   KPT_VECTOR<NUMBER> m_next;

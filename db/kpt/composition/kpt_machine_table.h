@@ -1,7 +1,7 @@
-// What a map says beside its groups: when its status is a value, when its
-// table is to be believed, and whether it shows all copies.
+// Questions about a map besides its groups: whether its status is a value,
+// whether its table can be read, and whether it shows all copies.
 //
-// Ownership: plain questions.
+// Ownership: none.
 #ifndef KPT_MACHINE_TABLE_H
 #define KPT_MACHINE_TABLE_H
 
@@ -16,9 +16,9 @@ inline bool kpt_is_partial(const KPT_TRANSFORMATION_IMPL& map) {
 
 inline bool kpt_is_stuck(KPT_ELIM_ENUM status) { return status == KPT_STUCK_AT_ZERO || status == KPT_STUCK_AT_ONE; }
 
-/// Events on the bits of a machine leave tables that have not its sides' size,
-/// a status that the table does not say, or a column whose register is gone
-/// while its inverted replicas stay: such a table is not to be read.
+/// Events on the bits of a machine may leave a table whose size does not fit its
+/// sides, a status that differs from the table, or a column whose register is
+/// gone while its inverted replicas stay. Such a table is not read.
 inline bool kpt_table_fits(const KPT_TRANSFORMATION_IMPL& map) {
   if (!map.attributes().empty() && std::string_view(map.get_attribute(KPT_PARTIAL)) == KPT_PARTIAL_TABLE) {
     return false;

@@ -66,8 +66,8 @@ bool KPT_MACHINES::settle_all() {
   return true;
 }
 
-// What a table says of its classes is no contradiction: columns that are left
-// are of different classes of which no value is known.
+// A table cannot contradict the classes here: its remaining columns are different
+// classes, and no value of them is known.
 bool KPT_MACHINES::settle(ID id) {
   KPT_RELATION& relation = m_machines[id].relation;
   const KPT_RELATION::COLUMNS before = relation.columns();
@@ -99,8 +99,8 @@ void KPT_MACHINES::wake(NODE leader) {
   }
 }
 
-// A table that has both columns is among the users of either, so those of the
-// rarer one are woken.
+// A table that has both columns is a user of both, so it is enough to wake the
+// users of the rarer column.
 void KPT_MACHINES::take_over_users(NODE absorbed) {
   NUMBERS taken = std::move(m_users[absorbed]);
   m_users.erase(absorbed);

@@ -1,13 +1,13 @@
 // The state machines of all stages, joined where they share a register.
 //
-// Ownership: owns its tables; the classes are the caller's and take up what
-// the tables say of them.
+// Ownership: owns its tables. The caller owns the classes, to which the tables
+// add what they say.
 //
-// A table's columns are classes. It is settled first: columns that are
-// constant or twins are said of the classes, and whatever table has a class of
-// which something became known is settled again. Then tables that share a
-// class become one, columns that no end netlist and no other table has are
-// projected away, and what is left comes apart into its factors.
+// The columns of a table are classes. A table is settled first: constant and
+// repeated columns become facts of the classes, and every table with such a class
+// is settled again. Then tables that share a class are joined. Columns that
+// neither an end netlist nor another table has are projected away. The rest is
+// split into its factors.
 #ifndef KPT_MACHINES_H
 #define KPT_MACHINES_H
 
@@ -23,7 +23,7 @@ class KPT_MACHINES {
   using NUMBERS = KPT_VECTOR<std::uint32_t>;
   struct MACHINE {
     KPT_RELATION relation;  // its columns are nodes
-    NUMBERS facts;          // which maps it comes from, as the caller numbers them
+    NUMBERS facts;          // the maps that it comes from, by the caller's numbers
   };
 
   explicit KPT_MACHINES(KPT_CLASSES& classes) : m_classes(classes) {}
@@ -31,17 +31,17 @@ class KPT_MACHINES {
   void add(KPT_RELATION relation, NUMBERS facts) { m_machines.push_back({std::move(relation), std::move(facts)}); }
   bool empty() const { return m_machines.empty(); }
 
-  /// False when a table has no row left: `conflict` then has its columns.
+  /// False when a table has no row left; `conflict` then has its columns.
   bool solve();
   const KPT_RELATION::COLUMNS& conflict() const { return m_conflict; }
 
-  /// After `solve`: tables of two or more columns, each the leader of its class.
+  /// After `solve`: tables of two or more columns. Each column is the leader of its class.
   const KPT_VECTOR<MACHINE>& solved() const { return m_solved; }
-  /// The columns of tables that were left apart because a join was too large.
+  /// The columns of tables that were not joined because the result would be too large.
   const KPT_VECTOR<KPT_RELATION::COLUMNS>& left_apart() const { return m_left_apart; }
 
-  /// Gives each column the name of its leader and takes out constant and
-  /// repeated ones. False when no row is left.
+  /// Gives each column the name of its leader, and removes constant and repeated
+  /// columns. False when no row is left.
   static bool resolve(KPT_RELATION& relation, KPT_CLASSES& classes);
 
  private:
@@ -57,12 +57,12 @@ class KPT_MACHINES {
 
   KPT_CLASSES& m_classes;
   KPT_VECTOR<MACHINE> m_machines;
-  KPT_VECTOR<bool> m_gone;     // joined into another, or finished
+  KPT_VECTOR<bool> m_gone;     // joined with another, or finished
   KPT_VECTOR<bool> m_waiting;  // in the queue
   std::deque<ID, MEM_STL_ALLOCATOR<ID>> m_queue;
   boost::unordered_flat_map<NODE, NUMBERS, boost::hash<NODE>, std::equal_to<>,
                             MEM_STL_ALLOCATOR<std::pair<const NODE, NUMBERS>>>
-      m_users;  // of each leader, the machines with that column
+      m_users;  // for each leader, the machines with that column
   KPT_VECTOR<MACHINE> m_solved;
   KPT_VECTOR<KPT_RELATION::COLUMNS> m_left_apart;
   KPT_RELATION::COLUMNS m_conflict;

@@ -51,8 +51,8 @@ void KPT_NETLISTS::add_t(std::size_t stage) {
   m_taken.resize(m_classes.size());
 }
 
-// A node is one register of the stage behind it: of two that have been given
-// one name, the first in the order of the set.
+// A node is one register of the stage after it. When two registers have one name,
+// it is the first in the order of the set.
 bool KPT_NETLISTS::take(NODE node) {
   if (node == NONE || m_taken[node]) {
     return false;
@@ -87,9 +87,9 @@ void KPT_NETLISTS::link(std::size_t stage) {
   m_fits.push_back(fit);
 }
 
-// The register as the last stage that mentions it left it, or a register of
-// the first netlist when none does. NONE when a stage started from it and did
-// not end in it: this one is another.
+// The register in which the last stage that mentions it ends, or a register of
+// the first netlist when no stage mentions it. NONE when a stage starts from it
+// and does not end in it: the register at hand is then another one.
 KPT_NETLISTS::NODE KPT_NETLISTS::kept_before(std::size_t stage, REGISTER& keypoint) {
   for (std::size_t before = stage; before-- > 0;) {
     const NODE node = node_in_t(before, keypoint, r_set(stage));
@@ -106,7 +106,7 @@ KPT_NETLISTS::NODE KPT_NETLISTS::kept_before(std::size_t stage, REGISTER& keypoi
   return node;
 }
 
-// A later stage that starts from the register has taken it already.
+// Whether no later stage starts from the register; such a stage has taken it already.
 bool KPT_NETLISTS::is_kept_behind(std::size_t stage, REGISTER& keypoint) const {
   for (std::size_t behind = stage + 1; behind < m_stages.size(); ++behind) {
     if (r_set(behind).get_namesake(keypoint, t_set(stage)) != nullptr ||
@@ -133,7 +133,7 @@ void KPT_NETLISTS::mark_lost(std::size_t stage) {
   });
 }
 
-// Looked for in all netlists: messages are few.
+// Searches all netlists: there are few messages.
 KPT_STRING KPT_NETLISTS::describe(NODE node) const {
   KPT_STRING text;
   const auto look_in = [&](std::size_t stage, const KPT_KEYPOINT_SET_IMPL& set, std::size_t netlist) {

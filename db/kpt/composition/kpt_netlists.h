@@ -1,12 +1,12 @@
-// The registers of all netlists between some stages, each as a node: netlist
-// n lies between stage n and stage n + 1, counted from 0, so n stages lead from
-// netlist 0 to netlist n.
+// The registers of all netlists, each as a node. Netlist k, counted from 0, is
+// the one between stage k - 1 and stage k. So n stages lead from netlist 0 to
+// netlist n.
 //
 // Ownership: refers to the stages and the classes, which outlive it.
 //
-// A register that one stage ends in and the next starts from is one node; it
-// is known by its name, a block instance by its name and type. One that the
-// next stage does not start from is lost: its class is marked as partial.
+// A register in which one stage ends and from which the next starts is one node. A name
+// identifies it, or for a block instance a name and a type. When the next stage does
+// not start from a register, the register is lost, and its class is marked as partial.
 #ifndef KPT_NETLISTS_H
 #define KPT_NETLISTS_H
 
@@ -20,20 +20,20 @@ class KPT_NETLISTS {
   using STAGES = KPT_VECTOR<KPT_KEYPOINTS_DB_IMPL*>;
   static constexpr NODE NONE = UINT32_MAX;
 
-  /// A register of the first or the last netlist, and the set that has it.
+  /// A register of the first or the last netlist, and the set that holds it.
   struct END {
     NODE node;
     const KPT_REGISTER_KEYPOINT_IMPL* keypoint;
     const KPT_KEYPOINT_SET_IMPL* set;
   };
   using ENDS = KPT_VECTOR<END>;
-  /// How well a stage fits the one before it.
+  /// How well a stage fits the stage before it.
   struct FIT {
     unsigned long starts_from;
     unsigned long known;
   };
 
-  /// `keeps_unrecorded`: a register that a stage does not mention goes through it.
+  /// `keeps_unrecorded`: a stage does not change a register that it does not mention.
   KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes);
 
   /// NONE for a keypoint that is null or not in the stage's sets.
@@ -42,7 +42,7 @@ class KPT_NETLISTS {
   }
   const ENDS& first() const { return m_first; }
   const ENDS& last() const { return m_last; }
-  /// Of the stages from the second on.
+  /// For the stages from the second on.
   const KPT_VECTOR<FIT>& fits() const { return m_fits; }
   /// The register's name and netlist, for a message; netlists count from 1.
   KPT_STRING describe(NODE node) const;
@@ -65,8 +65,8 @@ class KPT_NETLISTS {
   const STAGES& m_stages;
   const bool m_keeps_unrecorded;
   KPT_CLASSES& m_classes;
-  KPT_VECTOR<PLACES> m_nodes;  // of each stage, both sides
-  KPT_VECTOR<bool> m_taken;    // nodes that a next stage starts from
+  KPT_VECTOR<PLACES> m_nodes;  // for each stage, both sides
+  KPT_VECTOR<bool> m_taken;    // nodes from which a next stage starts
   ENDS m_first;
   ENDS m_last;
   KPT_VECTOR<FIT> m_fits;

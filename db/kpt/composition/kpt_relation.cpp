@@ -8,7 +8,7 @@
 
 namespace {
 
-// A row as bytes, to be a key.
+// A row as bytes, which are used as a key.
 std::string_view bytes(const std::uint64_t* words, std::size_t count) {
   return {reinterpret_cast<const char*>(words), count * sizeof *words};
 }
@@ -18,7 +18,7 @@ template <class VALUE>
 using BY_KEY = boost::unordered_flat_map<KEY, VALUE, boost::hash<KEY>, std::equal_to<>,
                                          MEM_STL_ALLOCATOR<std::pair<const KEY, VALUE>>>;
 
-// A number that looks random, the same in every run.
+// A number that looks random and is the same in every run.
 std::uint64_t scattered(std::uint64_t number) {
   number += 0x9E3779B97F4A7C15U;
   number = (number ^ number >> 30U) * 0xBF58476D1CE4E5B9U;
@@ -28,12 +28,12 @@ std::uint64_t scattered(std::uint64_t number) {
 
 }  // namespace
 
-// The rows of a relation by what they hold. It refers to the relation, whose
-// rows may move: they are known by number.
+// Finds the rows of a relation by their content. It stores row numbers, because
+// the rows may move in memory.
 class KPT_RELATION::ROW_SET {
  public:
   explicit ROW_SET(const KPT_RELATION& relation) : m_rows(0, HASH{&relation}, EQUAL{&relation}) {}
-  /// False when a row of that content is there already.
+  /// False when there is a row with that content already.
   bool insert(std::uint32_t row) { return m_rows.insert(row).second; }
 
  private:
@@ -120,8 +120,8 @@ KPT_RELATION KPT_RELATION::project(const KPT_VECTOR<std::size_t>& places) const 
   return result;
 }
 
-// Of each column a number made of the rows in which it is not what it is in
-// the first row: equal and inverse columns have the same one, a constant has 0.
+// One number for each column, made from the rows whose value differs from the column's value
+// in the first row. Equal and inverse columns have the same number; a constant column has 0.
 KPT_VECTOR<std::uint64_t> KPT_RELATION::signatures() const {
   KPT_VECTOR<std::uint64_t> result(m_columns.size());
   for (std::size_t row = 1; row < m_rows; ++row) {
@@ -144,7 +144,7 @@ bool KPT_RELATION::are_twins(std::size_t place, std::size_t other, bool inverse)
   return true;
 }
 
-// A constant is the inverse of itself in the first row, nowhere else.
+// Signatures only suggest that columns are constant or twins, so the rows are compared.
 KPT_RELATION::SETTLED KPT_RELATION::settle() {
   SETTLED settled;
   if (m_rows == 0) {
@@ -201,7 +201,7 @@ KPT_RELATION::PAIRING KPT_RELATION::PAIRING::of_shared(const KPT_RELATION& a, co
 
 namespace {
 
-// Some columns of every row, moved to other places of wider rows.
+// Copies some columns of every row to other positions of wider rows.
 KPT_VECTOR<std::uint64_t> moved(const KPT_RELATION& from, const KPT_VECTOR<std::size_t>& places, std::size_t to,
                                 std::size_t words) {
   KPT_VECTOR<std::uint64_t> bits(from.rows() * words);
@@ -233,7 +233,7 @@ bool KPT_RELATION::join(const KPT_RELATION& a, const KPT_RELATION& b, const PAIR
   const KPT_VECTOR<std::uint64_t> bits_a = moved(a, pairing.kept_a, 0, words);
   const KPT_VECTOR<std::uint64_t> bits_b = moved(b, pairing.kept_b, of_a, words);
 
-  // The rows of `b` of one key, chained from the first on.
+  // The rows of `b` with one key are chained, starting with the first.
   constexpr std::uint32_t NONE = UINT32_MAX;
   BY_KEY<std::uint32_t> first_of;
   KPT_VECTOR<std::uint32_t> next(b.m_rows, NONE);

@@ -1,10 +1,10 @@
-// A relation: which values some registers take together. The algebra of state
-// tables, with columns that have names.
+// A relation: the values that some registers take together. The algebra of state
+// tables whose columns have names.
 //
 // Ownership: owns its columns and rows; a copy is independent.
 //
-// A column is named by a number that its user chooses, a row is a set of bits,
-// one a column. Rows are distinct and keep the order in which they were added.
+// The user of a relation names each column by a number. A row is a set of bits, one
+// for each column. Rows are distinct and keep the order in which they were added.
 #ifndef KPT_RELATION_H
 #define KPT_RELATION_H
 
@@ -16,7 +16,7 @@ class KPT_RELATION {
  public:
   using COLUMN = std::uint32_t;
   using COLUMNS = KPT_VECTOR<COLUMN>;
-  static constexpr std::size_t MOST = 65535;  // rows, and columns: what a state table can have
+  static constexpr std::size_t MOST = 65535;  // the most rows, and the most columns, of a state table
 
   /// Two columns that are equal, or inverse, in every row.
   struct TWINS {
@@ -28,7 +28,7 @@ class KPT_RELATION {
     COLUMN column;
     bool value;
   };
-  /// What `settle` has taken out of a relation.
+  /// What `settle` has removed from a relation.
   struct SETTLED {
     KPT_VECTOR<TWINS> twins;
     KPT_VECTOR<CONSTANT> constants;
@@ -40,34 +40,34 @@ class KPT_RELATION {
 
   const COLUMNS& columns() const { return m_columns; }
   std::size_t rows() const { return m_rows; }
-  /// Columns are given by their place here and below, from 0.
+  /// Here and below, columns are given by their position, from 0.
   bool bit(std::size_t row, std::size_t place) const { return (word(row, place) >> (place % 64U) & 1U) != 0; }
 
-  /// Adds a row of zeros, to be filled; `make_distinct` ends the filling.
+  /// Adds a row of zeros, which the caller fills. `make_distinct` ends the filling.
   void add_row();
   void set_bit(std::size_t row, std::size_t place) { word(row, place) |= std::uint64_t{1} << (place % 64U); }
   void make_distinct();
 
-  /// The column has the other sense, and another name.
+  /// Gives the column another name, and inverts it if `inverse` is set.
   void rename(std::size_t place, COLUMN column, bool inverse);
   /// Keeps the rows in which the column has that value.
   void keep_where(std::size_t place, bool value);
   /// Keeps the rows in which the two columns are equal.
   void keep_where_equal(std::size_t place, std::size_t other);
-  /// Keeps the columns at these places, in this order.
+  /// Keeps the columns at these positions, in this order.
   KPT_RELATION project(const KPT_VECTOR<std::size_t>& places) const;
 
-  /// Takes out columns that are always 0 or 1, and all but the first of those
-  /// that are always equal or inverse. A relation without rows stays as it is.
+  /// Removes columns that are constant, and all but the first of the columns that
+  /// are always equal or inverse. Does not change a relation without rows.
   SETTLED settle();
 
-  /// The columns in the smallest parts that have nothing to do with each
-  /// other: the rows are exactly the combinations of the rows of the parts.
+  /// The columns of the smallest independent parts: the rows of the relation are
+  /// exactly the combinations of the rows of the parts.
   KPT_VECTOR<KPT_VECTOR<std::size_t>> factors() const;
 
-  /// All combinations of rows that agree in the columns of one name, without
-  /// the columns of which `keep(name)` is false. False, leaving `*joined`
-  /// undefined, when these are more rows or columns than a relation may have.
+  /// All combinations of rows that agree in the columns of the same name, without
+  /// the columns for which `keep(name)` is false. False when these are more rows
+  /// or columns than a relation may have; `*joined` is then undefined.
   template <class KEEP>
   static bool join(const KPT_RELATION& a, const KPT_RELATION& b, KEEP keep, KPT_RELATION* joined);
 
@@ -83,17 +83,17 @@ class KPT_RELATION {
   static bool join(const KPT_RELATION& a, const KPT_RELATION& b, const PAIRING& pairing, KPT_RELATION* joined);
 
   COLUMNS m_columns;
-  std::size_t m_words = 0;  // of a row
+  std::size_t m_words = 0;  // in a row
   std::size_t m_rows = 0;
   KPT_VECTOR<std::uint64_t> m_bits;
 };
 
 /// Which columns two relations share, and which of both a join keeps.
 struct KPT_RELATION::PAIRING {
-  KPT_VECTOR<std::size_t> shared_a;  // places, pair by pair
+  KPT_VECTOR<std::size_t> shared_a;  // positions, pair by pair
   KPT_VECTOR<std::size_t> shared_b;
   KPT_VECTOR<std::size_t> kept_a;
-  KPT_VECTOR<std::size_t> kept_b;  // of those that only `b` has
+  KPT_VECTOR<std::size_t> kept_b;  // of the columns that only `b` has
   static PAIRING of_shared(const KPT_RELATION& a, const KPT_RELATION& b);
 };
 

@@ -1,9 +1,9 @@
-// How a relation comes apart into the parts whose combinations it is.
+// Splits a relation into parts, so that its rows are the combinations of the parts' rows.
 //
-// Of a relation there is one finest such split. Columns are added one by one:
-// a new column joins those parts of the columns before it that cannot be split
-// off from the rest, and no others. Whether one can is a matter of counting:
-// the rows of a part and of the rest, multiplied, are the rows of the whole.
+// There is one finest split. Columns are added one by one. A new column joins
+// exactly those parts of the earlier columns that cannot be separated from the
+// rest. Counting decides this: a part can be separated if its number of rows
+// times that of the rest is the number of all rows.
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <numeric>
@@ -13,7 +13,7 @@
 
 namespace {
 
-// The rows of a relation, numbered by what some of its columns hold.
+// The rows of a relation, numbered by the content of some columns.
 struct NUMBERING {
   KPT_VECTOR<std::uint32_t> of_row;
   std::uint32_t count = 1;
@@ -51,7 +51,7 @@ NUMBERING of_column(const KPT_RELATION& relation, std::size_t place) {
   return result;
 }
 
-// For each part the rows of all others and of the new column.
+// For each part, the rows of all other parts and of the new column.
 KPT_VECTOR<NUMBERING> rows_without_each(const KPT_VECTOR<PART>& parts, const NUMBERING& column) {
   KPT_VECTOR<NUMBERING> result(parts.size());
   NUMBERING before = column;
@@ -67,8 +67,8 @@ KPT_VECTOR<NUMBERING> rows_without_each(const KPT_VECTOR<PART>& parts, const NUM
   return result;
 }
 
-// Adds a column to the parts of the columns before it. `whole` numbers the
-// rows of these columns and is brought up to date.
+// Adds a column to the parts of the earlier columns. `whole` numbers the rows of
+// these columns and is updated.
 void add_column(KPT_VECTOR<PART>& parts, NUMBERING& whole, const KPT_RELATION& relation, std::size_t place) {
   PART added{{place}, of_column(relation, place)};
   const std::uint64_t combinations = std::uint64_t{whole.count} * 2;

@@ -1,8 +1,8 @@
 // What the maps of a stage say. The members of the n groups of an index are
-// equal, those of its i groups are their inverse. A status is the value of the
-// reference representative, and a column of a table that of the representative
-// of its index: the first of the n group, or of the i group when the n group
-// is empty, which is what the events leave behind.
+// equal, and those of its i groups are their inverse. A status is the value of
+// the reference representative. A column of a table is the value of the
+// representative of its index: the first of the n group, or of the i group when
+// the n group is empty. Events leave maps in this form.
 #include "db/kpt/composition/kpt_statements.h"
 
 #include <algorithm>
@@ -99,7 +99,7 @@ bool KPT_STATEMENTS::read_plain(MAP& map) {
   return true;
 }
 
-// The representative is the one that the groups name, also when it is no
+// The groups decide which keypoint is the representative, even when it is not a
 // register of the stage.
 bool KPT_STATEMENTS::read_status(MAP& map, const BIT& bit) {
   if (bit.node == NONE) {
@@ -111,7 +111,7 @@ bool KPT_STATEMENTS::read_status(MAP& map, const BIT& bit) {
   return take_up(m_classes.set_value(bit.node, value != bit.inverted), bit.node, bit.node);
 }
 
-// What became of the reference registers of an index, as far as it is no value.
+// What became of the reference registers of an index, where this is not a constant.
 void KPT_STATEMENTS::judge_copies(MAP& map, std::size_t index, const BIT& r, const BIT& t) {
   const NODE node = r.node != NONE ? r.node : t.node;
   if (node == NONE) {
@@ -135,9 +135,9 @@ void KPT_STATEMENTS::judge_copies(MAP& map, std::size_t index, const BIT& r, con
 // transformed side.
 struct KPT_STATEMENTS::COLUMNS {
   std::size_t of_r = 0;
-  KPT_VECTOR<BIT> bits;           // a column without a register has a node of its own
+  KPT_VECTOR<BIT> bits;           // a column without a register gets a node of its own
   KPT_VECTOR<bool> turned;        // the node is the inverse of the column
-  KPT_VECTOR<bool> has_register;  // and nothing that is none
+  KPT_VECTOR<bool> has_register;  // all listed keypoints are registers
 };
 
 bool KPT_STATEMENTS::read_columns(MAP& map, COLUMNS* columns) {
@@ -161,7 +161,7 @@ bool KPT_STATEMENTS::read_columns(MAP& map, COLUMNS* columns) {
 
 namespace {
 
-// Adds the bits of one side of a row.
+// Adds the bits of one side to a row.
 void add_bits(const KPT_BIT_TABLE& bits, std::uint64_t position, std::size_t count, std::size_t place,
               KPT_RELATION* relation) {
   for (std::size_t k = 0; k < count; ++k) {
@@ -171,8 +171,8 @@ void add_bits(const KPT_BIT_TABLE& bits, std::uint64_t position, std::size_t cou
   }
 }
 
-// The rows of a table. Behind the last bit that is set all rows are zeros, and
-// one stands for them.
+// The rows of a table. After the last bit that is set all rows are zeros, and the
+// relation has one such row.
 KPT_RELATION rows_of(const KPT_STATE_TABLE_IMPL& table, KPT_RELATION::COLUMNS names) {
   KPT_RELATION relation(std::move(names));
   const std::size_t of_r = table.get_num_reference_registers();
@@ -191,7 +191,7 @@ KPT_RELATION rows_of(const KPT_STATE_TABLE_IMPL& table, KPT_RELATION::COLUMNS na
   return relation;
 }
 
-// Columns of one register are equal.
+// Keeps only the rows in which columns of the same register are equal.
 bool drop_repeated_columns(KPT_RELATION& relation) {
   boost::unordered_flat_map<std::uint32_t, std::size_t> places;
   KPT_VECTOR<std::size_t> kept;
@@ -249,9 +249,9 @@ bool KPT_STATEMENTS::read_table(MAP& map, COLUMNS& columns) {
   return take_up_table(std::move(relation), columns);
 }
 
-// A table that comes apart says nothing but what its parts say. A register of
-// a part of several columns is encoded, not copied: what becomes of the others
-// is not what becomes of it.
+// A table that can be split says only what its parts say. A register in a part of
+// several columns is encoded and not copied, so what became of other registers
+// says nothing about it.
 bool KPT_STATEMENTS::take_up_table(KPT_RELATION relation, COLUMNS& columns) {
   const KPT_RELATION::SETTLED settled = relation.settle();
   boost::unordered_flat_map<NODE, NODE> twin_of;
@@ -275,7 +275,7 @@ bool KPT_STATEMENTS::take_up_table(KPT_RELATION relation, COLUMNS& columns) {
       }
     }
   }
-  // A register that is in no such part has its copies among the columns that equal it.
+  // The copies of a register outside such parts are the columns that equal it.
   const auto leader = [&](NODE node) {
     const auto found = twin_of.find(node);
     return found == twin_of.end() ? node : found->second;

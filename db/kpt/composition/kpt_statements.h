@@ -1,4 +1,4 @@
-// What the maps of a stage say, taken up by classes and machines.
+// Adds what the maps of a stage say to classes and machines.
 //
 // Ownership: refers to netlists, classes and machines, which outlive it.
 #ifndef KPT_STATEMENTS_H
@@ -10,7 +10,7 @@
 class KPT_STATEMENTS {
  public:
   using NODE = KPT_CLASSES::NODE;
-  /// A map as the composition refers to it: by its number over all stages.
+  /// A map as the composition refers to it: by its number among the maps of all stages.
   struct FACT {
     std::size_t stage;
     const KPT_TRANSFORMATION_IMPL* map;
@@ -20,10 +20,10 @@ class KPT_STATEMENTS {
   KPT_STATEMENTS(const KPT_NETLISTS& netlists, KPT_CLASSES& classes, KPT_MACHINES& machines)
       : m_netlists(netlists), m_classes(classes), m_machines(machines) {}
 
-  /// False at the first contradiction: `conflict` then has the registers.
+  /// False at the first contradiction; `conflict` then has the registers.
   bool read(std::size_t stage, KPT_KEYPOINTS_DB_IMPL& db);
   const KPT_VECTOR<NODE>& conflict() const { return m_conflict; }
-  /// A register of each machine whose table does not fit it.
+  /// One register of each machine whose table does not fit it.
   const KPT_VECTOR<FACT>& silent_machines() const { return m_silent; }
   bool has_attributes() const { return m_has_attributes; }
   std::size_t maps() const { return m_maps; }
@@ -32,12 +32,12 @@ class KPT_STATEMENTS {
 
  private:
   using MAP = const KPT_TRANSFORMATION_IMPL;
-  // One value and the registers that carry it: one index of a map, or one
-  // side of an index.
+  // One value and the registers that hold it: one index of a map, or one side of
+  // an index.
   struct BIT {
     NODE node = KPT_NETLISTS::NONE;  // the first register
-    bool inverted = false;           // that register carries the inverse of the n group
-    bool has_unknown = false;        // something listed is no register of the stage
+    bool inverted = false;           // that register holds the inverse of the n group
+    bool has_unknown = false;        // a listed keypoint is not a register of the stage
   };
   struct COLUMNS;
 

@@ -1,4 +1,4 @@
-// A vector whose memory is charged to the host.
+// A vector whose memory the host counts.
 //
 // Ownership: owns its elements.
 #ifndef KPT_VECTOR_H

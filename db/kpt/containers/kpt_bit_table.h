@@ -2,12 +2,12 @@
 //
 // Ownership: owns its words. A copy is independent.
 //
-// A bit is false until it is set, and a table costs what is set in it, whatever
-// it is declared to hold: a file of some hundred bytes declares 65,535 rows and
-// columns and sets the last bit. The words from the front on stand one behind
-// the other as long as a fair part of them is in use; those far behind go to a
-// hash table. The first 64 bits need no allocation.
-// The length is the owner's to know: asked beyond what is kept, a bit is false.
+// A bit is false until it is set. The memory of a table depends on the bits that
+// are set and not on its declared size: a file of a few hundred bytes can declare
+// 65,535 rows and columns and set only the last bit. The first words are in one
+// vector, as long as enough of them are in use. Words far behind go to a hash
+// table. The first 64 bits need no allocation.
+// The owner knows the length of the table. A bit beyond what is kept is false.
 #ifndef KPT_BIT_TABLE_H
 #define KPT_BIT_TABLE_H
 
@@ -43,7 +43,7 @@ class KPT_BIT_TABLE {
     put(position / WORD, bit, ~word(position / WORD) & bit);
   }
 
-  /// The `count` bits from `position` on, the first one lowest. `count` is 1 to 64.
+  /// Returns `count` bits from `position` on, the first one lowest. `count` is 1 to 64.
   std::uint64_t get_bits(std::uint64_t position, unsigned count) const {
     const std::uint64_t first = position / WORD;
     const unsigned shift = position % WORD;
@@ -64,7 +64,7 @@ class KPT_BIT_TABLE {
     }
   }
 
-  /// Overwrites `count` bits from `position` on with those of `other` from `source` on.
+  /// Overwrites `count` bits from `position` on with the bits of `other` from `source` on.
   void copy_bits(std::uint64_t position, const KPT_BIT_TABLE& other, std::uint64_t source, std::uint64_t count) {
     while (count != 0) {
       const unsigned step = static_cast<unsigned>(std::min<std::uint64_t>(count, WORD));
@@ -75,7 +75,7 @@ class KPT_BIT_TABLE {
     }
   }
 
-  /// Room for so many bits: nothing below fails from now on.
+  /// Allocates memory for so many bits, so that no operation on them can fail.
   void make_room(std::uint64_t bits) { m_words.reserve((bits + WORD - 1) / WORD); }
 
   /// Every bit at or beyond this position is false.
@@ -88,12 +88,12 @@ class KPT_BIT_TABLE {
  private:
   static constexpr unsigned WORD = 64;
   using WORDS = KPT_SMALL_VECTOR<std::uint64_t>;
-  // By their index. Indices are ours, so nobody chooses which of them collide.
+  // By word index. The index does not come from a file, so no file can choose which words collide.
   struct FAR {
     boost::unordered_flat_map<std::uint64_t, std::uint64_t, boost::hash<std::uint64_t>, std::equal_to<std::uint64_t>,
                               MEM_STL_ALLOCATOR<std::pair<const std::uint64_t, std::uint64_t>>>
         words;
-    std::uint64_t end = 0;  // behind the last
+    std::uint64_t end = 0;  // after the last
   };
 
   static std::uint64_t low_bits(unsigned count) { return ~std::uint64_t{0} >> (WORD - count); }
@@ -109,7 +109,7 @@ class KPT_BIT_TABLE {
     return found == m_far->words.end() ? 0 : found->second;
   }
 
-  // Overwrites the bits of the mask. What is false already takes no room.
+  // Overwrites the bits of the mask. A bit that is false already needs no memory.
   void put(std::uint64_t index, std::uint64_t mask, std::uint64_t bits) {
     const std::uint64_t before = word(index);
     const std::uint64_t after = (before & ~mask) | bits;
@@ -126,9 +126,9 @@ class KPT_BIT_TABLE {
     }
   }
 
-  // Makes room for the word among those from the front on, unless too few of
-  // them would be in use. Tables are mostly filled from the front, so the words
-  // grow by doubling.
+  // Extends the vector up to this word, unless too few of its words would then be
+  // in use. Most tables are filled from the front, so the vector grows by
+  // doubling.
   bool reach(std::uint64_t index) {
     constexpr std::uint64_t FEW = 64;
     constexpr std::uint64_t MOST_WORDS_FOR_ONE_IN_USE = 8;
@@ -168,7 +168,7 @@ class KPT_BIT_TABLE {
 
   WORDS m_words;
   std::unique_ptr<FAR> m_far;  // words that the vector does not reach
-  std::uint64_t m_in_use = 0;  // how often a word became other than 0
+  std::uint64_t m_in_use = 0;  // how often a word changed from 0
 };
 
 #endif

@@ -1,15 +1,15 @@
-// A value for each of many objects that are known by their slots, the default
-// value for all others.
+// A value for each of many objects, which are identified by their slots. All
+// other objects have the default value.
 //
-// Ownership: owns its values, never the objects. The entry of an object of the
-// first two pools that are met is never taken for one of another, since slots
-// are given out once. Any other object is known by its address and must outlive
-// its entry.
+// Ownership: owns its values, not the objects. Slots are never used twice, so an
+// entry of an object of the first two pools is never taken for the entry of
+// another. Any other object is identified by its address and has to outlive its
+// entry.
 //
-// The objects of the first two pools that are met, which are all that an index
-// of one database ever sees, are looked up in an array a pool: four or eight
-// bytes an object, no hash, and walks in order of creation run through memory
-// in order. All others are in a hash by address.
+// One array for each of the first two pools holds the values of their objects. An
+// index of one database sees no other pools. An entry takes four or eight bytes
+// and no hash, and a walk in order of creation reads memory in order. All other
+// objects are in a hash table by address.
 #ifndef KPT_BY_SLOT_H
 #define KPT_BY_SLOT_H
 
@@ -25,14 +25,14 @@
 template <class VALUE>
 class KPT_BY_SLOT {
  public:
-  /// The object's value; the default value for the slot of nothing.
+  /// The object's value; the default value for an empty slot.
   VALUE find(const KPT_POOL_SLOT& slot) const {
     const VALUE* value = find_cell(slot);
     return value == nullptr ? VALUE() : *value;
   }
 
-  /// The cell of the object's value, until the next call that makes room; null
-  /// when there is none.
+  /// The cell of the object's value, which is valid until the next call that
+  /// makes room; null when there is none.
   VALUE* find_cell(const KPT_POOL_SLOT& slot) {
     return const_cast<VALUE*>(static_cast<const KPT_BY_SLOT&>(*this).find_cell(slot));
   }
@@ -49,7 +49,7 @@ class KPT_BY_SLOT {
     return found == m_others.end() ? nullptr : &found->second;
   }
 
-  /// The object's value, to change. Requires the slot of an object.
+  /// The object's value, which may be changed. Requires the slot of an object.
   VALUE& at(const KPT_POOL_SLOT& slot) {
     for (SHELF& shelf : m_shelves) {
       if (shelf.pool == FREE && slot.pool != KPT_POOL_SLOT::NO_POOL) {
@@ -66,14 +66,14 @@ class KPT_BY_SLOT {
   }
 
  private:
-  static constexpr std::uint32_t FREE = UINT32_MAX;  // a number that no pool and no lone object has
+  static constexpr std::uint32_t FREE = UINT32_MAX;  // a number that no pool and no object outside the pools has
   using VALUES = std::vector<VALUE, MEM_STL_ALLOCATOR<VALUE>>;
   struct SHELF {
     std::uint32_t pool = FREE;
     VALUES values;
   };
 
-  // All that is allocated is used at once: objects come by the million, and one by one.
+  // Uses all memory that the allocation has: there may be millions of objects, added one by one.
   static void make_room(VALUES& values, std::size_t count) {
     values.reserve(std::max(count, count > values.capacity() ? 2 * values.capacity() : 0));
     values.resize(values.capacity());

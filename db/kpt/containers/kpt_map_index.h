@@ -1,5 +1,5 @@
-// One index of a transformation set: from a keypoint's slot to the position of
-// its map in the set.
+// One index of a transformation set: finds the position of a keypoint's map in
+// the set by the keypoint's slot.
 //
 // Ownership: none.
 #ifndef KPT_MAP_INDEX_H
@@ -12,13 +12,13 @@
 
 class KPT_MAP_INDEX {
  public:
-  /// The position (from 1) entered for the keypoint, or 0.
+  /// The position (from 1) that was entered for the keypoint, or 0.
   std::uint32_t find(const KPT_POOL_SLOT& keypoint) const { return m_positions.find(keypoint); }
-  /// Asks for the memory that `find` reads.
+  /// Prefetches the memory that `find` reads.
   void fetch(const KPT_POOL_SLOT& keypoint) const { __builtin_prefetch(m_positions.find_cell(keypoint)); }
 
-  /// Enters the keypoint, or points its entry elsewhere: the last writer wins.
-  /// The slot of nothing is never entered.
+  /// Enters the keypoint or changes its entry: the last writer wins. An empty
+  /// slot is never entered.
   void set(const KPT_POOL_SLOT& keypoint, std::uint32_t position) {
     if (keypoint.object != nullptr) {
       std::uint32_t& entry = m_positions.at(keypoint);
@@ -27,7 +27,7 @@ class KPT_MAP_INDEX {
     }
   }
 
-  /// Room for the keypoint's entry: entering it cannot fail from now on.
+  /// Allocates memory for the keypoint's entry, so that entering it cannot fail.
   void make_room(const KPT_POOL_SLOT& keypoint) {
     if (keypoint.object != nullptr) {
       m_positions.at(keypoint);
@@ -45,7 +45,7 @@ class KPT_MAP_INDEX {
     return true;
   }
 
-  /// The number of entries, those that lead to no map included.
+  /// The number of entries, also those whose map was deleted.
   std::size_t size() const { return m_size; }
 
  private:

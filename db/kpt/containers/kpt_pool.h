@@ -1,9 +1,9 @@
 // Zero-filled slots for many objects of one class, in blocks.
 //
-// Ownership: the pool owns the memory, its user owns the objects and destroys
-// each of them before the pool goes. A slot keeps its address for the life of
-// the pool, so a pointer to a destroyed object still reads zeros or a later
-// object of the class, never foreign memory.
+// Ownership: the pool owns the memory. Its user owns the objects and destroys
+// each of them before the pool. A slot has the same address as long as the pool
+// exists, so a pointer to a destroyed object reads zeros or a later object of the
+// class, never other memory.
 #ifndef KPT_POOL_H
 #define KPT_POOL_H
 
@@ -30,9 +30,9 @@ class KPT_POOL {
     }
   }
 
-  /// Builds an object in the slot that was given back last, else in the next
-  /// new one. The slot counts as taken only once the object is built; what a
-  /// constructor that throws left in it is cleared.
+  /// Builds an object in the slot that was freed last, or else in a new one. The
+  /// slot counts as taken only after the object is built. When a constructor
+  /// throws, the slot is cleared.
   template <class... A>
   T* construct(A&&... arguments) {
     if (m_free != nullptr) {
@@ -50,7 +50,7 @@ class KPT_POOL {
     return object;
   }
 
-  /// Destroys the object and gives its slot, zero-filled, to a later one.
+  /// Destroys the object, fills its slot with zeros and keeps it for a later object.
   void destroy(T* object) noexcept {
     std::destroy_at(object);
     auto* slot = reinterpret_cast<SLOT*>(object);
@@ -58,16 +58,16 @@ class KPT_POOL {
     m_free = slot;
   }
 
-  /// How many slots were ever taken.
+  /// The number of slots that have been taken.
   std::uint32_t count() const noexcept { return m_count; }
-  /// The object in the k-th slot (from 0). Where none was ever destroyed,
-  /// this is the order of creation.
+  /// The object in the k-th slot (from 0). This is the order of creation if no
+  /// object was destroyed.
   T* at(std::uint32_t k) const noexcept { return std::launder(reinterpret_cast<T*>(slot_at(k))); }
 
  private:
   static constexpr std::uint32_t BLOCK = 256;
   static constexpr std::size_t LINE = 64;
-  // An object that fills lines of the cache exactly begins at one.
+  // An object that fills whole cache lines begins at the start of one.
   struct alignas(sizeof(T) % LINE == 0 ? LINE : alignof(T)) SLOT {
     std::byte bytes[sizeof(T)];
   };
@@ -83,7 +83,7 @@ class KPT_POOL {
     }
   }
 
-  // Zeros, but for the link of a slot that is free.
+  // Fills a free slot with zeros, except for its link.
   static void clear(SLOT* slot, SLOT* next) noexcept {
     std::memset(static_cast<void*>(slot), 0, sizeof(SLOT));
     std::memcpy(static_cast<void*>(slot), &next, sizeof next);
@@ -104,7 +104,7 @@ class KPT_POOL {
   }
 
   std::vector<SLOT*, MEM_STL_ALLOCATOR<SLOT*>> m_blocks;
-  SLOT* m_free = nullptr;  // each free slot begins with the address of the next
+  SLOT* m_free = nullptr;  // a free slot begins with the address of the next one
   std::uint32_t m_count = 0;
 };
 

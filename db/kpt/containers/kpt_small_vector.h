@@ -1,12 +1,12 @@
 // A vector whose first element lives inside the object.
 //
-// Ownership: the vector owns its elements. A copy is independent. Iterators
-// and references die with any growth, erase or swap.
+// Ownership: the vector owns its elements. A copy is independent. Growth, erase
+// and swap make iterators and references invalid.
 //
-// Nearly every group of a map holds one keypoint and nearly every side one
-// pair of groups, so the single element is stored in place: 16 bytes for a
-// group, 40 for a side, and no allocation. (boost::container::small_vector
-// costs 32 and 56, which makes a plain map half as large again.)
+// Nearly every group of a map holds one keypoint, and nearly every side has one
+// pair of groups. So a single element is stored in the vector itself: 16 bytes
+// for a group, 40 for a side, and no allocation. (boost::container::small_vector
+// takes 32 and 56 bytes, which adds half to the size of a plain map.)
 #ifndef KPT_SMALL_VECTOR_H
 #define KPT_SMALL_VECTOR_H
 
@@ -36,7 +36,7 @@ class KPT_SMALL_VECTOR {
   using const_iterator = const T*;
   using allocator_type = MEM_STL_ALLOCATOR<T>;
 
-  // A defaulted one would be deleted: it had to construct the union's element.
+  // A defaulted constructor would be deleted, because it would have to construct the element of the union.
   KPT_SMALL_VECTOR() noexcept {}  // NOLINT(modernize-use-equals-default)
   explicit KPT_SMALL_VECTOR(size_type count) {
     guarded([&] { resize(count); });
@@ -116,7 +116,7 @@ class KPT_SMALL_VECTOR {
   template <class... A>
   T& emplace_back(A&&... arguments) {
     if (m_size == capacity()) {
-      // The arguments may refer to an element of this vector: build first, then grow.
+      // The arguments may refer to an element of this vector, so the value is built before the vector grows.
       T value(std::forward<A>(arguments)...);
       grow(2 * static_cast<size_type>(m_size));
       return *append(std::move(value));
@@ -159,7 +159,7 @@ class KPT_SMALL_VECTOR {
   static_assert(std::is_nothrow_move_constructible_v<T>);
   using ALLOCATOR = MEM_STL_ALLOCATOR<T>;
 
-  // A constructor that throws runs no destructor: what was built goes first.
+  // A constructor that throws runs no destructor, so the elements that were built are destroyed here.
   template <class F>
   void guarded(F&& build) {
     try {
@@ -216,7 +216,7 @@ class KPT_SMALL_VECTOR {
     }
   }
 
-  // Requires this vector empty and without a block.
+  // Requires that this vector is empty and has no block.
   void take(KPT_SMALL_VECTOR& other) noexcept {
     if (other.is_inline()) {
       if (other.m_size != 0) {
@@ -231,7 +231,7 @@ class KPT_SMALL_VECTOR {
   }
 
   std::uint32_t m_size = 0;
-  std::uint32_t m_capacity = 0;  // 0: the element lives in place
+  std::uint32_t m_capacity = 0;  // 0: the element is in the vector itself
   union {
     T m_inline;
     T* m_heap;

@@ -1,4 +1,4 @@
-// Values to be asked for many times, sorted once.
+// Values that are sorted once and then searched many times.
 //
 // Ownership: holds copies of the values.
 #ifndef KPT_SORTED_SET_H
@@ -10,7 +10,7 @@
 
 #include "h/mem_alloc_sys.h"
 
-/// Above how many values of a map's side a sorted copy beats a walk.
+/// With more values than this on a map's side, a sorted copy is faster than a walk.
 constexpr std::size_t KPT_MOST_WALKED = 16;
 
 template <class T>
@@ -18,7 +18,7 @@ class KPT_SORTED_SET {
  public:
   void reserve(std::size_t count) { m_values.reserve(count); }
   void add(const T& value) { m_values.push_back(value); }
-  /// To be called when all values are there.
+  /// Call it when all values have been added.
   void sort() { std::sort(m_values.begin(), m_values.end(), std::less<>()); }
   bool contains(const T& value) const {
     return std::binary_search(m_values.begin(), m_values.end(), value, std::less<>());

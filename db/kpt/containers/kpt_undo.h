@@ -1,7 +1,7 @@
-// What takes a change back unless the change is kept: for operations that run
-// out of memory half-way.
+// Takes a change back unless the change is kept: for operations that may run out
+// of memory when they are half done.
 //
-// Ownership: owns the function; what that refers to must outlive the object.
+// Ownership: owns the function; everything that the function refers to has to outlive the object.
 #ifndef KPT_UNDO_H
 #define KPT_UNDO_H
 

@@ -1,10 +1,10 @@
 // Zero-filled allocation for the library's own classes.
 //
-// Ownership: whoever writes `new` owns the object and writes `delete`; the
-// pair always matches because a class takes both from here.
+// Ownership: the code that uses `new` owns the object and uses `delete`. The two
+// always match, because a class inherits both from here.
 //
-// Neither half is inlined into clients: a compiler that sees `free` but not
-// the `calloc` behind the other half takes the two for a mismatch and warns.
+// Neither is inlined into clients: a compiler that sees `free` but not the
+// `calloc` of the other half would warn of a mismatch.
 #ifndef KPT_ZEROED_H
 #define KPT_ZEROED_H
 

@@ -12,7 +12,7 @@
 template <class T>
 class KPT_BY_SIDE {
  public:
-  /// `side` is one of the two; any other is undefined.
+  /// `side` is one of the two; any other value is undefined behaviour.
   T& operator[](KPT_SET_ENUM side) { return m_values[static_cast<std::size_t>(side)]; }
   const T& operator[](KPT_SET_ENUM side) const { return m_values[static_cast<std::size_t>(side)]; }
   void fill(const T& value) { m_values.fill(value); }

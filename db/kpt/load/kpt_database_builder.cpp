@@ -21,8 +21,8 @@ KPT_DATABASE_BUILDER::KPT_DATABASE_BUILDER(CREATE create, KPT_LOAD_LINES& lines)
   m_highest_ids.fill(std::numeric_limits<long>::min());
 }
 
-// To the highest id itself, not past it, and for signals alone: the ids that a
-// flow sees after a load depend on it.
+// Only to the highest id, not past it, and only for signals: the ids that a flow
+// gets after a load depend on this.
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_DATABASE_BUILDER::take() {
   if (m_db != nullptr) {
     KPT_KEYPOINTS_DB_IMPL::s_r_id = std::max(KPT_KEYPOINTS_DB_IMPL::s_r_id, m_highest_ids[KPT_REFERENCE_SET]);
@@ -87,7 +87,7 @@ void KPT_DATABASE_BUILDER::text(std::string_view piece) {
   }
 }
 
-// What an element is to the database, by what the element that it stands in is.
+// The role of an element, from the role of the element that contains it.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
                                                        const KPT_ELEMENT_ATTRIBUTES& attributes) {
   switch (role()) {
@@ -113,7 +113,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
     case STATE:
       return child_of_state(name);
     case GROUP:
-      // An id that no keypoint carries gives a null cell, which keeps its place.
+      // An id that no keypoint has gives a null entry in the group.
       m_group->push_back(m_ids[m_side].find(number(attributes, kpt_words::ID)));
       return PASSED_OVER;
     default:
@@ -121,8 +121,8 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::child(std::string_view name,
   }
 }
 
-// What a reference or an instruction is, by its name. It may stand for a text;
-// to everything else it is a child in which nothing stands.
+// The role of a reference or an instruction, from its name. It may be a text. In
+// every other role it is a child without content.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::named_child(std::string_view name) {
   if (role() == KEYPOINT) {
     return keypoint_text(name);
@@ -136,9 +136,9 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::named_child(std::string_view na
   return PASSED_OVER;
 }
 
-// An element of a register or a map that no rule above gives a meaning. Readers
-// have never looked into one, so it may say what the others need not know.
-// This one keeps the attributes of registers and maps in such elements.
+// An element of a register or a map to which no rule above gives a meaning. Other
+// readers skip such an element, so it can hold what they need not know: this
+// reader finds attributes of registers and maps there.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::passed_over(std::string_view name,
                                                              const KPT_ELEMENT_ATTRIBUTES& attributes) {
   if (name == kpt_words::ATTRIBUTE && !attributes.value(kpt_words::NAME).empty() &&
@@ -192,8 +192,8 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_root(const KPT_ELEMENT_AT
   return ROOT;
 }
 
-// Nothing behind the transformations is read, and something behind them makes
-// the load fail. Flows rely on the refusal of files with a trailing element.
+// Nothing after the transformations is read, and an element there makes the load
+// fail. Flows rely on the refusal of such files.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_child_of_root(std::string_view name,
                                                                      const KPT_ELEMENT_ATTRIBUTES& attributes) {
   if (m_had_maps) {
@@ -208,7 +208,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_child_of_root(std::string
   return KEYPOINT_SET;
 }
 
-// A child by any other name is reported and read as the transformations.
+// A child with any other name is reported and read as the transformations.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_maps(std::string_view name) {
   if (name != kpt_words::TRANSFORMATIONS_SET) {
     m_lines.add(KPT_LOAD_LINES::UNEXPECTED_CHILD);
@@ -242,8 +242,8 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::keypoint_text(std::string_view 
   return TEXT;
 }
 
-// A keypoint of another type, or with one of entity and register type alone,
-// is passed over without a word.
+// A keypoint of another type, and one that has only one of entity and register
+// type, is skipped without a message.
 void KPT_DATABASE_BUILDER::finish_keypoint() {
   const bool is_instance = m_texts[ENTITY].is_there;
   if (!m_is_register || is_instance != m_texts[REG_TYPE].is_there) {
@@ -258,7 +258,7 @@ void KPT_DATABASE_BUILDER::finish_keypoint() {
   m_highest_ids[m_set] = std::max(m_highest_ids[m_set], m_id);
 }
 
-// Whatever has a type is a side, a state table included.
+// Every element with a type is a side, even a state table.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_part(std::string_view name,
                                                             const KPT_ELEMENT_ATTRIBUTES& attributes) {
   const std::string_view type = attributes.value(kpt_words::TYPE);
@@ -274,7 +274,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_part(std::string_view nam
   return PART;
 }
 
-// Counts and positions are numbers of 16 bits: those of a file wrap into that.
+// Counts and positions are numbers of 16 bits: a number of the file is taken modulo 65,536.
 void KPT_DATABASE_BUILDER::start_table(const KPT_ELEMENT_ATTRIBUTES& attributes) {
   const auto count = [&](std::string_view name) { return static_cast<unsigned short>(number(attributes, name)); };
   const unsigned short states = count(kpt_words::NUM_STATES);
@@ -284,8 +284,8 @@ void KPT_DATABASE_BUILDER::start_table(const KPT_ELEMENT_ATTRIBUTES& attributes)
   m_states_left = states;
 }
 
-// The k-th state of a side is its k-th index, whatever its index attribute says;
-// of a table as many states are read as it counts, each at its index.
+// The k-th state of a side is its k-th index, whatever its index attribute is. A
+// table reads as many states as it counts, each at its index.
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_state(const KPT_ELEMENT_ATTRIBUTES& attributes) {
   m_state_is_read = m_part_is_table && m_states_left > 0;
   if (m_part_is_side) {
@@ -327,7 +327,7 @@ KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::values(KPT_SET_ENUM side) {
   return std::exchange(m_has_values[side], true) ? PASSED_OVER : VALUES;
 }
 
-// The reference side first, in whichever order the file has them.
+// The reference side comes first, in whatever order the file has the sides.
 void KPT_DATABASE_BUILDER::finish_state() {
   if (m_state_is_read) {
     enter_values(KPT_REFERENCE_SET);
@@ -335,7 +335,7 @@ void KPT_DATABASE_BUILDER::finish_state() {
   }
 }
 
-// Those behind a value outside the table are dropped with it.
+// The values after a value outside the table are dropped with it.
 void KPT_DATABASE_BUILDER::enter_values(KPT_SET_ENUM side) {
   const bool is_reference = side == KPT_REFERENCE_SET;
   const unsigned columns =

@@ -1,19 +1,19 @@
-// Builds a database from the elements of a file, as a source meets them one
-// after the other. It keeps what one register or one state of a table needs,
-// and the map that it is in; never the file.
+// Builds a database from the elements of a file, in the order in which a source
+// meets them. It stores only what one register or one state of a table needs, and
+// the present map; never the file.
 //
-// Ownership: owns the database until `take` and the texts of the element that it
-// is in. What a source hands in is read during the call only.
+// Ownership: owns the database until `take`, and the texts of the present
+// element. Arguments are read only during a call.
 //
-// A source calls `start` and `end` for each element, `text` for what stands
-// between, `start_reference` and `end_reference` around what an entity stands
-// for, and `instruction`. Anything may follow anything: a source sees to it
-// that starts and ends pair.
+// A source calls `start` and `end` for each element, `text` for the text between,
+// `start_reference` and `end_reference` around the content of an entity, and
+// `instruction`. The builder accepts any order, but the source has to pair starts
+// and ends.
 //
-// What a reference stands for is not read, but for its text and the values of
-// tables in it; yet a reference, like an instruction, counts as the child of
-// its name: in the document of such a file, references are nodes like elements,
-// and the XML classes of this library show them so.
+// The content of a reference is not read, except for its text and for values of
+// tables in it. But a reference or an instruction counts as a child of its name:
+// in a document tree they are nodes like elements, and the XML classes of this
+// library show them in this way.
 #ifndef KPT_DATABASE_BUILDER_H
 #define KPT_DATABASE_BUILDER_H
 
@@ -34,7 +34,7 @@
 
 class KPT_DATABASE_BUILDER {
  public:
-  /// Asked for the database once its name is known. Null: nothing is built.
+  /// Called once the database's name is known, and returns the database. Null: nothing is built.
   using CREATE = std::function<KPT_KEYPOINTS_DB_IMPL*(std::string_view name)>;
 
   KPT_DATABASE_BUILDER(CREATE create, KPT_LOAD_LINES& lines);
@@ -42,7 +42,7 @@ class KPT_DATABASE_BUILDER {
   void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes);
   void end();
   void text(std::string_view piece);
-  /// Whether a text at the present place means anything.
+  /// Whether a text at the present position has a meaning.
   bool wants_text() const { return m_path[m_depth] == TEXT || m_path[m_depth] == VALUES; }
   void start_reference(std::string_view name);
   void end_reference() { end(); }
@@ -51,13 +51,13 @@ class KPT_DATABASE_BUILDER {
   /// The name that the file gives its database.
   const KPT_STRING& name() const { return m_name; }
   bool has_database() const { return m_db != nullptr; }
-  /// Called once, behind the last element: the database with everything in it.
-  /// Null when something stood behind the transformations. Raises the id
-  /// counters of the process to what the file holds, also for null.
+  /// Called once, after the last element. Returns the database with its content,
+  /// or null when an element followed the transformations. In both cases it
+  /// raises the id counters of the process to the ids of the file.
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> take();
 
  private:
-  // What an open element is to the database. Below a leaf nothing is told apart.
+  // The meaning of an open element. Below a leaf, all elements have the same meaning.
   enum ROLE : std::uint8_t {
     DOCUMENT,
     ROOT,
@@ -65,16 +65,16 @@ class KPT_DATABASE_BUILDER {
     KEYPOINT,
     MAPS,
     MAP,
-    PART,         // of a map: a side, the state table, or both
-    STATE,        // of a side, of the table, or of both
-    GROUP,        // of the state of a side
-    PASSED_OVER,  // the leaves from here on
-    TEXT,         // of a keypoint
-    VALUES        // of one side of the state of a table
+    PART,         // part of a map: a side, the state table, or both
+    STATE,        // state of a side, of the table, or of both
+    GROUP,        // group in the state of a side
+    PASSED_OVER,  // the roles from here on are leaves
+    TEXT,         // text of a keypoint
+    VALUES        // values of one side of a state of a table
   };
   static bool is_leaf(ROLE role) { return role >= PASSED_OVER; }
 
-  // A child that is looked for by its name: the first counts.
+  // A child that is found by its name: the first one counts.
   struct NAMED_TEXT {
     bool is_there = false;
     KPT_STRING text;
@@ -112,7 +112,7 @@ class KPT_DATABASE_BUILDER {
   KPT_LOAD_LINES& m_lines;
   KPT_STRING m_name;
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;
-  KPT_BY_SIDE<long> m_highest_ids;  // of the signals read, by side
+  KPT_BY_SIDE<long> m_highest_ids;  // of the signals that were read, by side
   bool m_had_maps = false;
   bool m_has_more = false;
   unsigned long m_start = 0;  // ticks
@@ -123,28 +123,28 @@ class KPT_DATABASE_BUILDER {
   std::size_t m_below_leaf = 0;  // open elements and references
   KPT_STRING m_number;
 
-  KPT_ATTRIBUTE_LIST m_attributes;  // of the register or the map
+  KPT_ATTRIBUTE_LIST m_attributes;  // of the present register or map
 
-  // The set and the register that are being read.
+  // The present set and register.
   KPT_SET_ENUM m_set = KPT_REFERENCE_SET;
   long m_id = 0;
   bool m_is_register = false;
   KEYPOINT_TEXT m_text = NO_TEXT;
   std::array<NAMED_TEXT, 3> m_texts;
 
-  // The map.
+  // The present map.
   KPT_BY_SIDE<KPT_ID_INDEX> m_ids;
   KPT_BY_SIDE<NI_PAIR_VECTOR> m_sides;
   KPT_ELIM_ENUM m_status = KPT_NOT_ELIMINATED;
   bool m_has_table = false;
   KPT_STATE_TABLE_IMPL m_table;
 
-  // Its part, and the state of it.
+  // The present part of the map, and its present state.
   bool m_part_is_side = false;
   bool m_part_is_table = false;
   KPT_SET_ENUM m_side = KPT_REFERENCE_SET;
-  std::size_t m_states_left = 0;  // of the table
-  bool m_state_is_read = false;   // as one of the table
+  std::size_t m_states_left = 0;  // of the present table
+  bool m_state_is_read = false;   // as a state of the table
   unsigned short m_row = 0;
   bool m_has_noninverts = false;
   bool m_has_inverts = false;

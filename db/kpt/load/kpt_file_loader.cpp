@@ -20,7 +20,7 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> report_end_of_memory(std::string_view fil
 }  // namespace
 
 // The general source knows only at the end of a file whether it is well-formed.
-// It builds as it goes, and what it builds is not seen before that.
+// It builds a database meanwhile, which nobody sees before the end.
 struct KPT_FILE_LOADER::GENERAL {
   explicit GENERAL(const CREATE& create)
       : builder([&](std::string_view name) { return name.empty() ? nullptr : create(name); }, lines) {}
@@ -62,13 +62,13 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(const CREATE& creat
   }
 }
 
-// As the parser says it of a file without an error, and once more when the
-// database is built: hosts watch for both lines.
+// The parser's line for a file without errors. It is issued once more when the
+// database is built: hosts expect both lines.
 void KPT_FILE_LOADER::tell_parsed() const { kpt_msg_debug("XML parse: file: %s, nerrors: %d", m_file_name.c_str(), 0); }
 
 void KPT_FILE_LOADER::tell_parsing_starts() const { kpt_msg_debug("Start XML parsing"); }
 
-// Looked at from end to end before anything is built.
+// Checks the whole file before anything is built.
 bool KPT_FILE_LOADER::look_through() {
   if (m_sources == GENERAL_SOURCE_ALONE || m_bytes == nullptr || !m_bytes->rewind()) {
     return false;

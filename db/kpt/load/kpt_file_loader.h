@@ -1,5 +1,5 @@
-// Loads a database file: by the scanner if the file is plain, by xerces-c
-// otherwise. The host is told the same in both cases.
+// Loads a database file: by the scanner if the file is plain, and otherwise by
+// xerces-c. The host gets the same messages in both cases.
 //
 // Ownership: owns the database from `read` to `finish`.
 #ifndef KPT_FILE_LOADER_H
@@ -19,20 +19,20 @@ class KPT_DATABASE_BUILDER;
 
 class KPT_EXPORT KPT_FILE_LOADER {
  public:
-  /// For tests of the general source.
+  /// ALL_SOURCES unless a test wants the general source.
   enum SOURCES : bool { GENERAL_SOURCE_ALONE, ALL_SOURCES };
-  /// Called with the name of the file's database, unless that is empty. Null: it
-  /// is not wanted.
+  /// Called with the name of the file's database, unless the name is empty. A
+  /// null result means that the database is not wanted.
   using CREATE = std::function<KPT_KEYPOINTS_DB_IMPL*(std::string_view name)>;
 
-  /// All of it: the database that the file holds, or null. `problem`, unless
-  /// null, then notes why.
+  /// The whole load: returns the database of the file, or null. `problem`, unless
+  /// it is null, then gets the reason.
   static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(std::string_view file_name, const CREATE& create,
                                                      KPT_LOAD_PROBLEM* problem);
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(const CREATE& create, KPT_LOAD_PROBLEM* problem);
 
   explicit KPT_FILE_LOADER(std::string_view file_name, SOURCES sources = ALL_SOURCES);
-  /// Bytes that outlive the loader, under a name for the messages.
+  /// Loads from bytes that outlive the loader. Messages use the name that is shown.
   KPT_FILE_LOADER(KPT_BYTES& bytes, std::string_view shown_name);
   ~KPT_FILE_LOADER();
   /// Who sees the elements as they are read; outlives the loader.
@@ -40,19 +40,19 @@ class KPT_EXPORT KPT_FILE_LOADER {
   KPT_FILE_LOADER(const KPT_FILE_LOADER&) = delete;
   KPT_FILE_LOADER& operator=(const KPT_FILE_LOADER&) = delete;
 
-  /// Finds out whether the file is well-formed, with a message when it is not,
-  /// and whose database it holds. False when there is nothing to load.
+  /// Checks whether the file is well-formed, with a message when it is not, and
+  /// reads its name. False when there is nothing to load.
   bool read(const CREATE& create);
-  /// The database that the file holds; after `read`, which was true. Null when
-  /// the file is refused as one in which something follows the transformations.
+  /// The database of the file. Call it after `read` returned true. Null when the
+  /// file is refused because an element follows the transformations.
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> finish();
 
-  /// The name of the database of a well-formed file; else empty.
+  /// The database name of a well-formed file; empty for any other file.
   const KPT_STRING& name() const { return m_name; }
 
-  /// Whether `read` found the file to be plain.
+  /// Whether `read` found that the file is plain.
   bool is_plain() const { return m_is_plain; }
-  /// Why there is no database, unless `create` did not want it.
+  /// Why there is no database, unless `create` returned null.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
  private:
@@ -75,7 +75,7 @@ class KPT_EXPORT KPT_FILE_LOADER {
   bool m_is_plain = false;
   KPT_STRING m_name;
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;  // of a plain file
-  std::unique_ptr<GENERAL> m_general;           // what the general source made of another
+  std::unique_ptr<GENERAL> m_general;           // what the general source made of any other file
 };
 
 #endif

@@ -20,7 +20,7 @@ using namespace XERCES_CPP_NAMESPACE;
 
 namespace {
 
-// Compares in place: names of this format are ASCII.
+// Compares without a copy: the names of this format are ASCII.
 bool is_named(const XMLCh* own, std::string_view name) {
   const auto end =
       std::find_if(name.begin(), name.end(), [&](char c) { return *own++ != static_cast<unsigned char>(c); });
@@ -51,7 +51,7 @@ class WIDE_ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
   mutable KPT_STRING m_value;
 };
 
-// Installed so that xerces-c tells the reader of everything; keeps the place.
+// xerces-c reports everything only to an installed handler. This one keeps the position.
 class PLACE : public DefaultHandler {
  public:
   void setDocumentLocator(const Locator* const locator) override { m_locator = locator; }
@@ -62,8 +62,8 @@ class PLACE : public DefaultHandler {
   const Locator* m_locator = nullptr;
 };
 
-// Takes the parser's events before SAX2 makes calls to handlers of them: those
-// do not tell of references where they stand.
+// Takes the parser's events before SAX2 passes them to handlers, because those do
+// not see where a reference is.
 class READER : public SAX2XMLReaderImpl {
  public:
   READER(KPT_XML_GUARD& guard, const KPT_WATCHED_BUILDER& builder) : m_guard(guard), m_builder(builder) {
@@ -88,7 +88,7 @@ class READER : public SAX2XMLReaderImpl {
 
   void XMLDecl(const XMLCh* version, const XMLCh*, const XMLCh*, const XMLCh*) override {
     m_is_1_1 = XMLString::equals(version, XMLUni::fgVersion1_1);
-    // A document is of one of the two.
+    // A document has one of the two versions; another one raises its exception.
     if (version != nullptr && *version != 0 && !m_is_1_1 && !XMLString::equals(version, XMLUni::fgVersion1_0)) {
       throw DOMException(DOMException::NOT_SUPPORTED_ERR, 0);
     }
@@ -165,8 +165,8 @@ class READER : public SAX2XMLReaderImpl {
   void elementDecl(const DTDElementDecl&, bool) override {}
 
  private:
-  // The parser takes more for a name than a document does, which ends with the
-  // exception of the document.
+  // The parser accepts more names than a document does. A name that a document
+  // does not accept raises the document's exception.
   void check_name(const XMLCh* name) const {
     if (m_is_1_1 ? !XMLChar1_1::isValidName(name) : !XMLChar1_0::isValidName(name)) {
       throw DOMException(DOMException::INVALID_CHARACTER_ERR, 0);

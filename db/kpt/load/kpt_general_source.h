@@ -1,7 +1,7 @@
-// Reads any database file by xerces-c's SAX2, element by element: what is not
-// plain, and what is not well-formed, for the message. No document is made.
+// Reads any database file with xerces-c's SAX2, element by element: files that are not
+// plain, and files that are not well-formed, for their message. Builds no document.
 //
-// Ownership: owns the warnings of the file.
+// Ownership: owns the warnings about the file.
 #ifndef KPT_GENERAL_SOURCE_H
 #define KPT_GENERAL_SOURCE_H
 
@@ -16,10 +16,10 @@ class KPT_GENERAL_SOURCE {
   /// what stands before the error is handed on by then.
   bool read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_WATCHED_BUILDER builder);
 
-  /// Why it is not.
+  /// Why `read` returned false.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
 
-  /// Issues the lines of all warnings once more.
+  /// Issues the lines of all warnings a second time.
   void repeat_warnings() const { m_guard.repeat_warnings(); }
 
  private:

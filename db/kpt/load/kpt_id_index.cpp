@@ -21,7 +21,7 @@ void KPT_ID_INDEX::fill(const KPT_KEYPOINT_SET_IMPL& set) {
   if (!any) {
     return;
   }
-  // Ids of a file are ints, so the difference of two fits.
+  // The ids of a file are ints, so their difference fits.
   const auto cells = static_cast<std::size_t>(most - m_least) + 1;
   if (cells / MOST_CELLS_A_KEYPOINT > set.size()) {
     fill_far(set);
@@ -48,7 +48,7 @@ KPT_KEYPOINT* KPT_ID_INDEX::find(long id) const {
     const auto cell = static_cast<std::size_t>(id - m_least);
     return cell < m_near.size() ? m_near[cell] : nullptr;
   }
-  // Of those with that id the last.
+  // The last of the entries with that id.
   const auto behind = std::upper_bound(m_far.begin(), m_far.end(), id,
                                        [](long wanted, const ENTRY& entry) { return wanted < entry.id; });
   return behind == m_far.begin() || behind[-1].id != id ? nullptr : behind[-1].keypoint;

@@ -1,10 +1,10 @@
-// From the ids of a file to the keypoints of one side.
+// Finds the keypoints of one side by the ids of a file.
 //
 // Ownership: none; the keypoints belong to their set.
 //
-// Ids mostly lie close together, and then their keypoints stand in one array;
-// ids that a file spreads far apart are sorted, so that the index costs what the
-// registers weigh. No hash: whoever writes a file chooses its ids.
+// Most ids are close together; their keypoints are then in one array. Ids that
+// are far apart are sorted, so the memory depends only on the number of
+// registers. There is no hash, because whoever writes a file can choose its ids.
 #ifndef KPT_ID_INDEX_H
 #define KPT_ID_INDEX_H
 
@@ -15,10 +15,10 @@
 
 class KPT_ID_INDEX {
  public:
-  /// Enters what the set holds now. Of two keypoints with one id the later in
-  /// walking order counts.
+  /// Enters the present registers of the set. Of two keypoints with one id, the
+  /// later in walking order counts.
   void fill(const KPT_KEYPOINT_SET_IMPL& set);
-  /// Null for an id that no keypoint has.
+  /// Null when no keypoint has the id.
   KPT_KEYPOINT* find(long id) const;
 
  private:
@@ -30,8 +30,8 @@ class KPT_ID_INDEX {
   void fill_far(const KPT_KEYPOINT_SET_IMPL& set);
 
   long m_least = 0;
-  std::vector<KPT_KEYPOINT*, MEM_STL_ALLOCATOR<KPT_KEYPOINT*>> m_near;  // by id, from the least
-  std::vector<ENTRY, MEM_STL_ALLOCATOR<ENTRY>> m_far;                   // by id, when the array is empty
+  std::vector<KPT_KEYPOINT*, MEM_STL_ALLOCATOR<KPT_KEYPOINT*>> m_near;  // by id, from the lowest
+  std::vector<ENTRY, MEM_STL_ALLOCATOR<ENTRY>> m_far;                   // sorted by id; used when the array is empty
 };
 
 #endif

@@ -6,8 +6,8 @@
 
 namespace {
 
-// Names the check that fails in these words: hosts file internal errors by text
-// and line, not by where the check stands today.
+// The text of the failed check. Hosts file internal errors by text and line, so
+// both are constants and do not follow the source.
 constexpr char TRANSFORMATIONS_SET_CHECK[] =
     "strcmp(db_xml_subtree.get_node_name(), KPT_XML_STR_TRANSFORMATIONS_SET) == 0";
 constexpr char CHECK_SOURCE[] = "db/kpt/kpt_keypoints_db_impl";
@@ -19,7 +19,7 @@ KPT_STRING ticks_text(int ticks) {
   return text;
 }
 
-// A table of no entries refuses any with the line of a table that lacks one.
+// A table without entries refuses every write, with the line of a write outside a table.
 void issue_outside_table(KPT_SET_ENUM side) { KPT_STATE_TABLE_IMPL(0, 0, 0).set_entry(side, 1, 1, false); }
 
 }  // namespace

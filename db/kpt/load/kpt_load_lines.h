@@ -1,10 +1,10 @@
-// What loading tells the host while it builds a database: debug lines and
-// internal errors. A source that does not know yet whether its file is
-// well-formed keeps them until it does: of a file that is refused, nobody may
-// hear what was in it.
+// The debug lines and internal errors that a load issues while it builds a
+// database. A source that does not know yet whether its file is well-formed
+// keeps them. Of a file that is refused, no line about its content may be
+// issued.
 //
-// Ownership: owns what it keeps. Lines of one kind in a row are kept as one, so
-// a file of many faults costs little.
+// Ownership: owns the lines that it keeps. Equal lines in a row are kept as one,
+// so a file with many faults takes little memory.
 #ifndef KPT_LOAD_LINES_H
 #define KPT_LOAD_LINES_H
 
@@ -17,8 +17,8 @@ class KPT_LOAD_LINES {
  public:
   enum LINE : int {
     LOAD_STARTS,
-    SET_IS_LOADED,    // with the ticks that it took
-    MAPS_ARE_LOADED,  // likewise
+    SET_IS_LOADED,    // with the ticks that this took
+    MAPS_ARE_LOADED,  // with the ticks that this took
     LOAD_ENDS,
     UNEXPECTED_CHILD,  // an internal error
     NO_VALUES,
@@ -26,11 +26,11 @@ class KPT_LOAD_LINES {
     OUTSIDE_TRANSFORMED_TABLE
   };
 
-  /// `kept`: until `release`; else every line is issued as it comes.
+  /// `kept`: keeps every line until `release`. Otherwise a line is issued at once.
   explicit KPT_LOAD_LINES(bool kept) : m_kept(kept) {}
 
   void add(LINE line, int ticks = 0);
-  /// Issues what is kept, in its order.
+  /// Issues the lines that were kept, in their order.
   void release();
 
  private:

@@ -12,11 +12,11 @@ namespace {
 
 using namespace kpt_plain;
 
-// The attributes of one start tag, as they stand in it.
+// The attributes of one start tag, as they are written in it.
 class ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
  public:
   void clear() { m_attributes.clear(); }
-  // `is_as_is`: neither a reference nor a blank to be replaced is in the value.
+  // `is_as_is`: the value has neither a reference nor a blank that is to be replaced.
   void add(std::string_view name, std::string_view value, bool is_as_is) {
     m_attributes.push_back({name, value, is_as_is});
   }
@@ -44,7 +44,7 @@ class ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
   mutable KPT_STRING m_replaced;
 };
 
-// Few are compared with each other, many are sorted.
+// A few are compared with each other, many are sorted.
 bool ATTRIBUTES::are_unique() {
   constexpr std::size_t FEW = 8;
   if (m_attributes.size() <= FEW) {
@@ -63,8 +63,8 @@ bool ATTRIBUTES::are_unique() {
   return std::adjacent_find(m_sorted.begin(), m_sorted.end()) == m_sorted.end();
 }
 
-// Each blank is a space, the two that end a line are one; what a reference
-// stands for stays.
+// Each blank becomes a space, and the two characters of a line end become one. A
+// blank that a reference names is not replaced.
 std::string_view ATTRIBUTES::replaced(std::string_view value) const {
   m_replaced.clear();
   while (!value.empty()) {
@@ -108,7 +108,7 @@ class SCANNER {
  private:
   enum STEP { PASSED, CUT_OFF, NOT_PLAIN };
 
-  // At a character that does not belong there. The null behind the window is one.
+  // At a character that is not allowed here. The null after the window is such a character.
   STEP unexpected(const char* p) const { return p == m_window.end() ? CUT_OFF : NOT_PLAIN; }
   bool more() { return read_on(m_at); }
 
@@ -138,12 +138,12 @@ class SCANNER {
     }
   }
 
-  // Reads on when less of the file than that is in view behind the place.
+  // Reads on when fewer than `count` bytes after the position are in the window.
   void see(std::size_t count) {
     while (static_cast<std::size_t>(m_window.end() - m_at) < count && more_in_text()) {
     }
   }
-  // Two bytes before the place stay in view.
+  // The two bytes before the position stay in the window.
   bool more_in_text() {
     const std::size_t before = std::min<std::size_t>(2, static_cast<std::size_t>(m_at - m_window.begin()));
     const char* keep = m_at - before;
@@ -160,7 +160,7 @@ class SCANNER {
     return m_at == m_window.end() || *m_at == '<';
   }
 
-  // To the next tag.
+  // Goes to the next tag.
   bool passes_text() {
     while (true) {
       const char* const start = m_at;
@@ -189,7 +189,7 @@ class SCANNER {
         m_handler.text("\n");
         return true;
       case '>':
-        // "]]>" ends what no plain file begins.
+        // "]]>" ends a section that a plain file cannot have.
         if (m_at - m_window.begin() >= 2 && m_at[-1] == ']' && m_at[-2] == ']') {
           return false;
         }
@@ -220,8 +220,8 @@ class SCANNER {
     return m_at != start;
   }
 
-  // A tag is looked at as a whole: one that the window cuts off is read again
-  // from its begin when more of it is in view.
+  // A tag is read as a whole. When the window ends within a tag, the tag is read
+  // again from its beginning with more of it in the window.
   bool passes_tag() {
     while (true) {
       const STEP step = m_at[1] == '/' ? end_tag() : start_tag();
@@ -343,7 +343,7 @@ class SCANNER {
     return PASSED;
   }
 
-  // Names that begin with "xml" mean something to a parser.
+  // Names that begin with "xml" have a meaning for a parser.
   static bool is_reserved(std::string_view name) {
     return name.size() >= 3 && (name[0] | 0x20) == 'x' && (name[1] | 0x20) == 'm' && (name[2] | 0x20) == 'l';
   }
@@ -354,12 +354,12 @@ class SCANNER {
   const char* m_counted;  // the lines before it are counted
   KPT_LINE_COUNTER m_lines;
   ATTRIBUTES m_attributes;
-  // The names of the open elements, one behind the other, and their lengths.
+  // The names of the open elements, joined, and their lengths.
   KPT_STRING m_names;
   std::vector<std::size_t, MEM_STL_ALLOCATOR<std::size_t>> m_levels;
 };
 
-// Keeps the name of the database and nothing else.
+// Keeps only the name of the database.
 class NAME_READER {
  public:
   explicit NAME_READER(KPT_STRING& name) : m_name(name) {}

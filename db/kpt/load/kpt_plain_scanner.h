@@ -1,25 +1,25 @@
-// Reads plain database files: those that need no more of XML than elements,
-// attributes in double quotes, texts in ASCII or UTF-8, the five predefined
-// entities and character references. docs/format.md says what is plain.
+// Reads plain database files. They consist of elements, attributes in double
+// quotes, texts in ASCII or UTF-8, the five predefined entities and character
+// references; docs/format.md defines them.
 //
-// Ownership: none. What it hands on is read during the call only.
+// Ownership: none. The builder reads its arguments only during a call.
 //
-// It is a strict judge of the little that it knows: what it takes for plain is
-// well-formed, and means to every XML parser what it means here. At the first
-// byte of anything else it steps aside, without a word: whether that is an
-// error, and which, is for the general source to say.
+// The scanner is strict. A file that it accepts is well-formed and has the same
+// meaning for every XML parser. At the first byte of anything else it stops
+// without a message. The general source then decides whether that is an error,
+// and which one.
 #ifndef KPT_PLAIN_SCANNER_H
 #define KPT_PLAIN_SCANNER_H
 
 #include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/load/kpt_watched_builder.h"
 
-/// Whether all of the bytes are a plain file. `name` is then the attribute
-/// "name" of its root.
+/// Whether all of the bytes are a plain file. `name` is then the attribute "name"
+/// of the root.
 bool kpt_is_plain(KPT_BYTES& bytes, KPT_STRING& name);
 
-/// Hands a plain file to the builder. False when it is none, and what stands
-/// before that is handed on by then.
+/// Gives the elements of a plain file to the builder. False when the file is not
+/// plain; the builder then has the elements before that.
 bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_DATABASE_BUILDER& builder);
 
 /// The same, and the builder is told of lines.

@@ -1,10 +1,10 @@
-// Asks for memory ahead of a walk over the maps of one stage.
+// Prefetches memory for a walk over the maps of one stage.
 //
-// The maps of one stage lie all over memory in the order of the other, and a
-// walk that waits for each of them waits most of its time. This asks in advance
-// for what leads from a map to its counterpart in the other stage, one step at
-// a time: the keypoint, its index entry, the map's cell in the list, the map.
-// It changes nothing.
+// In the order of one stage, the maps of the other stage are scattered in memory.
+// A walk that waits for each map spends most of its time waiting. This class
+// prefetches what lies between a map and its counterpart in the other stage, one
+// step at a time: the keypoint, its index entry, the map's cell in the list, and
+// the map. It changes nothing.
 //
 // Ownership: none; the lists and the index outlive it.
 #ifndef KPT_LOOK_AHEAD_H
@@ -19,13 +19,13 @@
 
 class KPT_LOOK_AHEAD {
  public:
-  /// For a walk over the maps of one stage: from the first register of their
-  /// given side to the maps of the other stage, whose index of it is `index`.
+  /// For a walk over the maps of one stage. `index` is the other stage's index of
+  /// the registers on the given side.
   KPT_LOOK_AHEAD(const KPT_TRANSFORMATION_LIST& walked, KPT_SET_ENUM side, const KPT_TRANSFORMATION_LIST& other,
                  const KPT_MAP_INDEX& index)
       : m_walked(walked), m_side(side), m_other(other), m_index(index) {}
 
-  /// The walk is at this map: asks for what the next ones lead to.
+  /// The walk is at this map: prefetches for the next ones.
   void from(const KPT_TRANSFORMATION_IMPL& map) const {
     const std::uint32_t position = KPT_TRANSFORMATION_LIST::position_of(map);
     __builtin_prefetch(keypoint_of(m_walked.at(position + 4 * STEP)));
@@ -34,7 +34,7 @@ class KPT_LOOK_AHEAD {
     fetch(counterpart_of(m_walked.at(position + STEP)));
   }
 
-  /// The map that the one `ahead` positions further on leads to; null when there is none.
+  /// The counterpart of the map `ahead` positions further on; null when there is none.
   const KPT_TRANSFORMATION_IMPL* counterpart(const KPT_TRANSFORMATION_IMPL& map, std::uint32_t ahead) const {
     return counterpart_of(m_walked.at(KPT_TRANSFORMATION_LIST::position_of(map) + ahead));
   }

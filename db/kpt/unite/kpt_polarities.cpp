@@ -16,7 +16,7 @@ KPT_POLARITIES::GROUP_MEMBERSHIP KPT_POLARITIES::of(const KPT_TRANSFORMATION_IMP
   return {groups.n.contains(keypoint), groups.i.contains(keypoint)};
 }
 
-// Not before the second question: a map that grows between any two would be
+// Not before the second question: a map that grows between two questions would be
 // sorted for each.
 void KPT_POLARITIES::sort(GROUPS& groups, const NI_PAIR& pair) {
   const auto fill = [](KEYPOINTS& keypoints, const KPT_KEYPOINT_LIST& group) {

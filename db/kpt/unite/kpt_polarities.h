@@ -1,12 +1,12 @@
-// In which group the registers at index 0 of one side of maps stand, to be
-// asked for register after register.
+// Finds the group of a register at index 0 of one side of a map, for many
+// registers one after the other.
 //
-// Ownership: none. A map that changes or goes is to be forgotten first.
+// Ownership: none. Call `forget` before a map is changed or deleted.
 //
-// A map answers by walking its groups, which is the quickest for the few
-// registers that nearly every index has. Asked for each of the thousands that
-// were merged into one, it would walk them thousands of times: such groups are
-// sorted when they are asked for the second time.
+// A map finds the group by walking over its registers. That is the fastest way
+// for the few registers that nearly every index has. But when thousands of
+// registers were merged into one, a walk for each would take very long. Such
+// groups are sorted at the second question.
 #ifndef KPT_POLARITIES_H
 #define KPT_POLARITIES_H
 
@@ -23,7 +23,7 @@ class KPT_POLARITIES {
   explicit KPT_POLARITIES(KPT_SET_ENUM side) : m_side(side) {}
 
   GROUP_MEMBERSHIP of(const KPT_TRANSFORMATION_IMPL& map, const KPT_KEYPOINT* keypoint);
-  /// The groups of the side have changed places.
+  /// The two groups of every index of the side were swapped.
   void exchanged(const KPT_TRANSFORMATION_IMPL& map);
   void forget(const KPT_TRANSFORMATION_IMPL& map) { m_large.erase(&map); }
 

@@ -1,4 +1,4 @@
-// How maps are united, aligned, compared by names, chained stage to stage and
+// How maps are united, aligned, compared by names, composed stage to stage, and
 // moved to the keypoints of another set.
 #include <algorithm>
 #include <memory>
@@ -14,14 +14,14 @@
 
 namespace {
 
-// Null for a null keypoint and for one that is no register: neither has a
-// name to be matched by.
+// Null for a null keypoint and for one that is not a register: neither can be
+// matched by its name.
 const KPT_REGISTER_KEYPOINT_IMPL* as_register(const KPT_KEYPOINT* keypoint) {
   return keypoint != nullptr && keypoint->is_register() ? static_cast<const KPT_REGISTER_KEYPOINT_IMPL*>(keypoint)
                                                         : nullptr;
 }
 
-// What a register is matched by: a signal has no entity and no type.
+// The texts by which a register is matched: a signal has no entity and no type.
 struct NAMES {
   explicit NAMES(const KPT_REGISTER_KEYPOINT_IMPL& keypoint)
       : is_signal(keypoint.register_is_signal()),
@@ -66,9 +66,9 @@ KPT_KEYPOINT* find_namesake(const NI_PAIR_VECTOR& side, const NAMES& names) {
   return nullptr;
 }
 
-// The names of one side, to be asked for many registers. A walk per question
-// is the quicker way for the few registers that nearly every side has; a side
-// of many is sorted once.
+// The names of one side, for look-ups of many registers. A walk for each look-up
+// is faster for the few registers that nearly every side has. A side with many
+// registers is sorted once.
 class SIDE_NAMES {
  public:
   explicit SIDE_NAMES(const NI_PAIR_VECTOR& side) : m_side(side) {
@@ -80,7 +80,7 @@ class SIDE_NAMES {
     }
   }
 
-  // Most often it is the very register that stands there.
+  // Most often the side lists the very same keypoint.
   bool contain(const KPT_REGISTER_KEYPOINT_IMPL& keypoint) const {
     if (m_is_sorted) {
       return m_sorted.contains(NAMES(keypoint));
@@ -104,14 +104,14 @@ class SIDE_NAMES {
   bool m_is_sorted;
 };
 
-// Requires room.
+// Requires that memory was reserved.
 void append_pairs(NI_PAIR_VECTOR& to, NI_PAIR_VECTOR&& from) {
   for (NI_PAIR& pair : from) {
     to.push_back(std::move(pair));
   }
 }
 
-// Room for more, such that one by one costs no more than all at once.
+// Reserves memory for more elements. It grows by doubling, so that adding one by one is as fast as adding all.
 template <class LIST>
 void make_room(LIST& list, std::size_t more) {
   const std::size_t wanted = list.size() + more;
@@ -120,7 +120,7 @@ void make_room(LIST& list, std::size_t more) {
   }
 }
 
-// A side with every keypoint replaced by what `namesake_of` answers for it.
+// A side with every keypoint replaced by the result of `namesake_of`.
 template <class F>
 NI_PAIR_VECTOR translate_side(const NI_PAIR_VECTOR& side, F namesake_of) {
   const auto translate_group = [&](const KPT_KEYPOINT_LIST& group) {
@@ -153,7 +153,7 @@ bool KPT_TRANSFORMATION_IMPL::copy_map(const KPT_TRANSFORMATION_IMPL& other) {
   return true;
 }
 
-// Room in the groups of the first pairs for those of `other`, whichever way round they come.
+// Reserves memory in the groups of the first pairs for either group of `other`.
 void KPT_TRANSFORMATION_IMPL::make_room_for(const KPT_TRANSFORMATION_IMPL& other) {
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     const std::size_t more = std::max(other.group(side, N_GROUP, 0).size(), other.group(side, I_GROUP, 0).size());
@@ -174,9 +174,9 @@ void KPT_TRANSFORMATION_IMPL::take_content(KPT_TRANSFORMATION_IMPL& other) noexc
   m_fsm_flag = other.m_fsm_flag;
 }
 
-// Looks at the first NI pairs alone. It is meant for plain maps, which have no
-// other; whoever unites plain maps of several pairs relies on the rest being
-// left behind. The status is that of the other map: it has the later news.
+// Uses only the first NI pairs. It is meant for plain maps, which have no others.
+// Callers that unite plain maps with several pairs rely on this. The status is
+// that of the other map, which is the later one.
 bool KPT_TRANSFORMATION_IMPL::make_simple_union(const KPT_TRANSFORMATION_IMPL& other) {
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     for (const GROUP group : {N_GROUP, I_GROUP}) {
@@ -198,7 +198,7 @@ bool KPT_TRANSFORMATION_IMPL::make_simple_union(const KPT_TRANSFORMATION_IMPL& o
   return added;
 }
 
-// The group is asked for anew at every step: `other` may be this map.
+// Reads the group again at every step, because `other` may be this map.
 bool KPT_TRANSFORMATION_IMPL::append_group(KPT_SET_ENUM side, GROUP group, const KPT_TRANSFORMATION_IMPL& other) {
   bool added = true;
   const std::size_t count = other.group(side, group, 0).size();
@@ -208,8 +208,8 @@ bool KPT_TRANSFORMATION_IMPL::append_group(KPT_SET_ENUM side, GROUP group, const
   return added;
 }
 
-// The columns of the product table follow the order in which the NI pairs
-// then stand: this map's own, behind them those of the other.
+// The columns of the product table are in the order of the NI pairs: first those
+// of this map, then those of the other.
 bool KPT_TRANSFORMATION_IMPL::make_union(const KPT_TRANSFORMATION_IMPL& other) {
   const bool fsm = map_has_fsm_transformation();
   const bool other_fsm = other.map_has_fsm_transformation();
@@ -234,7 +234,7 @@ KPT_TRANSFORMATION_IMPL::GROUP_MEMBERSHIP KPT_TRANSFORMATION_IMPL::membership(KP
   return {keypoint_is_in(side, N_GROUP, keypoint, 0), keypoint_is_in(side, I_GROUP, keypoint, 0)};
 }
 
-// The map of the later stage gives way. False when a register is in no group.
+// Swaps the map of the later stage. False when a register is in no group.
 bool KPT_TRANSFORMATION_IMPL::align(const GROUP_MEMBERSHIP& earlier, const GROUP_MEMBERSHIP& later,
                                     KPT_TRANSFORMATION_IMPL& later_map) {
   if (earlier.opposes(later)) {
@@ -255,9 +255,9 @@ bool KPT_TRANSFORMATION_IMPL::align_t_register(const KPT_KEYPOINT* keypoint, KPT
          align(membership(KPT_TRANSFORMED_SET, keypoint), other->membership(KPT_REFERENCE_SET, other_keypoint), *other);
 }
 
-// By names alone: a namesake at another index or in the opposite group counts.
-// A union relies on it: the two stages agree on which registers there are
-// before they agree on indices and polarities.
+// Compares only names: a namesake at another index or in the opposite group
+// counts. A union relies on this, because stages first have to agree on their
+// registers, and are then aligned.
 bool KPT_TRANSFORMATION_IMPL::t_equals_r(const KPT_TRANSFORMATION_IMPL& other) const {
   if (m_t_vector.size() != other.m_r_vector.size()) {
     return false;
@@ -283,9 +283,9 @@ KPT_KEYPOINT* KPT_TRANSFORMATION_IMPL::find_register_in_s_vector(const NI_PAIR_V
   return find_namesake(side, NAMES(false, name, entity_name, register_type));
 }
 
-// The status comes as it stands, also where this map inverts: it is said of the
-// registers between the stages, and a consumer of the second stage's constants
-// finds them as that stage told them.
+// Takes the status unchanged, also when this map inverts. The status is about the
+// registers between the stages, and flows expect the constants that the second
+// stage recorded.
 bool KPT_TRANSFORMATION_IMPL::update_transformations(const KPT_TRANSFORMATION_IMPL& other, KPT_KEYPOINT_LIST& entered,
                                                      KPT_KEYPOINT_LIST& left) {
   std::unique_ptr<KPT_STATE_TABLE_IMPL> table;

@@ -1,10 +1,10 @@
-// The union of two stages. The maps of the first run from netlist 1 to
-// netlist 2, those of the second from netlist 2 to netlist 3; afterwards those
-// of the first run from netlist 1 to netlist 3.
+// The union of two stages. The maps of the first stage lead from netlist 1 to
+// netlist 2, and those of the second from netlist 2 to netlist 3. After the
+// union, the maps of the first lead from netlist 1 to netlist 3.
 //
-// Every match is by keypoint: a register of netlist 2 is one object, in the
-// first stage's transformed index and in the second's reference index. The
-// second stage is consumed; the caller gives a translated copy of it.
+// Maps are matched by keypoints: a register of netlist 2 is one object in the
+// first stage's transformed index and in the second's reference index. The union
+// consumes the second stage, so the caller passes a translated copy.
 //
 // Read from top to bottom: loop 1, loop 2, loop 3, leftovers.
 #include <algorithm>
@@ -60,18 +60,18 @@ class KPT_UNITE {
 
   KPT_TRANSFORMATION_SET_IMPL& db1;
   KPT_TRANSFORMATION_SET_IMPL& db2;
-  bool ok = true;  // false ends the loop at hand and skips the later ones
-  // Reused from map to map, so that a plain map costs no allocation.
+  bool ok = true;  // false ends the present loop and skips the later ones
+  // Members, so that a plain map needs no allocation.
   CANDIDATES candidates;
   KPT_KEYPOINT_LIST registers;
   KPT_KEYPOINT_LIST entered;
   KPT_KEYPOINT_LIST left;
-  // Of the registers between the stages, where loops 1 and 2 look for them.
+  // For the registers between the stages, which loops 1 and 2 look up.
   KPT_POLARITIES t_polarities{KPT_TRANSFORMED_SET};
   KPT_POLARITIES r_polarities{KPT_REFERENCE_SET};
 };
 
-// A set that is united with itself gives a copy to be consumed.
+// When a set is united with itself, a copy of it is consumed.
 bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2) {
   if (&db2 != this) {
     return KPT_UNITE(*this, db2).run();
@@ -83,7 +83,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2) {
   return KPT_UNITE(*this, copy).run();
 }
 
-// The timing lines count from the start of the union, not loop by loop.
+// Each timing line counts from the start of the union, not of its loop.
 bool KPT_UNITE::run() {
   const unsigned long start = gen_get_tick_count();
   loop_1_fuse_maps_of_db2();
@@ -96,8 +96,8 @@ bool KPT_UNITE::run() {
   return ok;
 }
 
-// Loop 1: where one index of a first-stage map feeds several second-stage
-// maps, these become one.
+// Loop 1: when one index of a first-stage map feeds several second-stage maps,
+// these are fused into one.
 void KPT_UNITE::loop_1_fuse_maps_of_db2() {
   const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db1, KPT_TRANSFORMED_SET, db2);
   for (MAP* m1 : db1.m_maps) {
@@ -126,10 +126,10 @@ void KPT_UNITE::fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index) {
   fuse(db2);
 }
 
-// Loop 2: where several first-stage maps feed one index of a second-stage
-// map, these become one. A state machine of the second stage replaces the
-// first-stage maps that feed it: its table speaks of its own reference
-// registers, and no composition of it with a plain map is defined.
+// Loop 2: when several first-stage maps feed one index of a second-stage map,
+// these are fused into one. A state machine of the second stage replaces the
+// first-stage maps that feed it. Its table is about its own reference registers,
+// and its composition with a plain map is not defined.
 void KPT_UNITE::loop_2_fuse_maps_of_db1() {
   const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db2, KPT_REFERENCE_SET, db1);
   for (MAP* m2 : db2.m_maps) {
@@ -146,8 +146,8 @@ void KPT_UNITE::loop_2_fuse_maps_of_db1() {
   }
 }
 
-// The registers are listed first: aligning swaps the groups of `m2`, in which
-// they stand.
+// Lists the registers before, because aligning swaps the groups of `m2` that hold
+// them.
 void KPT_UNITE::fuse_db1_maps_feeding(MAP& m2, unsigned short r_index) {
   candidates.clear();
   registers.clear();
@@ -168,8 +168,8 @@ void KPT_UNITE::fuse_db1_maps_feeding(MAP& m2, unsigned short r_index) {
   fuse(db1);
 }
 
-// The map of the later stage gives way: its groups change places unless the
-// register has one polarity in both.
+// Swaps the groups of the later stage's map unless the register has the same
+// polarity in both maps.
 void KPT_UNITE::align(MAP& m1, MAP& m2, const KPT_KEYPOINT* k) {
   if (t_polarities.of(m1, k).opposes(r_polarities.of(m2, k))) {
     m2.interchange_groups_of_both_sides();
@@ -182,8 +182,8 @@ void KPT_UNITE::forget(const MAP& map) {
   r_polarities.forget(map);
 }
 
-// Makes one map of the candidates, the oldest of them, and enters it anew. A
-// candidate is deleted also when it could not be united.
+// Fuses the candidates into the oldest of them, and enters that map anew. Every
+// other candidate is deleted, even when it could not be united.
 void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
   if (candidates.size() < 2) {
     return;
@@ -201,7 +201,7 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
   }
   MAP* target = candidates.front();
   forget(*target);
-  // On the way out, also where memory ends: what went into the target leads to it.
+  // Runs at every exit, also after an exception, so that everything in the target leads to it.
   const KPT_UNDO entered_anew([&] { set.enter_whole(*target); });
   for (auto other = candidates.begin() + 1; other != candidates.end(); ++other) {
     ok = ok && target->make_union(**other);
@@ -210,8 +210,8 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
   }
 }
 
-// Loop 3: every plain first-stage map whose registers still exist goes on to
-// where the second stage takes them.
+// Loop 3: composes every plain first-stage map that is not eliminated with the
+// second-stage map of its registers.
 void KPT_UNITE::loop_3_compose() {
   const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db1, KPT_TRANSFORMED_SET, db2);
   for (MAP* m1 : db1.m_maps) {
@@ -226,8 +226,8 @@ void KPT_UNITE::loop_3_compose() {
   }
 }
 
-// A step enters the registers of the second stage in the first and takes them
-// out of the second: asks for these, then for their entries.
+// A step enters the registers of the second stage in the first and removes them
+// from the second. This prefetches these registers, then their entries.
 void KPT_UNITE::fetch_entries_behind(const KPT_LOOK_AHEAD& look_ahead, const MAP& m1) const {
   constexpr std::uint32_t NEAR = 2;
   const MAP* far = look_ahead.counterpart(m1, 2 * NEAR);
@@ -239,8 +239,8 @@ void KPT_UNITE::fetch_entries_behind(const KPT_LOOK_AHEAD& look_ahead, const MAP
   }
 }
 
-// A mismatch is reported and the maps are composed all the same: the second
-// stage may know registers under one name that the first split in two.
+// After a mismatch is reported, the maps are composed anyway: the second stage
+// may have removed a replica that the first stage recorded.
 void KPT_UNITE::compose(MAP& m1) {
   MAP* m2 = successor_of(m1);
   if (m2 == nullptr || m2->map_has_fsm_transformation()) {
@@ -280,11 +280,11 @@ MAP* KPT_UNITE::report_first_in_db2(const KPT_KEYPOINT_LIST& candidates_for_it) 
   return nullptr;
 }
 
-// A register that entered keeps an entry that it has: another map of the
-// first stage got there earlier. (One that leads to a deleted map is none.)
-// And it is the reference side of `m2`, the registers between the stages, that
-// is entered in the first stage's reference index: consumers ask for a
-// register of netlist 2 and get the map that it was part of.
+// A register that already has an entry keeps it, because another map of the first
+// stage got it earlier. (An entry of a deleted map does not count.) The reference
+// index of the first stage gets the reference side of `m2`, the registers between
+// the stages: a client that asks for a register of netlist 2 gets the map that it
+// was part of.
 void KPT_UNITE::step_from(MAP& m1, MAP& m2) {
   entered.clear();
   left.clear();
@@ -319,9 +319,9 @@ void KPT_UNITE::report_side(const MAP& map, KPT_SET_ENUM side) {
   }
 }
 
-// Leftovers: what the second stage knows and no first-stage map reached is
-// copied only when the host asks for it. A state machine that loop 2 copied
-// is still there and is then reported and copied once more.
+// Leftovers: maps of the second stage that no first-stage map reached are copied
+// only when the host asks for it. A state machine that loop 2 copied is still
+// among them, so it is reported and copied a second time.
 void KPT_UNITE::copy_leftovers() {
   if (!cfg_is_on("kpt_add_unmatched_transformations", false)) {
     return;

@@ -1,6 +1,6 @@
-// A client that makes and deletes objects of the library itself. In code that
-// runs once, as this is marked, a compiler inlines the smaller half of an
-// allocation's pair only, and must find nothing to warn of.
+// A client that makes and deletes objects of the library. In code that runs once,
+// as this code is marked, a compiler inlines only the smaller half of the
+// allocation pair, and must not find a reason to warn.
 #include "db/kpt/kpt.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"

@@ -1,5 +1,5 @@
-// A client that loads a database and asks it, and does nothing else: of the host it calls nothing
-// itself.
+// A client that only loads a database and asks it a question: it calls no
+// function of the host itself.
 #include <cstdio>
 
 #include "db/kpt/kpt.h"

@@ -1,4 +1,4 @@
-// A client outside the tree: records two registers, saves, loads back and asks.
+// A client outside the source tree: records two registers, saves, loads and asks.
 #include <cstdio>
 
 #include "db/kpt/kpt.h"

@@ -1,4 +1,4 @@
-// A cleanup answers what its last deletion answered.
+// A cleanup returns the result of its last deletion.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ using namespace kpt_test;
 
 class CleanupTellsOfLastDeletion : public testing::Test {
  protected:
-  // A register that cannot be deleted: it has another name than it was added under.
+  // A register that cannot be deleted, because its name differs from the one with which it was added.
   void add_renamed(const char* name) {
     db1.add_to_register_set(KPT_REFERENCE_SET, 1, name)->set_element_name("renamed");
   }
@@ -40,8 +40,8 @@ TEST_F(CleanupTellsOfLastDeletion, SoARegisterThatIsKeptDoesNotCount) {
   EXPECT_FALSE(db1.cleanup_reference_keypoint_set());
 }
 
-// Whoever let every failure count would stop a union before its second
-// cleanup, and the registers between the stages would stay.
+// If every failure counted, a union would stop before its second cleanup, and the
+// registers between the stages would stay.
 TEST_F(CleanupTellsOfLastDeletion, BecauseTheSecondCleanupHangsOnIt) {
   add_renamed("a");
   add_unmapped("b");

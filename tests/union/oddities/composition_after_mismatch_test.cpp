@@ -1,5 +1,5 @@
-// A first map whose registers the second stage does not all know as one is
-// reported as UNMATCHED and composed all the same.
+// When no single map of the second stage lists all registers of a first map, the
+// mismatch is reported as UNMATCHED, and the maps are composed anyway.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,8 +24,8 @@ TEST(CompositionAfterMismatch, GoesOnAndSucceeds) {
   EXPECT_EQ(db1.t_map("y"), "");
 }
 
-// Whoever stopped at the report would lose the way of every register that the
-// first stage replicated and the second stage swept without a word.
+// If the union stopped at the report, it would lose every register that the first
+// stage replicated and whose replica the second stage removed silently.
 TEST(CompositionAfterMismatch, BecauseAReplicaMayBeSweptBetweenTheStages) {
   KPT_KEYPOINTS_DB_IMPL db1("first");
   KPT_KEYPOINTS_DB_IMPL db2("second");

@@ -1,6 +1,6 @@
-// A constant that the second stage found is said of the register between the
-// stages. Where the first stage inverted, it is the opposite of what the
-// reference register holds, and is taken over as it stands.
+// A constant that the second stage found is about the register between the
+// stages. Where the first stage inverted, this is the opposite of the value of
+// the reference register. The union takes the status unchanged.
 #include <gtest/gtest.h>
 
 #include "tests/union/stages.h"
@@ -9,8 +9,8 @@ namespace {
 
 using namespace kpt_test;
 
-// a became x in the first stage, inverted or not, and x became p in the second,
-// which found that it stays at zero.
+// The first stage turns a into x, inverted or not. The second turns x into p and
+// finds that it is stuck at zero.
 class UNITED {
  public:
   explicit UNITED(bool inverted) {
@@ -30,20 +30,20 @@ class UNITED {
   KPT_KEYPOINTS_DB_IMPL m_second{"second"};
 };
 
-// x holds the inverse of a and stays at zero, so a stays at one.
+// x holds the inverse of a and is stuck at zero, so a is stuck at one.
 TEST(ConstantKeepsTheSecondStagesSense, BehindAnInversionOfTheFirst) {
   const UNITED united(true);
   EXPECT_TRUE(united.map_of_a().r_representative_is_stuck_at_zero());
   EXPECT_FALSE(united.map_of_a().r_representative_is_stuck_at_one());
 }
 
-// Nothing in the united map tells of the inversion: who turned the sense by
-// the groups that are left would turn this constant, which is right, as well.
+// Nothing in the united map shows the inversion. A repair that inverts by the
+// remaining groups would also invert this constant, which is right.
 TEST(ConstantKeepsTheSecondStagesSense, AndTheMapIsThatOfAConstantWithoutAnInversion) {
   EXPECT_EQ(UNITED(true).maps(), UNITED(false).maps());
 }
 
-// One stage that holds both has the sense that a pass gives it.
+// One stage that records both has the constant that the pass reports.
 TEST(ConstantKeepsTheSecondStagesSense, WhileOneStageTakesTheSenseThatIsRecorded) {
   KPT_KEYPOINTS_DB_IMPL first("first");
   first.associate_registers_signal_to_signal("a", "x");

@@ -1,5 +1,5 @@
-// A first map that tells of an elimination is not composed, also when a
-// register of it is still there.
+// A first map with an elimination status is not composed, even when one of its
+// registers still exists.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -37,8 +37,8 @@ TEST(EliminatedMapsLeftAlone, WithAStatusThatNoListHas) {
   EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~ status 77"));
 }
 
-// A replica outlived its constant sibling. It stays in the transformed set
-// under its name in the middle netlist, and where it went on to is lost.
+// A replica outlived its constant sibling. It stays in the transformed set under
+// its name in the middle netlist. What became of it later is lost.
 TEST(EliminatedMapsLeftAlone, SoARegisterBesideTheEliminatedOneKeepsItsMiddleName) {
   KPT_KEYPOINTS_DB_IMPL db1("first");
   KPT_KEYPOINTS_DB_IMPL db2("second");
@@ -51,8 +51,8 @@ TEST(EliminatedMapsLeftAlone, SoARegisterBesideTheEliminatedOneKeepsItsMiddleNam
   EXPECT_EQ(names_of(db1.get_transformed_set()), "x_copy");
 }
 
-// Whoever composed it would overwrite the constant by the status of the
-// second map, and a consumer would look for a register that is none.
+// If it were composed, the status of the second map would overwrite the constant,
+// and a consumer would look for a register that does not exist.
 TEST(EliminatedMapsLeftAlone, BecauseAComposedMapWouldForgetTheConstant) {
   REGISTERS registers;
   SET db1(registers);
@@ -68,7 +68,7 @@ TEST(EliminatedMapsLeftAlone, BecauseAComposedMapWouldForgetTheConstant) {
   EXPECT_FALSE(constant->r_representative_is_stuck_at_one());
 }
 
-// Loops 1 and 2 look at no status: maps are fused round an eliminated one.
+// Loops 1 and 2 do not look at the status, so they also fuse eliminated maps.
 TEST(EliminatedMapsLeftAlone, ButAreFusedLikeAnyOther) {
   REGISTERS registers;
   SET db1(registers);

@@ -1,4 +1,4 @@
-// A register that enters a first map keeps the index entry that it has.
+// A register that is added to a first map keeps the index entry that it has.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@ namespace {
 using testing::ElementsAre;
 using namespace kpt_test;
 
-// The second stage took x to y, and knows nothing of the y that the first
-// stage left. Both are listed; y leads to the map that it led to before.
+// The second stage turns x into y and does not know the y in which the first
+// stage ends. Both maps list y; its entry leads to the map that it led to before.
 TEST(EnteredEntryKept, WhenAnotherFirstMapEndsInARegisterOfThatName) {
   REGISTERS registers;
   SET db1(registers);
@@ -35,9 +35,9 @@ TEST(EnteredEntryKept, WhenAnEarlierFirstMapGotThereInTheSameUnion) {
   EXPECT_EQ(db1.t_map("p"), "a~ -> p~");
 }
 
-// Whoever overwrote the entry would leave the map that stands first out of
-// reach of the next stage: its register would lead to the later one, which is
-// then taken for both.
+// If the entry were overwritten, the next stage would not find the first of the
+// two maps: its register would lead to the later map, which would then count for
+// both.
 TEST(EnteredEntryKept, BecauseEventsOnTheRegisterBelongToTheFirstMapThatGotThere) {
   REGISTERS registers;
   SET db1(registers);
@@ -51,9 +51,9 @@ TEST(EnteredEntryKept, BecauseEventsOnTheRegisterBelongToTheFirstMapThatGotThere
   EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~p", "b~ -> p~"));
 }
 
-// A register that takes over the name of one that moves on: the map that is
-// composed later takes the entry out. The map still lists the register, and
-// the cleanup deletes it from the transformed set.
+// A register takes the name of a register that moves on. The map that is composed
+// later erases the entry. The map of the first register still lists it, and the
+// cleanup deletes it from the transformed set.
 TEST(EnteredEntryKept, AndIsLostWhenTheMapThatItLedToMovesOnLater) {
   KPT_KEYPOINTS_DB_IMPL db1("first");
   KPT_KEYPOINTS_DB_IMPL db2("second");

@@ -1,5 +1,5 @@
-// What the second stage knows and no first map reaches is copied only when
-// the host asks for it, with an internal error for each map.
+// A map of the second stage that no first map reaches is copied only when the
+// host asks for it, with one internal error for each.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ TEST_F(LeftoversUnderSwitch, ReportTheirEmptySidesAfterTheTimes) {
   EXPECT_THAT(masked(lines.debug()), ElementsAre(LOOP_1, LOOP_2, LOOP_3, EMPTY_T, EMPTY_T));
 }
 
-// A machine that replaced first maps is still there, and is copied once more.
+// A machine that replaced first maps is still in the second set, and is copied a second time.
 TEST_F(LeftoversUnderSwitch, IncludeAMachineThatWasCopiedAlready) {
   kpt_host::set_switch(COPY_LEFTOVERS, true);
   db1.plain("a -> s0");
@@ -68,8 +68,8 @@ TEST_F(LeftoversUnderSwitch, IncludeAMachineThatWasCopiedAlready) {
   EXPECT_EQ(db1.get_map_of_t_keypoint(registers["h0"]), db1.get_list_of_register_transformations().back());
 }
 
-// Whoever copied leftovers always would keep registers of the middle netlist:
-// a map that was left over starts in one, and it has no way back to the first.
+// If leftovers were copied without the switch, registers of the middle netlist
+// would stay: such a map starts there, and nothing leads back to the first netlist.
 TEST_F(LeftoversUnderSwitch, BecauseTheyStartBetweenTheStages) {
   for (const bool on : {false, true}) {
     kpt_host::set_switch(COPY_LEFTOVERS, on);
@@ -80,8 +80,8 @@ TEST_F(LeftoversUnderSwitch, BecauseTheyStartBetweenTheStages) {
     first.associate_registers_signal_to_signal("x", "y");
     second.associate_registers_signal_to_signal("x", "p");
     EXPECT_TRUE(first.unite_db(second));
-    // The second x is refused as a pass-through, for the first netlist has one,
-    // and the translated map has lost it.
+    // The second x is refused as a pass-through, because the first netlist has an
+    // x; so the translated map has lost it.
     EXPECT_EQ(first.get_transformed_register_transformation("p") != nullptr, on);
     EXPECT_THAT(faults_after_union(first), IsEmpty());
   }

@@ -1,6 +1,6 @@
-// A state machine of the second stage replaces the first-stage maps that feed
-// it. Its table speaks of its own reference registers, in their polarity; the
-// registers of the first netlist that led there are found no more.
+// A state machine of the second stage replaces the first-stage maps that feed it.
+// Its table is about its own reference registers, in their polarity. The
+// registers of the first netlist that led to them are no longer found.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,9 +28,9 @@ TEST(MachineReplacesFeedingMaps, AndTheFirstRegistersThatFedItLeaveTheDatabase) 
   EXPECT_THAT(faults_after_union(db1), IsEmpty());
 }
 
-// The registers between the stages are still listed, readable, and in no set:
-// a file saved now names ids that it does not define, and what is loaded from
-// it lists null keypoints in their place.
+// The machine still lists the registers between the stages. They are readable,
+// but in no set. So a saved file lists ids that it does not define, and a map
+// that is loaded from it lists null keypoints.
 TEST(MachineReplacesFeedingMaps, AndASavedFileNamesRegistersThatItDoesNotHold) {
   set_next_ids(0, 40);
   KPT_KEYPOINTS_DB_IMPL db1("first");
@@ -45,8 +45,8 @@ TEST(MachineReplacesFeedingMaps, AndASavedFileNamesRegistersThatItDoesNotHold) {
   EXPECT_THAT(saved(db1), testing::Not(testing::HasSubstr("s0")));
 }
 
-// Whoever wrote the first registers into the machine instead would have its
-// table speak of their inverse: the column is recorded for s0, and a is not s0.
+// If the machine listed the first registers instead, its table would say their
+// inverse: the column was recorded for s0, and a is the inverse of s0.
 TEST(MachineReplacesFeedingMaps, BecauseItsTableHoldsForNoOtherRegister) {
   KPT_KEYPOINTS_DB_IMPL db1("first");
   KPT_KEYPOINTS_DB_IMPL db2("second");
@@ -60,8 +60,8 @@ TEST(MachineReplacesFeedingMaps, BecauseItsTableHoldsForNoOtherRegister) {
   EXPECT_THAT(states_of(machine->get_register_state_table()), ElementsAre("0 1", "1 0"));
 }
 
-// Whoever kept the first map beside the machine would have it end in a
-// register that the last netlist does not have.
+// If the first map were kept beside the machine, it would end in a register that
+// the last netlist does not have.
 TEST(MachineReplacesFeedingMaps, BecauseNoMapMayEndBetweenTheStages) {
   REGISTERS registers;
   SET db1(registers);

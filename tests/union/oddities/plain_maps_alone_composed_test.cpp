@@ -1,5 +1,5 @@
-// Only plain maps are composed: a first-stage machine stays where it ends, and
-// the maps of the second stage that go on from it come to nothing.
+// Only plain maps are composed: a first-stage machine stays unchanged, and the
+// maps of the second stage that start from its registers are lost.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,14 +29,14 @@ TEST(PlainMapsAloneComposed, SoAPlainMapStopsBeforeASecondMachineThatItDoesNotFe
   SET db2(registers);
   KPT_TRANSFORMATION_IMPL* machine = db2.fsm("s0 -> h0", {"0 1", "1 0"});
   db1.plain("a -> x");
-  // x leads to the machine, which does not list it: nothing replaces the map.
+  // x leads to the machine, which does not list it, so nothing replaces the map.
   db2.make_keypoint_mapping_hash_entries(KPT_REFERENCE_SET, registers.side("x~"), machine);
   EXPECT_TRUE(db1.unite(db2));
   EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> x~", "s0~ -> h0~ fsm"));
   EXPECT_THAT(masked(lines.debug()), ElementsAre(LOOP_1, LOOP_2, LOOP_3));
 }
 
-// Whoever composed a machine with a plain map would lose its states: a
+// If a machine were composed with a plain map, its states would be lost: the
 // composed map is of the later map's kind, and that one has no table.
 TEST(PlainMapsAloneComposed, BecauseAComposedMachineWouldLoseItsStates) {
   REGISTERS registers;

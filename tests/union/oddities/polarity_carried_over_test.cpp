@@ -1,5 +1,5 @@
-// A register that the first database has already is aligned against the
-// pass-through that was made last before it.
+// When the first database already has a register, this register is aligned
+// against the pass-through map that was made last before it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ TEST_F(PolarityCarriedOver, ToARegisterThatIsThereAlready) {
   db2.associate_registers_signal_to_signal("y", "q");
   invert("y");
   EXPECT_TRUE(db1.make_complete_db(db2));
-  // It is the pass-through of x that gives way, for y; the map of y does not.
+  // For y, the pass-through map of x is swapped; the map of y is not.
   EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> y~", "~x -> ~x"));
 }
 
@@ -50,8 +50,8 @@ TEST_F(PolarityCarriedOver, ToNoRegisterBeforeTheFirstPassThrough) {
   EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> y~", "x~ -> x~"));
 }
 
-// Whoever forgot the pass-through between the registers would give the map of
-// x other groups: a flow that has saved one database would save another.
+// If the pass-through map were not kept from register to register, the map of x would
+// have other groups, and a flow that compares its databases would see another one.
 TEST_F(PolarityCarriedOver, AndShowsInTheGroupsOfTheUnitedMap) {
   db1.associate_registers_signal_to_signal("a", "y");
   db2.associate_registers_signal_to_signal("x", "p");
@@ -61,8 +61,8 @@ TEST_F(PolarityCarriedOver, AndShowsInTheGroupsOfTheUnitedMap) {
   EXPECT_THAT(maps_of(db1), ElementsAre("a~ -> ~q", "~x -> ~p"));
 }
 
-// It never turns a claim: both sides of the pass-through are swapped, so what
-// it says of x and p holds either way.
+// It never inverts a claim: both sides of the pass-through map are swapped, so
+// what it says of x and p does not change.
 TEST_F(PolarityCarriedOver, WithoutChangingWhatTheMapSays) {
   db1.associate_registers_signal_to_signal("a", "y");
   db2.associate_registers_signal_to_signal("x", "p");

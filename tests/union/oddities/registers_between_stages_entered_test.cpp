@@ -1,5 +1,5 @@
-// When a map is composed, the registers between the stages are entered in the
-// first stage's reference index, not the map's own reference registers.
+// When a map is composed, the first stage's reference index gets entries for the
+// registers between the stages, and not for the map's own reference registers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ TEST(RegistersBetweenStagesEntered, LeadToTheMapThatTheyWerePartOf) {
   EXPECT_EQ(line_of(*map), "a~ -> p~");
 }
 
-// In a database they are keypoints of the transformed set, so a reference
+// In a database they are keypoints of the transformed set. So a reference
 // register of the same name is another keypoint and keeps its own map.
 TEST(RegistersBetweenStagesEntered, AreNotMistakenForReferenceRegistersOfTheirName) {
   KPT_KEYPOINTS_DB_IMPL db1("first");
@@ -36,8 +36,8 @@ TEST(RegistersBetweenStagesEntered, AreNotMistakenForReferenceRegistersOfTheirNa
   EXPECT_EQ(line_of(*db1.get_reference_register_transformation("b")), "b~ -> p~");
 }
 
-// Whoever entered the map's own reference side instead would point a register
-// that was recorded anew back to its older map.
+// If the map's own reference side were entered instead, a register that was
+// recorded again would lead back to its older map.
 TEST(RegistersBetweenStagesEntered, AndARegisterThatWasRecordedAnewKeepsItsNewestMap) {
   REGISTERS registers;
   SET db1(registers);

@@ -1,4 +1,4 @@
-// A union consumes a translated copy: the second database is left as it was.
+// A union consumes a translated copy: the second database does not change.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -68,8 +68,8 @@ TEST_F(SecondDatabaseLeft, AfterAUnionThatFailed) {
   EXPECT_EQ(saved(db2), before);
 }
 
-// Whoever consumed the second database itself, to save the copy, would break
-// flows in which two variants of the first stage share the second.
+// If the union consumed the second database itself, to save the copy, flows in
+// which two variants of the first stage share the second would fail.
 TEST_F(SecondDatabaseLeft, BecauseSeveralFirstStagesMayShareIt) {
   KPT_KEYPOINTS_DB_IMPL variant_1("first");
   KPT_KEYPOINTS_DB_IMPL variant_2("first");
