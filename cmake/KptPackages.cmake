@@ -23,6 +23,9 @@ endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+# Each package has a synopsis of its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/KptPackagesFinish.cmake)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -41,8 +44,9 @@ set(kpt_host_package libkpt-host${PROJECT_VERSION_MAJOR})
 set(kpt_this_library "${kpt_library_package} (= ${kpt_version})")
 set(kpt_this_host "${kpt_host_package} (= ${kpt_version})")
 set(kpt_about
-    "A keypoint database records, for one design, how the registers of a reference netlist correspond to
-those of the netlist that a synthesis made of it: kept, re-encoded, replicated, merged, inverted or gone.")
+    "A keypoint database records, for one design, how the registers of a
+reference netlist correspond to those of the netlist that a synthesis made
+of it: kept, re-encoded, replicated, merged, inverted or gone.")
 
 # kpt_package(COMPONENT package section synopsis text): names a package and installs what every package
 # holds, its copyright and its changelog.
@@ -50,8 +54,7 @@ function(kpt_package component package section synopsis text)
   string(TOUPPER ${component} upper)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
-  set(CPACK_COMPONENT_${upper}_DISPLAY_NAME "${synopsis}" PARENT_SCOPE)
-  set(CPACK_COMPONENT_${upper}_DESCRIPTION "${kpt_about}\n.\n${text}" PARENT_SCOPE)
+  set(CPACK_COMPONENT_${upper}_DESCRIPTION "${synopsis}\n${kpt_about}\n.\n${text}" PARENT_SCOPE)
   install(FILES cmake/debian/copyright DESTINATION ${kpt_docs}/${package} COMPONENT ${component})
   install(FILES ${PROJECT_BINARY_DIR}/changelog.Debian.gz DESTINATION ${kpt_docs}/${package} COMPONENT ${component})
   if(EXISTS ${PROJECT_SOURCE_DIR}/cmake/debian/${package}.lintian-overrides)
@@ -64,21 +67,21 @@ configure_file(cmake/debian/changelog.in ${PROJECT_BINARY_DIR}/changelog.Debian 
 kpt_pack(${PROJECT_BINARY_DIR}/changelog.Debian ${PROJECT_BINARY_DIR}/changelog.Debian.gz)
 
 kpt_package(library ${kpt_library_package} libs "keypoint database for logic synthesis flows"
-            "This package holds the shared library. The process that loads it supplies its services.")
+            "This package holds the shared library. The process that loads it supplies\nits services.")
 kpt_package(host ${kpt_host_package} libs "keypoint database - reference host"
-            "This package holds the reference host: the services that the library asks of a process,\nfor programs that have none of their own.")
+            "This package holds the reference host: the services that the library asks\nof a process, for programs that have none of their own.")
 kpt_package(dev libkpt-dev libdevel "keypoint database - headers and package files"
             "This package holds what programs are built with, the guides, and examples.")
 # Clients of kpt.h need neither; classes derived from the library's own do.
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${kpt_this_library}, ${kpt_this_host}, libboost1.81-dev, libxerces-c-dev")
 if(TARGET kptdb)
   kpt_package(tool kptdb electronics "keypoint database - command-line tool"
-              "This package holds kptdb, which records, inspects, compares and composes databases.")
+              "This package holds kptdb, which records, inspects, compares and composes\ndatabases.")
   set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${kpt_this_library}, ${kpt_this_host}")
 endif()
 if(TARGET kpt_yosys)
   kpt_package(yosys yosys-plugin-kpt electronics "keypoint database - plugin for Yosys"
-              "This package holds the plugin by which Yosys records a database while it synthesises, and\nproves a netlist by one.")
+              "This package holds the plugin by which Yosys records a database while it\nsynthesises, and proves a netlist by one.")
   set(CPACK_DEBIAN_YOSYS_PACKAGE_DEPENDS "${kpt_this_library}, ${kpt_this_yosys}")
 endif()
 
