@@ -76,6 +76,7 @@ TEST_F(Names, ShowAnswersWhatItFindsAndNamesWhatItDoesNot) {
 TEST_F(Names, ListSaysWhenNoNameMatches) {
   const RUN_RESULT result = kptdb({"list", "d.xml", "--name", "none*"});
   EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "kptdb: d.xml: no register matches none*\n");
   EXPECT_EQ(kptdb({"list", "d.xml", "--status", "unanswered"}).exit_code, 0);
 }

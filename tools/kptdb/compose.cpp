@@ -3,12 +3,14 @@
 
 #include <array>
 #include <list>
+#include <optional>
 
 #include "commands.h"
 #include "database.h"
 #include "files.h"
 #include "host_lines.h"
 #include "model.h"
+#include "progress.h"
 #include "text.h"
 
 namespace kptdb {
@@ -92,7 +94,10 @@ EXIT_CODE run_compose(const COMPOSE_OPTIONS& options) {
   const HOST_LINES lines;
   const DATABASE all = DATABASE::create(stages.front().name());
   KPT_COMPOSITION_REPORT report;
-  if (!all.handle().compose(handles, {options.share, options.keep_unrecorded}, &report)) {
+  std::optional<WAITING> waiting(std::in_place, "composing", stages.front().registers(KPT_REFERENCE_SET).size());
+  const bool is_composed = all.handle().compose(handles, {options.share, options.keep_unrecorded}, &report);
+  waiting.reset();
+  if (!is_composed) {
     throw FAILURE(EXIT_FOUND, joined(report.errors));
   }
   all.save(options.output);

@@ -178,17 +178,19 @@ class EVENTS {
 
   // What no map lists, and what has attributes of its own.
   void write_registers() {
-    for (const REGISTER& reg : registers_of(m_db)) {
-      const KPT_ATTRIBUTE_LIST attributes = reg.keypoint.get_attributes();
-      if (m_listed.contains(reg.keypoint) && attributes.empty()) {
-        continue;
-      }
-      JSON event{{"event", "register"}, {"side", side_word(reg.side)}, {"register", named(reg.keypoint)}};
-      if (!attributes.empty()) {
-        event["attributes"] = attributes_of(attributes);
-      }
-      write(event);
+    for_each_register(m_db, [&](const REGISTER& reg) { write_register(reg); });
+  }
+
+  void write_register(const REGISTER& reg) {
+    const KPT_ATTRIBUTE_LIST attributes = reg.keypoint.get_attributes();
+    if (m_listed.contains(reg.keypoint) && attributes.empty()) {
+      return;
     }
+    JSON event{{"event", "register"}, {"side", side_word(reg.side)}, {"register", named(reg.keypoint)}};
+    if (!attributes.empty()) {
+      event["attributes"] = attributes_of(attributes);
+    }
+    write(event);
   }
 
   const DATABASE& m_db;

@@ -82,14 +82,16 @@ struct COMMAND_LINE {
     add_command(app, run, "help", "Tell how a command is used", [this, &app] {
       return kptdb::print_help(app, help_command);
     })->add_option("COMMAND", help_command, "A command");
-    add_command(app, run, "completion", "Print the completions for a shell",
-                [this, &app] {
-                  std::fputs(kptdb::completion_script(app, completed_shell).c_str(), stdout);
-                  return kptdb::EXIT_DONE;
-                })
-        ->add_option("SHELL", completed_shell, "bash, zsh or fish")
+    CLI::App* c = add_command(app, run, "completion", "Print the completions for a shell", [this, &app] {
+      kptdb::RESULT_FILE out(completion_file);
+      out.write(kptdb::completion_script(app, completed_shell));
+      out.finish();
+      return kptdb::EXIT_DONE;
+    });
+    c->add_option("SHELL", completed_shell, "bash, zsh or fish")
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+    c->add_option("-o,--output", completion_file, "The file to write (default: standard output)");
   }
 
   void add_record(CLI::App& app) {
@@ -229,6 +231,7 @@ struct COMMAND_LINE {
   RUN run;
   std::string help_command;
   std::string completed_shell;
+  std::string completion_file;
   kptdb::WAVE_OPTIONS wave;
   kptdb::AUDIT_OPTIONS audit;
   kptdb::RECORD_OPTIONS record;

@@ -15,7 +15,7 @@ namespace {
 
 void unite(const DATABASE& first, const DATABASE& next, const std::string& file) {
   HOST_LINES lines;
-  const PROGRESS progress("uniting " + file, file_size(file));
+  const WAITING waiting("uniting " + file, next.registers(KPT_REFERENCE_SET).size());
   if (!first.handle().unite(next.handle())) {
     const std::string reason = lines.reason();
     throw FAILURE(EXIT_FOUND, fmt::format("{}: cannot be united with the stages before it{}", file,
