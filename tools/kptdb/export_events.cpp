@@ -118,7 +118,8 @@ class EVENTS {
     const KPT_STATE_TABLE table = map.get_state_table();
     bool agrees = true;
     for (unsigned s = 1; (map.is_stuck_at_zero() || map.is_stuck_at_one()) && s <= table.get_number_of_states(); ++s) {
-      agrees = agrees && table.get_reference_entry(static_cast<unsigned short>(s), 1) == (map.is_stuck_at_one() ? 1 : 0);
+      agrees =
+          agrees && table.get_reference_entry(static_cast<unsigned short>(s), 1) == (map.is_stuck_at_one() ? 1 : 0);
     }
     return agrees && table.get_number_of_states() != 0 &&
            map.get_number_of_indices(KPT_REFERENCE_SET) == width_of(table, KPT_REFERENCE_SET) &&
@@ -130,7 +131,8 @@ class EVENTS {
   static std::size_t lost_places(const KPT_REGISTER_TRANSFORMATION& map) {
     std::size_t lost = 0;
     for (const KPT_SET_ENUM side : BOTH) {
-      for_each_place(map, side, [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) { lost += reg.is_null() ? 1U : 0U; });
+      for_each_place(map, side,
+                     [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) { lost += reg.is_null() ? 1U : 0U; });
     }
     return lost;
   }
