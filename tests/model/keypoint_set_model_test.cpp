@@ -111,7 +111,7 @@ class KeypointSetModel : public testing::Test {
     return TEXTS[below(std::size(TEXTS))];
   }
 
-  KPT_REGISTER_KEYPOINT_IMPL* real(const MODEL_KEYPOINT& keypoint) {
+  static KPT_REGISTER_KEYPOINT_IMPL* real(const MODEL_KEYPOINT& keypoint) {
     return const_cast<KPT_REGISTER_KEYPOINT_IMPL*>(keypoint.real);
   }
 
@@ -183,104 +183,108 @@ class KeypointSetModel : public testing::Test {
     ASSERT_EQ(next_id, expected_id);
   }
 
+  // What a step works with.
+  struct CHOICE {
+    std::string name;
+    std::string entity;
+    std::string type;
+    long id;
+    MODEL_KEYPOINT* any;  // one of all, also those that have left the set; null without one
+  };
+
   void step(KPT_KEYPOINT_SET_IMPL& set, MODEL_SET& model, KPT_KEYPOINT_SET_IMPL& other, const MODEL_SET& other_model) {
-    const std::string name = text();
-    const std::string entity = text();
-    const std::string type = text();
-    const long id = static_cast<long>(below(200)) - 20;
-    // One of all, also those that have left the set.
-    MODEL_KEYPOINT* const any = model.all.empty() ? nullptr : &model.all[below(model.all.size())];
-    switch (below(16)) {
-      case 0:
-      case 1:
-      case 2:
-        model.add(set.add_register(id, name), id, name);
-        break;
-      case 3:
-      case 4:
-      case 5:
-        model.add(set.add_register(id, name, entity, type), id, name, entity, type);
-        break;
-      case 6:
-        ASSERT_EQ(set.delete_register(name), model.remove(true, name, ""));
-        break;
-      case 7:
-        ASSERT_EQ(set.delete_register(name, entity, type), model.remove(false, name, type));
-        break;
-      case 8: {
-        const MODEL_KEYPOINT* const signal = model.find(true, name, "");
-        ASSERT_EQ(set.get_register(name), signal == nullptr ? nullptr : signal->real);
-        const MODEL_KEYPOINT* const instance = model.find(false, name, type);
-        ASSERT_EQ(set.get_register(name, entity, type), instance == nullptr ? nullptr : instance->real);
-        ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name).is_null(), signal == nullptr);
-        ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name, entity, type).is_null(), instance == nullptr);
-        break;
-      }
-      case 9:
-        if (any != nullptr) {
-          real(*any)->set_element_name(name);
-          any->name = name;
-        }
-        break;
-      case 10:
-        if (any != nullptr) {
-          ASSERT_TRUE(real(*any)->substitute_with_signal(name));
-          any->name = name;
-          if (!any->is_signal) {
-            any->entity.clear();
-            any->type.clear();
-            any->is_signal = true;
-          }
-        }
-        break;
-      case 11:
-        if (any != nullptr) {
-          ASSERT_TRUE(real(*any)->substitute_with_instance(name, entity, type));
-          any->name = name;
-          any->entity = entity;
-          any->type = type;
-          any->is_signal = false;
-        }
-        break;
-      case 12:
-        if (any != nullptr) {
-          const MODEL_KEYPOINT copy = *any;
-          ASSERT_EQ(set.delete_namesake(*real(copy)), model.remove(copy.is_signal, copy.name, copy.type));
-        }
-        break;
-      case 13:
-        if (any != nullptr) {
-          const MODEL_KEYPOINT* const namesake = other_model.find(any->is_signal, any->name, any->type);
-          const KPT_REGISTER_KEYPOINT_IMPL* const expected = namesake == nullptr ? nullptr : namesake->real;
-          other.fetch_namesakes_behind(*any->real, set);
-          ASSERT_EQ(other.get_namesake(*any->real, set), expected);
-          ASSERT_EQ(other.get_namesake(*any->real), expected);
-        }
-        break;
-      case 14:
-        if (any != nullptr) {
-          const std::string attribute = below(2) == 0 ? "clock" : "";
-          if (below(2) == 0) {
-            ASSERT_TRUE(real(*any)->add_attribute(attribute, name));
-            any->attributes[attribute] = name;
-          } else {
-            ASSERT_EQ(real(*any)->remove_attribute(attribute), any->attributes.erase(attribute) == 1);
-          }
-        }
-        break;
-      default:
-        if (below(6) == 0) {
-          unite(set, model, other, other_model);
-        } else if (any != nullptr) {
-          MODEL_KEYPOINT copied = *any;
-          copied.attributes.clear();
-          const KPT_REGISTER_KEYPOINT_IMPL copy(*any->real);
-          ASSERT_FALSE(copy != *any->real);
-          copied.real = &copy;
-          check_keypoint(copied);
-        }
-        break;
+    CHOICE choice{text(), text(), text(), static_cast<long>(below(200)) - 20, nullptr};
+    if (!model.all.empty()) {
+      choice.any = &model.all[below(model.all.size())];
     }
+    const unsigned long operation = below(16);
+    if (operation < 9) {
+      change_or_search(operation, choice, set, model);
+    } else if (operation == 15 && below(6) == 0) {
+      unite(set, model, other, other_model);
+    } else if (choice.any == nullptr) {
+      return;
+    } else if (operation < 12) {
+      rename(operation, choice);
+    } else if (operation == 12) {
+      const MODEL_KEYPOINT copy = *choice.any;
+      ASSERT_EQ(set.delete_namesake(*real(copy)), model.remove(copy.is_signal, copy.name, copy.type));
+    } else if (operation == 13) {
+      search_namesake(*choice.any, set, other, other_model);
+    } else if (operation == 14) {
+      change_attribute(choice);
+    } else {
+      check_copy(*choice.any);
+    }
+  }
+
+  void change_or_search(unsigned long operation, const CHOICE& choice, KPT_KEYPOINT_SET_IMPL& set, MODEL_SET& model) {
+    const auto& [name, entity, type, id, any] = choice;
+    if (operation < 3) {
+      model.add(set.add_register(id, name), id, name);
+    } else if (operation < 6) {
+      model.add(set.add_register(id, name, entity, type), id, name, entity, type);
+    } else if (operation == 6) {
+      ASSERT_EQ(set.delete_register(name), model.remove(true, name, ""));
+    } else if (operation == 7) {
+      ASSERT_EQ(set.delete_register(name, entity, type), model.remove(false, name, type));
+    } else {
+      const MODEL_KEYPOINT* const signal = model.find(true, name, "");
+      ASSERT_EQ(set.get_register(name), signal == nullptr ? nullptr : signal->real);
+      const MODEL_KEYPOINT* const instance = model.find(false, name, type);
+      ASSERT_EQ(set.get_register(name, entity, type), instance == nullptr ? nullptr : instance->real);
+      ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name).is_null(), signal == nullptr);
+      ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name, entity, type).is_null(), instance == nullptr);
+    }
+  }
+
+  static void rename(unsigned long operation, const CHOICE& choice) {
+    MODEL_KEYPOINT& any = *choice.any;
+    any.name = choice.name;
+    if (operation == 9) {
+      real(any)->set_element_name(choice.name);
+    } else if (operation == 10) {
+      ASSERT_TRUE(real(any)->substitute_with_signal(choice.name));
+      if (!any.is_signal) {
+        any.entity.clear();
+        any.type.clear();
+        any.is_signal = true;
+      }
+    } else {
+      ASSERT_TRUE(real(any)->substitute_with_instance(choice.name, choice.entity, choice.type));
+      any.entity = choice.entity;
+      any.type = choice.type;
+      any.is_signal = false;
+    }
+  }
+
+  static void search_namesake(const MODEL_KEYPOINT& any, const KPT_KEYPOINT_SET_IMPL& set, KPT_KEYPOINT_SET_IMPL& other,
+                              const MODEL_SET& other_model) {
+    const MODEL_KEYPOINT* const namesake = other_model.find(any.is_signal, any.name, any.type);
+    const KPT_REGISTER_KEYPOINT_IMPL* const expected = namesake == nullptr ? nullptr : namesake->real;
+    other.fetch_namesakes_behind(*any.real, set);
+    ASSERT_EQ(other.get_namesake(*any.real, set), expected);
+    ASSERT_EQ(other.get_namesake(*any.real), expected);
+  }
+
+  void change_attribute(const CHOICE& choice) {
+    MODEL_KEYPOINT& any = *choice.any;
+    const std::string attribute = below(2) == 0 ? "clock" : "";
+    if (below(2) == 0) {
+      ASSERT_TRUE(real(any)->add_attribute(attribute, choice.name));
+      any.attributes[attribute] = choice.name;
+    } else {
+      ASSERT_EQ(real(any)->remove_attribute(attribute), any.attributes.erase(attribute) == 1);
+    }
+  }
+
+  static void check_copy(const MODEL_KEYPOINT& any) {
+    MODEL_KEYPOINT copied = any;
+    copied.attributes.clear();
+    const KPT_REGISTER_KEYPOINT_IMPL copy(*any.real);
+    ASSERT_FALSE(copy != *any.real);
+    copied.real = &copy;
+    check_keypoint(copied);
   }
 
   std::mt19937 m_random{kpt_test::seed()};
