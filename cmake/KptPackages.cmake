@@ -1,5 +1,5 @@
-# Debian packages, by cpack in the build folder: the library, what building against it takes, the
-# tool, and the Yosys plugin. A package names the one build of the library that it was made with.
+# Debian packages, which cpack makes in the build folder: the library, its development files, the
+# tool, and the Yosys plugin. A package depends on exactly the build of the library that it was made with.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -31,12 +31,12 @@ set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Keypoint database for logic synthesis f
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libkpt-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-# Clients of kpt.h need neither; classes derived from the library's own do.
+# Clients of kpt.h need neither; classes that are derived from the library's do.
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${kpt_this_library}, libboost1.81-dev, libxerces-c-dev")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Keypoint database: headers and package files")
 
-# The tool's libraries are named here, since the tools that find them do not know a library that is
-# being packaged at the same time.
+# The tool's libraries are named here, because the tools that find them do not know a library that is
+# packaged at the same time.
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME kptdb)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${kpt_this_library}, libfmt9, libxerces-c3.2, libstdc++6 (>= 12)")
