@@ -1,6 +1,6 @@
 # Install rules: headers below include/kpt, so that `#include "db/kpt/kpt.h"` is the same here and in
 # a client; libraries; package files for find_package(kpt) and pkg-config. A distribution makes one
-# package of each of the components library, dev, tool and yosys.
+# package of each of the components library, dev, tool, yosys and python.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -56,4 +56,18 @@ if(TARGET kpt_yosys)
   file(RELATIVE_PATH kpt_plugins_to_lib ${CMAKE_INSTALL_PREFIX}/${KPT_YOSYS_PLUGINS} ${CMAKE_INSTALL_FULL_LIBDIR})
   set_target_properties(kpt_yosys PROPERTIES INSTALL_RPATH "$ORIGIN/${kpt_plugins_to_lib}")
   install(TARGETS kpt_yosys COMPONENT yosys LIBRARY DESTINATION ${KPT_YOSYS_PLUGINS})
+endif()
+
+if(TARGET kpt_python)
+  set(KPT_PYTHON_DESTINATION lib/python3/dist-packages/kpt CACHE STRING "Where the Python package is installed")
+  option(KPT_PYTHON_LIBRARIES "Put the libraries beside the Python module" OFF)
+  if(NOT KPT_PYTHON_LIBRARIES)
+    file(RELATIVE_PATH kpt_python_to_lib ${CMAKE_INSTALL_PREFIX}/${KPT_PYTHON_DESTINATION} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(kpt_python PROPERTIES INSTALL_RPATH "$ORIGIN/${kpt_python_to_lib}")
+  else()
+    install(TARGETS kpt kpt_host LIBRARY DESTINATION ${KPT_PYTHON_DESTINATION} COMPONENT python NAMELINK_SKIP)
+  endif()
+  install(TARGETS kpt_python LIBRARY DESTINATION ${KPT_PYTHON_DESTINATION} COMPONENT python)
+  install(DIRECTORY ${KPT_PYTHON_PACKAGE}/ DESTINATION ${KPT_PYTHON_DESTINATION} COMPONENT python
+          FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 endif()

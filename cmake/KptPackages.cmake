@@ -1,5 +1,5 @@
-# Debian packages, which cpack makes in the build folder: the library, its development files, the
-# tool, and the Yosys plugin. A package depends on exactly the build of the library that it was made with.
+# Debian packages, which cpack makes in the build folder: the library, its development files, the tool, the
+# Yosys plugin and the Python module. A package depends on exactly the build of the library that it was made with.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -16,6 +16,11 @@ if(TARGET kpt_yosys)
   string(REGEX MATCH "^([0-9]+)[.]([0-9]+)$" kpt_yosys_version "${KPT_YOSYS_VERSION}")
   math(EXPR kpt_next_yosys "${CMAKE_MATCH_2} + 1")
   set(kpt_this_yosys "yosys (>= ${KPT_YOSYS_VERSION}), yosys (<< ${CMAKE_MATCH_1}.${kpt_next_yosys}~)")
+endif()
+if(TARGET kpt_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  math(EXPR kpt_next_python "${KPT_PYTHON_MINOR} + 1")
+  set(kpt_this_python "python3 (>= 3.${KPT_PYTHON_MINOR}), python3 (<< 3.${kpt_next_python})")
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -46,5 +51,12 @@ set(CPACK_DEBIAN_YOSYS_PACKAGE_NAME yosys-plugin-kpt)
 set(CPACK_DEBIAN_YOSYS_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_YOSYS_PACKAGE_DEPENDS "${kpt_this_library}, ${kpt_this_yosys}, libstdc++6 (>= 12)")
 set(CPACK_COMPONENT_YOSYS_DESCRIPTION "Keypoint database: the Yosys plugin")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kpt)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "${kpt_this_library}, ${kpt_this_python}, libfmt9, libstdc++6 (>= 12), libc6 (>= 2.36)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-numpy, python3-matplotlib")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Keypoint database: the Python module")
 
 include(CPack)

@@ -19,6 +19,7 @@
 
 #include "db/kpt/kpt_bytes.h"
 #include "db/kpt/kpt_elim_words.h"
+#include "db/kpt/kpt_file_visitor.h"
 #include "db/kpt/kpt_held_text.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"

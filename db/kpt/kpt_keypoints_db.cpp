@@ -56,6 +56,17 @@ KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::associate_groups(const KPT_GROUPS_
   return KPT_REGISTER_TRANSFORMATION(impl().associate_groups(r, t, &table, status));
 }
 
+KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::add_groups_as_they_are(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                                     const KPT_STATE_TABLE* table,
+                                                                     KPT_ELIM_ENUM status) const {
+  return KPT_REGISTER_TRANSFORMATION(impl().add_groups_as_they_are(r, t, table, status));
+}
+
+KPT_REGISTER_KEYPOINT KPT_KEYPOINTS_DB::add_register_without_map(KPT_SET_ENUM side,
+                                                                 const KPT_REGISTER_NAME& name) const {
+  return KPT_REGISTER_KEYPOINT(impl().add_register_without_map(side, name));
+}
+
 bool KPT_KEYPOINTS_DB::compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options,
                                KPT_COMPOSITION_REPORT* report) const {
   KPT_COMPOSITION::STAGES impls;

@@ -99,6 +99,12 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// the status. The debug line "Error: Map not recorded: ..." then says why.
   KPT_TRANSFORMATION_IMPL* associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
                                             const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
+  /// A map as another database has it, unchecked: registers that exist are
+  /// taken and may be listed again, and a table may have any size.
+  KPT_TRANSFORMATION_IMPL* add_groups_as_they_are(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                  const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
+  /// A register that no map lists. Null, changing nothing, when it exists.
+  KPT_REGISTER_KEYPOINT_IMPL* add_register_without_map(KPT_SET_ENUM set, const KPT_REGISTER_NAME& name);
   /// `t_name` was duplicated into the new register `replica_name`. When the
   /// map refuses, the replica stays in the transformed set, without a map.
   bool set_replicated_registers(std::string_view t_name, std::string_view replica_name);
@@ -167,7 +173,11 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);
   void create_signals(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names, KPT_KEYPOINT_LIST& created);
-  NI_PAIR_VECTOR create_groups(KPT_SET_ENUM set, const KPT_GROUPS_SIDE& side, KPT_KEYPOINT_LIST* created);
+  KPT_KEYPOINT* create_noted(KPT_SET_ENUM set, const KPT_REGISTER_NAME& name, KPT_KEYPOINT_LIST* created);
+  template <class MAKE>
+  static NI_PAIR_VECTOR groups_of(const KPT_GROUPS_SIDE& side, MAKE make);
+  KPT_TRANSFORMATION_IMPL* add_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t, KPT_STATE_TABLE_IMPL* states,
+                                      KPT_ELIM_ENUM status, bool as_they_are);
   void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
   bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);

@@ -91,14 +91,20 @@ bool shape_is_right(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t, const KP
 
 }  // namespace
 
-NI_PAIR_VECTOR KPT_KEYPOINTS_DB_IMPL::create_groups(KPT_SET_ENUM set, const KPT_GROUPS_SIDE& side,
-                                                    KPT_KEYPOINT_LIST* created) {
+KPT_KEYPOINT* KPT_KEYPOINTS_DB_IMPL::create_noted(KPT_SET_ENUM set, const KPT_REGISTER_NAME& name,
+                                                  KPT_KEYPOINT_LIST* created) {
+  created->reserve(created->size() + 1 > created->capacity() ? 2 * created->size() + 1 : 0);
+  created->push_back(create(set, texts_of(name)));
+  return created->back();
+}
+
+// `make(name)` gives the keypoint that a group lists.
+template <class MAKE>
+NI_PAIR_VECTOR KPT_KEYPOINTS_DB_IMPL::groups_of(const KPT_GROUPS_SIDE& side, MAKE make) {
   NI_PAIR_VECTOR pairs(side.size());
   const auto fill = [&](const auto& names, KPT_KEYPOINT_LIST& group) {
     for (const KPT_REGISTER_NAME& name : names) {
-      created->reserve(created->size() + 1 > created->capacity() ? 2 * created->size() + 1 : 0);
-      created->push_back(create(set, texts_of(name)));
-      group.push_back(created->back());
+      group.push_back(make(name));
     }
   };
   for (std::size_t k = 0; k < side.size(); ++k) {
@@ -117,11 +123,34 @@ KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::associate_groups(const KPT_GROUP
   if (!shape_is_right(r, t, states.get(), status) || !are_new(r, m_reference_set) || !are_new(t, m_transformed_set)) {
     return nullptr;
   }
+  return add_groups(r, t, states.get(), status, false);
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::add_groups_as_they_are(const KPT_GROUPS_SIDE& r,
+                                                                       const KPT_GROUPS_SIDE& t,
+                                                                       const KPT_STATE_TABLE* table,
+                                                                       KPT_ELIM_ENUM status) {
+  std::unique_ptr<KPT_STATE_TABLE_IMPL> states;
+  if (table != nullptr) {
+    states = std::make_unique<KPT_STATE_TABLE_IMPL>(create_state_table_impl(*table));
+  }
+  return add_groups(r, t, states.get(), status, true);
+}
+
+KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::add_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
+                                                           KPT_STATE_TABLE_IMPL* states, KPT_ELIM_ENUM status,
+                                                           bool as_they_are) {
   KPT_KEYPOINT_LIST of_r;
   KPT_KEYPOINT_LIST of_t;
+  const auto maker = [&](KPT_SET_ENUM set, KPT_KEYPOINT_LIST* created) {
+    return [this, set, created, as_they_are](const KPT_REGISTER_NAME& name) -> KPT_KEYPOINT* {
+      KPT_KEYPOINT* const known = as_they_are ? set_of(set).get_register(texts_of(name)) : nullptr;
+      return known != nullptr ? known : create_noted(set, name, created);
+    };
+  };
   try {
-    NI_PAIR_VECTOR r_vector = create_groups(KPT_REFERENCE_SET, r, &of_r);
-    NI_PAIR_VECTOR t_vector = create_groups(KPT_TRANSFORMED_SET, t, &of_t);
+    NI_PAIR_VECTOR r_vector = groups_of(r, maker(KPT_REFERENCE_SET, &of_r));
+    NI_PAIR_VECTOR t_vector = groups_of(t, maker(KPT_TRANSFORMED_SET, &of_t));
     return states == nullptr
                ? add_to_transformation_set(std::move(r_vector), std::move(t_vector), status)
                : add_to_transformation_set(std::move(r_vector), std::move(t_vector), std::move(*states), status);
@@ -130,4 +159,10 @@ KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::associate_groups(const KPT_GROUP
     take_back(KPT_TRANSFORMED_SET, of_t);
     throw;
   }
+}
+
+KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::add_register_without_map(KPT_SET_ENUM set,
+                                                                            const KPT_REGISTER_NAME& name) {
+  const bool exists = set_of(set).get_register(texts_of(name)) != nullptr;
+  return exists ? nullptr : create(set, texts_of(name));
 }

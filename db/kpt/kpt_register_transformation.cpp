@@ -4,6 +4,7 @@
 
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/kpt_transformation_impl.h"
+#include "db/kpt/kpt_transformation_list.h"
 
 namespace {
 
@@ -48,6 +49,10 @@ KPT_REGISTER_KEYPOINT_LIST list_of(const KPT_TRANSFORMATION_IMPL& map, KPT_SET_E
 }
 
 }  // namespace
+
+std::uint32_t KPT_REGISTER_TRANSFORMATION::get_number() const {
+  return KPT_TRANSFORMATION_LIST::position_of(checked(m_impl));
+}
 
 bool KPT_REGISTER_TRANSFORMATION::has_fsm() const { return checked(m_impl).map_has_fsm_transformation(); }
 

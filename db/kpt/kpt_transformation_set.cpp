@@ -26,6 +26,11 @@ std::size_t KPT_TRANSFORMATION_SET::size() const {
   return m_impl->get_list_of_register_transformations().size();
 }
 
+KPT_REGISTER_TRANSFORMATION KPT_TRANSFORMATION_SET::get_map(std::uint32_t number) const {
+  assert(m_impl != nullptr);
+  return KPT_REGISTER_TRANSFORMATION(m_impl->get_list_of_register_transformations().at(number));
+}
+
 KPT_REGISTER_TRANSFORMATION_LIST KPT_TRANSFORMATION_SET::get_list_of_register_transformations() const {
   KPT_REGISTER_TRANSFORMATION_LIST list;
   list.reserve(size());

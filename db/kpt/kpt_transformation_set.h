@@ -49,6 +49,10 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET {
   ITERATOR end() const { return {}; }
   /// The number of maps.
   std::size_t size() const;
+  /// The map of that number (see KPT_REGISTER_TRANSFORMATION::get_number), or a
+  /// null handle once it is deleted or absorbed: for who keeps maps while others
+  /// change the database.
+  KPT_REGISTER_TRANSFORMATION get_map(std::uint32_t number) const;
 
   /// A handle for every map, in order of creation.
   KPT_REGISTER_TRANSFORMATION_LIST get_list_of_register_transformations() const;

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "db/kpt/kpt_bytes.h"
+#include "db/kpt/kpt_file_visitor.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_load_problem.h"
 #include "db/kpt/kpt_types.h"
@@ -28,10 +29,12 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
   /// messages as from the manager's load. A registered database of the same name
   /// does not matter.
   static KPT_UNREGISTERED_DB load(std::string_view file_name, KPT_LOAD_PROBLEM* problem = nullptr);
-  /// The same from the caller's bytes. Messages name `shown_name` instead of the
-  /// file. A source that counts what it has read can show progress: a file that
-  /// the library wrote is read twice.
-  static KPT_UNREGISTERED_DB load(KPT_BYTES& bytes, std::string_view shown_name, KPT_LOAD_PROBLEM* problem = nullptr);
+  /// The same from bytes of the caller's; `shown_name` stands for the file in
+  /// what the host is told. Bytes that count what is read of them tell how far a
+  /// load has come: a file that the library wrote is read twice. `visitor`,
+  /// unless null, sees every element once.
+  static KPT_UNREGISTERED_DB load(KPT_BYTES& bytes, std::string_view shown_name, KPT_LOAD_PROBLEM* problem = nullptr,
+                                  KPT_FILE_VISITOR* visitor = nullptr);
 
   ~KPT_UNREGISTERED_DB() { destroy(); }
   KPT_UNREGISTERED_DB(KPT_UNREGISTERED_DB&& other) noexcept;

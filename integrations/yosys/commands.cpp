@@ -2,54 +2,15 @@
 #include <algorithm>
 #include <fstream>
 
-#include "kernel/yosys.h"
+#include "command_support.h"
 #include "lasting_names.h"
 #include "listing.h"
-#include "proof.h"
-#include "proof_status.h"
 #include "recorder.h"
 #include "session.h"
 
 namespace {
 
-using Arguments = std::vector<std::string>;
-namespace RTLIL = Yosys::RTLIL;
-
-// Keeps exceptions of ours from Yosys, which knows only its own.
-template <class ACTION>
-void guarded(ACTION action) {
-  std::string failure;
-  try {
-    action();
-    return;
-  } catch (const std::exception& error) {
-    failure = error.what();
-  }
-  Yosys::log_cmd_error("%s\n", failure.c_str());
-}
-
-KPT_KEYPOINTS_DB* find_database(const std::string& name) {
-  KPT_KEYPOINTS_DB* const db = KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db(name);
-  if (db == nullptr) {
-    Yosys::log_cmd_error("There is no keypoint database called %s.\n", name.c_str());
-  }
-  return db;
-}
-
-void demand_free(const std::string& name) {
-  if (KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db(name) != nullptr) {
-    Yosys::log_cmd_error("A keypoint database called %s exists already.\n", name.c_str());
-  }
-}
-
-// The value of an option that is followed by one.
-bool takes(const Arguments& args, std::size_t& at, const char* option, std::string& value) {
-  if (args[at] != option || at + 1 >= args.size()) {
-    return false;
-  }
-  value = args[++at];
-  return true;
-}
+using namespace kpt_yosys;
 
 // Ends the command unless there are registers that are followed, and tells why there are none.
 void demand_tracking(RTLIL::Design* design) {
@@ -65,6 +26,15 @@ void demand_tracking(RTLIL::Design* design) {
   }
 }
 
+// The choices that kpt_prove makes too, before synthesis makes others.
+void settle(RTLIL::Design* design, const std::string& top) {
+  for (const std::string& step : {top.empty() ? std::string("hierarchy") : "hierarchy -top " + top, std::string("proc"),
+                                  std::string("memory_collect"), std::string("memory_map"), std::string("pmuxtree"),
+                                  std::string("setundef -zero")}) {
+    Yosys::Pass::call(design, step);
+  }
+}
+
 struct KPT_TRACK : Yosys::Pass {
   KPT_TRACK() : Pass("kpt_track", "start to follow what becomes of registers") {}
   void help() override {
@@ -76,16 +46,19 @@ struct KPT_TRACK : Yosys::Pass {
         "    -top <module>\n        the module to look at (default: the top module)\n\n"
         "    -name <name>\n        the name of the stage's database (default: kpt)\n\n"
         "    -audit\n        keep the netlist as it is, for 'kpt_audit', and let 'kpt_stage' audit\n\n"
+        "    -settle\n        first make registers of all memories and settle what the source leaves open at zero:\n"
+        "        then synthesis has no freedom that a proof would have to follow\n\n"
         "    -off\n        end following without recording anything\n\n");
   }
   void execute(Arguments args, RTLIL::Design* design) override {
     std::string top;
     std::string name = "kpt";
     bool audits = false;
+    bool settles = false;
     std::size_t at = 1;
     for (; at < args.size(); ++at) {
-      if (args[at] == "-audit") {
-        audits = true;
+      if (args[at] == "-audit" || args[at] == "-settle") {
+        (args[at] == "-audit" ? audits : settles) = true;
         continue;
       }
       if (args[at] == "-off") {
@@ -99,6 +72,9 @@ struct KPT_TRACK : Yosys::Pass {
     extra_args(args, at, design, false);
     if (!top.empty() && design->module(RTLIL::escape_id(top)) == nullptr) {
       Yosys::log_cmd_error("There is no module %s.\n", top.c_str());
+    }
+    if (settles) {
+      settle(design, top);
     }
     guarded([&] { kpt_yosys::start_tracking(design, top, name, audits); });
   }
@@ -328,83 +304,5 @@ struct KPT_SHOW : Yosys::Pass {
     }
   }
 } kpt_show;
-
-struct KPT_APPLY : Yosys::Pass {
-  KPT_APPLY() : Pass("kpt_apply", "prepare an equivalence proof by a keypoint database") {}
-  void help() override {
-    Yosys::log(
-        "\n    kpt_apply [-name <name>] -encfile <file> <gold> <gate>\n\n"
-        "Gives the registers of two flat modules, before and after synthesis, names that both\n"
-        "share, and writes the codes of state machines to the file. Then prove:\n\n"
-        "    equiv_make -encfile <file> gold gate equiv\n"
-        "    equiv_simple equiv; equiv_induct equiv; equiv_status -assert equiv\n\n");
-  }
-  void execute(Arguments args, RTLIL::Design* design) override {
-    std::string name = "kpt";
-    std::string file;
-    std::size_t at = 1;
-    while (at < args.size() && (takes(args, at, "-name", name) || takes(args, at, "-encfile", file))) {
-      ++at;
-    }
-    if (file.empty() || at + 2 != args.size()) {
-      Yosys::log_cmd_error("Give -encfile <file> and two modules.\n");
-    }
-    RTLIL::Module* const gold = design->module(RTLIL::escape_id(args[at]));
-    RTLIL::Module* const gate = design->module(RTLIL::escape_id(args[at + 1]));
-    if (gold == nullptr || gate == nullptr) {
-      Yosys::log_cmd_error("There is no module %s.\n", args[gold == nullptr ? at : at + 1].c_str());
-    }
-    const KPT_KEYPOINTS_DB* const db = find_database(name);
-    std::ofstream codes(file);
-    kpt_yosys::PROOF_SUMMARY done;
-    guarded([&] { done = kpt_yosys::prepare_proof(*db, gold, gate, codes); });
-    if (!codes.flush()) {
-      Yosys::log_cmd_error("Cannot write %s.\n", file.c_str());
-    }
-    Yosys::log("Matched %zu registers, %zu constants and %zu state machines; %zu drive nothing, %zu are missing.\n",
-               done.m_registers, done.m_constants, done.m_machines, done.m_no_fanout, done.m_missing);
-  }
-} kpt_apply;
-
-struct KPT_STATUS : Yosys::Pass {
-  KPT_STATUS() : Pass("kpt_status", "read what a proof left back into a keypoint database") {}
-  void help() override {
-    Yosys::log(
-        "\n    kpt_status [-name <name>] [<equiv>]\n\n"
-        "Looks at the $equiv cells of the module (default: equiv) that was proven as 'kpt_apply' says,\n"
-        "and sets the attribute 'status' of each fact of the database that is in it: 'proved' when no\n"
-        "cell is unproven, 'refuted' when power-up values contradict it, else 'claimed'. 'kpt_save'\n"
-        "keeps it.\n\n");
-  }
-  void execute(Arguments args, RTLIL::Design* design) override {
-    std::string name = "kpt";
-    std::string equiv = "equiv";
-    std::size_t at = 1;
-    while (at < args.size() && takes(args, at, "-name", name)) {
-      ++at;
-    }
-    if (at < args.size()) {
-      equiv = args[at++];
-    }
-    if (at != args.size()) {
-      Yosys::log_cmd_error("Give one module.\n");
-    }
-    RTLIL::Module* const module = design->module(RTLIL::escape_id(equiv));
-    if (module == nullptr) {
-      Yosys::log_cmd_error("There is no module %s.\n", equiv.c_str());
-    }
-    const KPT_KEYPOINTS_DB* const db = find_database(name);
-    kpt_yosys::PROOF_STATUS status;
-    guarded([&] { status = kpt_yosys::read_proof_status(*db, module); });
-    for (const std::string& first : status.m_open) {
-      Yosys::log("Unproven: %s.\n", first.c_str());
-    }
-    for (const std::string& first : status.m_refuted) {
-      Yosys::log_warning("Refuted by power-up values: %s.\n", first.c_str());
-    }
-    Yosys::log("Facts: %zu proved, %zu claimed, %zu refuted, %zu not in the proof. Unproven cells: %zu.\n",
-               status.m_proved, status.m_claimed, status.m_refuted.size(), status.m_absent, status.m_unproven_cells);
-  }
-} kpt_status;
 
 }  // namespace

@@ -1,8 +1,11 @@
 #include "recorder.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <vector>
+
+#include "machine_table.h"
 
 namespace kpt_yosys {
 
@@ -24,18 +27,16 @@ class RECORDER {
       return m_entity.empty() ? KPT_REGISTER_NAME(m_name) : KPT_REGISTER_NAME(m_name, m_entity, m_type);
     }
   };
-  // A register of a state machine, and its value in each state.
-  struct COLUMN {
-    int m_point = -1;
-    std::vector<bool> m_values;
-  };
+  // A register of a state machine, by a point that stands there, and its value in each state.
+  using COLUMN = MACHINE_TABLE::COLUMN;
 
   void group_registers();
-  void record_machine(const MACHINE& machine, int index);
+  void record_machines();
+  std::optional<MACHINE_TABLE> table_of(const MACHINE& machine, int index);
   std::vector<COLUMN> reference_columns(const MACHINE& machine, int index, const std::vector<int>& t) const;
   std::vector<int> transformed_bits(const MACHINE& machine) const;
   bool is_lost(const MACHINE& machine, const std::vector<int>& t) const;
-  bool record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, const std::vector<int>& t);
+  bool record_fsm(const MACHINE_TABLE& machine);
   void record_word(int index);
   void record_group(const LOCATION& location, const std::vector<int>& group);
   void count_first(const POINT& point, const LOCATION& location);
@@ -44,6 +45,7 @@ class RECORDER {
   TRANSFORMED transformed(const LOCATION& location) const;
   const std::string& name_at(const LOCATION& location) const { return m_names.at(location); }
   bool describe(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<int>& points) const;
+  KPT_REGISTER_NAME reference(int index) const;
   const POINT& point(int index) const { return m_tracker.points()[static_cast<std::size_t>(index)]; }
 
   const TRACKER& m_tracker;
@@ -52,14 +54,13 @@ class RECORDER {
   const TRACKER::NAMES m_names;
   TOTALS m_totals;
   std::map<LOCATION, std::vector<int>> m_groups;  // reference registers that are one register now
+  std::map<LOCATION, int> m_at;                   // the bit of a code that stands for the register there
   std::set<LOCATION> m_state_bits;                // registers of new codes, already recorded
 };
 
 TOTALS RECORDER::run() {
   group_registers();
-  for (std::size_t i = 0; i < m_tracker.machines().size(); ++i) {
-    record_machine(m_tracker.machines()[i], static_cast<int>(i));
-  }
+  record_machines();
   for (const auto& [location, group] : m_groups) {
     record_group(location, group);
   }
@@ -110,7 +111,7 @@ std::vector<RECORDER::COLUMN> RECORDER::reference_columns(const MACHINE& machine
     const auto group = t[k] >= 0 ? m_groups.find(point(t[k]).m_location) : m_groups.end();
     for (std::size_t i = 0; group != m_groups.end() && i < group->second.size(); ++i) {
       COLUMN column{group->second[i], {}};
-      const bool turned = point(t[k]).m_inverted != point(column.m_point).m_inverted;
+      const bool turned = point(t[k]).m_inverted != point(column.m_register).m_inverted;
       for (const std::string& code : machine.m_codes) {
         column.m_values.push_back((code[k] == '1') != turned);
       }
@@ -131,27 +132,66 @@ std::vector<int> RECORDER::transformed_bits(const MACHINE& machine) const {
   return bits;
 }
 
-void RECORDER::record_machine(const MACHINE& machine, int index) {
-  const std::vector<int> t = transformed_bits(machine);
-  std::size_t members = 0;
-  for (const POINT& each : m_tracker.points()) {
-    if (!each.m_name.empty() && each.m_fate == FATE::IN_MACHINE && each.m_machine == index) {
-      ++members;
+// Machines that share a register of the netlist are one machine there.
+void RECORDER::record_machines() {
+  std::vector<MACHINE_TABLE> tables;
+  for (std::size_t i = 0; i < m_tracker.machines().size(); ++i) {
+    std::optional<MACHINE_TABLE> table = table_of(m_tracker.machines()[i], static_cast<int>(i));
+    for (std::size_t k = 0; table.has_value() && k < tables.size();) {
+      if (!share_register(tables[k], *table)) {
+        ++k;
+        continue;
+      }
+      std::optional<MACHINE_TABLE> both = joined(tables[k], *table);
+      if (!both.has_value()) {
+        m_totals.m_not_recorded += table->m_reference.size();
+      } else {
+        tables.erase(tables.begin() + static_cast<std::ptrdiff_t>(k));
+      }
+      table = std::move(both);
+    }
+    if (table.has_value()) {
+      tables.push_back(std::move(*table));
     }
   }
-  if (members == 0) {
-    return;
+  for (const MACHINE_TABLE& table : tables) {
+    m_totals.m_merged += table.m_reference.size() - table.m_members;
+    m_totals.m_not_recorded += record_fsm(table) ? 0 : table.m_reference.size();
+  }
+}
+
+// Nothing for a machine without registers in the reference, or one that is lost.
+std::optional<MACHINE_TABLE> RECORDER::table_of(const MACHINE& machine, int index) {
+  const std::vector<int> t = transformed_bits(machine);
+  MACHINE_TABLE table;
+  for (const POINT& each : m_tracker.points()) {
+    if (!each.m_name.empty() && each.m_fate == FATE::IN_MACHINE && each.m_machine == index) {
+      ++table.m_members;
+    }
+  }
+  if (table.m_members == 0) {
+    return std::nullopt;
   }
   if (machine.m_points.empty() || is_lost(machine, t)) {
-    m_totals.m_unknown += members;
-    m_totals.m_unknown_after["fsm_extract"] += members;
-    return;
+    m_totals.m_unknown += table.m_members;
+    m_totals.m_unknown_after["fsm_extract"] += table.m_members;
+    return std::nullopt;
   }
-  m_totals.m_machine += members;
+  m_totals.m_machine += table.m_members;
   ++m_totals.m_machines;
-  const std::vector<COLUMN> r = reference_columns(machine, index, t);
-  m_totals.m_merged += r.size() - members;
-  m_totals.m_not_recorded += record_fsm(machine, r, t) ? 0 : r.size();
+  table.m_states = machine.m_codes.size();
+  table.m_reference = reference_columns(machine, index, t);
+  for (std::size_t k = 0; k < t.size(); ++k) {
+    if (t[k] < 0) {
+      continue;
+    }
+    COLUMN column{m_at.emplace(point(t[k]).m_location, t[k]).first->second, {}};
+    for (const std::string& code : machine.m_codes) {
+      column.m_values.push_back((code[k] == '1') != point(t[k]).m_inverted);
+    }
+    table.m_transformed.push_back(std::move(column));
+  }
+  return table;
 }
 
 // The stage ended before the machine was put back, or bits of the new code are unknown, and the
@@ -174,47 +214,46 @@ bool RECORDER::is_lost(const MACHINE& machine, const std::vector<int>& t) const 
   return codes.size() < machine.m_codes.size();
 }
 
-bool RECORDER::record_fsm(const MACHINE& machine, const std::vector<COLUMN>& r, const std::vector<int>& t) {
+bool RECORDER::record_fsm(const MACHINE_TABLE& machine) {
+  constexpr std::size_t MOST_COLUMNS = 65535;
+  if (machine.m_reference.size() > MOST_COLUMNS || machine.m_transformed.size() > MOST_COLUMNS) {
+    return false;
+  }
   std::vector<TRANSFORMED> names;
-  std::vector<std::size_t> bits;
-  for (std::size_t k = 0; k < t.size(); ++k) {
-    if (t[k] >= 0) {
-      names.push_back(transformed(point(t[k]).m_location));
-      bits.push_back(k);
-      m_state_bits.insert(point(t[k]).m_location);
+  std::vector<int> points;
+  for (const COLUMN& column : machine.m_transformed) {
+    const LOCATION& location = point(column.m_register).m_location;
+    m_state_bits.insert(location);
+    names.push_back(transformed(location));
+    points.push_back(column.m_register);
+  }
+  KPT_GROUPS_SIDE r(machine.m_reference.size());
+  KPT_GROUPS_SIDE t(names.size());
+  KPT_STATE_TABLE table(static_cast<unsigned short>(machine.m_states), static_cast<unsigned short>(r.size()),
+                        static_cast<unsigned short>(t.size()));
+  for (std::size_t i = 0; i < r.size(); ++i) {
+    const COLUMN& column = machine.m_reference[i];
+    r[i].same.push_back(reference(column.m_register));
+    points.push_back(column.m_register);
+    for (std::size_t state = 0; state < machine.m_states; ++state) {
+      table.set_reference_entry(static_cast<unsigned short>(state + 1), static_cast<unsigned short>(i + 1),
+                                column.m_values[state]);
     }
   }
-  const auto alone = [](const KPT_REGISTER_NAME& name) {
-    KPT_GROUPS group;
-    group.same.push_back(name);
-    return group;
-  };
-  KPT_GROUPS_SIDE r_side;
-  KPT_GROUPS_SIDE t_side;
-  for (const COLUMN& column : r) {
-    r_side.push_back(alone(KPT_REGISTER_NAME(point(column.m_point).m_name)));
-  }
-  for (const TRANSFORMED& name : names) {
-    t_side.push_back(alone(name.view()));
-  }
-  KPT_STATE_TABLE table(static_cast<unsigned short>(machine.m_codes.size()), static_cast<unsigned short>(r.size()),
-                        static_cast<unsigned short>(bits.size()));
-  for (std::size_t state = 0; state < machine.m_codes.size(); ++state) {
-    const auto row = static_cast<unsigned short>(state + 1);
-    unsigned short column = 0;
-    for (const COLUMN& each : r) {
-      table.set_reference_entry(row, ++column, each.m_values[state]);
-    }
-    column = 0;
-    for (const std::size_t k : bits) {
-      table.set_transformed_entry(row, ++column, (machine.m_codes[state][k] == '1') != point(t[k]).m_inverted);
+  for (std::size_t i = 0; i < t.size(); ++i) {
+    t[i].same.push_back(names[i].view());
+    for (std::size_t state = 0; state < machine.m_states; ++state) {
+      table.set_transformed_entry(static_cast<unsigned short>(state + 1), static_cast<unsigned short>(i + 1),
+                                  machine.m_transformed[i].m_values[state]);
     }
   }
-  std::vector<int> points = machine.m_points;
-  for (const COLUMN& column : r) {
-    points.push_back(column.m_point);
-  }
-  return describe(m_db.associate_groups(r_side, t_side, table), points);
+  return describe(m_db.associate_groups(r, t, table), points);
+}
+
+// A register of the reference as the database names it: as the stage before named it.
+KPT_REGISTER_NAME RECORDER::reference(int index) const {
+  const POINT& it = point(index);
+  return it.m_entity.empty() ? KPT_REGISTER_NAME(it.m_name) : KPT_REGISTER_NAME(it.m_instance, it.m_entity, it.m_pin);
 }
 
 // Which passes made the registers what they are, and in which stage; false for a null map, which the database refused.
@@ -256,11 +295,11 @@ void RECORDER::record_group(const LOCATION& location, const std::vector<int>& gr
   m_totals.m_merged += group.size() - 1;
   KPT_GROUPS r;
   KPT_GROUPS t;
-  r.same.emplace_back(point(group[first]).m_name);
+  r.same.push_back(reference(group[first]));
   for (std::size_t i = 0; i < group.size(); ++i) {
     if (i != first) {
       const bool same = point(group[i]).m_inverted == point(group[first]).m_inverted;
-      (same ? r.same : r.inverse).emplace_back(point(group[i]).m_name);
+      (same ? r.same : r.inverse).push_back(reference(group[i]));
     }
   }
   const TRANSFORMED register_now = transformed(location);
@@ -306,7 +345,7 @@ void RECORDER::record_eliminated(int index) {
       {FATE::ZERO, KPT_STUCK_AT_ZERO}, {FATE::ONE, KPT_STUCK_AT_ONE}, {FATE::NO_FANOUT, KPT_NO_FANOUT}};
   if (const auto reason = reasons.find(eliminated.m_fate); reason != reasons.end()) {
     KPT_GROUPS r;
-    r.same.emplace_back(eliminated.m_name);
+    r.same.push_back(reference(index));
     const bool recorded = describe(m_db.associate_groups({r}, {}, reason->second), {index});
     m_totals.m_not_recorded += recorded ? 0 : 1;
   }

@@ -54,14 +54,14 @@ void track(RTLIL::Design* design, ACTION action) {
   if (now.m_tracker == nullptr || design != Yosys::yosys_get_design()) {
     return;
   }
-  const double begin = cpu_seconds(RUSAGE_SELF);
+  const double begin = all_cpu_seconds();
   try {
     action(now);
   } catch (const std::exception& failure) {
     Yosys::log_warning("tracking of registers ended: %s\n", failure.what());
     stop_tracking();
   }
-  now.m_seconds += cpu_seconds(RUSAGE_SELF) - begin;
+  now.m_seconds += all_cpu_seconds() - begin;
 }
 
 void keep_reference(SESSION& now) {
@@ -80,10 +80,10 @@ void tell(RTLIL::Design* design, const std::string& pass) {
   });
 }
 
-void tell_next(RTLIL::Design* design, const std::string& pass) {
+void tell_next(RTLIL::Design* design, const std::string& pass, const std::vector<std::string>& args) {
   track(design, [&](const SESSION& now) {
     if (!now.m_away) {
-      now.m_tracker->prepare(pass);
+      now.m_tracker->prepare(pass, args);
     }
   });
 }
@@ -114,9 +114,10 @@ void tell_after_design(RTLIL::Design* design, const std::vector<std::string>& ar
 // knows what: the next boundary names no pass.
 class RUNNING {
  public:
-  RUNNING(RTLIL::Design* design, const std::string& pass) : m_outer(session().m_running) {
+  RUNNING(RTLIL::Design* design, const std::string& pass, const std::vector<std::string>& args)
+      : m_outer(session().m_running) {
     tell(design, m_outer);
-    tell_next(design, pass);
+    tell_next(design, pass, args);
     session().m_running = pass;
   }
   ~RUNNING() { session().m_running = m_done ? m_outer : std::string(); }
@@ -124,7 +125,7 @@ class RUNNING {
   RUNNING& operator=(const RUNNING&) = delete;
   void done(RTLIL::Design* design) {
     m_done = true;
-    tell_next(design, m_outer);
+    tell_next(design, m_outer, {});
   }
 
  private:
@@ -142,7 +143,7 @@ struct WATCHED_PASS : Yosys::Pass {
   void clear_flags() override { m_pass->clear_flags(); }
   void on_shutdown() override { m_pass->on_shutdown(); }
   void execute(std::vector<std::string> args, RTLIL::Design* design) override {
-    RUNNING running(design, pass_name);
+    RUNNING running(design, pass_name, args);
     if (pass_name == "design") {
       tell_before_design(design, args);
       m_pass->execute(args, design);

@@ -21,7 +21,29 @@ namespace RTLIL = Yosys::RTLIL;
 
 class SIMULATION {
  public:
+  enum class KIND { NOT, AND, XOR, MUX, STORAGE };
+  // Net 0 is 0, net 1 is 1, net 2 is never known; inputs of a MUX: for 0, for 1, select.
+  struct NODE {
+    KIND m_kind = KIND::NOT;
+    int m_output = 2;
+    int m_inputs[3] = {2, 2, 2};
+    int m_storage = -1;
+  };
+  // One bit. A control input that is absent is 0; active ones are 1, through inverters of our own.
+  struct STORAGE {
+    int m_q = 2, m_d = 2, m_clock = 0, m_enable = 1, m_reset = 0, m_load = 0, m_load_data = 2, m_clear = 0, m_set = 0;
+    bool m_clocked = false;
+    bool m_enable_first = false;  // a disabled register does not heed its reset
+    TERNARY m_reset_value, m_initial;
+  };
+
   explicit SIMULATION(RTLIL::Module* module);
+
+  /// The netlist itself: logic in an order in which each node stands behind those that it reads, but for loops.
+  const std::vector<NODE>& nodes() const { return m_nodes; }
+  const std::vector<STORAGE>& storage() const { return m_storage; }
+  std::size_t count_nets() const { return m_values.size(); }
+  bool has_loops() const { return m_has_loops; }
 
   /// The inputs by name, as text_of() has it; those that clock a register, through inverters at most,
   /// are also in `clocks`.
@@ -40,22 +62,6 @@ class SIMULATION {
   void settle();
 
  private:
-  enum class KIND { NOT, AND, XOR, MUX, STORAGE };
-  // Net 0 is 0, net 1 is 1, net 2 is never known; inputs of a MUX: for 0, for 1, select.
-  struct NODE {
-    KIND m_kind = KIND::NOT;
-    int m_output = 2;
-    int m_inputs[3] = {2, 2, 2};
-    int m_storage = -1;
-  };
-  // One bit. A control input that is absent is 0; active ones are 1, through inverters of our own.
-  struct STORAGE {
-    int m_q = 2, m_d = 2, m_clock = 0, m_enable = 1, m_reset = 0, m_load = 0, m_load_data = 2, m_clear = 0, m_set = 0;
-    bool m_clocked = false;
-    bool m_enable_first = false;  // a disabled register does not heed its reset
-    TERNARY m_reset_value, m_initial;
-  };
-
   TERNARY& at(int net) { return m_values[static_cast<std::size_t>(net)]; }
   int net_of(RTLIL::SigBit bit);
   int new_net();

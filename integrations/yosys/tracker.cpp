@@ -6,38 +6,12 @@
 #include <set>
 #include <stdexcept>
 
+#include "pass_kinds.h"
+#include "yosys_version.h"
+
 namespace kpt_yosys {
 
 namespace {
-
-// The only passes that remove a register because it drives nothing. Others that make registers
-// vanish put them into something else.
-bool removes_unused(const std::string& pass) { return pass == "opt_clean" || pass == "clean"; }
-
-// Passes that make nets anew and give each the name that it bore. After all others, a name that was
-// borne before proves nothing: it may have been given anew.
-bool keeps_names(const std::string& pass) {
-  constexpr std::array NAMES{"design", "flatten", "hierarchy", "splitnets", "uniquify"};
-  return std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
-}
-
-// Passes that take a reader from a register only where that makes no difference, and passes that
-// only call others. All others may put a register into something else, and leave it behind unread.
-bool only_simplifies(const std::string& pass) {
-  constexpr std::array NAMES{
-      "abc",      "abc9",        "alumacc",      "attrmvcp",   "check",     "clean",     "design",    "dffinit",
-      "dffunmap", "dfflegalize", "dfflibmap",    "flatten",    "fsm",       "hierarchy", "memory",    "muxcover",
-      "opt",      "opt_clean",   "opt_demorgan", "opt_dff",    "opt_expr",  "opt_ffinv", "opt_lut",   "opt_lut_ins",
-      "opt_mem",  "opt_merge",   "opt_muxtree",  "opt_reduce", "opt_share", "peepopt",   "pmuxtree",  "proc",
-      "rename",   "script",      "setattr",      "setundef",   "share",     "simplemap", "splitnets", "stat",
-      "techmap",  "uniquify",    "zinit"};
-  return pass.empty() || pass.starts_with("synth") || std::find(NAMES.begin(), NAMES.end(), pass) != NAMES.end();
-}
-
-// Passes that put cells of the technology in place of flip-flops.
-bool maps_to_technology(const std::string& pass) {
-  return pass == "dfflibmap" || pass == "techmap" || pass == "extract";
-}
 
 // What reading Verilog makes of writes to memories and to selected bits: no register that was written.
 bool is_made_by_front_end(const std::string& name) {
@@ -91,7 +65,7 @@ struct TRACKER::CHANGES : RTLIL::Monitor {
   CHANGES(const CHANGES&) = delete;
   CHANGES& operator=(const CHANGES&) = delete;
 
-  void notify_connect(RTLIL::Cell*, const RTLIL::IdString&, const RTLIL::SigSpec&, const RTLIL::SigSpec&) override {
+  void notify_connect(RTLIL::Cell*, CONNECTED_PORT, const RTLIL::SigSpec&, const RTLIL::SigSpec&) override {
     m_any = true;
   }
   void notify_connect(RTLIL::Module*, const RTLIL::SigSig&) override { m_any = true; }
@@ -162,7 +136,8 @@ std::string TRACKER::why_not_started(RTLIL::Design* design) const {
   return m_now.m_top.empty() ? "the design has no top module" : "there is no module " + m_now.m_top;
 }
 
-void TRACKER::prepare(const std::string& pass) {
+void TRACKER::prepare(const std::string& pass, const std::vector<std::string>& args) {
+  m_recognition.reset();
   if (!started()) {
     return;
   }
@@ -171,6 +146,9 @@ void TRACKER::prepare(const std::string& pass) {
   }
   if (!only_simplifies(pass)) {
     m_now.m_view->note_readers();
+  }
+  if (makes_registers_anew(pass, args)) {
+    m_recognition = std::make_unique<RECOGNITION>(*m_now.m_view);
   }
 }
 
@@ -212,6 +190,11 @@ void TRACKER::begin_points(const NAMES& names) {
     point.m_location = location;
     point.m_cell = m_now.m_view->flop(location).m_cell;
     point.m_name = name;
+    if (const FLOP& flop = m_now.m_view->flop(location); !flop.m_type.empty()) {
+      point.m_instance = m_now.m_view->path(location.m_instance) + text_of_spelling(flop.m_cell_name);
+      point.m_entity = flop.m_type;
+      point.m_pin = flop.m_port;
+    }
     m_now.m_points.push_back(std::move(point));
   }
   begin_words();
@@ -261,8 +244,13 @@ void TRACKER::follow(RTLIL::Module* top, const std::string& pass) {
     after->note_readers();
   }
   const STEP step{*m_now.m_view, *after, pass};
+  const std::vector<POINT> before = m_recognition != nullptr ? m_now.m_points : std::vector<POINT>();
   for (POINT& point : m_now.m_points) {
     follow_point(step, point);
+  }
+  if (m_recognition != nullptr) {
+    recognise(step, before);
+    m_recognition.reset();
   }
   follow_memories(step);
   find_machines(step);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "recognition.h"
 #include "tracking.h"
 
 namespace kpt_yosys {
@@ -24,8 +25,9 @@ class TRACKER {
   TRACKER(const TRACKER&) = delete;
   TRACKER& operator=(const TRACKER&) = delete;
 
-  /// To be called before a pass, after boundary(): notes what has to be known of the netlist as it is.
-  void prepare(const std::string& pass);
+  /// To be called before a pass, after boundary(): notes what has to be known of the netlist as it is. `args` are empty
+  /// where a pass goes on after one that it called.
+  void prepare(const std::string& pass, const std::vector<std::string>& args);
 
   /// To be called after every pass, and before one that is called by another: tells what became of
   /// the registers since the last call. `pass` is who changed the netlist, empty when nobody knows.
@@ -92,6 +94,12 @@ class TRACKER {
   static void note_absorbed(const STEP& step, POINT& point, int readers);
   static bool settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted);
 
+  // Registers that are made anew.
+  void recognise(const STEP& step, const std::vector<POINT>& before);
+  void search(const STEP& step, const std::vector<POINT>& before);
+  void settle_found(const STEP& step, POINT& point, const RECOGNITION::FOUND& found,
+                    const std::vector<LOCATION>& after);
+
   // Memories.
   void follow_memories(const STEP& step);
   void leave_memory(const STEP& step, int index);
@@ -107,6 +115,7 @@ class TRACKER {
   unsigned int m_top_number = 0;
   std::size_t m_fingerprint = 0;
   std::unique_ptr<CHANGES> m_changes;
+  std::unique_ptr<RECOGNITION> m_recognition;  // for the pass that is about to make registers anew
   TRACKING m_now;
 };
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <set>
 
+#include "pass_kinds.h"
 #include "passes/fsm/fsmdata.h"
 #include "tracker.h"
 
@@ -261,7 +262,7 @@ std::string TRACKER::refuse_machine(int machine) {
 
 // The machine is gone with its registers: it drove nothing, or nobody knows.
 void TRACKER::drop_machine(const STEP& step, int index) {
-  const bool unused = step.m_pass == "opt_clean" || step.m_pass == "clean";
+  const bool unused = removes_unused(step.m_pass);
   for (POINT& point : m_now.m_points) {
     if (point.m_machine != index) {
       continue;

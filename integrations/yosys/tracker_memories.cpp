@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <set>
 
+#include "pass_kinds.h"
 #include "tracker.h"
 
 namespace kpt_yosys {
@@ -108,7 +109,7 @@ void TRACKER::leave_memory(const STEP& step, int index) {
     if (found != registers.end()) {
       move(step, point, {instance, found->second}, false);
     } else {
-      point.m_fate = step.m_pass == "opt_clean" || step.m_pass == "clean" ? FATE::NO_FANOUT : FATE::UNKNOWN;
+      point.m_fate = removes_unused(step.m_pass) ? FATE::NO_FANOUT : FATE::UNKNOWN;
       point.m_pass = step.m_pass;
     }
   }

@@ -27,7 +27,10 @@ enum class FATE {
 
 /// One bit of the reference netlist, or of a state machine's new code, and where it is now.
 struct POINT {
-  std::string m_name;  // in the reference netlist; empty for a bit of a new code
+  std::string m_name;      // in the reference netlist; empty for a bit of a new code
+  std::string m_instance;  // where the reference has it in a cell of the technology: that, its type and its pin
+  std::string m_entity;
+  std::string m_pin;
   FATE m_fate = FATE::LIVE;
   LOCATION m_location;
   unsigned int m_cell = 0;  // the number of the cell there

@@ -18,7 +18,7 @@ TEST_F(Diff, FindsNothingBetweenADatabaseAndItself) {
   record("a.xml", DESIGN);
   record("b.xml", DESIGN);
   EXPECT_EQ(good({"diff", "a.xml", "b.xml"}), "");
-  EXPECT_EQ(good({"diff", "a.xml", "b.xml", "--json"}), "{\n  \"differences\": []\n}\n");
+  EXPECT_EQ(good({"diff", "a.xml", "b.xml", "--json"}), "{\n  \"format\": 1,\n  \"differences\": []\n}\n");
 }
 
 // Ids, order and orientation are text, not facts.
@@ -93,12 +93,16 @@ class Check : public TOOL_TEST {
     EXPECT_EQ(result.err, "");
     EXPECT_THAT(result.out, HasSubstr(finding));
   }
+  void expect_no_finding(const std::string& event) const {
+    record("d.xml", event + "\n");
+    EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
+  }
 };
 
 TEST_F(Check, HasNothingAgainstAGoodFile) {
   record("d.xml", DESIGN);
   EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
-  EXPECT_EQ(JSON::parse(good({"check", "d.xml", "--json"})), JSON::parse(R"({"findings":[]})"));
+  EXPECT_EQ(JSON::parse(good({"check", "d.xml", "--json"})), JSON::parse(R"({"format":1,"findings":[]})"));
 }
 
 TEST_F(Check, FindsWhatIsWrongWithIds) {
@@ -131,6 +135,13 @@ TEST_F(Check, FindsRegistersWithoutAMapAndMapsWithoutRegisters) {
   expect_finding("elim_type=\"stuck_at_zero\"", "elim_type=\"not_eliminated\"",
                  "warning [map-one-sided] the map lists no transformed register and gives no reason\n");
   expect_finding("<kp id=\"1\">", "<kp id=\"0\">", "[register-repeated] reference register count[0] is listed 2 times");
+}
+
+TEST_F(Check, HasNothingAgainstMapsOfOneSideThatSaySomething) {
+  expect_no_finding(R"({"event":"map","reference":[{"same":["p","q"]}],"transformed":[]})");
+  expect_no_finding(R"({"event":"map","reference":[],"transformed":[{"same":["p"],"inverse":["q"]}]})");
+  expect_no_finding(R"({"event":"map","reference":[],"transformed":[{"same":["p"]}],"status":"stuck_at_one"})");
+  expect_no_finding(R"({"event":"map","reference":[],"transformed":[{"same":["p"]}],"attributes":{"partial":"yes"}})");
 }
 
 TEST_F(Check, FindsWhatIsWrongWithTables) {

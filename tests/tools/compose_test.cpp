@@ -38,7 +38,7 @@ TEST_F(Compose, SaysSoAsJson) {
   record_inverted_constant();
   const JSON result = JSON::parse(good({"compose", "1.xml", "2.xml", "-o", "all.xml", "--json"}));
   EXPECT_EQ(result["registers"]["constant"], 1);
-  EXPECT_EQ(result["registers"]["without fanout"], 0);
+  EXPECT_EQ(result["registers"]["without_fanout"], 0);
   EXPECT_EQ(result["fits"][0], "stage 2 starts from 2 registers, 2 of them known to stage 1");
 }
 

@@ -35,7 +35,7 @@ TEST_F(Record, WritesWhatWasRecorded) {
 TEST_F(Record, SaysSoAsJson) {
   write("stage.jsonl", DESIGN);
   const JSON json = JSON::parse(good({"record", "stage.jsonl", "-o", "stage.xml", "--json"}));
-  EXPECT_EQ(json, JSON::parse(R"({"recorded":12,"refused":[],"written":"stage.xml"})"));
+  EXPECT_EQ(json, JSON::parse(R"({"format":1,"recorded":12,"refused":[],"written":"stage.xml"})"));
 }
 
 TEST_F(Record, TakesTheNameItIsGiven) {
@@ -192,6 +192,147 @@ TEST_F(Record, SurvivesHostileLines) {
   EXPECT_THAT(refusal(std::string("\x00\xff\x1b[31m", 7), 3), HasSubstr("not JSON"));
   EXPECT_THAT(refusal(std::string((16U << 20) + 1, 'x'), 3), HasSubstr("too long"));
   EXPECT_THAT(refusal(std::string(DESIGN).substr(0, 40), 3), HasSubstr("not JSON"));
+}
+
+// Maps of any shape, the value of a transformed register, where a fact comes from, ends.
+
+TEST_F(Record, TakesAMapOfAnyShape) {
+  record(
+      "m.xml",
+      R"({"event":"map","reference":[{"same":["p","q"],"inverse":["r"]}],"transformed":[{"inverse":[{"name":"u","entity":"e","type":"dff"}]}]})"
+      "\n"
+      R"({"event":"map","reference":[{"same":["s"]}],"transformed":[{"same":["t"]},{"same":["v"]}],"states":[["0","01"],["1","10"]]})"
+      "\n"
+      R"({"event":"map","reference":[{"inverse":["w"]}],"transformed":[],"status":"stuck_at_one"})"
+      "\n");
+  EXPECT_THAT(good({"show", "m.xml", "q"}), HasSubstr("transformed with the inverse: u"));
+  EXPECT_THAT(good({"show", "m.xml", "s"}), HasSubstr("  1      1          10"));
+  EXPECT_THAT(good({"show", "m.xml", "w"}), HasSubstr("eliminated: stuck_at_one"));
+}
+
+TEST_F(Record, RefusesAMapThatTheLibraryRefusesAndTakesItAsItIs) {
+  const std::string again = R"({"event":"map","reference":[{"same":["a"]}],"transformed":[{"same":["c"]}])";
+  EXPECT_THAT(refusal(again + "}"), HasSubstr("refused: map a to c: Error: Map not recorded: a already exists"));
+  record("m.xml", R"({"event":"associate","reference":"a","transformed":"b"})"
+                  "\n" +
+                      again + R"(,"as_it_is":true})" + "\n");
+  EXPECT_THAT(good({"show", "m.xml", "a"}), HasSubstr("same value: c"));
+}
+
+TEST_F(Record, TellsWhatIsWrongWithAMap) {
+  const auto map = [](const std::string& more) {
+    return R"({"event":"map","reference":[{"same":["p"]}],)" + more + "}";
+  };
+  EXPECT_THAT(refusal(map(R"("transformed":{})"), 3), HasSubstr("\"transformed\" is not a list"));
+  EXPECT_THAT(refusal(map(R"("transformed":["q"])"), 3), HasSubstr("an index of \"transformed\" is not an object"));
+  EXPECT_THAT(refusal(map(R"("transformed":[{"equal":["q"]}])"), 3), HasSubstr("unknown key \"equal\""));
+  EXPECT_THAT(refusal(map(R"("transformed":[],"states":[["0","1"]])"), 3),
+              HasSubstr("the code \"1\" does not fit the 0 transformed registers"));
+  EXPECT_THAT(refusal(map(R"("transformed":[],"status":"gone")"), 3), HasSubstr("unknown status \"gone\""));
+  EXPECT_THAT(refusal(map(R"("transformed":[],"attributes":["pass"])"), 3),
+              HasSubstr("\"attributes\" is not an object of texts"));
+  EXPECT_THAT(refusal(map(R"("transformed":[],"states":[["0",""]],"columns":[1,0])"), 3),
+              HasSubstr("\"columns\" stands beside \"states\" of a map as it is"));
+}
+
+TEST_F(Record, TurnsTheValueOfARegisterThatHasTheInverse) {
+  const std::string kept = R"({"event":"associate","reference":"p","transformed":"q"})"
+                           "\n";
+  const std::string inverter = R"({"event":"retime_inverter","register":"q"})"
+                               "\n";
+  const std::string value = R"({"event":"eliminate","register":"q","value":0})"
+                            "\n";
+  record("same.xml", kept + value);
+  EXPECT_THAT(good({"show", "same.xml", "p"}), HasSubstr("stuck_at_zero"));
+  record("inverse.xml", kept + inverter + value);
+  EXPECT_THAT(good({"show", "inverse.xml", "p"}), HasSubstr("stuck_at_one"));
+  record("both.xml", R"({"event":"map","reference":[{"inverse":["p"]}],"transformed":[{"inverse":["q"]}]})"
+                     "\n" +
+                         value);
+  EXPECT_THAT(good({"show", "both.xml", "p"}), HasSubstr("stuck_at_zero"));
+}
+
+TEST_F(Record, RefusesTheValueOfABitOfAMachine) {
+  const RUN_RESULT result = kptdb({"record", "-", "--name", "x", "-o", "x.xml"},
+                                  std::string(DESIGN) + R"({"event":"eliminate","register":"s[0]","value":0})" + "\n");
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("-:13: refused: eliminate s[0] (its value is 0): s[0] is a register of a state "
+                                    "machine: its value is told by the table of a map"));
+  EXPECT_THAT(refusal(R"({"event":"eliminate","register":"b","value":2})", 3), HasSubstr("neither 0 nor 1"));
+  EXPECT_THAT(refusal(R"({"event":"eliminate","register":"b","value":1,"reason":"no_fanout"})", 3),
+              HasSubstr("\"reason\" and \"value\" exclude each other"));
+}
+
+TEST_F(Record, KeepsWhereFactsComeFrom) {
+  record("p.xml", R"({"event":"associate","reference":"p","transformed":"q","pass":"opt_dff","note":"first"})"
+                  "\n"
+                  R"({"event":"associate","reference":"p2","transformed":"q2","pass":"share"})"
+                  "\n"
+                  R"({"event":"retime_inverter","register":"q","pass":"abc","note":"second"})"
+                  "\n"
+                  R"({"event":"merge","kept":"q","merged":"q2","pass":"abc"})"
+                  "\n");
+  EXPECT_THAT(read("p.xml"), HasSubstr("name=\"pass\" value=\"opt_dff, abc, share\""));
+  EXPECT_THAT(read("p.xml"), HasSubstr("name=\"note\" value=\"first; second\""));
+}
+
+TEST_F(Record, KnowsARegisterThatNoMapLists) {
+  record("r.xml", R"({"event":"register","side":"reference","register":"alone","attributes":{"note":"why"}})"
+                  "\n");
+  EXPECT_THAT(read("r.xml"), HasSubstr("<name>alone</name>"));
+  EXPECT_THAT(read("r.xml"), HasSubstr("name=\"note\" value=\"why\""));
+  EXPECT_THAT(refusal(R"({"event":"register","side":"left","register":"x"})", 3), HasSubstr("unknown side \"left\""));
+}
+
+TEST_F(Record, TakesSeveralFilesInTheirOrder) {
+  write("1.jsonl", R"({"event":"associate","reference":"p","transformed":"q"})"
+                   "\n"
+                   R"({"event":"end","events":1})"
+                   "\n");
+  write("2.jsonl", R"({"event":"retime_inverter","register":"q"})"
+                   "\n"
+                   R"({"event":"retime_inverter","register":"x"})"
+                   "\n");
+  const RUN_RESULT result = kptdb({"record", "1.jsonl", "2.jsonl", "-o", "o.xml", "--keep-going"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, StartsWith("kptdb: 2.jsonl:2: refused: retime an inverter through x"));
+  EXPECT_EQ(result.out, "o.xml: 2 events recorded, 1 refused\n");
+  EXPECT_THAT(read("o.xml"), StartsWith("<kpt_db name=\"1\">\n"));
+}
+
+TEST_F(Record, RefusesAnIncompleteFileWhenToldTo) {
+  write("e.jsonl", R"({"event":"associate","reference":"p","transformed":"q"})"
+                   "\n");
+  for (const char* const more : {"--complete", "--keep-going"}) {
+    const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml", "--complete", more});
+    EXPECT_EQ(result.exit_code, 3);
+    EXPECT_EQ(result.err, "kptdb: e.jsonl:1: the file has no end event: what wrote it may not have come to its end\n");
+    EXPECT_FALSE(exists("e.xml"));
+  }
+  EXPECT_EQ(good({"record", "e.jsonl", "-o", "e.xml"}), "e.xml: 1 event recorded\n");
+}
+
+TEST_F(Record, HoldsAFileToItsEnd) {
+  EXPECT_THAT(refusal(R"({"event":"end","events":2})", 3),
+              HasSubstr("the end tells of 2 events, and 1 stands before it"));
+  EXPECT_THAT(refusal(R"({"event":"end"})", 3), HasSubstr("\"events\" is missing"));
+  EXPECT_THAT(refusal(R"({"event":"end","events":-1})", 3), HasSubstr("\"events\" is not a number of events"));
+  write("e.jsonl", R"({"event":"end","events":0})"
+                   "\n\n"
+                   R"({"event":"retime_inverter","register":"q"})"
+                   "\n");
+  const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml"});
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_EQ(result.err, "kptdb: e.jsonl:3: the file goes on behind its end\n");
+}
+
+TEST_F(Record, RefusesAKeyThatStandsThereTwice) {
+  EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"b","register":"c"})", 3),
+              HasSubstr("the key \"register\" stands there twice"));
+  EXPECT_THAT(
+      refusal(R"({"event":"associate","reference":{"name":"x","name":"y","entity":"e","type":"t"},"transformed":"c"})",
+              3),
+      HasSubstr("the key \"name\" stands there twice"));
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ TEST_F(Unite, SaysSoAsJson) {
   record("1.xml", associate("a", "b"));
   record("2.xml", associate("b", "c"));
   EXPECT_EQ(JSON::parse(good({"unite", "1.xml", "2.xml", "-o", "all.xml", "--json"})),
-            JSON::parse(R"({"written":"all.xml","stages":["1.xml","2.xml"]})"));
+            JSON::parse(R"({"format":1,"written":"all.xml","stages":["1.xml","2.xml"]})"));
 }
 
 // Registers that only the second stage knows get ids of their own: a file tells registers apart

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <unordered_set>
@@ -136,6 +137,30 @@ TEST_F(Handles, MapsMayComeAndGoDuringAWalk) {
 }
 
 // ---- the map of a register ----
+
+TEST_F(Handles, MapIsFoundByItsNumber) {
+  db->associate_registers_signal_to_signal("a", "x");
+  db->associate_registers_signal_to_signal("b", "y");
+  const KPT_REGISTER_TRANSFORMATION map = db->get_reference_register_transformation("b");
+  EXPECT_EQ(map.get_number(), 2U);
+  EXPECT_EQ(db->get_transformation_set().get_map(2), map);
+}
+
+TEST_F(Handles, NumbersThatNoMapHasFindNone) {
+  db->associate_registers_signal_to_signal("a", "x");
+  EXPECT_TRUE(db->get_transformation_set().get_map(0).is_null());
+  EXPECT_TRUE(db->get_transformation_set().get_map(2).is_null());
+  EXPECT_TRUE(db->get_transformation_set().get_map(std::numeric_limits<std::uint32_t>::max()).is_null());
+}
+
+TEST_F(Handles, NumberOfAnAbsorbedMapIsNeverGivenOutAgain) {
+  db->associate_registers_signal_to_signal("a", "x");
+  db->associate_registers_signal_to_signal("b", "y");
+  db->set_merged_registers("x", "y");
+  db->associate_registers_signal_to_signal("c", "z");
+  EXPECT_TRUE(db->get_transformation_set().get_map(2).is_null());
+  EXPECT_EQ(db->get_reference_register_transformation("c").get_number(), 3U);
+}
 
 TEST_F(Handles, MapOfABlockInstanceIsFoundByItsHandle) {
   db->associate_registers_instance_to_instance("u", "E", "dff", "v", "E", "dff");

@@ -170,6 +170,63 @@ TEST_F(UnregisteredDb, ManagerTellsThatANameIsTaken) {
   EXPECT_TRUE(manager.destroy_keypoints_db("d"));
 }
 
+// ---- who sees the elements ----
+
+// What a visitor is shown, one word a call.
+class SEEN : public KPT_FILE_VISITOR {
+ public:
+  void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line) override {
+    all += std::string(name) + std::string(attributes.value("id")) + "@" + std::to_string(line) + " ";
+  }
+  void end(std::size_t line) override { all += "/@" + std::to_string(line) + " "; }
+  void text(std::string_view piece) override {
+    for (const char c : piece) {
+      all += c == '\n' || c == ' ' ? "" : std::string(1, c) + " ";
+    }
+  }
+  void start_reference() override { all += "( "; }
+  void end_reference() override { all += ") "; }
+
+  std::string all;
+};
+
+std::string seen_of(std::string_view text) {
+  KPT_MEMORY_BYTES bytes(text);
+  SEEN seen;
+  KPT_UNREGISTERED_DB::load(bytes, "bytes", nullptr, &seen);
+  return seen.all;
+}
+
+TEST_F(UnregisteredDb, ShowsEveryElementWithItsLineWhicheverSourceReadsIt) {
+  const std::string body =
+      "<kpt_db name=\"d\">\r\n<key_points_set\n type=\"reference\">\r<key_point id=\"7\" type=\"register\">"
+      "<name>x&#65;</name>\n</key_point></key_points_set>\n<transformations_set/>\n</kpt_db>\n";
+  const std::string expected =
+      "kpt_db@1 key_points_set@3 key_point7@4 name@4 x A /@4 /@5 /@5 transformations_set@6 /@6 /@7 ";
+  EXPECT_EQ(seen_of(body), expected);
+  EXPECT_EQ(seen_of("<?xml version=\"1.0\"?>" + body), expected);
+}
+
+TEST_F(UnregisteredDb, CountsLinesOverThePiecesInWhichAFileIsRead) {
+  std::string text = "<kpt_db name=\"d\">";
+  for (int k = 0; k < 5000; ++k) {
+    text += k % 2 == 0 ? "\r\n<a  />" : "\r<a b=\"" + std::string(static_cast<std::size_t>(k % 97), 'x') + "\"\n/>";
+  }
+  const std::string plain = seen_of(text + "</kpt_db>");
+  EXPECT_EQ(plain, seen_of("<?xml version=\"1.0\"?>" + text + "</kpt_db>"));
+  EXPECT_THAT(plain, testing::EndsWith("a@7501 /@7501 /@7501 "));
+}
+
+TEST_F(UnregisteredDb, ShowsWhatAnEntityStandsForAsThat) {
+  EXPECT_EQ(seen_of("<!DOCTYPE kpt_db [<!ENTITY k \"<a/>\">]><kpt_db name=\"d\">&k;</kpt_db>"),
+            "kpt_db@1 ( a@1 /@1 ) /@1 ");
+}
+
+TEST_F(UnregisteredDb, ShowsTheElementsOfAFileThatIsRefused) {
+  EXPECT_EQ(seen_of("<kpt_db>\n<a/></kpt_db>"), "kpt_db@1 a@2 /@2 /@2 ");
+  EXPECT_EQ(seen_of("<kpt_db>\n<a/></kpt_d>"), "kpt_db@1 a@2 /@2 ");
+}
+
 // ---- the manager's atomic save ----
 
 TEST_F(UnregisteredDb, ManagerSavesAtomicallyByName) {

@@ -28,3 +28,37 @@ expect log '3 merged into another register' '2 in a re-encoded state machine' \
 codes='machine of da db dc: 00100>001 01001>010 10011>100'
 expect shown "state[0] $codes" "state[1] $codes" "da $codes" "db $codes" "dc $codes"
 prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the database"; }
+
+# Two machines that become one stand in one map, with the states in which both can be together.
+cat >both.v <<'V'
+module both(input clk, input rst, input go, output [2:0] is, output [2:0] js);
+  (* fsm_encoding = "auto" *) reg [1:0] s;
+  (* fsm_encoding = "auto" *) reg [2:0] t;
+  always @(posedge clk)
+    if (rst) s <= 2'd0;
+    else case (s)
+      2'd0: if (go) s <= 2'd1;
+      2'd1: s <= go ? 2'd2 : 2'd0;
+      default: s <= 2'd0;
+    endcase
+  always @(posedge clk)
+    if (rst) t <= 3'd5;
+    else case (t)
+      3'd5: if (go) t <= 3'd6;
+      3'd6: t <= go ? 3'd3 : 3'd5;
+      default: t <= 3'd5;
+    endcase
+  assign is = {s == 2'd2, s == 2'd1, s == 2'd0};
+  assign js = {t == 3'd3, t == 3'd6, t == 3'd5};
+endmodule
+V
+source=both.v
+top=both
+run log "read_verilog $source; hierarchy -top $top; proc; opt -nodffe -nosdff; kpt_track -audit; fsm -encoding one-hot
+         dffunmap; techmap; opt; simplemap; opt; abc -dff; opt_clean; kpt_stage; kpt_show -o shown; kpt_save kpt.xml
+         write_rtlil gate.il"
+expect log '5 in a re-encoded state machine' 'State machines: 2. New registers: 0. Facts not recorded: 0.'
+grep -q '^Audit: .*, 0 are false\.$' log || fail "false: $(grep Audit log)"
+[ "$(wc -l <shown)" -eq 5 ] || fail "not all registers: $(cat shown)"
+[ "$(sed 's/^[^ ]* //' shown | sort -u | wc -l)" -eq 1 ] || fail "not in one map: $(cat shown)"
+prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the database"; }

@@ -13,4 +13,5 @@ same synth "synth -flatten -top $top"
 if [ "$top" != des ]; then
   same cells "synth -flatten -top $top; async2sync; $cells"
   same vendor "synth_ice40 -top $top"
+  same recognised "synth -flatten -top $top; async2sync; dffunmap; simplemap; opt; abc -dff; opt_clean; abc; opt"
 fi

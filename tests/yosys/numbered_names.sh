@@ -1,5 +1,5 @@
 # A name made from a number proves nothing, because one register has it now and another one later. A
-# register that abc removed stays unknown, although another register has its name again.
+# register that clk2fflogic removed stays unknown, although another register has its name again.
 . "${0%/*}/flow.sh"
 
 cat >numbered.v <<'V'
@@ -15,6 +15,6 @@ module numbered(input clk, input a, input b, output y);
 endmodule
 V
 run log "read_verilog numbered.v; proc; kpt_track; opt_clean; rename -hide w:*; rename -enumerate w:*; techmap
-         abc -dff; opt_clean; rename -hide w:*; rename -enumerate w:*; kpt_stage; kpt_show -o shown"
+         clk2fflogic; opt_clean; rename -hide w:*; rename -enumerate w:*; kpt_stage; kpt_show -o shown"
 expect log '4 unknown' '4 of 4 reference registers accounted for'
 [ ! -s shown ] || fail "something is said of a lost register: $(cat shown)"

@@ -18,3 +18,15 @@ if [ "$top" = elevator ]; then
   both cells "$cells"
   expect one.cells 'was_moving = '"$(sed -n 's/^was_moving_too = //p' one.cells)"
 fi
+
+# A stage that ends in cells of a technology, and the next, which starts from them.
+if [ "$top" = elevator ]; then
+  flow="read_verilog $source; kpt_track -top $top -name first; synth -flatten -top $top; $cells"
+  rest="rename -hide w:*; rename -enumerate; opt_clean"
+  run log "$flow; $rest; kpt_stage; kpt_show -name first -o one.late"
+  run log "$flow; kpt_stage -next second; $rest; kpt_stage; kpt_compose all first second; kpt_show -name all -o two.late
+           kpt_save -name second second.xml"
+  diff one.late two.late || fail "the stages from cells to cells answer otherwise"
+  sed -n '/<key_points_set type="reference">/,/<\/key_points_set>/p' second.xml | grep -q '<entity>FLOP</entity>' ||
+    fail "the second stage does not start from cells"
+fi

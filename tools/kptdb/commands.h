@@ -9,15 +9,17 @@
 #include <string>
 #include <vector>
 
+#include "name_query.h"
 #include "outcome.h"
 
 namespace kptdb {
 
 struct RECORD_OPTIONS {
-  std::string events;  // "-" for standard input
+  std::vector<std::string> events;  // files in the order of the events; "-" for standard input
   std::string output;
-  std::string name;  // of the database; empty: the file's name
+  std::string name;  // of the database; empty: the first file's name
   bool keep_going = false;
+  bool complete = false;  // a file without an end is refused
   bool json = false;
 };
 EXIT_CODE run_record(const RECORD_OPTIONS& options);
@@ -25,13 +27,14 @@ EXIT_CODE run_record(const RECORD_OPTIONS& options);
 struct INFO_OPTIONS {
   std::string file;
   bool memory = false;
+  std::optional<double> fail_under;  // per cent of the reference registers that have an answer
   bool json = false;
 };
 EXIT_CODE run_info(const INFO_OPTIONS& options);
 
 struct SHOW_OPTIONS {
   std::string file;
-  std::string name;
+  NAME_OPTIONS names;
   std::string side;  // empty: both
   bool json = false;
 };
@@ -42,10 +45,21 @@ struct LIST_OPTIONS {
   std::string side;
   std::string kind;
   std::string status;
-  std::string glob = "*";
+  std::string fate;
+  std::string under;  // a part of the hierarchy
+  std::string pass;
+  NAME_OPTIONS names;
   bool json = false;
 };
 EXIT_CODE run_list(const LIST_OPTIONS& options);
+
+struct STATS_OPTIONS {
+  std::string file;
+  std::string side = "reference";
+  unsigned depth = 2;  // 0: all levels
+  bool json = false;
+};
+EXIT_CODE run_stats(const STATS_OPTIONS& options);
 
 struct DIFF_OPTIONS {
   std::string first;
@@ -56,6 +70,7 @@ EXIT_CODE run_diff(const DIFF_OPTIONS& options);
 
 struct CHECK_OPTIONS {
   std::string file;
+  std::optional<double> fail_under;
   bool json = false;
 };
 EXIT_CODE run_check(const CHECK_OPTIONS& options);

@@ -68,13 +68,14 @@ std::string text_of(const COMPOSE_OPTIONS& options, const KPT_COMPOSITION_REPORT
 }
 
 JSON json_of(const COMPOSE_OPTIONS& options, const KPT_COMPOSITION_REPORT& report, const COUNTS& counts) {
-  JSON result;
+  JSON result = new_result();
   result["written"] = options.output;
   result["stages"] = options.files;
   result["fits"] = listed(report.fits);
   result["warnings"] = listed(report.warnings);
   for (const KPT_FATE_ENUM fate : FATES) {
-    result["registers"][kpt_fate_word(fate)] = counts.at(static_cast<std::size_t>(fate));
+    result["registers"][fate == KPT_FATE_WITHOUT_FANOUT ? "without_fanout" : kpt_fate_word(fate)] =
+        counts.at(static_cast<std::size_t>(fate));
   }
   return result;
 }
@@ -96,7 +97,7 @@ EXIT_CODE run_compose(const COMPOSE_OPTIONS& options) {
   }
   all.save(options.output);
   const COUNTS counts = count_fates(all.handle());
-  RESULT_FILE out("");
+  RESULT_FILE out = RESULT_FILE::beside(options.output);
   out.write(options.json ? json_text(json_of(options, report, counts)) + "\n" : text_of(options, report, counts));
   out.finish();
   return EXIT_DONE;

@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <unordered_set>
 
 #include "files.h"
 #include "host/kpt_host.h"
 #include "host_lines.h"
+#include "input.h"
 #include "outcome.h"
-#include "outline.h"
 #include "progress.h"
 #include "text.h"
 
@@ -18,77 +19,124 @@ namespace kptdb {
 
 namespace {
 
-// Every entry takes many bytes in a file. A file that claims more entries than it has bytes would
-// only be given memory for them, at worst all there is.
-void refuse_tables_beyond_file(const std::string& path) {
-  const std::string text = read_file(path);
-  const TABLE_CLAIMS claims = table_claims(text);
-  if (claims.entries > text.size()) {
-    throw FAILURE(EXIT_UNREADABLE, fmt::format("{}:{}: the state tables claim {} entries, more than the file can list",
-                                               path, claims.line_of_largest, claims.entries));
-  }
-}
-
-[[noreturn]] void refuse_root(const std::string& path) {
-  throw FAILURE(EXIT_UNREADABLE, fmt::format("{}:1: not a keypoint database: its root element is not kpt_db", path));
-}
-
-// Databases whose root goes by another name are read like any other; whatever has no set of
-// registers either is something else.
-bool is_something_else(const OUTLINE& outline) {
-  return !outline.root.empty() && outline.root != "kpt_db" && !outline.has_register_set;
-}
-
-// Whatever is no set of registers ends the transformations, so an element that does not belong is
-// the place to look first.
-std::size_t line_behind_transformations(const OUTLINE& outline) {
-  return outline.unexpected.empty() ? std::max<std::size_t>(outline.end_of_maps, 1) : outline.unexpected.front().line;
-}
-
-[[noreturn]] void refuse(const std::string& path, const KPT_LOAD_PROBLEM& problem, const std::string& reason) {
-  if (problem.kind == KPT_LOAD_PROBLEM::NOT_WELL_FORMED) {
-    throw FAILURE(EXIT_UNREADABLE, reason.empty() ? path + ": not a well-formed file" : reason);
-  }
-  const OUTLINE outline = outline_of(read_file(path));
-  if (is_something_else(outline)) {
-    refuse_root(path);
-  }
-  if (problem.kind == KPT_LOAD_PROBLEM::NO_NAME) {
-    throw FAILURE(EXIT_UNREADABLE, fmt::format("{}:1: the database has no name", path));
-  }
-  throw FAILURE(EXIT_UNREADABLE, fmt::format("{}:{}: something follows the transformations", path,
-                                             line_behind_transformations(outline)));
-}
+// How a load tells: the problem, what the host was told, and how many elements were unexpected.
+struct TOLD {
+  KPT_LOAD_PROBLEM problem;
+  std::string reason;
+  std::size_t unexpected = 0;
+};
 
 // The library tells of elements that do not belong as internal errors, and reads on.
-KPT_UNREGISTERED_DB read(const std::string& path, std::size_t& unexpected) {
+KPT_UNREGISTERED_DB read(INPUT& input, OUTLINE* outline, TOLD& told) {
   const HOST_LINES lines;
-  kpt_host::set_internal_error_sink([&](const char*, const char*, const char*, int) { ++unexpected; });
-  KPT_LOAD_PROBLEM problem;
-  KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::load(path, &problem);
+  kpt_host::set_internal_error_sink([&](const char*, const char*, const char*, int) { ++told.unexpected; });
+  KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::load(input, input.shown(), &told.problem, outline);
   kpt_host::set_internal_error_sink({});
-  if (db.is_null()) {
-    refuse(path, problem, lines.reason());
-  }
+  told.reason = lines.reason();
   return db;
+}
+
+// Reads the input once more for the lines of what is told, where it can be read once more.
+void look_again(INPUT& input, OUTLINE& outline) {
+  TOLD ignored;
+  if (input.rewind()) {
+    read(input, &outline, ignored);
+  }
+}
+
+[[noreturn]] void refuse(const INPUT& input, std::size_t line, std::string_view reason) {
+  throw FAILURE(EXIT_UNREADABLE, fmt::format("{}:{}: {}", input.shown(), line, reason));
+}
+
+[[noreturn]] void refuse_something_else(const INPUT& input) {
+  refuse(input, 1, "not a keypoint database: its root element is not kpt_db");
+}
+
+[[noreturn]] void refuse(const INPUT& input, const TOLD& told, const OUTLINE& outline) {
+  switch (told.problem.kind) {
+    case KPT_LOAD_PROBLEM::OUT_OF_MEMORY:
+      throw std::bad_alloc();
+    case KPT_LOAD_PROBLEM::NO_NAME:
+    case KPT_LOAD_PROBLEM::NOT_COMPLETE:
+      if (outline.is_something_else()) {
+        refuse_something_else(input);
+      }
+      told.problem.kind == KPT_LOAD_PROBLEM::NO_NAME
+          ? refuse(input, 1, "the database has no name")
+          : refuse(input, outline.line_behind_transformations(), "something follows the transformations");
+    default:
+      throw FAILURE(EXIT_UNREADABLE, told.reason.empty() ? input.shown() + ": not a well-formed file" : told.reason);
+  }
+}
+
+void refuse_what_is_no_document(const INPUT& input) {
+  if (!input.problem().empty()) {
+    throw FAILURE(EXIT_UNREADABLE, fmt::format("{}: {}", input.shown(), input.problem()));
+  }
+  if (input.is_empty()) {
+    refuse(input, 1, "the file is empty");
+  }
+  if (input.begins_like_events()) {
+    throw FAILURE(EXIT_UNREADABLE, input.shown() + ": this is an event file: use kptdb record");
+  }
+}
+
+std::uint64_t entries_claimed(const DATABASE& db) {
+  std::uint64_t entries = 0;
+  for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    if (map.has_fsm()) {
+      const KPT_STATE_TABLE table = map.get_state_table();
+      entries += std::uint64_t{table.get_number_of_states()} *
+                 (std::uint64_t{table.get_state_reference_size()} + table.get_state_transformed_size());
+    }
+  }
+  return entries;
+}
+
+bool has_registers(const DATABASE& db) {
+  return db.registers(KPT_REFERENCE_SET).size() + db.registers(KPT_TRANSFORMED_SET).size() != 0;
 }
 
 }  // namespace
 
 DATABASE DATABASE::create(const std::string& name) { return DATABASE(KPT_UNREGISTERED_DB::create(name)); }
 
-DATABASE DATABASE::load(const std::string& path) {
-  refuse_unless_regular(path);
-  const PROGRESS progress("reading " + path, file_size(path));
-  refuse_tables_beyond_file(path);
-  std::size_t unexpected = 0;
-  DATABASE db(read(path, unexpected));
-  const bool has_registers = db.registers(KPT_REFERENCE_SET).size() + db.registers(KPT_TRANSFORMED_SET).size() != 0;
-  if (!has_registers && is_something_else(outline_of(read_file(path)))) {
-    refuse_root(path);
+// What can be read once alone is shown to an outline as it is read; all else is read once more for
+// it, when there is something to tell. A file that claims more table entries than it has bytes is
+// refused: the library keeps what is set in a table, but the commands would write all of it out.
+DATABASE DATABASE::load(const std::string& path, OUTLINE* outline) {
+  INPUT input(path);
+  const bool is_read_once = !input.rewind();
+  input.show_progress("reading " + input.shown(), is_read_once ? 1 : 2);
+  OUTLINE own;
+  OUTLINE& shape = outline == nullptr ? own : *outline;
+  const bool is_shown = is_read_once || outline != nullptr;
+  const auto see_shape = [&] {
+    if (!is_shown) {
+      look_again(input, own);
+    }
+  };
+  TOLD told;
+  DATABASE db(read(input, is_shown ? &shape : nullptr, told));
+  if (db.m_db.is_null()) {
+    refuse_what_is_no_document(input);
+    see_shape();
+    refuse(input, told, shape);
   }
-  for (; unexpected > 0; --unexpected) {
-    fmt::print(stderr, "kptdb: {}: warning: an unexpected element is read as transformations\n", path);
+  const std::uint64_t claimed = entries_claimed(db);
+  if (claimed > input.bytes_read()) {
+    see_shape();
+    refuse(input, shape.line_of_largest_table(),
+           fmt::format("the state tables claim {} entries, more than the file can list", claimed));
+  }
+  if (!has_registers(db)) {
+    see_shape();
+    if (shape.is_something_else()) {
+      refuse_something_else(input);
+    }
+  }
+  for (; told.unexpected > 0; --told.unexpected) {
+    fmt::print(stderr, "kptdb: {}: warning: an unexpected element is read as transformations\n", input.shown());
   }
   db.handle().move_id_counters_past_own_ids();
   return db;
@@ -109,13 +157,35 @@ void DATABASE::refuse_ids_that_do_not_survive(const std::string& path) const {
   }
 }
 
-void DATABASE::save(const std::string& path) const {
-  refuse_ids_that_do_not_survive(path);
-  HOST_LINES lines;
+void DATABASE::save_plainly(const std::string& path, const std::string& shown) const {
+  const HOST_LINES lines;
   if (!m_db.save_atomically(path)) {
     const std::string reason = lines.reason();
-    throw FAILURE(EXIT_FOUND, fmt::format("{}: not written: {}", path, reason.empty() ? "it cannot be saved" : reason));
+    throw FAILURE(EXIT_FOUND,
+                  fmt::format("{}: not written: {}", shown, reason.empty() ? "it cannot be saved" : reason));
   }
+}
+
+// The library writes files. What is to be packed, or is for standard output, is written to one that
+// nobody else sees, and goes from there.
+void DATABASE::save(const std::string& path) const {
+  refuse_ids_that_do_not_survive(path);
+  if (path != "-" && !is_packed_name(path)) {
+    save_plainly(path, path);
+    return;
+  }
+  RESULT_FILE out(path);
+  const SCRATCH_FOLDER folder;
+  const std::string plain = folder.path() + "/database.xml";
+  save_plainly(plain, out.shown());
+  INPUT input(plain);
+  PROGRESS progress("writing " + out.shown(), file_size(plain));
+  std::string block(std::size_t{1} << 18, '\0');
+  for (std::ptrdiff_t count = 0; (count = input.read(block.data(), block.size())) > 0;) {
+    out.write(std::string_view(block).substr(0, static_cast<std::size_t>(count)));
+    progress.at(input.bytes_read());
+  }
+  out.finish();
 }
 
 }  // namespace kptdb

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "db/kpt/kpt.h"
+#include "outline.h"
 
 namespace kptdb {
 
@@ -14,10 +15,12 @@ class DATABASE {
  public:
   /// An empty database.
   static DATABASE create(const std::string& name);
-  /// Reads a database file. FAILURE when it cannot be read.
-  static DATABASE load(const std::string& path);
+  /// Reads a database file, or for "-" standard input, packed or not. FAILURE when it cannot be read.
+  /// `outline`, unless null, sees what stands in it.
+  static DATABASE load(const std::string& path, OUTLINE* outline = nullptr);
 
-  /// Writes the file whole or not at all. FAILURE when that is not possible.
+  /// Writes the file whole or not at all, packed if its name ends with ".gz"; for "-" to standard
+  /// output. FAILURE when that is not possible.
   void save(const std::string& path) const;
 
   const KPT_KEYPOINTS_DB& handle() const { return m_db.get(); }
@@ -28,6 +31,7 @@ class DATABASE {
  private:
   explicit DATABASE(KPT_UNREGISTERED_DB db) : m_db(std::move(db)) {}
   void refuse_ids_that_do_not_survive(const std::string& path) const;
+  void save_plainly(const std::string& path, const std::string& shown) const;
 
   KPT_UNREGISTERED_DB m_db;
 };

@@ -3,14 +3,16 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <map>
 #include <numeric>
+#include <optional>
 #include <unordered_map>
 
+#include "colour.h"
 #include "commands.h"
 #include "diff.h"
 #include "files.h"
 #include "model.h"
+#include "progress.h"
 #include "text.h"
 
 namespace kptdb {
@@ -109,61 +111,123 @@ std::string fact_of(const KPT_REGISTER_TRANSFORMATION& map) {
   return map.has_fsm() ? text : std::min(text, oriented_text(map, true));
 }
 
-// The facts of one database, each map's made once.
-class FACTS {
- public:
-  explicit FACTS(const DATABASE& db) {
-    for (const REGISTER& reg : registers_of(db)) {
-      m_registers.emplace(key(reg), reg);
+// Whether two groups hold registers of the same names, where each holds one at most. More of them
+// come in any order.
+enum ANSWER { SAME, OTHER, NOT_PLAIN };
+
+ANSWER compare(const KPT_REGISTER_KEYPOINT& a, const KPT_REGISTER_KEYPOINT& b) {
+  if (a.is_null() || b.is_null()) {
+    return a.is_null() == b.is_null() ? SAME : OTHER;
+  }
+  return a.get_name() == b.get_name() && a.get_entity_name() == b.get_entity_name() && a.get_type() == b.get_type()
+             ? SAME
+             : OTHER;
+}
+
+// Most maps tell of one register a side, with the same value: they need no text.
+ANSWER compare_plain(const KPT_REGISTER_TRANSFORMATION& a, const KPT_REGISTER_TRANSFORMATION& b) {
+  if (a.has_fsm() || b.has_fsm() || a.get_elimination() != b.get_elimination()) {
+    return NOT_PLAIN;
+  }
+  for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
+    for (const KPT_REGISTER_TRANSFORMATION* map : {&a, &b}) {
+      if (map->get_number_of_indices(side) != 1 || map->get_group(side, 0, false).size() != 1 ||
+          !map->get_group(side, 0, true).empty()) {
+        return NOT_PLAIN;
+      }
+    }
+    if (compare(a.get_group(side, 0, false)[0], b.get_group(side, 0, false)[0]) == OTHER) {
+      return OTHER;
     }
   }
+  return SAME;
+}
 
-  const std::map<std::string, REGISTER>& registers() const { return m_registers; }
-
-  const std::string& fact(const REGISTER& reg) {
-    std::string& fact = m_facts[reg.map];
+// The facts of maps as texts, each made once.
+class FACT_TEXTS {
+ public:
+  const std::string& of(const KPT_REGISTER_TRANSFORMATION& map) {
+    std::string& fact = m_facts[map];
     if (fact.empty()) {
-      fact = reg.map.is_null() ? "none" : fact_of(reg.map);
+      fact = fact_of(map);
     }
     return fact;
   }
 
  private:
-  static std::string key(const REGISTER& reg) {
-    return std::to_string(reg.side) + std::string(register_kind_word(reg.keypoint)) + SEPARATOR + text_of(reg.keypoint);
-  }
-
-  std::map<std::string, REGISTER> m_registers;
   std::unordered_map<KPT_REGISTER_TRANSFORMATION, std::string> m_facts;
 };
 
 // A register that one database has differently, or not at all.
 struct DIFFERENCE {
-  const REGISTER* first;
-  const REGISTER* second;
+  std::optional<REGISTER> first;
+  std::optional<REGISTER> second;
+  const REGISTER& reg() const { return first ? *first : *second; }
 };
 
-std::vector<DIFFERENCE> differences(FACTS& first, FACTS& second) {
-  std::vector<DIFFERENCE> result;
-  auto a = first.registers().begin();
-  auto b = second.registers().begin();
-  const auto a_end = first.registers().end();
-  const auto b_end = second.registers().end();
-  while (a != a_end || b != b_end) {
-    if (b == b_end || (a != a_end && a->first < b->first)) {
-      result.push_back({&a->second, nullptr});
-      ++a;
-    } else if (a == a_end || b->first < a->first) {
-      result.push_back({nullptr, &b->second});
-      ++b;
-    } else {
-      if (first.fact(a->second) != second.fact(b->second)) {
-        result.push_back({&a->second, &b->second});
-      }
-      ++a;
-      ++b;
-    }
+// The register of the other database that stands for the same, if there is one.
+std::optional<REGISTER> counterpart(const DATABASE& db, const REGISTER& reg) {
+  const KPT_REGISTER_KEYPOINT& k = reg.keypoint;
+  const KPT_KEYPOINT_SET set = db.registers(reg.side);
+  const KPT_REGISTER_KEYPOINT found = k.is_signal() ? set.get_register(k.get_name())
+                                                    : set.get_register(k.get_name(), k.get_entity_name(), k.get_type());
+  if (found.is_null() || found.get_entity_name() != k.get_entity_name()) {
+    return std::nullopt;
   }
+  return REGISTER{reg.side, found, map_of(db, reg.side, found)};
+}
+
+bool say_the_same(const REGISTER& a, const REGISTER& b, FACT_TEXTS& texts) {
+  if (a.map.is_null() || b.map.is_null()) {
+    return a.map.is_null() == b.map.is_null();
+  }
+  const ANSWER answer = compare_plain(a.map, b.map);
+  return answer == NOT_PLAIN ? texts.of(a.map) == texts.of(b.map) : answer == SAME;
+}
+
+std::string key_of(const DIFFERENCE& difference) {
+  const REGISTER& reg = difference.reg();
+  return std::to_string(reg.side) + std::string(register_kind_word(reg.keypoint)) + SEPARATOR + text_of(reg.keypoint);
+}
+
+void sort_by_register(std::vector<DIFFERENCE>& differences) {
+  std::vector<std::pair<std::string, std::size_t>> order;
+  for (std::size_t k = 0; k < differences.size(); ++k) {
+    order.emplace_back(key_of(differences[k]), k);
+  }
+  std::sort(order.begin(), order.end());
+  std::vector<DIFFERENCE> sorted;
+  sorted.reserve(differences.size());
+  for (const auto& [key, k] : order) {
+    sorted.push_back(differences[k]);
+  }
+  differences.swap(sorted);
+}
+
+std::size_t size_of(const DATABASE& db) {
+  return db.registers(KPT_REFERENCE_SET).size() + db.registers(KPT_TRANSFORMED_SET).size();
+}
+
+// No list of all registers: each is looked up where the other database has it.
+std::vector<DIFFERENCE> differences(const DATABASE& first, const DATABASE& second) {
+  std::vector<DIFFERENCE> result;
+  FACT_TEXTS texts;
+  PROGRESS progress("comparing", size_of(first) + size_of(second), PROGRESS::REGISTERS);
+  std::size_t done = 0;
+  for_each_register(first, [&](const REGISTER& reg) {
+    progress.at(++done);
+    const std::optional<REGISTER> other = counterpart(second, reg);
+    if (!other || !say_the_same(reg, *other, texts)) {
+      result.push_back({reg, other});
+    }
+  });
+  for_each_register(second, [&](const REGISTER& reg) {
+    progress.at(++done);
+    if (!counterpart(first, reg)) {
+      result.push_back({std::nullopt, reg});
+    }
+  });
+  sort_by_register(result);
   return result;
 }
 
@@ -183,28 +247,29 @@ std::string in_short(const REGISTER& reg) {
 }
 
 std::string text_of(const DIFFERENCE& d) {
-  const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
+  const REGISTER& reg = d.reg();
   const std::string who = fmt::format("{} register {}", side_word(reg.side), label(reg.keypoint));
-  if (d.second == nullptr) {
-    return fmt::format("- {}: {}\n", who, in_short(reg));
+  if (!d.second) {
+    return painted(fmt::format("- {}: {}", who, in_short(reg)), RED) + "\n";
   }
-  if (d.first == nullptr) {
-    return fmt::format("+ {}: {}\n", who, in_short(reg));
+  if (!d.first) {
+    return painted(fmt::format("+ {}: {}", who, in_short(reg)), GREEN) + "\n";
   }
   const std::string before = in_short(*d.first);
   const std::string after = in_short(*d.second);
-  return before == after ? fmt::format("~ {}: {}, with other relatives or another state table\n", who, before)
-                         : fmt::format("~ {}: {} -> {}\n", who, before, after);
+  const std::string change = before == after ? before + ", with other relatives or another state table"
+                                             : fmt::format("{} -> {}", before, after);
+  return painted(fmt::format("~ {}: {}", who, change), YELLOW) + "\n";
 }
 
-JSON json_of_map(const REGISTER* reg) {
-  return reg == nullptr || reg->map.is_null() ? JSON(nullptr) : kptdb::json_of(reg->map);
+JSON json_of_map(const std::optional<REGISTER>& reg) {
+  return !reg || reg->map.is_null() ? JSON(nullptr) : kptdb::json_of(reg->map);
 }
 
 JSON json_of(const DIFFERENCE& d) {
-  const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
+  const REGISTER& reg = d.reg();
   JSON result;
-  result["difference"] = d.first == nullptr ? "only_in_second" : d.second == nullptr ? "only_in_first" : "changed";
+  result["difference"] = !d.first ? "only_in_second" : !d.second ? "only_in_first" : "changed";
   result["side"] = side_word(reg.side);
   result["register"] = kptdb::json_of(reg.keypoint);
   result["first"] = json_of_map(d.first);
@@ -215,12 +280,10 @@ JSON json_of(const DIFFERENCE& d) {
 }  // namespace
 
 std::vector<CHANGE> changes_between(const DATABASE& first, const DATABASE& second) {
-  const auto said = [](const REGISTER* reg) { return reg == nullptr ? "no such register" : in_short(*reg); };
-  FACTS a(first);
-  FACTS b(second);
+  const auto said = [](const std::optional<REGISTER>& reg) { return !reg ? "no such register" : in_short(*reg); };
   std::vector<CHANGE> result;
-  for (const DIFFERENCE& d : differences(a, b)) {
-    const REGISTER& reg = d.first == nullptr ? *d.second : *d.first;
+  for (const DIFFERENCE& d : differences(first, second)) {
+    const REGISTER& reg = d.reg();
     const std::string text = text_of(reg.keypoint);
     result.push_back({reg.side, text.substr(0, text.find(SEPARATOR)), said(d.first), said(d.second)});
     if (result.back().first == result.back().second) {
@@ -233,16 +296,16 @@ std::vector<CHANGE> changes_between(const DATABASE& first, const DATABASE& secon
 EXIT_CODE run_diff(const DIFF_OPTIONS& options) {
   const DATABASE first = DATABASE::load(options.first);
   const DATABASE second = DATABASE::load(options.second);
-  FACTS a(first);
-  FACTS b(second);
-  const std::vector<DIFFERENCE> found = differences(a, b);
+  const std::vector<DIFFERENCE> found = differences(first, second);
   RESULT_FILE out("");
   if (options.json) {
     JSON list = JSON::array();
     for (const DIFFERENCE& d : found) {
       list.push_back(json_of(d));
     }
-    out.write(json_text(JSON{{"differences", std::move(list)}}) + "\n");
+    JSON result = new_result();
+    result["differences"] = std::move(list);
+    out.write(json_text(result) + "\n");
   } else {
     for (const DIFFERENCE& d : found) {
       out.write(text_of(d));

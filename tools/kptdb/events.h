@@ -5,6 +5,7 @@
 #ifndef KPTDB_EVENTS_H
 #define KPTDB_EVENTS_H
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -53,12 +54,55 @@ struct RETIME_INVERTER {
   std::string name;
 };
 
+/// `value`: what the transformed register itself is, instead of a reason.
 struct ELIMINATE {
   std::string name;
   KPT_ELIM_ENUM reason;
+  std::optional<bool> value;
 };
 
-using EVENT = std::variant<ASSOCIATE, ASSOCIATE_FSM, REPLICATE, MERGE, RETIME_INVERTER, ELIMINATE>;
+using ATTRIBUTES = std::vector<std::pair<std::string, std::string>>;
+
+/// One index of one side of a map.
+struct EVENT_GROUPS {
+  using GROUP = std::vector<EVENT_REGISTER>;
+  GROUP same;
+  GROUP inverse;
+};
+
+/// A map of any shape. `as_it_is`: another database has it, and nothing of it is checked.
+struct MAP {
+  struct TABLE {
+    std::size_t reference = 0;  // columns
+    std::size_t transformed = 0;
+    std::vector<std::pair<std::string, std::string>> states;
+  };
+  std::vector<EVENT_GROUPS> reference;
+  std::vector<EVENT_GROUPS> transformed;
+  std::optional<TABLE> table;
+  KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED;
+  ATTRIBUTES attributes;
+  bool as_it_is = false;
+};
+
+/// A register that is known, whatever a map says of it, and its attributes.
+struct KNOWN_REGISTER {
+  KPT_SET_ENUM side;
+  EVENT_REGISTER reg;
+  ATTRIBUTES attributes;
+};
+
+/// The last line of a file: how many events stand before it.
+struct END {
+  std::uint64_t events;
+};
+
+struct EVENT {
+  std::variant<ASSOCIATE, ASSOCIATE_FSM, REPLICATE, MERGE, RETIME_INVERTER, ELIMINATE, MAP, KNOWN_REGISTER, END> what;
+  // Empty for none. They are attributes of the map that the event makes or changes.
+  std::string pass;
+  std::string note;
+};
 
 /// A line that is no event. The text says why.
 class EVENT_ERROR : public std::runtime_error {

@@ -27,11 +27,9 @@ class JSON_LIST {
 };
 
 void export_json(const DATABASE& db, RESULT_FILE& out) {
-  out.write("{\"name\": " + json_text(JSON(db.name())));
+  out.write("{\"format\": 1,\n\"name\": " + json_text(JSON(db.name())));
   JSON_LIST registers(out, "registers");
-  for (const REGISTER& reg : registers_of(db)) {
-    registers.add(json_of(reg));
-  }
+  for_each_register(db, [&](const REGISTER& reg) { registers.add(json_of(reg)); });
   registers.close();
   JSON_LIST maps(out, "maps");
   for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
@@ -93,11 +91,11 @@ void export_csv(const DATABASE& db, RESULT_FILE& out) {
     write_state_rows(out, number, map);
     ++number;
   }
-  for (const REGISTER& reg : registers_of(db)) {
+  for_each_register(db, [&](const REGISTER& reg) {
     if (reg.map.is_null()) {
       out.write(fmt::format(",,,{},,,{}\n", side_word(reg.side), columns_of(reg.keypoint)));
     }
-  }
+  });
 }
 
 void refuse_options_of_other_formats(const EXPORT_OPTIONS& options) {
@@ -133,6 +131,8 @@ EXIT_CODE run_export(const EXPORT_OPTIONS& options) {
     export_csv(db, out);
   } else if (options.format == "dot") {
     export_dot(db, options, out);
+  } else if (options.format == "events") {
+    export_events(db, out);
   } else {
     export_encfile(db, options, out);
   }

@@ -17,6 +17,9 @@ void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& 
 /// ".fsm MODULE SIGNAL" and a line ".map OLD NEW" a state, most significant bit first.
 void export_encfile(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& out);
 
+/// The lines of an event file from which record makes a database that says the same.
+void export_events(const DATABASE& db, RESULT_FILE& out);
+
 }  // namespace kptdb
 
 #endif

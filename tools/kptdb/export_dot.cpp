@@ -85,12 +85,12 @@ void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& 
   for (const KPT_REGISTER_TRANSFORMATION& map : maps) {
     write_map(out, number++, map, options.around);
   }
-  for (const REGISTER& reg : registers_of(db)) {
+  for_each_register(db, [&](const REGISTER& reg) {
     const bool is_centre = std::string_view(reg.keypoint.get_name()) == options.around;
     if (reg.map.is_null() && (options.around.empty() || is_centre)) {
       write_register(out, reg.side, reg.keypoint, is_centre);
     }
-  }
+  });
   out.write("}\n");
 }
 

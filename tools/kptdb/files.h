@@ -4,18 +4,20 @@
 #ifndef KPTDB_FILES_H
 #define KPTDB_FILES_H
 
+#include <zlib.h>
+
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "input.h"
 
 namespace kptdb {
 
-/// Input files are read more than once, so a pipe or a device will not do.
-void refuse_unless_regular(const std::string& path);
+/// 0 when it is not known.
 std::uint64_t file_size(const std::string& path);
-std::string read_file(const std::string& path);
 
 /// Reads a text line by line, from a file or, for "-", from standard input.
 class LINE_READER {
@@ -25,20 +27,27 @@ class LINE_READER {
   bool next(std::string& line);
   /// The number of the line last read, from 1.
   std::size_t line_number() const { return m_line; }
-  std::uint64_t bytes_read() const { return m_bytes; }
+  /// How far reading has come in the file as it lies there.
+  std::uint64_t bytes_read() const { return m_input.position(); }
 
  private:
+  bool fill();
+
   std::string m_path;
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_file;
+  INPUT m_input;
+  std::vector<char> m_block;
+  std::size_t m_at = 0;   // in the block
+  std::size_t m_end = 0;  // of what was read into it
   std::size_t m_line = 0;
-  std::uint64_t m_bytes = 0;
 };
 
 /// Where a command's result goes: standard output, or a file that is there whole or not at all.
 class RESULT_FILE {
  public:
-  /// An empty path stands for standard output.
+  /// An empty path and "-" stand for standard output. A file whose name ends with ".gz" is packed.
   explicit RESULT_FILE(const std::string& path);
+  /// For what is said beside a result that goes to `output`: standard output, unless the result has that.
+  static RESULT_FILE beside(const std::string& output);
   ~RESULT_FILE();
   RESULT_FILE(const RESULT_FILE&) = delete;
   RESULT_FILE& operator=(const RESULT_FILE&) = delete;
@@ -46,13 +55,36 @@ class RESULT_FILE {
   void write(std::string_view text);
   /// Everything is written: gives the file its name.
   void finish();
+  /// What messages call it.
+  std::string shown() const { return m_path.empty() ? "standard output" : m_path; }
+
+  /// Whether anything was written to standard output.
+  static bool has_used_standard_output();
 
  private:
-  void fail() const;
+  explicit RESULT_FILE(std::FILE* stream) : m_file(stream) {}
+  void open_temporary();
+  void pack(int descriptor);
+  bool close();
+  [[noreturn]] void fail() const;
 
-  std::string m_path;
+  std::string m_path;       // empty for a stream
   std::string m_temporary;  // empty once there is nothing to remove
-  std::FILE* m_file;
+  std::FILE* m_file = nullptr;
+  gzFile m_packed = nullptr;
+};
+
+/// A new folder that nobody else can read, and that goes with everything in it.
+class SCRATCH_FOLDER {
+ public:
+  SCRATCH_FOLDER();
+  ~SCRATCH_FOLDER();
+  SCRATCH_FOLDER(const SCRATCH_FOLDER&) = delete;
+  SCRATCH_FOLDER& operator=(const SCRATCH_FOLDER&) = delete;
+  const std::string& path() const { return m_path; }
+
+ private:
+  std::string m_path;
 };
 
 }  // namespace kptdb

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "commands.h"
+#include "coverage.h"
 #include "files.h"
 #include "host/kpt_host.h"
 #include "model.h"
@@ -28,10 +29,10 @@ struct MAP_COUNTS {
 
 SIDE_COUNTS count_side(const DATABASE& db, KPT_SET_ENUM side) {
   SIDE_COUNTS counts;
-  for (const REGISTER& reg : registers_of(db, side)) {
+  for_each_register(db, side, [&](const REGISTER& reg) {
     ++(reg.keypoint.is_signal() ? counts.signals : counts.instances);
     ++counts.by_status.at(status_of(reg));
-  }
+  });
   return counts;
 }
 
@@ -77,10 +78,6 @@ JSON json_of_memory() {
   return result;
 }
 
-std::string percent(std::size_t part, std::size_t whole) {
-  return whole == 0 ? "-" : fmt::format("{:.1f}%", 100.0 * static_cast<double>(part) / static_cast<double>(whole));
-}
-
 std::string text_of_registers(const SIDE_COUNTS& r, const SIDE_COUNTS& t) {
   TEXT_TABLE table({"registers", "signals", "instances", "all"});
   const auto add = [&](KPT_SET_ENUM side, const SIDE_COUNTS& c) {
@@ -100,7 +97,7 @@ std::string text_of_maps(const MAP_COUNTS& counts) {
   for (const auto& [reason, count] : counts.by_reason) {
     table.add({reason == "eliminated" ? "eliminated" : "eliminated " + reason, std::to_string(count)});
   }
-  return table.text();
+  return table.text() + "open: the map lists registers of one side alone and gives no reason\n";
 }
 
 std::string text_of_coverage(const SIDE_COUNTS& r) {
@@ -109,7 +106,7 @@ std::string text_of_coverage(const SIDE_COUNTS& r) {
     const std::size_t count = r.by_status.at(status);
     table.add({std::string(status_word(status)), std::to_string(count), percent(count, r.signals + r.instances)});
   }
-  return table.text();
+  return table.text() + "unanswered: no map, or an open one, lists the register\n";
 }
 
 std::string text_of_memory() {
@@ -130,7 +127,7 @@ EXIT_CODE run_info(const INFO_OPTIONS& options) {
   const MAP_COUNTS maps = count_maps(db);
   RESULT_FILE out("");
   if (options.json) {
-    JSON result;
+    JSON result = new_result();
     result["name"] = db.name();
     result["registers"] = {{"reference", json_of(r)}, {"transformed", json_of(t)}};
     result["maps"] = json_of(maps);
@@ -147,7 +144,7 @@ EXIT_CODE run_info(const INFO_OPTIONS& options) {
     out.write(options.memory ? fmt::format("\n{}", text_of_memory()) : "");
   }
   out.finish();
-  return EXIT_DONE;
+  return judge_coverage(db, options.file, options.fail_under);
 }
 
 }  // namespace kptdb

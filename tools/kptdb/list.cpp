@@ -3,11 +3,13 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 
 #include "commands.h"
 #include "files.h"
 #include "find.h"
 #include "model.h"
+#include "name_query.h"
 #include "text.h"
 
 namespace kptdb {
@@ -16,28 +18,93 @@ namespace {
 
 constexpr std::size_t MOST_PARTNERS_SHOWN = 4;
 
-bool is_wanted(const REGISTER& reg, const LIST_OPTIONS& options) {
-  const std::string_view kind = register_kind_word(reg.keypoint);
-  return (options.kind.empty() || options.kind == kind) &&
-         (options.status.empty() || options.status == status_word(status_of(reg))) &&
-         matches(options.glob, reg.keypoint.get_name());
+// "top/u1" is above "top/u1/q" and "top/u1.q", and not above "top/u10/q".
+bool is_under(std::string_view name, std::string_view prefix) {
+  constexpr std::string_view SEPARATORS = "./";
+  return prefix.empty() ||
+         (name.starts_with(prefix) &&
+          (SEPARATORS.find(prefix.back()) != std::string_view::npos ||
+           (name.size() > prefix.size() && SEPARATORS.find(name[prefix.size()]) != std::string_view::npos)));
 }
 
-// The registers across the map, or why there are none.
-std::string partners_in_short(const REGISTER& reg) {
-  if (reg.map.is_null()) {
-    return {};
+// Composed maps list the passes of all stages, separated by commas.
+bool is_by_pass(const KPT_REGISTER_TRANSFORMATION& map, std::string_view pass) {
+  if (pass.empty()) {
+    return true;
   }
-  std::vector<std::string> names;
-  const auto others = members(reg.map, other_side(reg.side));
-  for (std::size_t k = 0; k < std::min(others.size(), MOST_PARTNERS_SHOWN); ++k) {
-    names.push_back(label(others[k]));
+  const KPT_STRING passes = map.is_null() ? KPT_STRING() : map.get_attribute("pass");
+  std::string_view rest = passes;
+  while (!rest.empty()) {
+    const std::size_t end = std::min(rest.find(", "), rest.size());
+    if (rest.substr(0, end) == pass) {
+      return true;
+    }
+    rest.remove_prefix(std::min(end + 2, rest.size()));
   }
-  if (others.size() > MOST_PARTNERS_SHOWN) {
-    names.push_back(fmt::format("and {} more", others.size() - MOST_PARTNERS_SHOWN));
-  }
-  return names.empty() ? std::string(reason_word(reg.map)) : fmt::format("{}", fmt::join(names, ", "));
+  return false;
 }
+
+// The registers that are asked for, each time that they are walked.
+class WANTED {
+ public:
+  WANTED(const DATABASE& db, const LIST_OPTIONS& options) : m_db(db), m_options(options), m_names(options.names) {}
+
+  template <class VISIT>
+  void for_each(VISIT visit) const {
+    for (const KPT_SET_ENUM side : sides_named(m_options.side)) {
+      for_each_register(m_db, side, [&](const REGISTER& reg) {
+        if (includes(reg)) {
+          visit(reg);
+        }
+      });
+    }
+  }
+
+ private:
+  bool includes(const REGISTER& reg) const {
+    const std::string_view kind = register_kind_word(reg.keypoint);
+    const std::string_view name = reg.keypoint.get_name();
+    return (m_options.kind.empty() || m_options.kind == kind) && is_under(name, m_options.under) &&
+           (m_names.names().empty() || m_names.matches_any(name)) &&
+           (m_options.status.empty() || m_options.status == status_word(status_of(reg))) &&
+           (m_options.fate.empty() || m_options.fate == fate_word(reg)) && is_by_pass(reg.map, m_options.pass);
+  }
+
+  const DATABASE& m_db;
+  const LIST_OPTIONS& m_options;
+  NAME_QUERY m_names;
+};
+
+// The registers across the maps, or why there are none. The registers of a group follow each other,
+// so the text of the last map is kept.
+class PARTNERS {
+ public:
+  const std::string& in_short(const REGISTER& reg) {
+    if (reg.map != m_map || reg.side != m_side) {
+      m_map = reg.map;
+      m_side = reg.side;
+      m_text = reg.map.is_null() ? std::string() : text_of(reg);
+    }
+    return m_text;
+  }
+
+ private:
+  static std::string text_of(const REGISTER& reg) {
+    std::vector<std::string> names;
+    const auto others = members(reg.map, other_side(reg.side));
+    for (std::size_t k = 0; k < std::min(others.size(), MOST_PARTNERS_SHOWN); ++k) {
+      names.push_back(label(others[k]));
+    }
+    if (others.size() > MOST_PARTNERS_SHOWN) {
+      names.push_back(fmt::format("and {} more", others.size() - MOST_PARTNERS_SHOWN));
+    }
+    return names.empty() ? std::string(reason_word(reg.map)) : fmt::format("{}", fmt::join(names, ", "));
+  }
+
+  KPT_REGISTER_TRANSFORMATION m_map;
+  KPT_SET_ENUM m_side = KPT_REFERENCE_SET;
+  std::string m_text;
+};
 
 JSON json_of_entry(const REGISTER& reg) {
   JSON result = json_of(reg);
@@ -55,40 +122,82 @@ JSON json_of_entry(const REGISTER& reg) {
 }
 
 // One register at a time: a netlist has more of them than would be wise to hold as text.
-void write_json(RESULT_FILE& out, const std::vector<REGISTER>& registers) {
-  out.write("{\"registers\": [");
-  bool first = true;
-  for (const REGISTER& reg : registers) {
-    out.write((first ? "\n  " : ",\n  ") + json_text(json_of_entry(reg), -1));
-    first = false;
-  }
+std::size_t write_json(RESULT_FILE& out, const WANTED& wanted) {
+  out.write("{\"format\": 1, \"registers\": [");
+  std::size_t count = 0;
+  wanted.for_each(
+      [&](const REGISTER& reg) { out.write((count++ == 0 ? "\n  " : ",\n  ") + json_text(json_of_entry(reg), -1)); });
   out.write("\n]}\n");
+  return count;
 }
 
-void write_text(RESULT_FILE& out, const std::vector<REGISTER>& registers) {
-  TEXT_TABLE table({"side", "kind", "status", "map", "register", "across"});
-  for (const REGISTER& reg : registers) {
-    table.add({std::string(side_word(reg.side)), std::string(register_kind_word(reg.keypoint)),
-               std::string(status_word(status_of(reg))),
-               reg.map.is_null() ? "-" : std::string(kind_word(kind_of(reg.map))), label(reg.keypoint),
-               partners_in_short(reg)});
+// The columns before the last, which is as wide as it likes.
+using COLUMNS = std::array<std::string_view, 5>;
+
+COLUMNS columns_of(const REGISTER& reg, std::string& name) {
+  name = label(reg.keypoint);
+  return {side_word(reg.side), register_kind_word(reg.keypoint), status_word(status_of(reg)),
+          reg.map.is_null() ? "-" : kind_word(kind_of(reg.map)), name};
+}
+
+class LINES {
+ public:
+  explicit LINES(RESULT_FILE& out) : m_out(out) {}
+
+  void widen(const COLUMNS& columns) {
+    for (std::size_t k = 0; k < columns.size(); ++k) {
+      m_widths[k] = std::max(m_widths[k], columns[k].size());
+    }
   }
-  out.write(table.text());
+
+  void write(const COLUMNS& columns, std::string_view last) {
+    m_line.clear();
+    for (std::size_t k = 0; k < columns.size(); ++k) {
+      m_line += columns[k];
+      m_line.append(m_widths[k] - columns[k].size() + 2, ' ');
+    }
+    m_line += last;
+    m_line.erase(m_line.find_last_not_of(' ') + 1);
+    m_line += '\n';
+    m_out.write(m_line);
+  }
+
+ private:
+  RESULT_FILE& m_out;
+  std::array<std::size_t, 5> m_widths{};
+  std::string m_line;
+};
+
+// Walked twice: for the widths of the columns, and for the lines.
+std::size_t write_text(RESULT_FILE& out, const WANTED& wanted) {
+  const COLUMNS header{"side", "kind", "status", "map", "register"};
+  LINES lines(out);
+  std::string name;
+  std::size_t count = 0;
+  lines.widen(header);
+  wanted.for_each([&](const REGISTER& reg) {
+    lines.widen(columns_of(reg, name));
+    ++count;
+  });
+  lines.write(header, "across");
+  PARTNERS partners;
+  wanted.for_each([&](const REGISTER& reg) { lines.write(columns_of(reg, name), partners.in_short(reg)); });
+  return count;
 }
 
 }  // namespace
 
+// Whoever asks for a name expects to see it; all other filters may leave nothing.
 EXIT_CODE run_list(const LIST_OPTIONS& options) {
   const DATABASE db = DATABASE::load(options.file);
-  std::vector<REGISTER> wanted;
-  for (const KPT_SET_ENUM side : sides_named(options.side)) {
-    const std::vector<REGISTER> all = registers_of(db, side);
-    std::copy_if(all.begin(), all.end(), std::back_inserter(wanted),
-                 [&](const REGISTER& reg) { return is_wanted(reg, options); });
-  }
+  const WANTED wanted(db, options);
   RESULT_FILE out("");
-  options.json ? write_json(out, wanted) : write_text(out, wanted);
+  const std::size_t count = options.json ? write_json(out, wanted) : write_text(out, wanted);
   out.finish();
+  if (count == 0 && !options.names.names.empty()) {
+    throw FAILURE(EXIT_FOUND, fmt::format("{}: no register matches {}", options.file,
+                                          printable(fmt::format("{}", fmt::join(options.names.names, " or ")))));
+  }
   return EXIT_DONE;
 }
 

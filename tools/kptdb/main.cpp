@@ -2,13 +2,20 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <functional>
 #include <new>
 
 #include "audit/audit.h"
+#include "colour.h"
 #include "commands.h"
+#include "completion.h"
+#include "files.h"
+#include "model.h"
+#include "progress.h"
+#include "usage.h"
 #include "wave/wave.h"
 
 namespace {
@@ -32,14 +39,29 @@ CLI::App* add_command(CLI::App& app, RUN& run, const char* name, const char* tex
 void add_json(CLI::App* command, bool& json) { command->add_flag("--json", json, "Print JSON for programs"); }
 
 void add_file(CLI::App* command, std::string& file) {
-  command->add_option("FILE", file, "A database file")->required();
+  command->add_option("FILE", file, "A database file, packed or not; - for standard input")->required();
+}
+
+void add_names(CLI::App* command, kptdb::NAME_OPTIONS& names) {
+  command->add_flag("-E,--regex", names.is_regex, "The names are extended regular expressions");
+  command->add_flag("-i,--ignore-case", names.any_case, "Take capital and small letters for the same");
+  command->add_option("--names-from", names.from, "A file with a name on each line; - for standard input");
+}
+
+void add_fail_under(CLI::App* command, std::optional<double>& percent) {
+  command
+      ->add_option("--fail-under", percent,
+                   "Exit with 1 when less than so many per cent of the reference registers have an answer")
+      ->check(CLI::Range(0.0, 100.0));
 }
 
 struct COMMAND_LINE {
   explicit COMMAND_LINE(CLI::App& app) {
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
+    app.fallthrough();
     app.set_version_flag("--version", "kptdb " KPTDB_VERSION);
     app.footer("Exit codes: 0 done, 1 something was found or refused, 2 wrong use, 3 unreadable input.");
+    add_manners(app);
     add_record(app);
     add_questions(app);
     add_comparisons(app);
@@ -47,13 +69,36 @@ struct COMMAND_LINE {
     add_waves(app);
   }
 
+  void add_manners(CLI::App& app) {
+    app.add_option_function<std::string>("--color", kptdb::set_colours, "Show colours: auto, always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->default_str("auto");
+    app.add_flag_callback(
+        "--progress", [] { kptdb::PROGRESS::set_mode(kptdb::PROGRESS::ON); },
+        "Show how far the work has come, from the start and wherever standard error goes");
+    app.add_flag_callback(
+        "--no-progress", [] { kptdb::PROGRESS::set_mode(kptdb::PROGRESS::OFF); }, "Show no progress");
+    run = [&app] { return kptdb::print_help(app, ""); };
+    add_command(app, run, "help", "Tell how a command is used", [this, &app] {
+      return kptdb::print_help(app, help_command);
+    })->add_option("COMMAND", help_command, "A command");
+    add_command(app, run, "completion", "Print the completions for a shell",
+                [this, &app] {
+                  std::fputs(kptdb::completion_script(app, completed_shell).c_str(), stdout);
+                  return kptdb::EXIT_DONE;
+                })
+        ->add_option("SHELL", completed_shell, "bash, zsh or fish")
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  }
+
   void add_record(CLI::App& app) {
-    CLI::App* c =
-        add_command(app, run, "record", "Replay an event file into a new database", record, kptdb::run_record);
-    c->add_option("EVENTS", record.events, "An event file, JSON Lines; - for standard input")->required();
+    CLI::App* c = add_command(app, run, "record", "Replay event files into a new database", record, kptdb::run_record);
+    c->add_option("EVENTS", record.events, "Event files, JSON Lines; - for standard input")->required();
     c->add_option("-o,--output", record.output, "The database file to write")->required();
-    c->add_option("--name", record.name, "The database's name (default: the event file's)");
+    c->add_option("--name", record.name, "The database's name (default: the first event file's)");
     c->add_flag("--keep-going", record.keep_going, "Report refused events and go on; write what was recorded");
+    c->add_flag("--complete", record.complete, "Refuse an event file that does not say where it ends");
     add_json(c, record.json);
   }
 
@@ -61,11 +106,13 @@ struct COMMAND_LINE {
     CLI::App* c = add_command(app, run, "info", "Count registers, maps and answers", info, kptdb::run_info);
     add_file(c, info.file);
     c->add_flag("--memory", info.memory, "Show the memory by type");
+    add_fail_under(c, info.fail_under);
     add_json(c, info.json);
 
     c = add_command(app, run, "show", "Tell what became of a register", show, kptdb::run_show);
     add_file(c, show.file);
-    c->add_option("REGISTER", show.name, "A register's name")->required();
+    c->add_option("REGISTER", show.names.names, "Names of registers; * is any text, ? any character");
+    add_names(c, show.names);
     c->add_option("--side", show.side, "Look on this side only")->check(SIDES);
     add_json(c, show.json);
 
@@ -75,8 +122,20 @@ struct COMMAND_LINE {
     c->add_option("--kind", list.kind, "Only this kind")->check(CLI::IsMember({"signal", "instance"}));
     c->add_option("--status", list.status, "Only this status")
         ->check(CLI::IsMember({"mapped", "eliminated", "unanswered"}));
-    c->add_option("--name", list.glob, "Only names that match: * is any text, ? any character");
+    c->add_option("--fate", list.fate, "Only registers that became this")
+        ->check(CLI::IsMember({"mapped", "machine", "constant", "without_fanout", "unknown"}));
+    list.names.is_glob = true;
+    c->add_option("--name", list.names.names, "Only names that match: * is any text, ? any character")->take_all();
+    add_names(c, list.names);
+    c->add_option("--under", list.under, "Only registers of this instance, as top/u1");
+    c->add_option("--pass", list.pass, "Only registers whose map this pass made");
     add_json(c, list.json);
+
+    c = add_command(app, run, "stats", "Count what became of the registers, by instance", stats, kptdb::run_stats);
+    add_file(c, stats.file);
+    c->add_option("--depth", stats.depth, "How many levels of instances to show; 0 for all")->capture_default_str();
+    c->add_option("--side", stats.side, "Count on this side")->check(SIDES)->capture_default_str();
+    add_json(c, stats.json);
   }
 
   void add_comparisons(CLI::App& app) {
@@ -87,6 +146,7 @@ struct COMMAND_LINE {
 
     c = add_command(app, run, "check", "Find what a careful reader would object to", check, kptdb::run_check);
     add_file(c, check.file);
+    add_fail_under(c, check.fail_under);
     add_json(c, check.json);
   }
 
@@ -120,9 +180,10 @@ struct COMMAND_LINE {
 
     c = add_command(app, run, "export", "Write the facts in another form", export_, kptdb::run_export);
     add_file(c, export_.file);
-    CLI::Option* format =
-        c->add_option("--format", export_.format, "json, csv, dot, encfile, tcl, sqlite, eqy, gtkwave or surfer")
-            ->check(CLI::IsMember({"json", "csv", "dot", "encfile", "tcl", "sqlite", "eqy", "gtkwave", "surfer"}));
+    CLI::Option* format = c->add_option("--format", export_.format,
+                                        "json, csv, dot, encfile, events, tcl, sqlite, eqy, gtkwave or surfer")
+                              ->check(CLI::IsMember({"json", "csv", "dot", "encfile", "events", "tcl", "sqlite", "eqy",
+                                                     "gtkwave", "surfer"}));
     c->add_flag_callback(
          "--json", [this] { export_.format = "json"; }, "The same as --format json")
         ->excludes(format);
@@ -166,12 +227,15 @@ struct COMMAND_LINE {
   }
 
   RUN run;
+  std::string help_command;
+  std::string completed_shell;
   kptdb::WAVE_OPTIONS wave;
   kptdb::AUDIT_OPTIONS audit;
   kptdb::RECORD_OPTIONS record;
   kptdb::INFO_OPTIONS info;
   kptdb::SHOW_OPTIONS show;
   kptdb::LIST_OPTIONS list;
+  kptdb::STATS_OPTIONS stats;
   kptdb::DIFF_OPTIONS diff;
   kptdb::CHECK_OPTIONS check;
   kptdb::UNITE_OPTIONS unite;
@@ -181,30 +245,59 @@ struct COMMAND_LINE {
   kptdb::EXPORT_OPTIONS export_;
 };
 
-int guarded(const RUN& run) {
+// Whether a program reads standard output, and reads JSON there.
+bool wants_json(const std::vector<std::string>& arguments) {
+  bool has_json = false;
+  bool is_result_elsewhere = false;
+  for (std::size_t k = 0; k < arguments.size(); ++k) {
+    has_json = has_json || arguments[k] == "--json";
+    const bool is_output = arguments[k] == "-o" || arguments[k] == "--output";
+    is_result_elsewhere =
+        is_result_elsewhere ||
+        (is_output && (arguments.front() == "export" || (k + 1 < arguments.size() && arguments[k + 1] == "-")));
+  }
+  return has_json && !is_result_elsewhere;
+}
+
+// Says why a command failed: in words, and for a program that reads JSON as that.
+int fail(kptdb::EXIT_CODE code, const std::string& text, const std::vector<std::string>& arguments) {
+  kptdb::print_failure(text);
+  if (wants_json(arguments) && !kptdb::RESULT_FILE::has_used_standard_output()) {
+    kptdb::JSON result = kptdb::new_result();
+    result["error"] = {{"exit_code", static_cast<int>(code)}, {"text", text}};
+    std::fputs((kptdb::json_text(result) + "\n").c_str(), stdout);
+  }
+  return code;
+}
+
+int guarded(const RUN& run, const std::vector<std::string>& arguments) {
   try {
     return run();
   } catch (const kptdb::FAILURE& failure) {
-    fmt::print(stderr, "kptdb: {}\n", failure.what());
-    return failure.code();
+    return fail(failure.code(), failure.what(), arguments);
   } catch (const std::bad_alloc&) {
-    fmt::print(stderr, "kptdb: the input needs more memory than there is\n");
-    return kptdb::EXIT_UNREADABLE;
+    return fail(kptdb::EXIT_UNREADABLE, "the input needs more memory than there is", arguments);
   } catch (const std::exception& problem) {
-    fmt::print(stderr, "kptdb: {}\n", problem.what());
-    return kptdb::EXIT_UNREADABLE;
+    return fail(kptdb::EXIT_UNREADABLE, problem.what(), arguments);
   }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
   CLI::App app("Records, inspects, compares and unites keypoint databases.", "kptdb");
   COMMAND_LINE line(app);
+  const std::string unknown = kptdb::unknown_command(app, arguments);
+  if (!unknown.empty()) {
+    return fail(kptdb::EXIT_WRONG_USE, unknown + " (kptdb help lists them)", arguments);
+  }
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& asked) {
+    return app.exit(asked);
   } catch (const CLI::ParseError& problem) {
-    return app.exit(problem) == 0 ? kptdb::EXIT_DONE : kptdb::EXIT_WRONG_USE;
+    return fail(kptdb::EXIT_WRONG_USE, kptdb::told(app, problem), arguments);
   }
-  return guarded(line.run);
+  return guarded(line.run, arguments);
 }

@@ -39,8 +39,6 @@ std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg) {
   return reg.is_signal() ? "signal" : "instance";
 }
 
-namespace {
-
 std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   std::size_t count = 0;
   for_each_place(map, side,
@@ -48,12 +46,54 @@ std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM si
   return count;
 }
 
+namespace {
+
+// 0, 1, or 2 for more. A group may hold all registers of a netlist, and each of them asks.
+unsigned none_one_or_many(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+  unsigned found = 0;
+  const std::size_t count = map.get_number_of_indices(side);
+  for (std::size_t index = 0; index < count && found < 2; ++index) {
+    for (const bool inverting : {false, true}) {
+      const KPT_REGISTER_GROUP group = map.get_group(side, index, inverting);
+      for (auto reg = group.begin(); reg != group.end() && found < 2; ++reg) {
+        found += (*reg).is_null() ? 0U : 1U;
+      }
+    }
+  }
+  return found;
+}
+
+// Which index of the reference side tells of the register. Of a machine, the first one may be
+// constant, and all others go together.
+std::size_t telling_index(const REGISTER& reg) {
+  if (reg.map.get_number_of_indices(reg.side) <= 1 && !reg.map.has_fsm()) {
+    return 0;
+  }
+  if (!reg.map.has_fsm()) {
+    return place_of(reg.map, reg.side, reg.keypoint).index;
+  }
+  const auto is_in = [&](const KPT_REGISTER_GROUP& group) {
+    return std::find(group.begin(), group.end(), reg.keypoint) != group.end();
+  };
+  const bool is_first = reg.side == KPT_REFERENCE_SET &&
+                        (is_in(reg.map.get_group(reg.side, 0, false)) || is_in(reg.map.get_group(reg.side, 0, true)));
+  return is_first ? 0 : reg.map.get_number_of_indices(KPT_REFERENCE_SET) - 1;
+}
+
 }  // namespace
+
+std::string_view fate_word(const REGISTER& reg) {
+  if (reg.map.is_null() || reg.map.get_number_of_indices(KPT_REFERENCE_SET) == 0) {
+    return "unknown";
+  }
+  const KPT_FATE_ENUM fate = reg.map.get_fate(static_cast<unsigned short>(telling_index(reg)));
+  return fate == KPT_FATE_WITHOUT_FANOUT ? "without_fanout" : kpt_fate_word(fate);
+}
 
 // A state machine that lost one of its registers is still one: the elimination is a note on it.
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map) {
-  const std::size_t r = member_count(map, KPT_REFERENCE_SET);
-  const std::size_t t = member_count(map, KPT_TRANSFORMED_SET);
+  const unsigned r = none_one_or_many(map, KPT_REFERENCE_SET);
+  const unsigned t = none_one_or_many(map, KPT_TRANSFORMED_SET);
   if (map.has_fsm() && r > 0 && t > 0) {
     return STATE_MACHINE;
   }
@@ -127,22 +167,6 @@ KPT_REGISTER_TRANSFORMATION map_of(const DATABASE& db, KPT_SET_ENUM side, const 
                                    : db.handle().get_transformed_register_transformation(reg);
 }
 
-std::vector<REGISTER> registers_of(const DATABASE& db, KPT_SET_ENUM side) {
-  std::vector<REGISTER> result;
-  result.reserve(db.registers(side).size());
-  for (const KPT_REGISTER_KEYPOINT& reg : db.registers(side)) {
-    result.push_back({side, reg, map_of(db, side, reg)});
-  }
-  return result;
-}
-
-std::vector<REGISTER> registers_of(const DATABASE& db) {
-  std::vector<REGISTER> result = registers_of(db, KPT_REFERENCE_SET);
-  const std::vector<REGISTER> transformed = registers_of(db, KPT_TRANSFORMED_SET);
-  result.insert(result.end(), transformed.begin(), transformed.end());
-  return result;
-}
-
 unsigned width_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side) {
   return side == KPT_REFERENCE_SET ? table.get_state_reference_size() : table.get_state_transformed_size();
 }
@@ -159,6 +183,8 @@ std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned st
   }
   return code;
 }
+
+JSON new_result() { return JSON{{"format", 1}}; }
 
 JSON json_of(const KPT_REGISTER_KEYPOINT& reg) {
   if (reg.is_null()) {
@@ -180,6 +206,7 @@ JSON json_of(const REGISTER& reg) {
   result["kind"] = register_kind_word(reg.keypoint);
   result.update(json_of(reg.keypoint));
   result["status"] = status_word(status_of(reg));
+  result["fate"] = fate_word(reg);
   return result;
 }
 

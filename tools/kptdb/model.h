@@ -43,11 +43,17 @@ std::string_view reason_word(const KPT_REGISTER_TRANSFORMATION& map);
 /// "signal" or "instance".
 std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg);
 
+/// "constant", "machine", "mapped", "without_fanout" or "unknown": what became of a reference register,
+/// or of those that a transformed register stands for.
+std::string_view fate_word(const REGISTER& reg);
+
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map);
 STATUS status_of(const REGISTER& reg);
 
 KPT_SET_ENUM other_side(KPT_SET_ENUM side);
-/// The registers that a side lists, null ones left out.
+/// How many registers a side lists, null ones left out.
+std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
+/// They themselves.
 std::vector<KPT_REGISTER_KEYPOINT> members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
 /// The first register of each index of a side, of either group; null for none.
 std::vector<KPT_REGISTER_KEYPOINT> columns(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
@@ -70,15 +76,26 @@ void for_each_place(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, V
 std::string label(const KPT_REGISTER_KEYPOINT& reg);
 
 KPT_REGISTER_TRANSFORMATION map_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg);
-/// The registers of a side, or of both, in the order of a saved file.
-std::vector<REGISTER> registers_of(const DATABASE& db, KPT_SET_ENUM side);
-std::vector<REGISTER> registers_of(const DATABASE& db);
+/// Calls visit(register) for the registers of a side, or of both, in the order of a saved file.
+template <class VISIT>
+void for_each_register(const DATABASE& db, KPT_SET_ENUM side, VISIT visit) {
+  for (const KPT_REGISTER_KEYPOINT& reg : db.registers(side)) {
+    visit(REGISTER{side, reg, map_of(db, side, reg)});
+  }
+}
+template <class VISIT>
+void for_each_register(const DATABASE& db, VISIT visit) {
+  for_each_register(db, KPT_REFERENCE_SET, visit);
+  for_each_register(db, KPT_TRANSFORMED_SET, visit);
+}
 
 /// The number of registers of a side of the table.
 unsigned width_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side);
 /// A state's codes: character k is the bit of the side's column k + 1.
 std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned state);
 
+/// What every result in JSON begins with: the number of its format.
+JSON new_result();
 JSON json_of(const KPT_REGISTER_KEYPOINT& reg);
 JSON json_of(const REGISTER& reg);
 JSON json_of(const KPT_REGISTER_TRANSFORMATION& map);

@@ -27,6 +27,9 @@ class FAILURE : public std::runtime_error {
   EXIT_CODE m_code;
 };
 
+/// Says on standard error why a command failed.
+void print_failure(const std::string& text);
+
 }  // namespace kptdb
 
 #endif

@@ -1,9 +1,8 @@
-// A database file as its text has it: what stands on which line, also what a loaded database no
-// longer knows, like two registers of one id.
+// What stands where in a database file, also what a loaded database no longer knows: two registers
+// of one id, the line of a map. A load shows it the elements one after the other, and it keeps the
+// few facts by which a refusal is explained; who wants to know more derives from it.
 //
-// Ownership: an outline owns its texts. It is made from files that the library has parsed, so it
-// need not tell good from bad syntax; a file in an encoding that does not contain ASCII gives an
-// outline without elements.
+// Ownership: owns its texts. What a hook is handed is good during the call only.
 #ifndef KPTDB_OUTLINE_H
 #define KPTDB_OUTLINE_H
 
@@ -11,26 +10,20 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "db/kpt/kpt.h"
 
 namespace kptdb {
 
-struct OUTLINE {
+class OUTLINE : public KPT_FILE_VISITOR {
+ public:
   struct KEY_POINT {
     std::size_t line = 0;
     KPT_SET_ENUM side = KPT_REFERENCE_SET;
-    std::string id;
-    std::string type;
-    std::optional<std::string> name, entity, reg_type;  // as written, references included
+    std::string id, type;
+    std::optional<std::string> name, entity, reg_type;
     /// Whether a load makes a register of it.
     bool is_read() const { return type == "register" && entity.has_value() == reg_type.has_value(); }
-  };
-  struct ENTRY {
-    std::size_t line;
-    KPT_SET_ENUM side;
-    std::string id;
   };
   struct TABLE {
     std::size_t line = 0;
@@ -38,33 +31,59 @@ struct OUTLINE {
     std::size_t states_listed = 0;
     std::size_t values_listed = 0;
   };
-  struct MAP {
-    std::size_t line = 0;
-    std::string elim_type;
-    std::vector<ENTRY> entries;
-    std::optional<TABLE> table;
-  };
-  struct ELEMENT {
-    std::size_t line;
-    std::string name;
-  };
 
-  std::string root;
-  bool has_register_set = false;
-  std::size_t end_of_maps = 0;  // the line on which the first transformations end
-  std::vector<KEY_POINT> key_points;
-  std::vector<MAP> maps;
-  std::vector<ELEMENT> unexpected;
+  /// Whether the file holds something else than a database. Databases whose root goes by another
+  /// name are read like any other; whatever has no set of registers either is something else.
+  bool is_something_else() const { return !m_root.empty() && m_root != "kpt_db" && !m_has_register_set; }
+  /// Where to look first when something follows the transformations: at an element that does not
+  /// belong, since whatever is no set of registers ends them.
+  std::size_t line_behind_transformations() const;
+  /// The line of the table that claims most entries.
+  std::size_t line_of_largest_table() const { return m_line_of_largest_table; }
+
+  void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line) final;
+  void end(std::size_t line) final;
+  void text(std::string_view piece) final;
+  void start_reference() final { ++m_references; }
+  void end_reference() final { --m_references; }
+
+ protected:
+  /// An element that does not belong where it stands.
+  virtual void on_unexpected(std::size_t line, std::string_view name);
+  virtual void on_key_point(const KEY_POINT& key_point);
+  virtual void on_map(std::size_t line, std::string_view elim_type);
+  /// A register that a map lists.
+  virtual void on_entry(std::size_t line, KPT_SET_ENUM side, std::string_view id);
+  virtual void on_table(const TABLE& table);
+
+ private:
+  void expect(bool expected, std::string_view name, std::size_t line);
+  void start_part(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line);
+  void start_key_point(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line);
+  void start_field(std::string_view name);
+  void start_map(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line);
+  void start_part_of_map(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line);
+  void start_table(const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line);
+  void start_below(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line);
+
+  std::string m_root;
+  bool m_has_register_set = false;
+  std::size_t m_end_of_maps = 0;         // the line on which the first transformations end
+  std::size_t m_line_of_unexpected = 0;  // the first
+  std::size_t m_line_of_largest_table = 1;
+  std::uint64_t m_largest_table = 0;
+
+  int m_depth = 0;
+  int m_references = 0;  // open
+  bool m_in_registers = false;
+  bool m_in_maps = false;
+  bool m_has_table = false;  // the map
+  bool m_in_table = false;
+  KPT_SET_ENUM m_side = KPT_REFERENCE_SET;
+  KEY_POINT m_key_point;
+  TABLE m_table;
+  std::string* m_field = nullptr;  // where text goes
 };
-
-OUTLINE outline_of(const std::string& text);
-
-/// What the state tables of a file claim to hold, by the numbers that the library goes by.
-struct TABLE_CLAIMS {
-  std::uint64_t entries = 0;
-  std::size_t line_of_largest = 1;
-};
-TABLE_CLAIMS table_claims(std::string_view text);
 
 }  // namespace kptdb
 

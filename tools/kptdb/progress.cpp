@@ -3,37 +3,66 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace kptdb {
 
 namespace {
-constexpr std::uint64_t LONG_WORK = std::uint64_t{8} << 20;
+
+using namespace std::chrono_literals;
+
+constexpr auto PATIENCE = 1s;
+constexpr auto STEP = 100ms;
+
+PROGRESS::MODE s_mode = PROGRESS::AUTO;
+
+bool is_wanted() { return s_mode == PROGRESS::ON || (s_mode == PROGRESS::AUTO && ::isatty(STDERR_FILENO) == 1); }
+
+std::string amount(std::uint64_t count, PROGRESS::UNIT unit) {
+  return unit == PROGRESS::BYTES ? fmt::format("{:.1f}", static_cast<double>(count) / 1e6) : std::to_string(count);
 }
 
-PROGRESS::PROGRESS(std::string what, std::uint64_t bytes)
-    : m_what(std::move(what)), m_bytes(bytes), m_shown(bytes >= LONG_WORK && ::isatty(STDERR_FILENO) == 1) {
-  if (m_shown) {
-    show(fmt::format("{} ({} MB)", m_what, m_bytes >> 20));
-  }
-}
+}  // namespace
+
+void PROGRESS::set_mode(MODE mode) { s_mode = mode; }
+
+PROGRESS::PROGRESS(std::string what, std::uint64_t whole, UNIT unit)
+    : m_what(std::move(what)),
+      m_whole(whole),
+      m_unit(unit),
+      m_is_wanted(is_wanted()),
+      m_next(CLOCK::now() + (s_mode == ON ? 0s : PATIENCE)) {}
 
 PROGRESS::~PROGRESS() {
-  if (m_shown) {
+  if (m_is_shown) {
     show("");
   }
 }
 
-void PROGRESS::at(std::uint64_t bytes) {
-  const auto percent = m_bytes == 0 ? 0U : static_cast<unsigned>(bytes * 100 / m_bytes);
-  if (m_shown && percent != m_percent) {
-    m_percent = percent;
-    show(fmt::format("{} {}%", m_what, percent));
+// The clock is asked now and then: for every 64 KB or 1,000 registers.
+void PROGRESS::look(std::uint64_t done) {
+  m_next_look = done + (m_unit == BYTES ? 65536 : 1000);
+  const auto now = CLOCK::now();
+  if (now >= m_next) {
+    m_next = now + STEP;
+    m_is_shown = true;
+    show(text(done));
   }
 }
 
+std::string PROGRESS::text(std::uint64_t done) const {
+  const char* const unit = m_unit == BYTES ? "MB" : "registers";
+  if (m_whole == 0) {
+    return fmt::format("{}: {} {}", m_what, amount(done, m_unit), unit);
+  }
+  const std::uint64_t part = std::min(done, m_whole);
+  return fmt::format("{}: {} of {} {}, {}%", m_what, amount(part, m_unit), amount(m_whole, m_unit), unit,
+                     part * 100 / m_whole);
+}
+
 // To the start of the line, and away with what stood there.
-void PROGRESS::show(const std::string& text) const {
+void PROGRESS::show(const std::string& text) {
   std::fprintf(stderr, "\r\033[K%s", text.c_str());
   std::fflush(stderr);
 }

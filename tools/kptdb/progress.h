@@ -1,9 +1,11 @@
-// A line on standard error while the work is long, for someone who sits at a terminal.
+// A line on standard error while the work takes long, for someone who sits at a terminal: how much of
+// it is done.
 //
 // Ownership: the line is taken away when its PROGRESS ends.
 #ifndef KPTDB_PROGRESS_H
 #define KPTDB_PROGRESS_H
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -11,21 +13,39 @@ namespace kptdb {
 
 class PROGRESS {
  public:
-  /// `bytes` is the size of the work. Small work is over before anyone could read of it.
-  PROGRESS(std::string what, std::uint64_t bytes);
+  enum UNIT : bool { BYTES, REGISTERS };
+  /// When lines are shown. OFF: never; AUTO: on a terminal, once the work has taken a second; ON: from
+  /// its first moment on, wherever standard error goes.
+  enum MODE : std::uint8_t { AUTO, ON, OFF };
+  static void set_mode(MODE mode);
+
+  /// `whole` is the size of the work; 0 when it is not known.
+  PROGRESS(std::string what, std::uint64_t whole, UNIT unit = BYTES);
   ~PROGRESS();
   PROGRESS(const PROGRESS&) = delete;
   PROGRESS& operator=(const PROGRESS&) = delete;
 
-  void at(std::uint64_t bytes);
+  /// So much is done. Costs next to nothing.
+  void at(std::uint64_t done) {
+    if (m_is_wanted && done >= m_next_look) {
+      look(done);
+    }
+  }
 
  private:
-  void show(const std::string& text) const;
+  using CLOCK = std::chrono::steady_clock;
+
+  void look(std::uint64_t done);
+  std::string text(std::uint64_t done) const;
+  static void show(const std::string& text);
 
   std::string m_what;
-  std::uint64_t m_bytes;
-  bool m_shown;
-  unsigned m_percent = 0;
+  std::uint64_t m_whole;
+  UNIT m_unit;
+  bool m_is_wanted;
+  bool m_is_shown = false;
+  std::uint64_t m_next_look = 0;
+  CLOCK::time_point m_next;
 };
 
 }  // namespace kptdb

@@ -1,9 +1,9 @@
-// record: an event file becomes a database file.
+// record: event files become a database file.
 #include <fmt/format.h>
 
+#include "codes.h"
 #include "commands.h"
 #include "database.h"
-#include "db/kpt/kpt_held_text.h"
 #include "events.h"
 #include "files.h"
 #include "host_lines.h"
@@ -17,6 +17,7 @@ namespace kptdb {
 namespace {
 
 struct REFUSAL {
+  std::string file;
   std::size_t line;
   std::string event;  // empty when the line is no event
   std::string reason;
@@ -26,18 +27,24 @@ struct RECORDING {
   std::size_t recorded = 0;
   std::vector<REFUSAL> refusals;
   bool is_readable = true;
+  bool is_complete = true;  // no file lacks the end that it has to have
+
+  bool is_to_be_written(const RECORD_OPTIONS& options) const {
+    return is_complete && (refusals.empty() || options.keep_going);
+  }
 
   EXIT_CODE exit_code() const { return !is_readable ? EXIT_UNREADABLE : refusals.empty() ? EXIT_DONE : EXIT_FOUND; }
 };
 
-// The file's own name without folders and without what follows its last dot.
+// The first file's own name without folders and without what follows its last dot.
 std::string database_name(const RECORD_OPTIONS& options) {
   std::string name = options.name;
-  if (name.empty() && options.events == "-") {
+  const std::string& first = options.events.front();
+  if (name.empty() && first == "-") {
     throw FAILURE(EXIT_WRONG_USE, "events from standard input need --name");
   }
   if (name.empty()) {
-    name = options.events.substr(options.events.rfind('/') + 1);
+    name = first.substr(first.rfind('/') + 1);
     name = name.substr(0, name.rfind('.'));
   }
   if (name.empty() || !kpt_file_can_hold(name)) {
@@ -48,60 +55,119 @@ std::string database_name(const RECORD_OPTIONS& options) {
 
 bool is_blank(const std::string& line) { return line.find_first_not_of(" \t\r") == std::string::npos; }
 
-void report(const RECORD_OPTIONS& options, const REFUSAL& refusal) {
+void report(const REFUSAL& refusal) {
   const std::string event = refusal.event.empty() ? "" : fmt::format("refused: {}: ", refusal.event);
-  fmt::print(stderr, "kptdb: {}:{}: {}{}\n", options.events, refusal.line, event, refusal.reason);
+  fmt::print(stderr, "kptdb: {}:{}: {}{}\n", refusal.file, refusal.line, event, refusal.reason);
 }
 
-// What is against the line; nothing when it was recorded.
-std::optional<REFUSAL> replay_line(const KPT_KEYPOINTS_DB& db, const LINE_READER& reader, const std::string& line,
-                                   HOST_LINES& lines) {
-  try {
-    const EVENT event = parse_event(line);
-    const std::string reason = replay(db, event, lines);
-    return reason.empty() ? std::nullopt : std::optional(REFUSAL{reader.line_number(), describe(event), reason});
-  } catch (const EVENT_ERROR& problem) {
-    return REFUSAL{reader.line_number(), "", problem.what()};
+// One event file, from its first line to its end.
+class REPLAY {
+ public:
+  REPLAY(const KPT_KEYPOINTS_DB& db, const std::string& file) : m_db(db), m_file(file), m_reader(file) {}
+
+  /// False when a line was refused and the command is to stop at it.
+  bool run(bool keep_going, RECORDING& recording) {
+    PROGRESS progress("recording " + m_file, file_size(m_file));
+    std::string line;
+    while (m_reader.next(line)) {
+      progress.at(m_reader.bytes_read());
+      if (!is_blank(line) && !take(line, recording) && !keep_going) {
+        return false;
+      }
+    }
+    return true;
   }
-}
+  /// Says so when the file lacks its end.
+  void expect_end(RECORDING& recording) {
+    if (!m_has_ended) {
+      recording.is_complete = false;
+      refuse(recording, "", "the file has no end event: what wrote it may not have come to its end");
+    }
+  }
 
-RECORDING replay_file(const KPT_KEYPOINTS_DB& db, const RECORD_OPTIONS& options) {
-  RECORDING result;
-  LINE_READER reader(options.events);
-  PROGRESS progress("recording " + options.events, file_size(options.events));
-  HOST_LINES lines;
-  std::string line;
-  while (reader.next(line)) {
-    progress.at(reader.bytes_read());
-    if (is_blank(line)) {
-      continue;
+ private:
+  bool refuse(RECORDING& recording, const std::string& event, const std::string& reason) {
+    recording.refusals.push_back({m_file, m_reader.line_number(), event, reason});
+    recording.is_readable = recording.is_readable && !event.empty();
+    report(recording.refusals.back());
+    return false;
+  }
+
+  bool take(const std::string& line, RECORDING& recording) {
+    try {
+      const EVENT event = parse_event(line);
+      if (const END* const end = std::get_if<END>(&event.what)) {
+        take_end(*end);
+        return true;
+      }
+      refuse_behind_end();
+      ++m_events;
+      const std::string reason = reason_against(event);
+      if (!reason.empty()) {
+        return refuse(recording, describe(event), reason);
+      }
+      ++recording.recorded;
+      return true;
+    } catch (const EVENT_ERROR& problem) {
+      return refuse(recording, "", problem.what());
     }
-    std::optional<REFUSAL> refusal = replay_line(db, reader, line, lines);
-    if (!refusal) {
-      ++result.recorded;
-      continue;
+  }
+
+  // Empty when the event was recorded.
+  std::string reason_against(const EVENT& event) {
+    const auto* machine = std::get_if<ASSOCIATE_FSM>(&event.what);
+    const std::string reason = machine == nullptr ? std::string() : contradiction_in(machine->states);
+    return reason.empty() ? replay(m_db, event, m_lines) : reason;
+  }
+
+  void take_end(const END& end) {
+    refuse_behind_end();
+    m_has_ended = true;
+    if (end.events != m_events) {
+      throw EVENT_ERROR(fmt::format("the end tells of {}, and {} before it", counted(end.events, "event"),
+                                    m_events == 1 ? "1 stands" : fmt::format("{} stand", m_events)));
     }
-    report(options, *refusal);
-    result.is_readable = result.is_readable && !refusal->event.empty();
-    result.refusals.push_back(std::move(*refusal));
-    if (!options.keep_going) {
+  }
+
+  void refuse_behind_end() const {
+    if (m_has_ended) {
+      throw EVENT_ERROR("the file goes on behind its end");
+    }
+  }
+
+  const KPT_KEYPOINTS_DB& m_db;
+  const std::string& m_file;
+  LINE_READER m_reader;
+  HOST_LINES m_lines;
+  std::uint64_t m_events = 0;
+  bool m_has_ended = false;
+};
+
+RECORDING replay_files(const KPT_KEYPOINTS_DB& db, const RECORD_OPTIONS& options) {
+  RECORDING recording;
+  for (const std::string& file : options.events) {
+    REPLAY replay(db, file);
+    if (!replay.run(options.keep_going, recording)) {
       break;
     }
+    if (options.complete) {
+      replay.expect_end(recording);
+    }
   }
-  return result;
+  return recording;
 }
 
 JSON json_of(const RECORD_OPTIONS& options, const RECORDING& recording, bool written) {
   JSON refused = JSON::array();
   for (const REFUSAL& refusal : recording.refusals) {
     JSON entry;
-    entry["file"] = options.events;
+    entry["file"] = refusal.file;
     entry["line"] = refusal.line;
     entry["event"] = refusal.event.empty() ? JSON(nullptr) : JSON(refusal.event);
     entry["reason"] = refusal.reason;
     refused.push_back(std::move(entry));
   }
-  JSON result;
+  JSON result = new_result();
   result["recorded"] = recording.recorded;
   result["refused"] = std::move(refused);
   result["written"] = written ? JSON(options.output) : JSON(nullptr);
@@ -112,12 +178,12 @@ JSON json_of(const RECORD_OPTIONS& options, const RECORDING& recording, bool wri
 
 EXIT_CODE run_record(const RECORD_OPTIONS& options) {
   const DATABASE db = DATABASE::create(database_name(options));
-  const RECORDING recording = replay_file(db.handle(), options);
-  const bool write = recording.refusals.empty() || options.keep_going;
+  const RECORDING recording = replay_files(db.handle(), options);
+  const bool write = recording.is_to_be_written(options);
   if (write) {
     db.save(options.output);
   }
-  RESULT_FILE out("");
+  RESULT_FILE out = RESULT_FILE::beside(options.output);
   if (options.json) {
     out.write(json_text(json_of(options, recording, write)) + "\n");
   } else if (write) {

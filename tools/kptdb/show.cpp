@@ -4,10 +4,12 @@
 
 #include <algorithm>
 
+#include "colour.h"
 #include "commands.h"
 #include "files.h"
 #include "find.h"
 #include "model.h"
+#include "name_query.h"
 #include "text.h"
 
 namespace kptdb {
@@ -185,8 +187,9 @@ std::string text_of_unateness(const REGISTER& reg, const PLACE& place) {
 }
 
 std::string text_of_answer(const REGISTER& reg) {
-  std::string text =
-      fmt::format("{} register {}, id {}\n", side_word(reg.side), label(reg.keypoint), reg.keypoint.get_id());
+  std::string text = painted(
+      fmt::format("{} register {}, id {}", side_word(reg.side), label(reg.keypoint), reg.keypoint.get_id()), BOLD);
+  text += '\n';
   text += verdict(reg);
   const PLACE place = reg.map.is_null() ? PLACE() : place_of(reg.map, reg.side, reg.keypoint);
   if (!place.found) {
@@ -203,39 +206,83 @@ std::string text_of_answer(const REGISTER& reg) {
   return text + (fsm ? text_of_machine(reg.map) : text_of_unateness(reg, place));
 }
 
-EXIT_CODE answer_nothing(const DATABASE& db, const SHOW_OPTIONS& options, RESULT_FILE& out) {
-  const std::string close = close_name(db, options.name, options.side);
-  if (options.json) {
-    JSON result;
-    result["registers"] = JSON::array();
-    result["close"] = close.empty() ? JSON(nullptr) : JSON(close);
-    out.write(json_text(result) + "\n");
-    out.finish();
+// The registers of every name asked for, in the order of the names.
+std::vector<std::vector<REGISTER>> found_registers(const DATABASE& db, const NAME_QUERY& query,
+                                                   const std::string& side) {
+  std::vector<std::vector<REGISTER>> found(query.names().size());
+  for (const KPT_SET_ENUM wanted : sides_named(side)) {
+    for (const KPT_REGISTER_KEYPOINT& reg : db.registers(wanted)) {
+      query.for_each_match(std::string_view(reg.get_name()), [&](std::size_t k) {
+        found[k].push_back({wanted, reg, map_of(db, wanted, reg)});
+      });
+    }
   }
-  throw FAILURE(EXIT_FOUND, not_found_text(options.file, options.name, options.side, close));
+  return found;
+}
+
+struct MISSING {
+  std::string name;
+  std::string close;
+};
+
+// To look for a close name means to look at all of them, so only the first few are looked for.
+std::vector<MISSING> missing_names(const DATABASE& db, const NAME_QUERY& query, const SHOW_OPTIONS& options,
+                                   const std::vector<std::vector<REGISTER>>& found) {
+  constexpr std::size_t MOST_LOOKED_FOR = 8;
+  std::vector<MISSING> missing;
+  for (std::size_t k = 0; k < found.size(); ++k) {
+    if (found[k].empty()) {
+      const std::string& name = query.names()[k];
+      const bool is_looked_for = !options.names.is_regex && missing.size() < MOST_LOOKED_FOR;
+      missing.push_back({name, is_looked_for ? close_name(db, name, options.side) : ""});
+    }
+  }
+  return missing;
+}
+
+void write_text(RESULT_FILE& out, const std::vector<std::vector<REGISTER>>& found) {
+  bool is_first = true;
+  for (const auto& registers : found) {
+    for (const REGISTER& reg : registers) {
+      out.write((is_first ? "" : "\n") + text_of_answer(reg));
+      is_first = false;
+    }
+  }
+}
+
+void write_json(RESULT_FILE& out, const std::vector<std::vector<REGISTER>>& found,
+                const std::vector<MISSING>& missing) {
+  JSON result = new_result();
+  result["registers"] = JSON::array();
+  for (const auto& registers : found) {
+    for (const REGISTER& reg : registers) {
+      result["registers"].push_back(json_of_answer(reg));
+    }
+  }
+  result["missing"] = JSON::array();
+  for (const MISSING& m : missing) {
+    result["missing"].push_back({{"name", m.name}, {"close", m.close.empty() ? JSON(nullptr) : JSON(m.close)}});
+  }
+  out.write(json_text(result) + "\n");
 }
 
 }  // namespace
 
 EXIT_CODE run_show(const SHOW_OPTIONS& options) {
+  const NAME_QUERY query(options.names);
+  if (query.names().empty()) {
+    throw FAILURE(EXIT_WRONG_USE, "show needs a register's name, or --names-from");
+  }
   const DATABASE db = DATABASE::load(options.file);
-  const std::vector<REGISTER> found = find_registers(db, options.name, options.side);
+  const std::vector<std::vector<REGISTER>> found = found_registers(db, query, options.side);
+  const std::vector<MISSING> missing = missing_names(db, query, options, found);
   RESULT_FILE out("");
-  if (found.empty()) {
-    return answer_nothing(db, options, out);
-  }
-  JSON answers = JSON::array();
-  std::string text;
-  for (const REGISTER& reg : found) {
-    if (options.json) {
-      answers.push_back(json_of_answer(reg));
-    } else {
-      text += fmt::format("{}{}", text.empty() ? "" : "\n", text_of_answer(reg));
-    }
-  }
-  out.write(options.json ? json_text(JSON{{"registers", answers}}) + "\n" : text);
+  options.json ? write_json(out, found, missing) : write_text(out, found);
   out.finish();
-  return EXIT_DONE;
+  for (const MISSING& m : missing) {
+    print_failure(not_found_text(options.file, m.name, options.side, m.close));
+  }
+  return missing.empty() ? EXIT_DONE : EXIT_FOUND;
 }
 
 }  // namespace kptdb

@@ -32,9 +32,9 @@ EXIT_CODE run_unite(const UNITE_OPTIONS& options) {
     unite(united, DATABASE::load(options.files[k]), options.files[k]);
   }
   united.save(options.output);
-  RESULT_FILE out("");
+  RESULT_FILE out = RESULT_FILE::beside(options.output);
   if (options.json) {
-    JSON result;
+    JSON result = new_result();
     result["written"] = options.output;
     result["stages"] = options.files;
     out.write(json_text(result) + "\n");

@@ -24,8 +24,8 @@
 #include <memory>
 #include <string_view>
 
-#include "db/kpt/files/kpt_element_attributes.h"
 #include "db/kpt/files/kpt_state_values.h"
+#include "db/kpt/kpt_element_attributes.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
 #include "db/kpt/load/kpt_by_side.h"

@@ -82,13 +82,30 @@ bool KPT_FILE_LOADER::look_through() {
 
 bool KPT_FILE_LOADER::read_generally(const CREATE& create) {
   m_general = std::make_unique<GENERAL>(create);
-  if (!m_general->source.read(m_file_name, m_bytes, m_general->builder)) {
+  if (!m_general->source.read(m_file_name, m_bytes, {&m_general->builder, m_visitor})) {
     m_problem.note(m_general->source.problem());
     return false;
   }
   tell_parsing_starts();
   m_name = m_general->builder.name();
   return m_general->builder.has_database();
+}
+
+// A visitor sees the elements of a file whose database nobody wants, too.
+void KPT_FILE_LOADER::show_what_is_not_wanted() {
+  if (m_visitor != nullptr) {
+    KPT_WATCHED_BUILDER nobody(nullptr, m_visitor);
+    kpt_build_from_plain(*m_bytes, nobody);
+  }
+}
+
+// Without a visitor nothing is asked at every element, and no line is counted.
+bool KPT_FILE_LOADER::build_from_plain(KPT_DATABASE_BUILDER& builder) {
+  if (m_visitor == nullptr) {
+    return kpt_build_from_plain(*m_bytes, builder);
+  }
+  KPT_WATCHED_BUILDER watched(&builder, m_visitor);
+  return kpt_build_from_plain(*m_bytes, watched);
 }
 
 bool KPT_FILE_LOADER::read(const CREATE& create) {
@@ -98,6 +115,9 @@ bool KPT_FILE_LOADER::read(const CREATE& create) {
     tell_parsing_starts();
     m_db.reset(m_name.empty() ? nullptr : create(m_name));
     is_wanted = m_db != nullptr;
+    if (!is_wanted) {
+      show_what_is_not_wanted();
+    }
   } else {
     m_name.clear();
     is_wanted = read_generally(create);
@@ -127,7 +147,7 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::finish() {
   tell_parsing_starts();
   KPT_LOAD_LINES lines(false);
   KPT_DATABASE_BUILDER builder([&](std::string_view) { return m_db.release(); }, lines);
-  if (!kpt_build_from_plain(*m_bytes, builder)) {
+  if (!build_from_plain(builder)) {
     kpt_msg_debug("Error: file %s changed while it was read", m_file_name.c_str());
     m_problem.note({KPT_LOAD_PROBLEM::NOT_WELL_FORMED, "the file changed while it was read"});
     return nullptr;

@@ -11,8 +11,11 @@
 #include <string_view>
 
 #include "db/kpt/files/kpt_file_bytes.h"
+#include "db/kpt/kpt_file_visitor.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_load_problem.h"
+
+class KPT_DATABASE_BUILDER;
 
 class KPT_EXPORT KPT_FILE_LOADER {
  public:
@@ -32,6 +35,8 @@ class KPT_EXPORT KPT_FILE_LOADER {
   /// Loads from bytes that outlive the loader. Messages use the name that is shown.
   KPT_FILE_LOADER(KPT_BYTES& bytes, std::string_view shown_name);
   ~KPT_FILE_LOADER();
+  /// Who sees the elements as they are read; outlives the loader.
+  void set_visitor(KPT_FILE_VISITOR* visitor) { m_visitor = visitor; }
   KPT_FILE_LOADER(const KPT_FILE_LOADER&) = delete;
   KPT_FILE_LOADER& operator=(const KPT_FILE_LOADER&) = delete;
 
@@ -55,6 +60,8 @@ class KPT_EXPORT KPT_FILE_LOADER {
 
   bool look_through();
   bool read_generally(const CREATE& create);
+  void show_what_is_not_wanted();
+  bool build_from_plain(KPT_DATABASE_BUILDER& builder);
   void tell_parsed() const;
   void tell_parsing_starts() const;
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> complete(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db);
@@ -64,6 +71,7 @@ class KPT_EXPORT KPT_FILE_LOADER {
   KPT_LOAD_PROBLEM m_problem;
   std::optional<KPT_FILE_BYTES> m_file;
   KPT_BYTES* m_bytes;  // null for a file that cannot be opened
+  KPT_FILE_VISITOR* m_visitor = nullptr;
   bool m_is_plain = false;
   KPT_STRING m_name;
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> m_db;  // of a plain file

@@ -66,7 +66,7 @@ class PLACE : public DefaultHandler {
 // not see where a reference is.
 class READER : public SAX2XMLReaderImpl {
  public:
-  READER(KPT_XML_GUARD& guard, KPT_DATABASE_BUILDER& builder) : m_guard(guard), m_builder(builder) {
+  READER(KPT_XML_GUARD& guard, const KPT_WATCHED_BUILDER& builder) : m_guard(guard), m_builder(builder) {
     setFeature(XMLUni::fgSAX2CoreNameSpaces, false);
     setFeature(XMLUni::fgSAX2CoreValidation, false);
     setFeature(XMLUni::fgXercesSchema, false);
@@ -99,12 +99,16 @@ class READER : public SAX2XMLReaderImpl {
     m_guard.element(attributes, count, m_place.get());
     kpt_narrow(element.getFullName(), m_name);
     m_attributes.set(attributes, count);
+    note_line();
     m_builder.start(m_name, m_attributes);
     if (is_empty) {
       m_builder.end();
     }
   }
-  void endElement(const XMLElementDecl&, unsigned int, bool, const XMLCh*) override { m_builder.end(); }
+  void endElement(const XMLElementDecl&, unsigned int, bool, const XMLCh*) override {
+    note_line();
+    m_builder.end();
+  }
 
   void docCharacters(const XMLCh* characters, XMLSize_t count, bool) override {
     if (m_builder.wants_text()) {
@@ -169,7 +173,13 @@ class READER : public SAX2XMLReaderImpl {
     }
   }
 
-  // A text comes in pieces, and a piece may end within a character.
+  void note_line() {
+    if (m_place.get() != nullptr) {
+      m_builder.set_line(static_cast<std::size_t>(m_place.get()->getLineNumber()));
+    }
+  }
+
+  // A text comes in pieces, and one may end within a character.
   void text(const XMLCh* characters, XMLSize_t count) {
     m_wide_text.append(characters, count);
     const bool is_cut = !m_wide_text.empty() && m_wide_text.back() >= 0xD800 && m_wide_text.back() < 0xDC00;
@@ -181,7 +191,7 @@ class READER : public SAX2XMLReaderImpl {
   }
 
   KPT_XML_GUARD& m_guard;
-  KPT_DATABASE_BUILDER& m_builder;
+  KPT_WATCHED_BUILDER m_builder;
   PLACE m_place;
   bool m_is_1_1 = false;
   WIDE_ATTRIBUTES m_attributes;
@@ -192,7 +202,7 @@ class READER : public SAX2XMLReaderImpl {
 
 }  // namespace
 
-bool KPT_GENERAL_SOURCE::read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_DATABASE_BUILDER& builder) {
+bool KPT_GENERAL_SOURCE::read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_WATCHED_BUILDER builder) {
   m_guard.set_file_name(file_name);
   const KPT_XML_PLATFORM platform;
   std::optional<READER> reader;

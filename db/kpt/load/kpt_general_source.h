@@ -7,14 +7,14 @@
 
 #include "db/kpt/files/kpt_file_bytes.h"
 #include "db/kpt/files/kpt_xml_guard.h"
-#include "db/kpt/load/kpt_database_builder.h"
+#include "db/kpt/load/kpt_watched_builder.h"
 
 class KPT_GENERAL_SOURCE {
  public:
-  /// Gives the elements of the file to the builder. Null bytes mean a file that
-  /// cannot be opened. False, with the messages of KPT_XML_PARSER, when the file
-  /// is not well-formed. The builder then has the elements before the error.
-  bool read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_DATABASE_BUILDER& builder);
+  /// Hands the file to the builder. Null bytes are a file that cannot be opened.
+  /// False when it is not well-formed, which is told as KPT_XML_PARSER tells it;
+  /// what stands before the error is handed on by then.
+  bool read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_WATCHED_BUILDER builder);
 
   /// Why `read` returned false.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }

@@ -6,6 +6,7 @@
 #include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/files/kpt_plain_characters.h"
 #include "db/kpt/files/kpt_window.h"
+#include "db/kpt/load/kpt_line_counter.h"
 
 namespace {
 
@@ -84,11 +85,13 @@ std::string_view ATTRIBUTES::replaced(std::string_view value) const {
   return m_replaced;
 }
 
-// Goes through a file once. The handler has start(name, attributes), end() and text(piece).
+// Goes through a file once. Handler: start(name, attributes), end(), text(piece),
+// and set_line(line) before the first two if it is there.
 template <class HANDLER>
 class SCANNER {
  public:
-  SCANNER(KPT_BYTES& bytes, HANDLER& handler) : m_window(bytes), m_handler(handler), m_at(m_window.begin()) {}
+  SCANNER(KPT_BYTES& bytes, HANDLER& handler)
+      : m_window(bytes), m_handler(handler), m_at(m_window.begin()), m_counted(m_at) {}
 
   bool is_plain() {
     if (!passes_blanks() || m_at == m_window.end() || !passes_tag()) {
@@ -107,7 +110,33 @@ class SCANNER {
 
   // At a character that is not allowed here. The null after the window is such a character.
   STEP unexpected(const char* p) const { return p == m_window.end() ? CUT_OFF : NOT_PLAIN; }
-  bool more() { return m_window.more(m_at); }
+  bool more() { return read_on(m_at); }
+
+  static constexpr bool COUNTS_LINES = requires(HANDLER & handler) { handler.set_line(std::size_t{1}); };
+
+  // What leaves the window has to be counted before.
+  bool read_on(const char*& keep) {
+    if constexpr (COUNTS_LINES) {
+      count_lines_up_to(std::max(keep, m_counted));
+      const auto counted = m_counted - keep;
+      const bool any = m_window.more(keep);
+      m_counted = keep + counted;
+      return any;
+    } else {
+      return m_window.more(keep);
+    }
+  }
+  void count_lines_up_to(const char* end) {
+    m_lines.pass({m_counted, static_cast<std::size_t>(end - m_counted)});
+    m_counted = end;
+  }
+  // Of a tag that ends there.
+  void tell_line(const char* end) {
+    if constexpr (COUNTS_LINES) {
+      count_lines_up_to(end);
+      m_handler.set_line(m_lines.line());
+    }
+  }
 
   // Reads on when fewer than `count` bytes after the position are in the window.
   void see(std::size_t count) {
@@ -118,7 +147,7 @@ class SCANNER {
   bool more_in_text() {
     const std::size_t before = std::min<std::size_t>(2, static_cast<std::size_t>(m_at - m_window.begin()));
     const char* keep = m_at - before;
-    const bool any = m_window.more(keep);
+    const bool any = read_on(keep);
     m_at = keep + before;
     return any;
   }
@@ -227,6 +256,7 @@ class SCANNER {
     if (is_reserved(name) || !m_attributes.are_unique()) {
       return NOT_PLAIN;
     }
+    tell_line(p);
     m_handler.start(name, m_attributes);
     if (is_empty) {
       m_handler.end();
@@ -307,6 +337,7 @@ class SCANNER {
     }
     m_names.resize(m_names.size() - size);
     m_levels.pop_back();
+    tell_line(p);
     m_handler.end();
     m_at = p + 1;
     return PASSED;
@@ -320,6 +351,8 @@ class SCANNER {
   KPT_WINDOW m_window;
   HANDLER& m_handler;
   const char* m_at;
+  const char* m_counted;  // the lines before it are counted
+  KPT_LINE_COUNTER m_lines;
   ATTRIBUTES m_attributes;
   // The names of the open elements, joined, and their lengths.
   KPT_STRING m_names;
@@ -354,4 +387,8 @@ bool kpt_is_plain(KPT_BYTES& bytes, KPT_STRING& name) {
 
 bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_DATABASE_BUILDER& builder) {
   return SCANNER<KPT_DATABASE_BUILDER>(bytes, builder).is_plain();
+}
+
+bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_WATCHED_BUILDER& builder) {
+  return SCANNER<KPT_WATCHED_BUILDER>(bytes, builder).is_plain();
 }

@@ -12,7 +12,7 @@
 #define KPT_PLAIN_SCANNER_H
 
 #include "db/kpt/files/kpt_file_bytes.h"
-#include "db/kpt/load/kpt_database_builder.h"
+#include "db/kpt/load/kpt_watched_builder.h"
 
 /// Whether all of the bytes are a plain file. `name` is then the attribute "name"
 /// of the root.
@@ -21,5 +21,8 @@ bool kpt_is_plain(KPT_BYTES& bytes, KPT_STRING& name);
 /// Gives the elements of a plain file to the builder. False when the file is not
 /// plain; the builder then has the elements before that.
 bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_DATABASE_BUILDER& builder);
+
+/// The same, and the builder is told of lines.
+bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_WATCHED_BUILDER& builder);
 
 #endif

@@ -96,7 +96,7 @@ EXIT_CODE run_wave(const WAVE_OPTIONS& options) {
   out.finish();
   const std::string report =
       options.json ? json_text(json_of(translator.counts(), options)) + "\n" : text_of(translator.counts(), options);
-  std::fputs(report.c_str(), options.output.empty() ? stderr : stdout);
+  std::fputs(report.c_str(), options.output.empty() || options.output == "-" ? stderr : stdout);
   return EXIT_DONE;
 }
 

@@ -1,6 +1,6 @@
-// The attributes of the element that a file's source has come to.
+// The attributes of the element that a load has come to.
 //
-// Ownership: the source owns them; they are good until the source goes on.
+// Ownership: the load owns them; they are good until it goes on.
 #ifndef KPT_ELEMENT_ATTRIBUTES_H
 #define KPT_ELEMENT_ATTRIBUTES_H
 

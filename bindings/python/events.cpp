@@ -1,0 +1,203 @@
+// The events, as methods of a database.
+#include <unordered_set>
+
+#include "bindings.h"
+#include "errors.h"
+#include "handles.h"
+#include "keys.h"
+#include "state_table.h"
+#include "text.h"
+#include "tools/kptdb/events.h"
+#include "tools/kptdb/replay.h"
+
+namespace kpt_python {
+
+namespace py = pybind11;
+
+namespace {
+
+// Raises Refused with the library's own line, or where it is silent with what can be seen from outside.
+void record(const OWNER& db, const kptdb::EVENT& event) {
+  const KPT_KEYPOINTS_DB& handle = db->use();
+  std::string reason;
+  {
+    kptdb::HOST_LINES lines;
+    reason = kptdb::replay(handle, event, lines);
+  }
+  if (!reason.empty()) {
+    raise_refused(reason);
+  }
+}
+
+kptdb::EVENT_REGISTER event_register(const KPT_REGISTER_NAME& name) {
+  kptdb::EVENT_REGISTER reg{std::string(name.name), {}};
+  if (!name.is_signal) {
+    reg.instance = {std::string(name.entity), std::string(name.register_type)};
+  }
+  return reg;
+}
+
+// Two signals, the common case, without an event: it allocates nothing but what it records.
+void associate(const OWNER& db, const py::object& reference, const py::object& transformed) {
+  const KEY r(reference);
+  const KEY t(transformed);
+  const bool recorded =
+      r.is_signal() && t.is_signal() && db->use().associate_registers_signal_to_signal(r.name().name, t.name().name);
+  if (!recorded) {
+    record(db, kptdb::ASSOCIATE{event_register(r.name()), event_register(t.name())});
+  }
+}
+
+std::vector<std::string> signal_names(const py::object& names, const char* side) {
+  std::vector<std::string> result;
+  std::unordered_set<std::string> seen;
+  for (const py::handle name : py::iter(names)) {
+    result.push_back(signal_name(name));
+    if (!seen.insert(result.back()).second) {
+      throw py::value_error(std::string(side) + " names " + result.back() + " twice");
+    }
+  }
+  return result;
+}
+
+void associate_fsm(const OWNER& db, const py::object& reference, const py::object& transformed,
+                   const py::object& states) {
+  kptdb::ASSOCIATE_FSM event{signal_names(reference, "reference"), signal_names(transformed, "transformed"),
+                             to_table(states).codes()};
+  const auto& [r_code, t_code] = event.states.front();
+  if (r_code.size() != event.reference.size() || t_code.size() != event.transformed.size()) {
+    throw py::value_error("the table has " + std::to_string(r_code.size()) + " and " + std::to_string(t_code.size()) +
+                          " columns for " + std::to_string(event.reference.size()) + " and " +
+                          std::to_string(event.transformed.size()) + " registers");
+  }
+  record(db, event);
+}
+
+// The groups of a map as Python gives them, with what their texts lie in.
+class GROUPS {
+ public:
+  explicit GROUPS(const py::object& groups) {
+    for (const py::handle group : py::iter(groups)) {
+      const py::tuple pair(py::reinterpret_borrow<py::object>(group));
+      if (pair.size() != 2) {
+        throw py::value_error("an index of a map is a pair of lists: registers with its value, and with its inverse");
+      }
+      m_side.emplace_back();
+      append(m_side.back().same, pair[0]);
+      append(m_side.back().inverse, pair[1]);
+    }
+  }
+  const KPT_GROUPS_SIDE& side() const { return m_side; }
+
+ private:
+  template <class LIST>
+  void append(LIST& list, const py::object& keys) {
+    if (PyUnicode_Check(keys.ptr())) {
+      throw py::type_error("a group is a list of registers, not a str");
+    }
+    for (const py::handle key : py::iter(keys)) {
+      m_objects.append(key);
+      m_keys.push_back(std::make_unique<KEY>(key));
+      list.push_back(m_keys.back()->name());
+    }
+  }
+
+  py::list m_objects;
+  std::vector<std::unique_ptr<KEY>> m_keys;
+  KPT_GROUPS_SIDE m_side;
+};
+
+KPT_ELIM_ENUM status_of(const py::object& constant, bool no_fanout) {
+  if (constant.is_none()) {
+    return no_fanout ? KPT_NO_FANOUT : KPT_NOT_ELIMINATED;
+  }
+  const long value = PyLong_Check(constant.ptr()) ? constant.cast<long>() : -1;
+  if (no_fanout || (value != 0 && value != 1)) {
+    throw py::value_error("a map is constant, 0 or 1, or without fanout");
+  }
+  return value == 1 ? KPT_STUCK_AT_ONE : KPT_STUCK_AT_ZERO;
+}
+
+MAP associate_map(const OWNER& db, const py::object& reference, const py::object& transformed, const py::object& states,
+                  const py::object& constant, bool no_fanout) {
+  const GROUPS r(reference);
+  const GROUPS t(transformed);
+  const KPT_ELIM_ENUM status = status_of(constant, no_fanout);
+  const std::unique_ptr<TABLE> table = states.is_none() ? nullptr : std::make_unique<TABLE>(to_table(states));
+  const KPT_KEYPOINTS_DB& handle = db->use();
+  const kptdb::HOST_LINES lines;
+  const KPT_REGISTER_TRANSFORMATION map = table ? handle.associate_groups(r.side(), t.side(), table->get(), status)
+                                                : handle.associate_groups(r.side(), t.side(), status);
+  if (map.is_null()) {
+    raise_refused(lines.reason());
+  }
+  return seen_from_first(db, map);
+}
+
+void replicate(const OWNER& db, const py::object& name, const py::object& replica) {
+  record(db, kptdb::REPLICATE{signal_name(name), signal_name(replica)});
+}
+
+void merge(const OWNER& db, const py::object& kept, const py::object& merged) {
+  record(db, kptdb::MERGE{signal_name(kept), signal_name(merged)});
+}
+
+void retime_inverter(const OWNER& db, const py::object& name) { record(db, kptdb::RETIME_INVERTER{signal_name(name)}); }
+
+void eliminate(const OWNER& db, const py::object& name, const std::string& reason) {
+  const KPT_ELIM_ENUM status = kpt_elim_status(reason);
+  if (status == KPT_NOT_ELIMINATED) {
+    throw py::value_error("a register is eliminated as stuck_at_zero, stuck_at_one or no_fanout, not as " + reason);
+  }
+  record(db, kptdb::ELIMINATE{signal_name(name), status});
+}
+
+void bind_associations(DATABASE_CLASS& database) {
+  database
+      .def("associate", &associate, py::arg("reference"), py::arg("transformed"),
+           "associate($self, reference, transformed)\n--\n\n"
+           "A reference register became a transformed register.\n\n"
+           "Each is a signal's name, or a tuple of a block instance's name, entity and type, or a Register of any\n"
+           "database, whose name counts. Both are new: Refused, changing nothing, when either exists.")
+      .def("associate_fsm", &associate_fsm, py::arg("reference"), py::arg("transformed"), py::arg("states"),
+           "associate_fsm($self, reference, transformed, states)\n--\n\n"
+           "A state machine was re-encoded.\n\n"
+           "`reference` and `transformed` list the signals before and after, all of them new; `states` is a\n"
+           "StateTable or pairs of codes such as (\"00\", \"100\"): character k is the bit of the k-th name.\n"
+           "ValueError for what is no table of these registers; Refused, changing nothing, when one exists.")
+      .def("associate_map", &associate_map, py::arg("reference"), py::arg("transformed"), py::kw_only(),
+           py::arg("states") = py::none(), py::arg("constant") = py::none(), py::arg("no_fanout") = false,
+           "associate_map($self, reference, transformed, *, states=None, constant=None, no_fanout=False)\n--\n\n"
+           "A map of any shape, in one step: signals and block instances, all of them new.\n\n"
+           "Each side lists its indices, and each index is a pair of lists: the registers that carry its value, and\n"
+           "those that carry the inverse. With `states` it is a state machine, and index k is column k; without, a\n"
+           "side has at most one index. `constant` is the value, 0 or 1, of the first reference register;\n"
+           "`no_fanout` tells that they drive nothing. Returns the Map. Refused, changing nothing, with the\n"
+           "library's reason.");
+}
+
+}  // namespace
+
+void bind_events(DATABASE_CLASS& database) {
+  bind_associations(database);
+  database
+      .def("replicate", &replicate, py::arg("register"), py::arg("replica"),
+           "replicate($self, register, replica)\n--\n\n"
+           "A transformed register was duplicated; the replica is new.\n\n"
+           "This event and those that follow name transformed signals, by a str or a Register; what the library\n"
+           "does not take raises Refused with its own line.")
+      .def("merge", &merge, py::arg("kept"), py::arg("merged"),
+           "merge($self, kept, merged)\n--\n\n"
+           "Two transformed registers were found equivalent, and `merged` is gone. Its map is absorbed: handles to\n"
+           "it raise Gone.")
+      .def("retime_inverter", &retime_inverter, py::arg("register"),
+           "retime_inverter($self, register)\n--\n\n"
+           "An inverter moved across a transformed register, which now holds the inverse.")
+      .def("eliminate", &eliminate, py::arg("register"), py::arg("reason"),
+           "eliminate($self, register, reason)\n--\n\n"
+           "A transformed register is gone: it is \"stuck_at_zero\", \"stuck_at_one\", or has \"no_fanout\".\n\n"
+           "The map of its reference register then tells so. ValueError for another word; the library refuses\n"
+           "\"eliminated\", which gives no reason.");
+}
+
+}  // namespace kpt_python

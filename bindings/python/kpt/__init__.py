@@ -1,0 +1,381 @@
+"""The keypoint database of a logic-synthesis flow: what became of the registers of a design.
+
+A Database records, for one design, how the registers of the reference netlist, the design as written, became those of
+the transformed netlist, the design after optimisation. A flow records what its passes do:
+
+    >>> import kpt
+    >>> db = kpt.Database("counter")
+    >>> db.associate("count", "count_reg")
+    >>> db.retime_inverter("count_reg")
+    >>> db.save("counter.xml")
+
+A consumer asks for a register:
+
+    >>> count = kpt.load("counter.xml")["count"]
+    >>> count.inverted
+    True
+    >>> [register.name for register in count.inverted_equivalents]
+    ['count_reg']
+
+Names are str; bytes of a file that are not UTF-8 come as lone surrogates and are written back as they were. Databases
+are values: the last handle that goes takes them along. One thread at a time is inside the library; loading, saving,
+uniting, composing and calls for many registers let other Python threads run meanwhile.
+"""
+import gzip as _gzip
+import json as _json
+import os as _os
+import stat as _stat
+import tempfile as _tempfile
+import warnings as _warnings
+from collections.abc import Mapping as _Mapping
+from collections.abc import MutableMapping as _MutableMapping
+
+from . import _kpt
+from ._errors import FormatError, Gone, NotSaved as _NotSaved, Refused, UnknownRegister
+from ._kpt import Bits, Database, Group, Map, Maps, Register, Registers, StateTable, __version__, trackers
+
+__all__ = [
+    "Attributes", "Bits", "Database", "FormatError", "Gone", "Group", "KptWarning", "Map", "Maps", "Refused", "Register",
+    "Registers", "StateTable", "UnknownRegister", "__version__", "compose", "load", "record", "trackers"
+]
+
+_GZIP = b"\x1f\x8b"
+
+
+class KptWarning(UserWarning):
+    """Something odd that is no failure: an element of a file that does not belong, a fact that a composition loses."""
+
+
+class Attributes(_MutableMapping):
+    """The attributes of a Register or a Map: a mapping from str to str that writes through.
+
+    save() keeps them. The names pass, stage, status and note are used by the tools. Gone as for its owner.
+    """
+
+    def __init__(self, owner):
+        self._owner = owner
+
+    def __getitem__(self, name):
+        return dict(self._owner._get_attributes())[name]
+
+    def __setitem__(self, name, value):
+        self._owner._set_attribute(name, value)
+
+    def __delitem__(self, name):
+        if not self._owner._remove_attribute(name):
+            raise KeyError(name)
+
+    def __iter__(self):
+        return (name for name, _ in self._owner._get_attributes())
+
+    def __len__(self):
+        return len(self._owner._get_attributes())
+
+    def __repr__(self):
+        return f"<kpt.Attributes: {dict(self)}>"
+
+
+# ---- files ----
+
+
+def load(source):
+    """The Database in a file.
+
+    source: a path, or a file object that is open for reading bytes; either may be packed by gzip, which is seen by its
+    content. Other threads run meanwhile. FormatError for what is no database file, with the place; OSError for what
+    cannot be opened or read. Elements that do not belong are passed over with a KptWarning.
+    """
+    if hasattr(source, "read"):
+        return _load_stream(source, str(getattr(source, "name", "<stream>")))
+    path = _os.fsdecode(source)
+    with open(path, "rb") as file:
+        if not _stat.S_ISREG(_os.fstat(file.fileno()).st_mode):
+            return _load_stream(file, path)
+        if file.read(2) == _GZIP:
+            file.seek(0)
+            return _load_stream(file, path)
+    return _finished(*_kpt._load_file(_os.fsencode(path), path), path, lambda: _bytes_of(path))
+
+
+def _bytes_of(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+def _load_stream(stream, shown):
+    start, prefix = _start_of(stream)
+    if prefix != _GZIP:
+        whole = stream if start is not None else _Prefixed(prefix, stream)
+        return _loaded(whole, start, shown)
+    packed = stream if start is not None else _Prefixed(prefix, stream)
+    try:
+        with _gzip.GzipFile(fileobj=packed, mode="rb") as file:
+            return _loaded(file, None if start is None else 0, shown)
+    except (EOFError, _gzip.BadGzipFile, _gzip.zlib.error) as problem:
+        raise FormatError(shown, 0, 0, f"not a whole gzip file: {problem}") from problem
+
+
+def _start_of(stream):
+    """Where the bytes begin, None for a stream that cannot go back, and the first two of them."""
+    seekable = getattr(stream, "seekable", None)
+    start = stream.tell() if seekable is not None and seekable() else None
+    prefix = _two_bytes(stream)
+    if start is not None:
+        stream.seek(start)
+    return start, prefix
+
+
+def _two_bytes(stream):
+    prefix = stream.read(2)
+    if not isinstance(prefix, bytes):
+        raise TypeError(f"the file was opened in text mode: read() gave a {type(prefix).__name__}")
+    while len(prefix) < 2:
+        more = stream.read(2 - len(prefix))
+        if not more:
+            break
+        prefix += more
+    return prefix
+
+
+class _Prefixed:
+    """A stream with bytes that were read of it already."""
+
+    def __init__(self, prefix, stream):
+        self._prefix = prefix
+        self._stream = stream
+
+    def read(self, size=-1):
+        if not self._prefix:
+            return self._stream.read(size)
+        taken = self._prefix if size < 0 else self._prefix[:size]
+        self._prefix = self._prefix[len(taken):]
+        return taken + (self._stream.read() if size < 0 else b"")
+
+
+def _loaded(stream, start, shown):
+    def rewind():
+        stream.seek(start)
+
+    def read_again():
+        rewind()
+        return stream.read()
+
+    if start is None:
+        return _finished(*_kpt._load_stream(stream, None, shown), shown, None)
+    return _finished(*_kpt._load_stream(stream, rewind, shown), shown, read_again)
+
+
+def _finished(db, unexpected, shown, read_again):
+    if len(db.reference) + len(db.transformed) == 0 and read_again is not None:
+        _refuse_other_files(shown, read_again)
+    if unexpected:
+        _warnings.warn(f"{shown}: {unexpected} unexpected elements are read as transformations", KptWarning,
+                       stacklevel=4)
+    return db
+
+
+def _refuse_other_files(shown, read_again):
+    root = _kpt._foreign_root(read_again())
+    if root:
+        raise FormatError(shown, 1, 0, f"not a keypoint database: its root element is {root}, not kpt_db")
+
+
+def _save(self, path):
+    """Writes the database file, whole or not at all: an earlier file is there until the new one is on the disk.
+
+    A path that ends in .gz gives a file packed by gzip. Other threads run meanwhile. Refused for a name that no file
+    can hold; OSError for what cannot be written.
+    """
+    path = _os.fsdecode(path)
+    if "\0" in path:
+        raise ValueError("a path has no null character")
+    if not path.endswith(".gz"):
+        _save_plain(self, path)
+        return
+    with _tempfile.TemporaryDirectory(dir=_os.path.dirname(path) or ".", prefix=".kpt-") as folder:
+        plain = _os.path.join(folder, "plain")
+        packed = _os.path.join(folder, "packed")
+        _save_plain(self, plain)
+        _pack(plain, packed)
+        _keep_mode(path, packed)
+        _os.replace(packed, path)
+
+
+def _save_plain(db, path):
+    try:
+        db._save(_os.fsencode(path))
+    except _NotSaved as problem:
+        reason = str(problem)
+    else:
+        return
+    _os.stat(_os.path.dirname(path) or ".")  # the usual reason has an exception of its own
+    if "cannot be saved" in reason:
+        raise Refused(reason)
+    raise OSError(reason)
+
+
+def _pack(plain, packed):
+    with open(plain, "rb") as source, open(packed, "wb") as target:
+        with _gzip.GzipFile(filename="", fileobj=target, mode="wb", mtime=0) as file:
+            while block := source.read(1 << 20):
+                file.write(block)
+        target.flush()
+        _os.fsync(target.fileno())
+
+
+def _keep_mode(path, packed):
+    try:
+        mode = _os.stat(path).st_mode
+    except FileNotFoundError:
+        mode = _os.stat(_os.path.join(_os.path.dirname(packed), "plain")).st_mode
+    _os.chmod(packed, _stat.S_IMODE(mode))
+
+
+# ---- several databases ----
+
+
+def compose(stages, name=None, *, least_share=0.5, keeps_unrecorded=False):
+    """A new Database with what successive stages say together, first to last: exact, and the stages are left as they
+    were.
+
+    name: of the result, by default that of the first stage.
+    least_share: the share, 0 to 1, of the registers that a stage starts from and that the stage before has to know.
+    keeps_unrecorded: whether a register that a stage does not mention is unchanged by it.
+
+    Refused, with the reason, when two stages do not fit or contradict each other. What the stages say and the
+    composition does not comes as a KptWarning each. Other threads run meanwhile.
+    """
+    stages = list(stages)
+    if name is None:
+        name = stages[0].name if stages else "composition"
+    composed, _, losses = _kpt._compose(stages, name, least_share, keeps_unrecorded)
+    for loss in losses:
+        _warnings.warn(loss, KptWarning, stacklevel=2)
+    return composed
+
+
+# ---- event files ----
+
+
+def record(events, name=None):
+    """A new Database with the events of an event file.
+
+    events: a path, whose file may be packed by gzip; or an iterable of lines, str or bytes, or of events as dicts.
+    name: of the database, by default the file's own name without its endings.
+
+    The first line that is refused raises Refused, the first that is no event FormatError, both with the place.
+    """
+    if name is None:
+        if not isinstance(events, (str, bytes, _os.PathLike)):
+            raise TypeError("a database from an iterable of events needs a name")
+        name = _os.path.basename(_os.fsdecode(events)).removesuffix(".gz").rsplit(".", 1)[0]
+    db = Database(name)
+    db.record(events)
+    return db
+
+
+_LINES_A_CALL = 4096
+
+
+def _record(self, events):
+    """Records the events of an event file: a path, or an iterable of lines or of dicts, as for kpt.record.
+
+    Returns how many there were. Those before the first line that is refused, or is no event, stay recorded.
+    """
+    if isinstance(events, (str, bytes, _os.PathLike)):
+        path = _os.fsdecode(events)
+        with open(path, "rb") as file:
+            packed = file.read(2) == _GZIP
+        with (_gzip.open if packed else open)(path, "rb") as file:
+            return _record_lines(self, path, file)
+    return _record_lines(self, "<events>", events)
+
+
+def _record_lines(db, shown, lines):
+    recorded = 0
+    batch = []
+    for number, line in enumerate(lines, 1):
+        text = _line_of(line)
+        if text and not text.isspace():
+            batch.append((number, text))
+        if len(batch) == _LINES_A_CALL:
+            recorded += _record_batch(db, shown, batch, recorded)
+            batch = []
+    return recorded + _record_batch(db, shown, batch, recorded)
+
+
+def _line_of(line):
+    if isinstance(line, _Mapping):
+        return _json.dumps(dict(line))
+    if isinstance(line, (bytes, bytearray)):
+        return line.decode(errors="surrogateescape")
+    if not isinstance(line, str):
+        raise TypeError(f"an event is a line or a dict, not {type(line).__name__}")
+    return line
+
+
+def _record_batch(db, shown, batch, before):
+    count, refusal = db._record_lines([text for _, text in batch])
+    if refusal is None:
+        return count
+    event, reason = refusal
+    number = batch[count][0]
+    if not event:
+        raise FormatError(shown, number, 0, reason)
+    raise Refused(reason, index=before + count, event=event, file=shown, line=number)
+
+
+# ---- tables ----
+
+_NUMBERS = {"id": "int64", "map": "int64", "inverted": "int8", "constant": "int8"}
+
+
+def _to_records(self, side="reference", *, numpy=None):
+    """A dict of columns, a row for each register of a side, as pandas.DataFrame and polars.DataFrame take it.
+
+    side: "reference" or "transformed". numpy: whether the columns are numpy arrays, by default when numpy is
+    installed; else they are lists. The columns:
+
+    name, entity, type: str; entity and type are empty for a signal.
+    id: the register's number in a file.
+    fate: "mapped", "machine", "constant", "without_fanout" or "unknown", as Map.fate.
+    map: the number of its map; 0 without one.
+    counterpart: the name of the register's representative in the other netlist; empty where it has none.
+    inverted, constant: 0 or 1, as in Map; -1 where that is not known.
+
+    Other threads run while the library is asked.
+    """
+    records = self._records(side)
+    if numpy is None:
+        numpy = _has_numpy()
+    if not numpy:
+        return records
+    import numpy as np
+
+    return {name: np.array(values, dtype=_NUMBERS.get(name, object)) for name, values in records.items()}
+
+
+def _has_numpy():
+    try:
+        import numpy  # noqa: F401
+    except ImportError:
+        return False
+    return True
+
+
+def _adopt():
+    """Gives the classes of the extension module their home here, and what is written in Python."""
+    for value in (Bits, Database, Group, Map, Maps, Register, Registers, StateTable, trackers):
+        if isinstance(value, type):
+            value.__module__ = __name__
+    for error in (FormatError, Gone, Refused, UnknownRegister):
+        error.__module__ = __name__
+    for function, name in ((_save, "save"), (_record, "record"), (_to_records, "to_records")):
+        function.__name__ = name
+        function.__qualname__ = f"Database.{name}"
+        setattr(Database, name, function)
+    for owner in (Map, Register):
+        owner.attributes = property(Attributes, doc="Its Attributes: a mapping from str to str that writes through.")
+
+
+_adopt()

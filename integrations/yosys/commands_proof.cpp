@@ -1,0 +1,151 @@
+// The commands that prove netlists by what a keypoint database says.
+#include <cstdio>
+#include <fstream>
+
+#include "command_support.h"
+#include "proof.h"
+#include "proof_status.h"
+
+namespace {
+
+using namespace kpt_yosys;
+
+struct KPT_APPLY : Yosys::Pass {
+  KPT_APPLY() : Pass("kpt_apply", "prepare an equivalence proof by a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_apply [-name <name>] -encfile <file> <gold> <gate>\n\n"
+        "Gives the registers of two flat modules, before and after synthesis, names that both\n"
+        "share, and writes the codes of state machines to the file. Then prove:\n\n"
+        "    equiv_make -encfile <file> gold gate equiv\n"
+        "    equiv_simple equiv; equiv_induct equiv; equiv_status -assert equiv\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string name = "kpt";
+    std::string file;
+    std::size_t at = 1;
+    while (at < args.size() && (takes(args, at, "-name", name) || takes(args, at, "-encfile", file))) {
+      ++at;
+    }
+    if (file.empty() || at + 2 != args.size()) {
+      Yosys::log_cmd_error("Give -encfile <file> and two modules.\n");
+    }
+    RTLIL::Module* const gold = design->module(RTLIL::escape_id(args[at]));
+    RTLIL::Module* const gate = design->module(RTLIL::escape_id(args[at + 1]));
+    if (gold == nullptr || gate == nullptr) {
+      Yosys::log_cmd_error("There is no module %s.\n", args[gold == nullptr ? at : at + 1].c_str());
+    }
+    const KPT_KEYPOINTS_DB* const db = find_database(name);
+    std::ofstream codes(file);
+    kpt_yosys::PROOF_SUMMARY done;
+    guarded([&] { done = kpt_yosys::prepare_proof(*db, gold, gate, codes); });
+    if (!codes.flush()) {
+      Yosys::log_cmd_error("Cannot write %s.\n", file.c_str());
+    }
+    Yosys::log("Matched %zu registers, %zu constants and %zu state machines; %zu drive nothing, %zu are missing.\n",
+               done.m_registers, done.m_constants, done.m_machines, done.m_no_fanout, done.m_missing);
+  }
+} kpt_apply;
+
+void report(const PROOF_STATUS& status) {
+  for (const std::string& first : status.m_open) {
+    Yosys::log("Unproven: %s.\n", first.c_str());
+  }
+  for (const std::string& first : status.m_refuted) {
+    Yosys::log_warning("Refuted by power-up values: %s.\n", first.c_str());
+  }
+  Yosys::log("Facts: %zu proved, %zu claimed, %zu refuted, %zu not in the proof. Unproven cells: %zu.\n",
+             status.m_proved, status.m_claimed, status.m_refuted.size(), status.m_absent, status.m_unproven_cells);
+}
+
+struct KPT_STATUS : Yosys::Pass {
+  KPT_STATUS() : Pass("kpt_status", "read what a proof left back into a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_status [-name <name>] [<equiv>]\n\n"
+        "Looks at the $equiv cells of the module (default: equiv) that was proven as 'kpt_apply' says,\n"
+        "and sets the attribute 'status' of each fact of the database that is in it: 'proved' when no\n"
+        "cell is unproven, 'refuted' when power-up values contradict it, else 'claimed'. 'kpt_save'\n"
+        "keeps it.\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string name = "kpt";
+    std::string equiv = "equiv";
+    std::size_t at = 1;
+    while (at < args.size() && takes(args, at, "-name", name)) {
+      ++at;
+    }
+    if (at < args.size()) {
+      equiv = args[at++];
+    }
+    if (at != args.size()) {
+      Yosys::log_cmd_error("Give one module.\n");
+    }
+    RTLIL::Module* const module = design->module(RTLIL::escape_id(equiv));
+    if (module == nullptr) {
+      Yosys::log_cmd_error("There is no module %s.\n", equiv.c_str());
+    }
+    const KPT_KEYPOINTS_DB* const db = find_database(name);
+    kpt_yosys::PROOF_STATUS status;
+    guarded([&] { status = kpt_yosys::read_proof_status(*db, module); });
+    report(status);
+  }
+} kpt_status;
+
+struct KPT_PROVE : Yosys::Pass {
+  KPT_PROVE() : Pass("kpt_prove", "prove a netlist equal to its source by a keypoint database") {}
+  void help() override {
+    Yosys::log(
+        "\n    kpt_prove [options] <gold> <gate>\n\n"
+        "Flattens both modules, makes registers of their memories and lets the database say which\n"
+        "registers belong together ('kpt_apply'), settles what the source leaves open at zero and makes\n"
+        "asynchronous resets synchronous. Then makes the module 'equiv' of both, proves what it can and\n"
+        "reads the outcome back ('kpt_status'). Both modules are changed.\n\n"
+        "    -name <name>\n        the database (default: kpt)\n\n"
+        "    -simple <number>\n        how many clocks equiv_simple looks back (default: 2)\n\n"
+        "    -induct <number>\n        how many steps equiv_induct goes up to (default: 4)\n\n"
+        "    -assert\n        end with an error when something stays unproven\n\n");
+  }
+  void execute(Arguments args, RTLIL::Design* design) override {
+    std::string name = "kpt";
+    std::string simple = "2";
+    std::string induct = "4";
+    bool asserts = false;
+    std::size_t at = 1;
+    for (; at < args.size(); ++at) {
+      if (args[at] == "-assert") {
+        asserts = true;
+      } else if (!takes(args, at, "-name", name) && !takes(args, at, "-simple", simple) &&
+                 !takes(args, at, "-induct", induct)) {
+        break;
+      }
+    }
+    if (at + 2 != args.size()) {
+      Yosys::log_cmd_error("Give two modules.\n");
+    }
+    for (const std::string& module : {args[at], args[at + 1]}) {
+      if (design->module(RTLIL::escape_id(module)) == nullptr) {
+        Yosys::log_cmd_error("There is no module %s.\n", module.c_str());
+      }
+    }
+    if (design->module(RTLIL::escape_id("equiv")) != nullptr) {
+      Yosys::log_cmd_error("There is a module equiv already.\n");
+    }
+    find_database(name);
+    const std::string both = args[at] + " " + args[at + 1];
+    const std::string codes = Yosys::make_temp_file();
+    // Nothing is cleaned up on the way: that would delete nets by which registers are found.
+    for (const std::string& step :
+         {std::string("proc"), "flatten " + both, "memory_collect " + both, "memory_map " + both,
+          "kpt_apply -name " + name + " -encfile " + codes + " " + both, "pmuxtree " + both, "setundef -zero " + both,
+          "async2sync " + both, "equiv_make -encfile " + codes + " " + both + " equiv",
+          "equiv_simple -seq " + simple + " equiv", "equiv_induct -seq " + induct + " equiv"}) {
+      Yosys::Pass::call(design, step);
+    }
+    std::remove(codes.c_str());
+    Yosys::Pass::call(design, "kpt_status -name " + name + " equiv");
+    Yosys::Pass::call(design, asserts ? "equiv_status -assert equiv" : "equiv_status equiv");
+  }
+} kpt_prove;
+
+}  // namespace

@@ -1,0 +1,50 @@
+// Registers of two netlists that hold the same, or the inverse, at all times.
+//
+// Ownership: owns both netlists.
+#ifndef REGISTER_PAIRS_H
+#define REGISTER_PAIRS_H
+
+#include <vector>
+
+#include "side_by_side.h"
+
+namespace kpt_yosys {
+
+class REGISTER_PAIRS {
+ public:
+  REGISTER_PAIRS(SIMULATION before, SIMULATION after) : m_both(std::move(before), std::move(after)) {}
+
+  /// Both are numbers in storage(); m_after is -1 for the constant 0.
+  struct PAIR {
+    int m_before = -1;
+    int m_after = -1;
+    bool m_inverted = false;
+  };
+
+  const SIMULATION& before() const { return m_both.reference(); }
+  const SIMULATION& after() const { return m_both.present(); }
+
+  /// One that is known to hold. A number of -1, for a register that is not there, leaves it out.
+  void add_known(const PAIR& pair);
+  /// At most one pair for each register of before that is in no known one. Empty, rather than after a long time, for
+  /// a netlist that is large or has loops.
+  std::vector<PAIR> proven();
+
+ private:
+  void find_candidates();
+  bool starts_alike(const PAIR& pair) const;
+  void choose_one_each();
+  bool drop_what_fails();
+  void drop(const std::vector<char>& fails);
+  bool fails_at_random(std::uint64_t seed, std::vector<char>& fails) const;
+  bool fails_by_solver(std::vector<char>& fails);
+
+  SIDE_BY_SIDE m_both;
+  std::vector<PAIR> m_known;
+  std::vector<PAIR> m_candidates;
+  bool m_gave_up = false;
+};
+
+}  // namespace kpt_yosys
+
+#endif

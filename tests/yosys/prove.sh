@@ -1,0 +1,61 @@
+# kpt_prove does the whole proof in one command; without the database the same netlist stays unproven.
+. "${0%/*}/flow.sh"
+
+# proven log design netlist database [option]: gold is the source.
+proven() {
+  locate "$2"
+  run "$1" "read_verilog $source; hierarchy -top $top; proc; flatten; rename $top gold
+            read_rtlil $3; rename $top gate; read_verilog $KPT_RTL/cells.v; kpt_load $4; kpt_prove ${5:-} gold gate"
+}
+
+for design in elevator fifo framer mult16; do
+  locate $design
+  run log "read_verilog $source; kpt_track -top $top; synth -flatten -top $top; rename -hide w:*; kpt_stage
+           kpt_save kpt.xml; write_rtlil gate.il"
+  proven log $design gate.il kpt.xml -assert
+  grep -q '^Facts: [1-9][0-9]* proved, 0 claimed, 0 refuted, .* Unproven cells: 0\.$' log || fail "$design: $(grep Facts log)"
+done
+
+# Into cells of a technology.
+locate elevator
+run log "read_verilog $source; kpt_track -top $top; synth -flatten -top $top; $cells; kpt_stage
+         kpt_save kpt.xml; write_rtlil gate.il"
+proven log elevator gate.il kpt.xml -assert
+
+# A wrong database proves nothing; without -assert that is told, and is no error.
+sed -e 's/>floor\[0\]</>other</' -e 's/>moving</>floor[0]</' -e 's/>other</>moving</' kpt.xml >wrong.xml
+proven log elevator gate.il wrong.xml
+grep -q '^Facts: 0 proved, [1-9][0-9]* claimed, ' log || fail "proven all the same"
+sources="read_verilog $source; hierarchy -top $top; proc; flatten; rename $top gold; read_rtlil gate.il; rename $top gate"
+refused 'Found [1-9][0-9]* unproven' "$sources; read_verilog $KPT_RTL/cells.v; kpt_load wrong.xml; kpt_prove -assert gold gate"
+# As far as the proof goes is the user's choice.
+run log "$sources; read_verilog $KPT_RTL/cells.v; kpt_load kpt.xml; kpt_prove -simple 1 -induct 1 gold gate"
+grep -q 'EQUIV_INDUCT' log || fail "not proven by induction"
+
+refused 'Give two modules' "kpt_prove gold"
+refused 'There is no module gold' "kpt_prove gold gate"
+refused 'There is no keypoint database called kpt' "$sources; kpt_prove gold gate"
+refused 'There is a module equiv already' "$sources; kpt_load kpt.xml; read_verilog $KPT_RTL/cells.v; kpt_prove gold gate; kpt_prove gold gate"
+
+# What the source leaves open, synthesis chooses; settled before, it has nothing to choose.
+cat >open.v <<'V'
+module open(input clk, input [1:0] s, input [1:0] wa, input we, input d, output reg q, output m);
+  reg [1:0] r;
+  reg [3:0] words [3:0];
+  always @(posedge clk) begin
+    case (s)
+      2'd0: r <= {d, q};
+      2'd1: r <= {q, d};
+      default: r <= 2'bxx;
+    endcase
+    q <= r[0] ^ r[1];
+    if (we) words[wa] <= {r, s};
+  end
+  assign m = ^words[s];
+endmodule
+V
+run log "read_verilog open.v; kpt_track -settle -top open; synth -flatten -top open; rename -hide w:*; kpt_stage
+         kpt_save kpt.xml; write_rtlil gate.il"
+expect log '19 of 19 reference registers accounted for'
+run log "read_verilog open.v; proc; rename open gold; read_rtlil gate.il; rename open gate; kpt_load kpt.xml
+         kpt_prove -assert gold gate"

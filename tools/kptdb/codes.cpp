@@ -1,0 +1,36 @@
+#include "codes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace kptdb {
+
+namespace {
+
+// Of pairs in order, equal ones taken out: two neighbours of one first code face two others.
+std::string contradiction(const STATE_CODES& codes, const char* side, const char* other) {
+  const auto found =
+      std::adjacent_find(codes.begin(), codes.end(), [](const auto& a, const auto& b) { return a.first == b.first; });
+  return found == codes.end() ? std::string()
+                              : fmt::format("the {} code {} faces the {} codes {} and {}", side, found->first, other,
+                                            found->second, std::next(found)->second);
+}
+
+}  // namespace
+
+std::string contradiction_in(STATE_CODES codes) {
+  std::sort(codes.begin(), codes.end());
+  codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
+  const std::string of_reference = contradiction(codes, "reference", "transformed");
+  if (!of_reference.empty()) {
+    return of_reference;
+  }
+  for (auto& [reference, transformed] : codes) {
+    reference.swap(transformed);
+  }
+  std::sort(codes.begin(), codes.end());
+  return contradiction(codes, "transformed", "reference");
+}
+
+}  // namespace kptdb
