@@ -12,7 +12,7 @@ std::string file_text(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The session's block: what stands between the marker and the end of the code behind it.
+// The block of a session: from the marker to the end of the code after it.
 std::string block(const std::string& marker) {
   const std::string text = file_text(std::string(KPT_SOURCES) + "/README.md");
   const std::size_t at = text.find("<!-- " + marker + " -->");
@@ -25,7 +25,7 @@ std::string block(const std::string& marker) {
 
 class Readme : public TOOL_TEST {
  protected:
-  // Every line behind "$ " is run, and what it prints has to stand below it.
+  // Runs every line after "$ ", and compares the output with the lines below it.
   void expect_session(const std::string& session) const {
     ASSERT_NE(session, "");
     std::string command;
