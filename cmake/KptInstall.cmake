@@ -1,6 +1,6 @@
-# Install rules: headers below include/kpt, so that `#include "db/kpt/kpt.h"` reads alike here and
-# at a client; libraries; package files for find_package(kpt) and pkg-config. The components library,
-# host, dev, tool, yosys and python are what a distribution packages apart.
+# Install rules: headers below include/kpt, so that `#include "db/kpt/kpt.h"` is the same here and in
+# a client; libraries; package files for find_package(kpt) and pkg-config. A distribution makes one
+# package of each of the components library, host, dev, tool, yosys and python.
 if(NOT TARGET kpt)
   return()
 endif()
@@ -10,7 +10,7 @@ include(CMakePackageConfigHelpers)
 set(kpt_headers ${CMAKE_INSTALL_INCLUDEDIR}/kpt)
 set(kpt_package ${CMAKE_INSTALL_LIBDIR}/cmake/kpt)
 
-# Of the library's headers, those that a client or a derived class needs.
+# The headers that a client or a derived class needs.
 install(DIRECTORY h DESTINATION ${kpt_headers} COMPONENT dev FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY db DESTINATION ${kpt_headers} COMPONENT dev
         FILES_MATCHING PATTERN "*.h"
@@ -37,7 +37,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/kptConfigVersion.cmake CO
 install(FILES ${PROJECT_BINARY_DIR}/kptConfig.cmake ${PROJECT_BINARY_DIR}/kptConfigVersion.cmake
         DESTINATION ${kpt_package} COMPONENT dev)
 
-# The package files name their directories relative to where they lie: a prefix can be moved.
+# The package files name directories relative to their own, so a prefix can be moved.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
            OUTPUT_VARIABLE kpt_up_to_prefix)
 foreach(package IN ITEMS kpt kpt_host)

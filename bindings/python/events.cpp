@@ -16,7 +16,7 @@ namespace py = pybind11;
 
 namespace {
 
-// Raises Refused with the library's own line, or where it is silent with what can be seen from outside.
+// Raises Refused with the library's own line or, when there is none, with a reason that can be seen from outside.
 void record(const OWNER& db, const kptdb::EVENT& event) {
   const KPT_KEYPOINTS_DB& handle = db->use();
   std::string reason;
@@ -37,7 +37,7 @@ kptdb::EVENT_REGISTER event_register(const KPT_REGISTER_NAME& name) {
   return reg;
 }
 
-// Two signals, the common case, without an event: it allocates nothing but what it records.
+// Two signals, the common case, without an event: allocates only what it records.
 void associate(const OWNER& db, const py::object& reference, const py::object& transformed) {
   const KEY r(reference);
   const KEY t(transformed);
@@ -73,7 +73,7 @@ void associate_fsm(const OWNER& db, const py::object& reference, const py::objec
   record(db, event);
 }
 
-// The groups of a map as Python gives them, with what their texts lie in.
+// The groups of a map as Python gives them, with the objects that hold their texts.
 class GROUPS {
  public:
   explicit GROUPS(const py::object& groups) {

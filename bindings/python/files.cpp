@@ -1,4 +1,4 @@
-// Loading, saving, uniting, composing, and event files: what takes long.
+// Loading, saving, uniting, composing, and event files: the calls that take long.
 #include <pybind11/stl.h>
 
 #include <utility>
@@ -29,7 +29,7 @@ struct LOADED {
   std::size_t unexpected = 0;  // elements that the library reads as transformations
 };
 
-// The library tells of elements that do not belong as internal errors, and reads on.
+// The library reports elements that do not belong as internal errors, and continues.
 class UNEXPECTED_ELEMENTS {
  public:
   explicit UNEXPECTED_ELEMENTS(std::size_t& count) {
@@ -57,7 +57,7 @@ LOADED load_quietly(LOAD load) {
   raise("FormatError", to_python(file), problem.line, problem.column, to_python(problem.message));
 }
 
-// A database, and how many elements did not belong.
+// A database, and the number of elements that did not belong.
 py::tuple taken_over(LOADED loaded, std::string_view file) {
   if (loaded.db.is_null()) {
     raise_format_error(file, loaded.problem);
@@ -81,7 +81,7 @@ py::tuple load_stream(const py::object& stream, const py::object& rewind, const 
   return taken_over(std::move(loaded), file);
 }
 
-// The name of the root element of a file that is no keypoint database; empty where it may be one.
+// The name of the root element of a file that is not a keypoint database; empty when it may be one.
 std::string foreign_root(const py::bytes& text) {
   const kptdb::OUTLINE outline = kptdb::outline_of(text);
   return outline.root == "kpt_db" || outline.has_register_set ? std::string() : outline.root;
@@ -130,7 +130,7 @@ py::list texts_of(const KPT_STRING_VECTOR& lines) {
   return result;
 }
 
-// The composition, how the stages fit, and what they say and it does not.
+// The composition, how well the stages fit, and what the stages say and the composition leaves out.
 py::tuple compose(const std::vector<OWNER>& stages, const py::object& name, double least_share, bool keeps_unrecorded) {
   const TEXT text(name, "a database's name");
   OWNER result;
@@ -155,7 +155,7 @@ py::tuple compose(const std::vector<OWNER>& stages, const py::object& name, doub
 
 // ---- event files ----
 
-// Why the line was not recorded. It is no event where `event` is empty.
+// Why the line was not recorded. When `event` is empty, the line is not an event.
 struct REFUSAL {
   std::size_t line;
   std::string event;
@@ -173,8 +173,8 @@ std::optional<REFUSAL> replay_line(const KPT_KEYPOINTS_DB& db, std::size_t numbe
   }
 }
 
-// How many lines were recorded before the first that was not; and of that one its place in the list, the event
-// and the reason, or None.
+// The number of lines that were recorded before the first that was not, and then
+// the position, the event and the reason of that line, or None.
 py::tuple record_lines(const OWNER& db, const py::list& given) {
   std::vector<std::string> events;
   events.reserve(given.size());

@@ -1,4 +1,4 @@
-"""The stubs say what the module has, and the examples pass by them."""
+"""The stubs match the module, and the examples pass the type checker with them."""
 import ast
 import os
 import pathlib
@@ -16,7 +16,7 @@ CLASSES = {node.name: node for node in STUB.body if isinstance(node, ast.ClassDe
 
 
 def mypy(path, cache):
-    """Without the checkers of the build under test, which are not mypy's."""
+    """Without the sanitizers of the tested build, which mypy does not have."""
     environment = {name: value for name, value in os.environ.items() if name not in ("LD_PRELOAD", "PYTHONPATH")}
     environment["MYPYPATH"] = str(PACKAGE.parent)
     command = [sys.executable, "-m", "mypy", "--strict", "--cache-dir", str(cache), str(path)]

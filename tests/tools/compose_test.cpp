@@ -1,4 +1,4 @@
-// compose and explain: what stages say together, and the way of one register through them.
+// compose and explain: what stages say together, and the path of one register through them.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -18,7 +18,7 @@ std::string eliminate(const std::string& t, const std::string& reason) {
 
 class Compose : public TOOL_TEST {
  protected:
-  // q is inverted by the first stage and constant for the second.
+  // The first stage inverts q, and the second finds it constant.
   void record_inverted_constant() const {
     record("1.xml", associate("p", "p1") + associate("q", "q1") + retime("q1"));
     record("2.xml", associate("p1", "p2") + associate("q1", "q2") + eliminate("q2", "stuck_at_zero"));

@@ -1,4 +1,4 @@
-// How the tool talks: help, hints, reasons, colours, progress, JSON for programs, completions.
+// How the tool communicates: help, hints, reasons, colours, progress, JSON for programs, completions.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"

@@ -14,7 +14,7 @@ using JSON = nlohmann::json;
 class Names : public TOOL_TEST {
  protected:
   void SetUp() override { record("d.xml", DESIGN); }
-  // The names that a command answers, in their order.
+  // The names that a command prints, in order.
   std::vector<std::string> found(std::vector<std::string> arguments) const {
     arguments.emplace_back("--json");
     const RUN_RESULT result = kptdb(arguments);

@@ -37,7 +37,7 @@ std::string block(const std::string& marker) {
 
 class Readme : public TOOL_TEST {
  protected:
-  // Every line behind "$ " is run, and what it prints has to stand below it.
+  // Runs every line after "$ ", and compares the output with the lines below it.
   void expect_session(const std::string& session) const {
     ASSERT_NE(session, "");
     std::string command;

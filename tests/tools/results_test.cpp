@@ -1,4 +1,4 @@
-// unite and export: files that are there whole or not at all.
+// unite and export: files that are complete or not written.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -36,8 +36,8 @@ TEST_F(Unite, SaysSoAsJson) {
                             "fits":["stage 2 starts from 1 registers, 1 of them known to stage 1"],"warnings":[]})"));
 }
 
-// Registers that only the second stage knows get ids of their own: a file tells registers apart
-// by nothing else.
+// Registers that only the second stage has get ids of their own, because a file
+// identifies registers only by ids.
 TEST_F(Unite, GivesNewRegistersNewIds) {
   record("1.xml", associate("a", "b") + associate("p", "q"));
   record("2.xml", associate("b", "c") + associate("new1", "n1") + associate("new2", "n2"));
