@@ -171,13 +171,14 @@ TEST_F(EventsRoundTrip, AnswersEveryQuestionOfAnyDatabaseInTheSameWay) {
 
 // The first register of the n group is none: the status is said of it, and the table's column too.
 TEST_F(EventsRoundTrip, SaysNoMoreOfAMapThatNamesIdsOfNoRegister) {
-  record("d.xml",
-         R"({"event":"map","reference":[{"same":["a"],"inverse":["b"]}],"transformed":[{"same":["c"]}],"status":"stuck_at_one"})"
-         "\n"
-         R"({"event":"map","reference":[{"same":["p"],"inverse":["q"]}],"transformed":[{"same":["s"]}],"states":[["0","1"],["1","0"]]})"
-         "\n"
-         R"({"event":"map","reference":[{"same":["x"]}],"transformed":[{"same":["y"]}],"status":"no_fanout"})"
-         "\n");
+  record(
+      "d.xml",
+      R"({"event":"map","reference":[{"same":["a"],"inverse":["b"]}],"transformed":[{"same":["c"]}],"status":"stuck_at_one"})"
+      "\n"
+      R"({"event":"map","reference":[{"same":["p"],"inverse":["q"]}],"transformed":[{"same":["s"]}],"states":[["0","1"],["1","0"]]})"
+      "\n"
+      R"({"event":"map","reference":[{"same":["x"]}],"transformed":[{"same":["y"]}],"status":"no_fanout"})"
+      "\n");
   std::string text = read("d.xml");
   for (const char* const id : {"<kp id=\"0\">", "<kp id=\"2\">"}) {
     text.replace(text.find(id), 8, "<kp id=\"77");
