@@ -164,9 +164,7 @@ class ANSWERS {
   }
 
   static std::string word_of_transformed(const KPT_REGISTER_TRANSFORMATION& map) {
-    return map.has_fsm()                                      ? "machine"
-           : map.is_stuck_at_zero() || map.is_stuck_at_one() ? "constant"
-                                                              : "mapped";
+    return map.has_fsm() ? "machine" : map.is_stuck_at_zero() || map.is_stuck_at_one() ? "constant" : "mapped";
   }
 
   static std::string value_of(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place) {
@@ -206,9 +204,9 @@ class DIFFERENCES {
     }
     KPT_STRING_VECTOR lines;
     for (const auto& [kind, difference] : m_found) {
-      lines.emplace_back(std::string_view(fmt::format(
-          "{}: {}; for example {}", counted(difference.count, kind.substr(0, kind.find(':'))),
-          kind.substr(kind.find(':') + 2), difference.example)));
+      lines.emplace_back(std::string_view(fmt::format("{}: {}; for example {}",
+                                                      counted(difference.count, kind.substr(0, kind.find(':'))),
+                                                      kind.substr(kind.find(':') + 2), difference.example)));
     }
     return lines;
   }

@@ -78,7 +78,7 @@ std::string signal_code(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigne
 }
 
 bool widths_fit(const KPT_REGISTER_TRANSFORMATION& map, const KPT_STATE_TABLE& table) {
-  return map.get_number_of_indices(KPT_REFERENCE_SET) == width_of(table, KPT_REFERENCE_SET) &&
+  return !has_void_table(map) && map.get_number_of_indices(KPT_REFERENCE_SET) == width_of(table, KPT_REFERENCE_SET) &&
          map.get_number_of_indices(KPT_TRANSFORMED_SET) == width_of(table, KPT_TRANSFORMED_SET);
 }
 

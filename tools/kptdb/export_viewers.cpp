@@ -63,6 +63,7 @@ std::vector<const FACT_MEMBER*> columns_of(const FACTS& facts, const FACT& fact,
 SHOWN_MACHINE shown_machine(const FACTS& facts, const FACT& fact) {
   const std::vector<const FACT_MEMBER*> columns = columns_of(facts, fact, false);
   std::vector<std::string> names;
+  names.reserve(columns.size());
   for (const FACT_MEMBER* member : columns) {
     names.push_back(member == nullptr ? "?" : name_in_netlist(member->reg, '.'));
   }
@@ -209,7 +210,7 @@ class GTKWAVE_FILES {
     const std::string filter = fmt::format("{}/machine_{}.txt", m_options.folder, ++m_machines);
     std::string text = "# " + machine.label + "\n";
     for (const auto& [key, code] : machine.codes) {
-      text += key + " " + code + "\n";
+      text += fmt::format("{} {}\n", key, code);
     }
     write_file(filter, text);
     // A trace of one bit has no braces of a vector.

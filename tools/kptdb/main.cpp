@@ -234,6 +234,8 @@ struct COMMAND_LINE {
     c->add_option("--scope", audit.scope, "The scope of the source in its dump, as tb.dut");
     c->add_option("--netlist-scope", audit.transformed_scope, "The scope of the netlist (default: the same)");
     c->add_option("--divider", audit.divider, "What stands between the instances of a name (default: .)");
+    c->add_flag("--write", audit.write,
+                "Put what was found into the database: refuted, or claimed where nothing was said");
     add_json(c, audit.json);
   }
 

@@ -114,6 +114,11 @@ STATUS status_of(const REGISTER& reg) {
   return kind == ELIMINATED_MAP ? ELIMINATED : kind == OPEN_MAP ? UNANSWERED : MAPPED;
 }
 
+bool has_void_table(const KPT_REGISTER_TRANSFORMATION& map) {
+  const KPT_STRING partial = map.get_attribute("partial");
+  return std::string_view(partial) == "table";
+}
+
 KPT_SET_ENUM other_side(KPT_SET_ENUM side) {
   return side == KPT_REFERENCE_SET ? KPT_TRANSFORMED_SET : KPT_REFERENCE_SET;
 }

@@ -50,6 +50,10 @@ std::string_view fate_word(const REGISTER& reg);
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map);
 STATUS status_of(const REGISTER& reg);
 
+/// Whether the map says itself that its table is not to be read: events have left it with a column
+/// of a register that is gone.
+bool has_void_table(const KPT_REGISTER_TRANSFORMATION& map);
+
 KPT_SET_ENUM other_side(KPT_SET_ENUM side);
 /// How many registers a side lists, null ones left out.
 std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);

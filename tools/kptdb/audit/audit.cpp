@@ -228,6 +228,20 @@ class REPORT {
   std::size_t m_weak = 0;
 };
 
+// A simulation refutes, and proves nothing: what held is claimed, as before, and what was refuted or
+// proved earlier stays so unless it was seen to be false.
+void write_status(const DATABASE& db, const CLAIMS& claims, const std::string& file) {
+  for (const CLAIM& claim : claims.all()) {
+    const KPT_REGISTER_TRANSFORMATION& map = claims.facts().all()[claim.fact].map;
+    if (claim.is_violated) {
+      map.add_attribute("status", "refuted");
+    } else if (claim.is_checked && map.get_attribute("status").empty()) {
+      map.add_attribute("status", "claimed");
+    }
+  }
+  db.save(file);
+}
+
 void refuse_options_that_do_not_fit(const AUDIT_OPTIONS& options) {
   if (options.clock.empty() == options.at.empty()) {
     throw FAILURE(EXIT_WRONG_USE, "audit needs either --clock or --at");
@@ -261,6 +275,9 @@ EXIT_CODE run_audit(const AUDIT_OPTIONS& options) {
   std::fputs((options.json ? json_text(report.json()) + "\n" : report.text()).c_str(), stdout);
   if (!report.has_checked()) {
     throw FAILURE(EXIT_FOUND, "nothing was checked: no claim had known values at any moment");
+  }
+  if (options.write) {
+    write_status(db, claims, options.file);
   }
   return claims.violations().empty() ? EXIT_DONE : EXIT_FOUND;
 }

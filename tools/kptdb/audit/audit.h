@@ -22,6 +22,7 @@ struct AUDIT_OPTIONS {
   std::string scope;
   std::string transformed_scope;  // empty: the same
   std::string divider = ".";
+  bool write = false;  // the status of what was checked, into the database file
   bool json = false;
 };
 EXIT_CODE run_audit(const AUDIT_OPTIONS& options);

@@ -88,13 +88,11 @@ void CLAIMS::claim_pairs(std::uint32_t fact, const std::vector<FOUND_MEMBER>& fo
   const FOUND_MEMBER* const r = first_of(found, false);
   const FOUND_MEMBER* const t = first_of(found, true);
   for (const FOUND_MEMBER& member : found) {
-    if (!member.bit.transformed) {
-      const FOUND_MEMBER* const other = t != nullptr ? t : r;
-      if (&member != other) {
-        claim_pair(fact, member, *other);
-      }
-    } else if (&member != t) {
-      claim_pair(fact, member, r != nullptr ? *r : *t);
+    const FOUND_MEMBER* const own = member.bit.transformed ? t : r;
+    const FOUND_MEMBER* const across = member.bit.transformed ? r : t;
+    const FOUND_MEMBER* const other = across != nullptr ? across : own;
+    if (other != nullptr && &member != other && &member != t) {
+      claim_pair(fact, member, *other);
     }
   }
 }

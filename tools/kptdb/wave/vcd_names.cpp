@@ -37,7 +37,7 @@ std::string VCD_NAMES::path_of_scope(std::uint32_t scope, bool with_marks) const
   std::string path;
   for (; scope != 0; scope = m_reader.scopes()[scope].parent) {
     const VCD_SCOPE& here = m_reader.scopes()[scope];
-    path = (with_marks && here.is_escaped ? "\\" : "") + here.name + (path.empty() ? "" : "." + path);
+    path.insert(0, path.empty() ? "" : ".").insert(0, here.name).insert(0, with_marks && here.is_escaped ? "\\" : "");
   }
   return path;
 }
