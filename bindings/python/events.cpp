@@ -7,8 +7,8 @@
 #include "keys.h"
 #include "state_table.h"
 #include "text.h"
+#include "tools/kptdb/event_replay.h"
 #include "tools/kptdb/events.h"
-#include "tools/kptdb/replay.h"
 
 namespace kpt_python {
 
@@ -16,13 +16,27 @@ namespace py = pybind11;
 
 namespace {
 
-// Raises Refused with the library's own line or, when there is none, with a reason that can be seen from outside.
-void record(const OWNER& db, const kptdb::EVENT& event) {
+// Where an event comes from: the pass that reports it, and a note.
+struct ORIGIN {
+  std::string pass;
+  std::string note;
+
+  bool is_empty() const { return pass.empty() && note.empty(); }
+};
+
+ORIGIN origin_of(const py::object& pass, const py::object& note) {
+  return {std::string(TEXT(pass, "a pass").view()), std::string(TEXT(note, "a note").view())};
+}
+
+// Raises Refused with the library's own line, or where it is silent with what can be seen from outside.
+template <class WHAT>
+void record(const OWNER& db, const WHAT& what, const ORIGIN& origin) {
+  const kptdb::EVENT event{what, origin.pass, origin.note};
   const KPT_KEYPOINTS_DB& handle = db->use();
   std::string reason;
   {
     kptdb::HOST_LINES lines;
-    reason = kptdb::replay(handle, event, lines);
+    reason = kptdb::record_event(handle, event, lines);
   }
   if (!reason.empty()) {
     raise_refused(reason);
@@ -37,14 +51,16 @@ kptdb::EVENT_REGISTER event_register(const KPT_REGISTER_NAME& name) {
   return reg;
 }
 
-// Two signals, the common case, without an event: allocates only what it records.
-void associate(const OWNER& db, const py::object& reference, const py::object& transformed) {
+// Two signals, the common case, without an event: it allocates nothing but what it records.
+void associate(const OWNER& db, const py::object& reference, const py::object& transformed, const py::object& pass,
+               const py::object& note) {
+  const ORIGIN origin = origin_of(pass, note);
   const KEY r(reference);
   const KEY t(transformed);
-  const bool recorded =
-      r.is_signal() && t.is_signal() && db->use().associate_registers_signal_to_signal(r.name().name, t.name().name);
+  const bool recorded = origin.is_empty() && r.is_signal() && t.is_signal() &&
+                        db->use().associate_registers_signal_to_signal(r.name().name, t.name().name);
   if (!recorded) {
-    record(db, kptdb::ASSOCIATE{event_register(r.name()), event_register(t.name())});
+    record(db, kptdb::ASSOCIATE{event_register(r.name()), event_register(t.name())}, origin);
   }
 }
 
@@ -61,7 +77,7 @@ std::vector<std::string> signal_names(const py::object& names, const char* side)
 }
 
 void associate_fsm(const OWNER& db, const py::object& reference, const py::object& transformed,
-                   const py::object& states) {
+                   const py::object& states, const py::object& pass, const py::object& note) {
   kptdb::ASSOCIATE_FSM event{signal_names(reference, "reference"), signal_names(transformed, "transformed"),
                              to_table(states).codes()};
   const auto& [r_code, t_code] = event.states.front();
@@ -70,7 +86,7 @@ void associate_fsm(const OWNER& db, const py::object& reference, const py::objec
                           " columns for " + std::to_string(event.reference.size()) + " and " +
                           std::to_string(event.transformed.size()) + " registers");
   }
-  record(db, event);
+  record(db, event, origin_of(pass, note));
 }
 
 // The groups of a map as Python gives them, with the objects that hold their texts.
@@ -113,13 +129,14 @@ KPT_ELIM_ENUM status_of(const py::object& constant, bool no_fanout) {
   }
   const long value = PyLong_Check(constant.ptr()) ? constant.cast<long>() : -1;
   if (no_fanout || (value != 0 && value != 1)) {
-    throw py::value_error("a map is constant, 0 or 1, or without fanout");
+    throw py::value_error("a value is 0 or 1, and what has one is not without fanout");
   }
   return value == 1 ? KPT_STUCK_AT_ONE : KPT_STUCK_AT_ZERO;
 }
 
 MAP associate_map(const OWNER& db, const py::object& reference, const py::object& transformed, const py::object& states,
-                  const py::object& constant, bool no_fanout) {
+                  const py::object& constant, bool no_fanout, const py::object& pass, const py::object& note) {
+  const ORIGIN origin = origin_of(pass, note);
   const GROUPS r(reference);
   const GROUPS t(transformed);
   const KPT_ELIM_ENUM status = status_of(constant, no_fanout);
@@ -131,43 +148,78 @@ MAP associate_map(const OWNER& db, const py::object& reference, const py::object
   if (map.is_null()) {
     raise_refused(lines.reason());
   }
+  if (!origin.pass.empty()) {
+    map.add_attribute("pass", origin.pass);
+  }
+  if (!origin.note.empty()) {
+    map.add_attribute("note", origin.note);
+  }
   return seen_from_first(db, map);
 }
 
-void replicate(const OWNER& db, const py::object& name, const py::object& replica) {
-  record(db, kptdb::REPLICATE{signal_name(name), signal_name(replica)});
+void replicate(const OWNER& db, const py::object& name, const py::object& replica, const py::object& pass,
+               const py::object& note) {
+  record(db, kptdb::REPLICATE{signal_name(name), signal_name(replica)}, origin_of(pass, note));
 }
 
-void merge(const OWNER& db, const py::object& kept, const py::object& merged) {
-  record(db, kptdb::MERGE{signal_name(kept), signal_name(merged)});
+void merge(const OWNER& db, const py::object& kept, const py::object& merged, const py::object& pass,
+           const py::object& note) {
+  record(db, kptdb::MERGE{signal_name(kept), signal_name(merged)}, origin_of(pass, note));
 }
 
-void retime_inverter(const OWNER& db, const py::object& name) { record(db, kptdb::RETIME_INVERTER{signal_name(name)}); }
+void retime_inverter(const OWNER& db, const py::object& name, const py::object& pass, const py::object& note) {
+  record(db, kptdb::RETIME_INVERTER{signal_name(name)}, origin_of(pass, note));
+}
 
-void eliminate(const OWNER& db, const py::object& name, const std::string& reason) {
-  const KPT_ELIM_ENUM status = kpt_elim_status(reason);
+KPT_ELIM_ENUM reason_of(const py::object& reason) {
+  const std::string word(TEXT(reason, "a reason").view());
+  const KPT_ELIM_ENUM status = kpt_elim_status(word);
   if (status == KPT_NOT_ELIMINATED) {
-    throw py::value_error("a register is eliminated as stuck_at_zero, stuck_at_one or no_fanout, not as " + reason);
+    throw py::value_error("a register is eliminated as stuck_at_zero, stuck_at_one or no_fanout, not as " + word);
   }
-  record(db, kptdb::ELIMINATE{signal_name(name), status});
+  return status;
 }
+
+void eliminate(const OWNER& db, const py::object& name, const py::object& reason, const py::object& value,
+               const py::object& pass, const py::object& note) {
+  if (reason.is_none() == value.is_none()) {
+    throw py::type_error("a register is eliminated with a reason or with its value");
+  }
+  kptdb::ELIMINATE event{signal_name(name), KPT_ELIMINATED, std::nullopt};
+  if (value.is_none()) {
+    event.reason = reason_of(reason);
+  } else {
+    event.value = status_of(value, false) == KPT_STUCK_AT_ONE;
+  }
+  record(db, event, origin_of(pass, note));
+}
+
+// Not constants: those would outlive the interpreter.
+py::arg_v pass_argument() { return py::arg("pass_") = ""; }
+py::arg_v note_argument() { return py::arg("note") = ""; }
 
 void bind_associations(DATABASE_CLASS& database) {
   database
-      .def("associate", &associate, py::arg("reference"), py::arg("transformed"),
-           "associate($self, reference, transformed)\n--\n\n"
+      .def("associate", &associate, py::arg("reference"), py::arg("transformed"), py::kw_only(), pass_argument(),
+           note_argument(),
+           "associate($self, reference, transformed, *, pass_=\"\", note=\"\")\n--\n\n"
            "A reference register became a transformed register.\n\n"
-           "Each is a signal's name, or a tuple of a block instance's name, entity and type, or a Register of any\n"
+           "`pass_` and `note` tell where this and the other events come from: they become attributes of the map.\n\n"
+           "Each register is a signal's name, or a tuple of a block instance's name, entity and type, or a Register of "
+           "any\n"
            "database, whose name counts. Both are new: Refused, changing nothing, when either exists.")
       .def("associate_fsm", &associate_fsm, py::arg("reference"), py::arg("transformed"), py::arg("states"),
-           "associate_fsm($self, reference, transformed, states)\n--\n\n"
+           py::kw_only(), pass_argument(), note_argument(),
+           "associate_fsm($self, reference, transformed, states, *, pass_=\"\", note=\"\")\n--\n\n"
            "A state machine was re-encoded.\n\n"
            "`reference` and `transformed` list the signals before and after, all of them new; `states` is a\n"
            "StateTable or pairs of codes such as (\"00\", \"100\"): character k is the bit of the k-th name.\n"
            "ValueError for what is no table of these registers; Refused, changing nothing, when one exists.")
       .def("associate_map", &associate_map, py::arg("reference"), py::arg("transformed"), py::kw_only(),
            py::arg("states") = py::none(), py::arg("constant") = py::none(), py::arg("no_fanout") = false,
-           "associate_map($self, reference, transformed, *, states=None, constant=None, no_fanout=False)\n--\n\n"
+           pass_argument(), note_argument(),
+           "associate_map($self, reference, transformed, *, states=None, constant=None, no_fanout=False, "
+           "pass_=\"\", note=\"\")\n--\n\n"
            "A map of any shape, in one step: signals and block instances, all of them new.\n\n"
            "Each side lists its indices, and each index is a pair of lists: the registers that carry its value, and\n"
            "those that carry the inverse. With `states` it is a state machine, and index k is column k; without, a\n"
@@ -181,21 +233,25 @@ void bind_associations(DATABASE_CLASS& database) {
 void bind_events(DATABASE_CLASS& database) {
   bind_associations(database);
   database
-      .def("replicate", &replicate, py::arg("register"), py::arg("replica"),
-           "replicate($self, register, replica)\n--\n\n"
+      .def("replicate", &replicate, py::arg("register"), py::arg("replica"), py::kw_only(), pass_argument(),
+           note_argument(),
+           "replicate($self, register, replica, *, pass_=\"\", note=\"\")\n--\n\n"
            "A transformed register was duplicated; the replica is new.\n\n"
            "This event and those that follow name transformed signals, by a str or a Register; what the library\n"
            "does not take raises Refused with its own line.")
-      .def("merge", &merge, py::arg("kept"), py::arg("merged"),
-           "merge($self, kept, merged)\n--\n\n"
+      .def("merge", &merge, py::arg("kept"), py::arg("merged"), py::kw_only(), pass_argument(), note_argument(),
+           "merge($self, kept, merged, *, pass_=\"\", note=\"\")\n--\n\n"
            "Two transformed registers were found equivalent, and `merged` is gone. Its map is absorbed: handles to\n"
            "it raise Gone.")
-      .def("retime_inverter", &retime_inverter, py::arg("register"),
-           "retime_inverter($self, register)\n--\n\n"
+      .def("retime_inverter", &retime_inverter, py::arg("register"), py::kw_only(), pass_argument(), note_argument(),
+           "retime_inverter($self, register, *, pass_=\"\", note=\"\")\n--\n\n"
            "An inverter moved across a transformed register, which now holds the inverse.")
-      .def("eliminate", &eliminate, py::arg("register"), py::arg("reason"),
-           "eliminate($self, register, reason)\n--\n\n"
+      .def("eliminate", &eliminate, py::arg("register"), py::arg("reason") = py::none(), py::kw_only(),
+           py::arg("value") = py::none(), pass_argument(), note_argument(),
+           "eliminate($self, register, reason=None, *, value=None, pass_=\"\", note=\"\")\n--\n\n"
            "A transformed register is gone: it is \"stuck_at_zero\", \"stuck_at_one\", or has \"no_fanout\".\n\n"
+           "Those are recorded as they are, of the reference register. `value`, 0 or 1, tells instead what the\n"
+           "transformed register itself is, which may be the inverse of it.\n"
            "The map of its reference register then tells so. ValueError for another word; the library refuses\n"
            "\"eliminated\", which gives no reason.");
 }

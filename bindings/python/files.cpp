@@ -10,10 +10,11 @@
 #include "python_bytes.h"
 #include "python_objects.h"
 #include "text.h"
-#include "tools/kptdb/events.h"
+#include "tools/kptdb/event_lines.h"
+#include "tools/kptdb/event_replay.h"
 #include "tools/kptdb/host_lines.h"
+#include "tools/kptdb/outcome.h"
 #include "tools/kptdb/outline.h"
-#include "tools/kptdb/replay.h"
 
 namespace kpt_python {
 
@@ -26,6 +27,7 @@ namespace {
 struct LOADED {
   KPT_UNREGISTERED_DB db;
   KPT_LOAD_PROBLEM problem;
+  kptdb::OUTLINE outline;
   std::size_t unexpected = 0;  // elements that the library reads as transformations
 };
 
@@ -41,13 +43,11 @@ class UNEXPECTED_ELEMENTS {
 };
 
 template <class LOAD>
-LOADED load_quietly(LOAD load) {
-  LOADED result;
+void load_quietly(LOADED& result, LOAD load) {
   const LONG_CALL call;
   const kptdb::HOST_LINES lines;
   const UNEXPECTED_ELEMENTS unexpected(result.unexpected);
-  result.db = load(&result.problem);
-  return result;
+  result.db = load();
 }
 
 [[noreturn]] void raise_format_error(std::string_view file, const KPT_LOAD_PROBLEM& problem) {
@@ -57,34 +57,45 @@ LOADED load_quietly(LOAD load) {
   raise("FormatError", to_python(file), problem.line, problem.column, to_python(problem.message));
 }
 
-// A database, and the number of elements that did not belong.
-py::tuple taken_over(LOADED loaded, std::string_view file) {
-  if (loaded.db.is_null()) {
+bool is_empty(const KPT_KEYPOINTS_DB& db) {
+  return db.get_reference_set().size() + db.get_transformed_set().size() == 0;
+}
+
+// A database, and how many elements did not belong.
+py::tuple taken_over(LOADED& loaded, std::string_view file, bool is_something_else) {
+  const bool is_database = !loaded.db.is_null();
+  if (is_something_else &&
+      (is_database ? is_empty(*loaded.db) : loaded.problem.kind != KPT_LOAD_PROBLEM::NOT_WELL_FORMED)) {
+    raise("FormatError", to_python(file), 1, 0, "not a keypoint database: its root element is not kpt_db");
+  }
+  if (!is_database) {
     raise_format_error(file, loaded.problem);
   }
   loaded.db->move_id_counters_past_own_ids();
   return py::make_tuple(OWNER(std::make_shared<DATABASE>(std::move(loaded.db))), loaded.unexpected);
 }
 
-py::tuple load_file(const std::string& path, const py::object& shown) {
+// A plain file, which the library maps into memory. It is shown to an outline only where there is something to tell.
+py::tuple load_file(const std::string& path, const py::object& shown, const py::object& stream,
+                    const py::object& rewind) {
   const TEXT file(shown, "a path");
-  return taken_over(load_quietly([&](KPT_LOAD_PROBLEM* problem) { return KPT_UNREGISTERED_DB::load(path, problem); }),
-                    file);
+  LOADED loaded;
+  load_quietly(loaded, [&] { return KPT_UNREGISTERED_DB::load(path, &loaded.problem); });
+  LOADED again;
+  if (loaded.db.is_null() || is_empty(*loaded.db)) {
+    PYTHON_BYTES bytes(stream, rewind);
+    load_quietly(again, [&] { return KPT_UNREGISTERED_DB::load(bytes, file.view(), &again.problem, &again.outline); });
+  }
+  return taken_over(loaded, file, again.outline.is_something_else());
 }
 
 py::tuple load_stream(const py::object& stream, const py::object& rewind, const py::object& shown) {
   const TEXT file(shown, "a name");
   PYTHON_BYTES bytes(stream, rewind);
-  LOADED loaded =
-      load_quietly([&](KPT_LOAD_PROBLEM* problem) { return KPT_UNREGISTERED_DB::load(bytes, file.view(), problem); });
+  LOADED loaded;
+  load_quietly(loaded, [&] { return KPT_UNREGISTERED_DB::load(bytes, file.view(), &loaded.problem, &loaded.outline); });
   bytes.rethrow();
-  return taken_over(std::move(loaded), file);
-}
-
-// The name of the root element of a file that is not a keypoint database; empty when it may be one.
-std::string foreign_root(const py::bytes& text) {
-  const kptdb::OUTLINE outline = kptdb::outline_of(text);
-  return outline.root == "kpt_db" || outline.has_register_set ? std::string() : outline.root;
+  return taken_over(loaded, file, loaded.outline.is_something_else());
 }
 
 // ---- save ----
@@ -155,57 +166,67 @@ py::tuple compose(const std::vector<OWNER>& stages, const py::object& name, doub
 
 // ---- event files ----
 
-// Why the line was not recorded. When `event` is empty, the line is not an event.
-struct REFUSAL {
-  std::size_t line;
-  std::string event;
-  std::string reason;
+// An event file on its way into a database.
+struct RECORDER {
+  explicit RECORDER(const SHARED_DATABASE& into) : db(into), replay(into->use()) {}
+
+  SHARED_DATABASE db;
+  kptdb::EVENT_REPLAY replay;
 };
 
-std::optional<REFUSAL> replay_line(const KPT_KEYPOINTS_DB& db, std::size_t number, const std::string& line,
-                                   kptdb::HOST_LINES& lines) {
-  try {
-    const kptdb::EVENT event = kptdb::parse_event(line);
-    const std::string reason = kptdb::replay(db, event, lines);
-    return reason.empty() ? std::nullopt : std::optional(REFUSAL{number, kptdb::describe(event), reason});
-  } catch (const kptdb::EVENT_ERROR& problem) {
-    return REFUSAL{number, "", problem.what()};
-  }
-}
-
-// The number of lines that were recorded before the first that was not, and then
-// the position, the event and the reason of that line, or None.
-py::tuple record_lines(const OWNER& db, const py::list& given) {
-  std::vector<std::string> events;
-  events.reserve(given.size());
+// None, or of the first line that was not recorded its place in the list, the event and the reason.
+py::object take(RECORDER& recorder, const py::list& given) {
+  std::vector<std::string> lines;
+  lines.reserve(given.size());
   for (const py::handle line : given) {
-    events.emplace_back(TEXT(line, "a line").view());
+    lines.emplace_back(TEXT(line, "a line").view());
   }
-  const KPT_KEYPOINTS_DB& handle = db->use();
-  std::optional<REFUSAL> refusal;
-  std::size_t number = 0;
+  recorder.db->use();
+  std::optional<kptdb::EVENT_REPLAY::REFUSAL> refusal;
+  std::size_t at = 0;
   {
     const LONG_CALL call;
-    kptdb::HOST_LINES lines;
-    for (; number < events.size() && !refusal; ++number) {
-      refusal = replay_line(handle, number, events[number], lines);
+    kptdb::HOST_LINES host_lines;
+    for (; at < lines.size() && !refusal; ++at) {
+      refusal = recorder.replay.take(lines[at], host_lines);
     }
   }
-  if (!refusal) {
-    return py::make_tuple(number, py::none());
+  return refusal ? py::object(py::make_tuple(at - 1, to_python(refusal->event), to_python(refusal->reason)))
+                 : py::none();
+}
+
+py::list event_lines(const OWNER& db) {
+  const KPT_KEYPOINTS_DB& handle = db->use();
+  std::vector<std::string> lines;
+  std::string reason;
+  {
+    const LONG_CALL call;
+    try {
+      kptdb::write_event_lines(handle, [&](std::string_view line) { lines.emplace_back(line); });
+    } catch (const kptdb::FAILURE& failure) {
+      reason = failure.what();
+    }
   }
-  return py::make_tuple(refusal->line, py::make_tuple(to_python(refusal->event), to_python(refusal->reason)));
+  if (!reason.empty()) {
+    raise_refused(reason);
+  }
+  py::list result(lines.size());
+  for (std::size_t k = 0; k < lines.size(); ++k) {
+    result[k] = to_python(std::string_view(lines[k]).substr(0, lines[k].size() - 1));
+  }
+  return result;
 }
 
 }  // namespace
 
 void bind_files(py::module_& module, DATABASE_CLASS& database) {
-  module.def("_load_file", &load_file)
-      .def("_load_stream", &load_stream)
-      .def("_foreign_root", &foreign_root)
-      .def("_compose", &compose);
+  py::class_<RECORDER> recorder(module, "_Recorder");
+  refuse_new(recorder);
+  recorder.def("take", &take).def_property_readonly("recorded", [](const RECORDER& r) { return r.replay.recorded(); });
+  database.def("_recorder", [](const OWNER& db) { return std::make_unique<RECORDER>(db); });
+  module.def("_load_file", &load_file).def("_load_stream", &load_stream).def("_compose", &compose);
   database.def("_save", &save)
-      .def("_record_lines", &record_lines)
+      .def("_event_lines", &event_lines)
       .def("unite", &unite, py::arg("other"),
            "unite($self, other)\n--\n\n"
            "Appends the database of the next stage, which is left as it was: afterwards the maps run from this\n"

@@ -281,7 +281,8 @@ void TRACKER::follow_point(const STEP& step, POINT& point) {
 
 // Such a register may vanish without readers although it drives something: it is part of that.
 void TRACKER::note_absorbed(const STEP& step, POINT& point, int readers) {
-  if (point.m_fate == FATE::LIVE && step.m_after.count_readers(point.m_location) < readers) {
+  const bool counted = !only_simplifies(step.m_pass);
+  if (counted && point.m_fate == FATE::LIVE && step.m_after.count_readers(point.m_location) < readers) {
     point.m_absorbed = step.m_pass;
   }
 }

@@ -76,3 +76,31 @@ def test_places_count_beyond_what_is_recorded_at_once(db):
 def test_what_is_no_line_is_a_wrong_type(db):
     with pytest.raises(TypeError, match="an event is a line or a dict, not int"):
         db.record([LINES[0], 5])
+
+
+def test_a_database_comes_back_from_its_events(db):
+    db.record(EVENTS)
+    db["tx"].attributes["pass"] = "synth"
+    events = db.events()
+    assert events[-1] == {"event": "end", "events": len(events) - 1}
+    again = kpt.record(events, name="again")
+    records = [one.to_records(numpy=False) for one in (db, again)]
+    for record in records:
+        del record["id"]
+    assert records[0] == records[1]
+    assert dict(again["tx"].attributes) == {"pass": "synth"}
+
+
+def test_the_end_of_a_file_counts_its_events(db):
+    end = {"event": "end", "events": len(EVENTS)}
+    assert db.record([*EVENTS, end]) == len(EVENTS)
+    with pytest.raises(kpt.FormatError, match="the end tells of 5 events, and 0 stand before it"):
+        db.record([end])
+    with pytest.raises(kpt.FormatError, match="<events>:2: the file goes on behind its end"):
+        db.record([{"event": "end", "events": 0}, EVENTS[0]])
+
+
+def test_a_name_that_no_event_can_hold_is_refused(db):
+    db.associate("\udcff", "x")
+    with pytest.raises(kpt.Refused, match="not UTF-8"):
+        db.events()

@@ -112,6 +112,36 @@ def test_an_unknown_reason_is_a_wrong_value(db):
     assert db["a"].elimination is None
 
 
+def test_the_value_of_an_inverted_register_makes_its_reference_the_inverse(db):
+    db.associate("a", "x")
+    db.retime_inverter("x")
+    db.eliminate("x", value=1)
+    assert db["a"].constant == 0
+
+
+def test_an_elimination_has_a_reason_or_a_value(db):
+    db.associate("a", "x")
+    for arguments in ({}, {"reason": "no_fanout", "value": 0}):
+        with pytest.raises(TypeError, match="with a reason or with its value"):
+            db.eliminate("x", **arguments)
+    with pytest.raises(ValueError, match="a value is 0 or 1"):
+        db.eliminate("x", value=2)
+
+
+def test_an_event_tells_where_it_comes_from(db):
+    db.associate("a", "x", pass_="synth", note="first")
+    db.retime_inverter("x", pass_="retime")
+    assert dict(db["a"].attributes) == {"note": "first", "pass": "synth, retime"}
+    made = db.associate_map([(["b"], [])], [(["y"], [])], pass_="merge", note="second")
+    assert dict(made.attributes) == {"note": "second", "pass": "merge"}
+
+
+def test_codes_that_contradict_each_other_are_refused(db):
+    with pytest.raises(kpt.Refused):
+        db.associate_fsm(["s"], ["h0", "h1"], [("0", "10"), ("0", "01")])
+    assert len(db) == 0
+
+
 def test_a_block_instance_is_no_name_of_an_event(db):
     db.associate("a", ("u", "e", "t"))
     with pytest.raises(TypeError, match=r"not the block instance u \(e, t\)"):
@@ -181,7 +211,7 @@ def test_a_refused_map_carries_the_librarys_line(db):
 
 
 def test_a_map_is_constant_or_without_fanout():
-    with pytest.raises(ValueError, match="a map is constant, 0 or 1, or without fanout"):
+    with pytest.raises(ValueError, match="a value is 0 or 1, and what has one is not without fanout"):
         kpt.Database("d").associate_map([(["a"], [])], [], constant=2)
 
 

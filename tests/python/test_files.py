@@ -91,7 +91,6 @@ def test_a_path_that_ends_in_gz_is_packed(saved, tmp_path):
     kpt.load(saved).save(packed)
     assert gzip.decompress(packed.read_bytes()) == saved.read_bytes()
     assert_is_saved(kpt.load(packed))
-    assert os.listdir(tmp_path) == sorted(os.listdir(tmp_path), key=os.listdir(tmp_path).index)
     assert sorted(os.listdir(tmp_path)) == ["packed.xml.gz", "saved.xml"]
 
 
@@ -132,10 +131,10 @@ def test_other_files_are_format_errors(tmp_path, text):
         kpt.load(io.BytesIO(text.encode()))
 
 
-def test_the_name_of_a_foreign_root_is_told(tmp_path):
+def test_a_foreign_root_is_told(tmp_path):
     path = tmp_path / "picture.svg"
     path.write_text('<svg name="picture"/>')
-    with pytest.raises(kpt.FormatError, match="its root element is svg, not kpt_db"):
+    with pytest.raises(kpt.FormatError, match="its root element is not kpt_db"):
         kpt.load(path)
 
 
@@ -176,7 +175,7 @@ def test_a_stream_may_use_the_module_while_it_is_read(saved):
     class Busy(Pipe):
         def read(self, size=-1):
             inner = kpt.load(saved)
-            inner.merge("x", "x") if False else inner.retime_inverter("x")
+            inner.retime_inverter("x")
             return super().read(size)
 
     assert_is_saved(kpt.load(Busy(saved.read_bytes(), 1000)))
@@ -202,6 +201,15 @@ def test_an_earlier_file_stays_until_the_new_one_is_whole(saved):
     with pytest.raises(kpt.Refused, match="cannot be saved"):
         db.save(saved)
     assert saved.read_bytes() == before and os.listdir(saved.parent) == ["saved.xml"]
+
+
+def test_names_that_xml_needs_escaped_come_back(tmp_path):
+    odd = ["count<3>", "a&b", 'say "so"', "]]>", "tab\tand\nline", "ä\N{SNOWMAN}"]
+    db = kpt.Database("<odd>")
+    db.associate_many(odd, odd)
+    db.save(tmp_path / "odd.xml")
+    loaded = kpt.load(tmp_path / "odd.xml")
+    assert loaded.name == "<odd>" and names(loaded) == names(loaded.transformed) == odd
 
 
 def test_a_folder_that_is_not_there_is_an_os_error(tmp_path):

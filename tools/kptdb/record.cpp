@@ -1,15 +1,12 @@
 // record: event files become a database file.
 #include <fmt/format.h>
 
-#include "codes.h"
 #include "commands.h"
 #include "database.h"
-#include "events.h"
+#include "event_replay.h"
 #include "files.h"
-#include "host_lines.h"
 #include "model.h"
 #include "progress.h"
-#include "replay.h"
 #include "text.h"
 
 namespace kptdb {
@@ -63,7 +60,7 @@ void report(const REFUSAL& refusal) {
 // One event file, from its first line to its end.
 class REPLAY {
  public:
-  REPLAY(const KPT_KEYPOINTS_DB& db, const std::string& file) : m_db(db), m_file(file), m_reader(file) {}
+  REPLAY(const KPT_KEYPOINTS_DB& db, const std::string& file) : m_file(file), m_reader(file), m_replay(db) {}
 
   /// False when a line was refused and the command is to stop at it.
   bool run(bool keep_going, RECORDING& recording) {
@@ -79,7 +76,7 @@ class REPLAY {
   }
   /// Says so when the file lacks its end.
   void expect_end(RECORDING& recording) {
-    if (!m_has_ended) {
+    if (!m_replay.has_ended()) {
       recording.is_complete = false;
       refuse(recording, "", "the file has no end event: what wrote it may not have come to its end");
     }
@@ -94,53 +91,16 @@ class REPLAY {
   }
 
   bool take(const std::string& line, RECORDING& recording) {
-    try {
-      const EVENT event = parse_event(line);
-      if (const END* const end = std::get_if<END>(&event.what)) {
-        take_end(*end);
-        return true;
-      }
-      refuse_behind_end();
-      ++m_events;
-      const std::string reason = reason_against(event);
-      if (!reason.empty()) {
-        return refuse(recording, describe(event), reason);
-      }
-      ++recording.recorded;
-      return true;
-    } catch (const EVENT_ERROR& problem) {
-      return refuse(recording, "", problem.what());
-    }
+    const std::size_t before = m_replay.recorded();
+    const std::optional<EVENT_REPLAY::REFUSAL> refusal = m_replay.take(line, m_lines);
+    recording.recorded += m_replay.recorded() - before;
+    return refusal ? refuse(recording, refusal->event, refusal->reason) : true;
   }
 
-  // Empty when the event was recorded.
-  std::string reason_against(const EVENT& event) {
-    const auto* machine = std::get_if<ASSOCIATE_FSM>(&event.what);
-    const std::string reason = machine == nullptr ? std::string() : contradiction_in(machine->states);
-    return reason.empty() ? replay(m_db, event, m_lines) : reason;
-  }
-
-  void take_end(const END& end) {
-    refuse_behind_end();
-    m_has_ended = true;
-    if (end.events != m_events) {
-      throw EVENT_ERROR(fmt::format("the end tells of {}, and {} before it", counted(end.events, "event"),
-                                    m_events == 1 ? "1 stands" : fmt::format("{} stand", m_events)));
-    }
-  }
-
-  void refuse_behind_end() const {
-    if (m_has_ended) {
-      throw EVENT_ERROR("the file goes on behind its end");
-    }
-  }
-
-  const KPT_KEYPOINTS_DB& m_db;
   const std::string& m_file;
   LINE_READER m_reader;
+  EVENT_REPLAY m_replay;
   HOST_LINES m_lines;
-  std::uint64_t m_events = 0;
-  bool m_has_ended = false;
 };
 
 RECORDING replay_files(const KPT_KEYPOINTS_DB& db, const RECORD_OPTIONS& options) {

@@ -89,17 +89,12 @@ def load(source):
         return _load_stream(source, str(getattr(source, "name", "<stream>")))
     path = _os.fsdecode(source)
     with open(path, "rb") as file:
-        if not _stat.S_ISREG(_os.fstat(file.fileno()).st_mode):
+        is_plain = _stat.S_ISREG(_os.fstat(file.fileno()).st_mode) and file.read(2) != _GZIP
+        if not is_plain:
+            if file.seekable():
+                file.seek(0)
             return _load_stream(file, path)
-        if file.read(2) == _GZIP:
-            file.seek(0)
-            return _load_stream(file, path)
-    return _finished(*_kpt._load_file(_os.fsencode(path), path), path, lambda: _bytes_of(path))
-
-
-def _bytes_of(path):
-    with open(path, "rb") as file:
-        return file.read()
+        return _warned(*_kpt._load_file(_os.fsencode(path), path, file, lambda: file.seek(0)), path)
 
 
 def _load_stream(stream, shown):
@@ -153,31 +148,15 @@ class _Prefixed:
 
 
 def _loaded(stream, start, shown):
-    def rewind():
-        stream.seek(start)
-
-    def read_again():
-        rewind()
-        return stream.read()
-
-    if start is None:
-        return _finished(*_kpt._load_stream(stream, None, shown), shown, None)
-    return _finished(*_kpt._load_stream(stream, rewind, shown), shown, read_again)
+    rewind = None if start is None else lambda: stream.seek(start)
+    return _warned(*_kpt._load_stream(stream, rewind, shown), shown)
 
 
-def _finished(db, unexpected, shown, read_again):
-    if len(db.reference) + len(db.transformed) == 0 and read_again is not None:
-        _refuse_other_files(shown, read_again)
+def _warned(db, unexpected, shown):
     if unexpected:
         _warnings.warn(f"{shown}: {unexpected} unexpected elements are read as transformations", KptWarning,
                        stacklevel=4)
     return db
-
-
-def _refuse_other_files(shown, read_again):
-    root = _kpt._foreign_root(read_again())
-    if root:
-        raise FormatError(shown, 1, 0, f"not a keypoint database: its root element is {root}, not kpt_db")
 
 
 def _save(self, path):
@@ -292,16 +271,17 @@ def _record(self, events):
 
 
 def _record_lines(db, shown, lines):
-    recorded = 0
+    recorder = db._recorder()
     batch = []
     for number, line in enumerate(lines, 1):
         text = _line_of(line)
         if text and not text.isspace():
             batch.append((number, text))
         if len(batch) == _LINES_A_CALL:
-            recorded += _record_batch(db, shown, batch, recorded)
+            _record_batch(recorder, shown, batch)
             batch = []
-    return recorded + _record_batch(db, shown, batch, recorded)
+    _record_batch(recorder, shown, batch)
+    return recorder.recorded
 
 
 def _line_of(line):
@@ -314,15 +294,24 @@ def _line_of(line):
     return line
 
 
-def _record_batch(db, shown, batch, before):
-    count, refusal = db._record_lines([text for _, text in batch])
+def _record_batch(recorder, shown, batch):
+    refusal = recorder.take([text for _, text in batch])
     if refusal is None:
-        return count
-    event, reason = refusal
-    number = batch[count][0]
+        return
+    at, event, reason = refusal
+    number = batch[at][0]
     if not event:
         raise FormatError(shown, number, 0, reason)
-    raise Refused(reason, index=before + count, event=event, file=shown, line=number)
+    raise Refused(reason, index=recorder.recorded, event=event, file=shown, line=number)
+
+
+def _events(self):
+    """A list of dicts: the events from which kpt.record makes a database that answers every question in the same way.
+
+    The last one tells how many there are. json.dumps makes a line of an event file of each. Refused for a name that no
+    event can hold. Other threads run meanwhile.
+    """
+    return [_json.loads(line) for line in self._event_lines()]
 
 
 # ---- tables ----
@@ -370,7 +359,7 @@ def _adopt():
             value.__module__ = __name__
     for error in (FormatError, Gone, Refused, UnknownRegister):
         error.__module__ = __name__
-    for function, name in ((_save, "save"), (_record, "record"), (_to_records, "to_records")):
+    for function, name in ((_save, "save"), (_record, "record"), (_events, "events"), (_to_records, "to_records")):
         function.__name__ = name
         function.__qualname__ = f"Database.{name}"
         setattr(Database, name, function)

@@ -1,0 +1,49 @@
+// An event file, line by line, into a database.
+//
+// Ownership: the database is the caller's and outlives it; texts are values.
+#ifndef KPTDB_EVENT_REPLAY_H
+#define KPTDB_EVENT_REPLAY_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "db/kpt/kpt.h"
+#include "events.h"
+#include "host_lines.h"
+
+namespace kptdb {
+
+/// Empty when the event was recorded. Beyond what the library refuses, a machine whose codes contradict each other is.
+std::string record_event(const KPT_KEYPOINTS_DB& db, const EVENT& event, HOST_LINES& lines);
+
+class EVENT_REPLAY {
+ public:
+  /// Why a line was not recorded. It is no event where `event` is empty.
+  struct REFUSAL {
+    std::string event;
+    std::string reason;
+  };
+
+  explicit EVENT_REPLAY(const KPT_KEYPOINTS_DB& db) : m_db(db) {}
+
+  /// Records the event of a line that is not blank.
+  std::optional<REFUSAL> take(std::string_view line, HOST_LINES& host_lines);
+  std::size_t recorded() const { return m_recorded; }
+  /// Whether the file's end was there; nothing may follow it.
+  bool has_ended() const { return m_has_ended; }
+
+ private:
+  void refuse_behind_end() const;
+  void take_end(const END& end);
+
+  KPT_KEYPOINTS_DB m_db;
+  std::uint64_t m_events = 0;
+  std::size_t m_recorded = 0;
+  bool m_has_ended = false;
+};
+
+}  // namespace kptdb
+
+#endif
