@@ -17,15 +17,15 @@ namespace {
 
 constexpr KPT_SET_ENUM SIDES[] = {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET};
 
-// A register of an index, with its side's letter, and whether it carries the inverse of the column.
+// A register of an index, with the letter of its side, and whether it holds the inverse of the column.
 struct MEMBER {
   std::string name;
   bool inverted;
 };
 using MEMBERS = std::vector<MEMBER>;
 
-// What stands in a column, and its bits; the other sense when the first by name is inverted, so
-// that two databases that say the same say it in the same words.
+// The registers of a column, and its bits. When the first register by name is inverted,
+// the column is inverted, so that databases that say the same give the same text.
 struct COLUMN {
   std::string members;
   std::string bits;
@@ -42,7 +42,7 @@ void add_members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, std:
   }
 }
 
-// Sorted, and said of the first of them. True when the sense is turned by that.
+// Sorts the members and makes the first one not inverted. True when this inverts the column.
 bool normalise(MEMBERS* members) {
   std::sort(members->begin(), members->end(), [](const MEMBER& a, const MEMBER& b) { return a.name < b.name; });
   const bool turned = !members->empty() && members->front().inverted;
@@ -65,7 +65,7 @@ std::string key_of_plain(const KPT_REGISTER_TRANSFORMATION& map) {
   add_members(map, KPT_REFERENCE_SET, 0, &members);
   const bool has_reference = !members.empty();
   add_members(map, KPT_TRANSFORMED_SET, 0, &members);
-  // A status is said of the first register, which an inverted one is when there is no other.
+  // A status is about the first register, which is inverted only when there is no other.
   const KPT_SET_ENUM told = has_reference ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET;
   const bool of_inverse = map.get_group(told, 0, false).size() == 0;
   const bool turned = normalise(&members);
@@ -109,7 +109,7 @@ std::string key_of_machine(const KPT_REGISTER_TRANSFORMATION& map) {
   return key;
 }
 
-// The registers of the other side, as a person would name them.
+// The registers of the other side, as text for people.
 std::string relatives(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, const PLACE& place) {
   constexpr std::size_t MOST = 4;
   std::string text;
@@ -130,7 +130,7 @@ struct ANSWER {
   std::string example;  // for people
 };
 
-// The answers of one database, in its normal form.
+// The answers of one database, in their normal form.
 class ANSWERS {
  public:
   explicit ANSWERS(const KPT_KEYPOINTS_DB& db) : m_db(db) {
