@@ -110,8 +110,8 @@ if [ -e "$KPT_RTL/elevator.v" ]; then
   expect log '3 unknown'
 fi
 
-# A register that nothing reads is without fanout, also when a pass that may put registers elsewhere did nothing
-# before the one that simplified its reader away.
+# A register that nothing reads is without fanout, also when a pass that may make registers part of something
+# else ran without effect before the pass that simplified its reader away.
 cat >unread.v <<'V'
 module unread(input clk, input d, output y);
   reg r;
