@@ -1,11 +1,11 @@
-// Any bytes as the database files of two stages, which are composed: both must
-// be left as they were, a refusal must tell why and write nothing, and what is
-// written must say the same when it is composed alone and when it is saved and
-// loaded.
+// Composes two stages whose database files are any bytes. The stages must not
+// change. A refusal must give its reason and write nothing. A result must say
+// the same after it is composed alone, and after it is saved and loaded.
 //
-// The files stand one behind the other with the bytes "====" between them.
-// Without these the one file is both stages. Where the input's size is odd,
-// registers that a stage does not mention are taken for unchanged.
+// The input is the first file, the bytes "====", and the second file. If the
+// input does not have these bytes, it is the file of both stages. If the size
+// of the input is odd, the composition assumes that a stage does not change
+// the registers that it does not mention.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -22,7 +22,7 @@ namespace {
 using namespace kpt_fuzz;
 
 constexpr std::string_view SEPARATOR = "====";
-// Larger tables take seconds, and no other code.
+// Larger tables take seconds and reach no other code.
 constexpr std::uint64_t MOST_BITS = std::uint64_t{1} << 16U;
 
 void require(bool holds, const char* otherwise) {

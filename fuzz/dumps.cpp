@@ -1,5 +1,5 @@
-// Any bytes as a value-change dump: it is read or refused with a line, every
-// bit of it can be followed, and every name that it shows is found again.
+// Reads any bytes as a value-change dump. A refusal must name the file. A found
+// bit must lie inside its signal, and every value must be 0, 1, x or z.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -185,7 +185,7 @@ TEST(Composition, TakesAStageInWhichNothingHappensForNeutral) {
   }
 }
 
-// What a composition writes is its normal form: composed alone it says the same, in as many maps.
+// A composition writes its normal form: composed alone, the result says the same in the same number of maps.
 TEST(Composition, SaysTheSameWhenItIsComposedAlone) {
   std::mt19937 random(seed() + 5);
   const int rounds = steps(300);

@@ -189,7 +189,7 @@ TEST_F(Audit, WritesTheStatusOfWhatItChecked) {
   EXPECT_EQ(status("a"), "claimed");
   EXPECT_EQ(status("b"), "refuted");
   EXPECT_EQ(status("gone"), "");
-  // What was refuted once is not claimed again by a simulation in which it holds.
+  // A pair that an audit refuted stays refuted after an audit of waves in which it holds.
   gate("0110", "0111");
   EXPECT_EQ(audit({"--clock", "c", "--write"}).exit_code, 0);
   EXPECT_EQ(status("b"), "refuted");
@@ -204,7 +204,7 @@ TEST_F(Audit, LeavesTheDatabaseAsItIsUnlessItIsToWrite) {
   EXPECT_EQ(read("d.xml"), before);
 }
 
-// The column says the value of a register that is gone, and the inverse of the one that stays.
+// The column holds the value of the removed register and the inverse of the value of the remaining one.
 TEST_F(Audit, DoesNotReadATableThatIsNotToBeRead) {
   record(
       "d.xml",

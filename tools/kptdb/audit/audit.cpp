@@ -228,8 +228,8 @@ class REPORT {
   std::size_t m_weak = 0;
 };
 
-// A simulation refutes, and proves nothing: what held is claimed, as before, and what was refuted or
-// proved earlier stays so unless it was seen to be false.
+// A simulation can refute a claim but cannot prove it. A claim that held becomes "claimed" if it has
+// no status yet. A claim that was violated becomes "refuted". Other statuses do not change.
 void write_status(const DATABASE& db, const CLAIMS& claims, const std::string& file) {
   for (const CLAIM& claim : claims.all()) {
     const KPT_REGISTER_TRANSFORMATION& map = claims.facts().all()[claim.fact].map;
