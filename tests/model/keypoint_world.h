@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <string>
 #include <vector>
 
 #include "db/kpt/kpt_keypoint_set_impl.h"
@@ -49,12 +50,44 @@ class WORLD {
     return plain::NONE;
   }
 
+  KPT_KEYPOINT_LIST list_of(const plain::GROUP& group) const {
+    KPT_KEYPOINT_LIST list;
+    for (const std::size_t k : group) {
+      list.push_back(pointer(k));
+    }
+    return list;
+  }
+  NI_PAIR_VECTOR vector_of(const plain::PAIRS& pairs) const {
+    NI_PAIR_VECTOR vector;
+    for (const plain::PAIR& pair : pairs) {
+      vector.push_back({list_of(pair.n), list_of(pair.i)});
+    }
+    return vector;
+  }
+  plain::GROUP numbers(const KPT_KEYPOINT_LIST& list) const {
+    plain::GROUP group;
+    for (const KPT_KEYPOINT* keypoint : list) {
+      group.push_back(number(keypoint));
+    }
+    return group;
+  }
+  plain::PAIRS numbers(const NI_PAIR_VECTOR& vector) const {
+    plain::PAIRS pairs;
+    for (const NI_PAIR& pair : vector) {
+      pairs.push_back({numbers(pair.first), numbers(pair.second)});
+    }
+    return pairs;
+  }
+
   const plain::KEY& name(std::size_t k) const { return m_keypoints[k].key; }
   /// Null for the null keypoint, and for the keypoint that is not a register.
   const plain::KEY* key_of(std::size_t k) const {
     return k == plain::NONE || !m_keypoints[k].is_register ? nullptr : &m_keypoints[k].key;
   }
-  /// The set ignores the entities of instances.
+  plain::KEY_OF keys() const {
+    return [this](std::size_t k) { return key_of(k); };
+  }
+  /// The set does not look at the entities of instances.
   std::size_t namesake_in_set(std::size_t k) const {
     const plain::KEY* key = key_of(k);
     for (std::size_t other = m_first_of_set; key != nullptr && other < count(); ++other) {

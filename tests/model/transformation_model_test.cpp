@@ -84,40 +84,7 @@ class TransformationModel : public testing::Test {
     return table;
   }
 
-  KPT_KEYPOINT_LIST list_of(const GROUP& group) const {
-    KPT_KEYPOINT_LIST list;
-    for (const std::size_t keypoint : group) {
-      list.push_back(world.pointer(keypoint));
-    }
-    return list;
-  }
-  NI_PAIR_VECTOR vector_of(const PAIRS& pairs) const {
-    NI_PAIR_VECTOR vector;
-    for (const PAIR& pair : pairs) {
-      vector.push_back({list_of(pair.n), list_of(pair.i)});
-    }
-    return vector;
-  }
-
-  GROUP numbers(const KPT_KEYPOINT_LIST& list) const {
-    GROUP group;
-    for (const KPT_KEYPOINT* keypoint : list) {
-      group.push_back(world.number(keypoint));
-    }
-    return group;
-  }
-  PAIRS numbers(const NI_PAIR_VECTOR& vector) const {
-    PAIRS pairs;
-    for (const NI_PAIR& pair : vector) {
-      pairs.push_back({numbers(pair.first), numbers(pair.second)});
-    }
-    return pairs;
-  }
-  KEY_OF key_of() const {
-    return [this](std::size_t k) { return world.key_of(k); };
-  }
-
-  // Unions make maps grow; a map that is too large is replaced.
+  // Unions let maps grow; one that has outgrown the run is replaced.
   static bool is_too_large(const MAP& plain) {
     std::size_t most = 0;
     for (const PAIRS& pairs : plain.sides) {
@@ -181,13 +148,13 @@ void TransformationModel::create(SUBJECT& subject) {
   plain.sides[T] = any_side();
   plain.status = static_cast<KPT_ELIM_ENUM>(below(REASONS));
   if (kind == 2) {
-    subject.map.emplace(vector_of(plain.sides[R]), vector_of(plain.sides[T]), plain.status);
+    subject.map.emplace(world.vector_of(plain.sides[R]), world.vector_of(plain.sides[T]), plain.status);
     return;
   }
   plain.fsm = true;
   plain.table = any_table(plain);
-  const NI_PAIR_VECTOR r = vector_of(plain.sides[R]);
-  const NI_PAIR_VECTOR t = vector_of(plain.sides[T]);
+  const NI_PAIR_VECTOR r = world.vector_of(plain.sides[R]);
+  const NI_PAIR_VECTOR t = world.vector_of(plain.sides[T]);
   subject.map.emplace(r, t, real_table(plain.table), plain.status);
 }
 
@@ -203,7 +170,7 @@ void TransformationModel::create_machine(SUBJECT& subject) {
   }
   plain.fsm = true;
   plain.table = any_table(plain);
-  subject.map.emplace(list_of(registers[R]), list_of(registers[T]), real_table(plain.table));
+  subject.map.emplace(world.list_of(registers[R]), world.list_of(registers[T]), real_table(plain.table));
 }
 
 // ---- Edits ----
@@ -354,12 +321,12 @@ void TransformationModel::update(SUBJECT& subject, const SUBJECT& other) {
   m_operation = "update";
   GROUP entered{1};
   GROUP left{2};
-  KPT_KEYPOINT_LIST map_entered = list_of(entered);
-  KPT_KEYPOINT_LIST map_left = list_of(left);
+  KPT_KEYPOINT_LIST map_entered = world.list_of(entered);
+  KPT_KEYPOINT_LIST map_left = world.list_of(left);
   subject.plain.update(other.plain, entered, left);
   expect(subject.map->update_transformations(*other.map, map_entered, map_left), true);
-  EXPECT_EQ(numbers(map_entered), entered);
-  EXPECT_EQ(numbers(map_left), left);
+  EXPECT_EQ(world.numbers(map_entered), entered);
+  EXPECT_EQ(world.numbers(map_left), left);
 }
 
 void TransformationModel::translate(SUBJECT& subject) {
@@ -369,8 +336,8 @@ void TransformationModel::translate(SUBJECT& subject) {
   const auto namesake_of = [this](std::size_t k) { return world.namesake_in_set(k); };
   const PAIRS r = translated(plain.sides[R], namesake_of);
   const PAIRS t = translated(plain.sides[T], namesake_of);
-  EXPECT_EQ(numbers(map.translate_reference_vector(world.set())), r);
-  EXPECT_EQ(numbers(map.translate_transformed_vector(world.set())), t);
+  EXPECT_EQ(world.numbers(map.translate_reference_vector(world.set())), r);
+  EXPECT_EQ(world.numbers(map.translate_transformed_vector(world.set())), t);
   if (once_in(2)) {
     subject.map.emplace(map.translate_reference_vector(world.set()), map.translate_transformed_vector(world.set()),
                         map.get_elim_status());
@@ -405,12 +372,14 @@ void TransformationModel::ask_for_registers(const SUBJECT& subject, unsigned ind
   const REAL_MAP& map = *subject.map;
   const MAP& plain = subject.plain;
   const auto i = static_cast<unsigned short>(index);
-  EXPECT_EQ(numbers(map.get_r_representative_equivalents(i)), plain.equivalents(R, index, false, m_lines));
-  EXPECT_EQ(numbers(map.get_t_representative_equivalents(i)), plain.equivalents(T, index, false, m_lines));
-  EXPECT_EQ(numbers(map.get_r_representative_inverted_equivalents(i)), plain.equivalents(R, index, true, m_lines));
-  EXPECT_EQ(numbers(map.get_t_representative_inverted_equivalents(i)), plain.equivalents(T, index, true, m_lines));
-  EXPECT_EQ(numbers(map.get_r_registers_at_index(i)), plain.registers(R, index, m_lines));
-  EXPECT_EQ(numbers(map.get_t_registers_at_index(i)), plain.registers(T, index, m_lines));
+  EXPECT_EQ(world.numbers(map.get_r_representative_equivalents(i)), plain.equivalents(R, index, false, m_lines));
+  EXPECT_EQ(world.numbers(map.get_t_representative_equivalents(i)), plain.equivalents(T, index, false, m_lines));
+  EXPECT_EQ(world.numbers(map.get_r_representative_inverted_equivalents(i)),
+            plain.equivalents(R, index, true, m_lines));
+  EXPECT_EQ(world.numbers(map.get_t_representative_inverted_equivalents(i)),
+            plain.equivalents(T, index, true, m_lines));
+  EXPECT_EQ(world.numbers(map.get_r_registers_at_index(i)), plain.registers(R, index, m_lines));
+  EXPECT_EQ(world.numbers(map.get_t_registers_at_index(i)), plain.registers(T, index, m_lines));
   EXPECT_EQ(world.number(map.get_r_representative(i)), plain.representative(R, index).value_or(NONE));
   EXPECT_EQ(world.number(map.get_t_representative(i)), plain.representative(T, index).value_or(NONE));
 }
@@ -447,20 +416,20 @@ void TransformationModel::ask_for_the_whole(const SUBJECT& subject, const SUBJEC
   EXPECT_EQ(map.r_representative_is_stuck_at_one(), plain.status == KPT_STUCK_AT_ONE);
   EXPECT_EQ(map.has_no_fanout(), plain.status == KPT_NO_FANOUT);
   EXPECT_EQ(map.r_representative_is_eliminated(), plain.status == KPT_NOT_ELIMINATED);
-  EXPECT_EQ(map.t_equals_r(*other.map), plain.t_equals_r(other.plain, key_of()));
+  EXPECT_EQ(map.t_equals_r(*other.map), plain.t_equals_r(other.plain, world.keys()));
   EXPECT_EQ(map == *other.map, plain.same_as(other.plain));
   const KEY& key = world.name(below(static_cast<unsigned>(world.count())));
   const KPT_KEYPOINT* namesake = key.signal
                                      ? REAL_MAP::find_register_in_s_vector(map.r_vec(), key.name)
                                      : REAL_MAP::find_register_in_s_vector(map.r_vec(), key.name, key.entity, key.type);
-  EXPECT_EQ(world.number(namesake), find_namesake(plain.sides[R], key, key_of()));
+  EXPECT_EQ(world.number(namesake), find_namesake(plain.sides[R], key, world.keys()));
 }
 
 // ---- The run ----
 
 void TransformationModel::compare(const SUBJECT& subject) {
-  EXPECT_EQ(numbers(subject.map->r_vec()), subject.plain.sides[R]) << m_operation;
-  EXPECT_EQ(numbers(subject.map->t_vec()), subject.plain.sides[T]) << m_operation;
+  EXPECT_EQ(world.numbers(subject.map->r_vec()), subject.plain.sides[R]) << m_operation;
+  EXPECT_EQ(world.numbers(subject.map->t_vec()), subject.plain.sides[T]) << m_operation;
   EXPECT_EQ(subject.map->map_has_fsm_transformation(), subject.plain.fsm) << m_operation;
   EXPECT_EQ(subject.map->get_elim_status(), subject.plain.status) << m_operation;
   EXPECT_TRUE(subject.map->state_table() == real_table(subject.plain.table)) << m_operation;

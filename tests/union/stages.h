@@ -21,8 +21,6 @@
 
 namespace kpt_test {
 
-inline constexpr char EMPTY_R[] = "Info: R side of map seems to be empty";
-inline constexpr char EMPTY_T[] = "Info: T side of map seems to be empty";
 inline constexpr char LOOP_1[] = "TIME: Unite loop 1 time: #";
 inline constexpr char LOOP_2[] = "TIME: Unite loop 2 time: #";
 inline constexpr char LOOP_3[] = "TIME: Unite loop 3 time: #";

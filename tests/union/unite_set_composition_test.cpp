@@ -63,8 +63,8 @@ TEST_F(UniteSetComposition, ReportsTheEmptyIndicesOfAMismatch) {
   db1.plain("a|b -> x|~");
   db2.plain("x -> p");
   db1.unite(db2);
-  EXPECT_THAT(debug(), ElementsAre(EMPTY_T, EMPTY_T, LOOP_1, LOOP_2, UNMATCHED, "T set of db1:", "  0: x", EMPTY_T,
-                                   EMPTY_T, "R set of db2:", "  0: x", LOOP_3));
+  EXPECT_THAT(debug(), ElementsAre(EMPTY_T_SIDE, EMPTY_T_SIDE, LOOP_1, LOOP_2, UNMATCHED, "T set of db1:", "  0: x",
+                                   EMPTY_T_SIDE, EMPTY_T_SIDE, "R set of db2:", "  0: x", LOOP_3));
 }
 
 TEST_F(UniteSetComposition, TakesASecondMapWithMoreRegistersForAMatch) {

@@ -264,20 +264,20 @@ TEST_F(UniteSet, EntersWhatItFusedForTheSurvivingSecondMap) {
 TEST_F(UniteSet, ReportsAnEmptyIndexEachTimeItIsWalked) {
   db1.plain("a -> ~");
   db1.unite(db2);
-  EXPECT_THAT(debug(),
-              ElementsAre(EMPTY_T, EMPTY_T, LOOP_1, LOOP_2, not_in_db2(""), EMPTY_T, EMPTY_T, NO_SUCCESSOR, LOOP_3));
+  EXPECT_THAT(debug(), ElementsAre(EMPTY_T_SIDE, EMPTY_T_SIDE, LOOP_1, LOOP_2, not_in_db2(""), EMPTY_T_SIDE,
+                                   EMPTY_T_SIDE, NO_SUCCESSOR, LOOP_3));
 }
 
 TEST_F(UniteSet, ReportsASideWithoutIndicesOnlyWhereItsFirstIndexIsAskedFor) {
   db1.plain("a ->");
   db1.unite(db2);
-  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2(""), EMPTY_T, EMPTY_T, NO_SUCCESSOR, LOOP_3));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, LOOP_2, not_in_db2(""), EMPTY_T_SIDE, EMPTY_T_SIDE, NO_SUCCESSOR, LOOP_3));
 }
 
 TEST_F(UniteSet, ReportsTheEmptyReferenceSideOfASecondMap) {
   db2.plain("~ -> p");
   db1.unite(db2);
-  EXPECT_THAT(debug(), ElementsAre(LOOP_1, EMPTY_R, EMPTY_R, LOOP_2, LOOP_3));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, EMPTY_R_SIDE, EMPTY_R_SIDE, LOOP_2, LOOP_3));
 }
 
 // Groups of many registers are searched in another way, which has to follow every
@@ -404,7 +404,7 @@ TEST_F(UniteSet, OfTwoStateMachinesThatFeedOneIndexFails) {
   db2.plain("x y -> p");
   db2.plain("z -> q");
   EXPECT_FALSE(db1.unite(db2));
-  EXPECT_THAT(debug(), ElementsAre(LOOP_1, "Cannot unite 2 FSM transformations", LOOP_2, LOOP_3));
+  EXPECT_THAT(debug(), ElementsAre(LOOP_1, UNION_OF_TWO_MACHINES, LOOP_2, LOOP_3));
 }
 
 TEST_F(UniteSet, DeletesAMapAlsoWhenItCouldNotBeFused) {

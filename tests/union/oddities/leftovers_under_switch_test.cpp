@@ -54,7 +54,7 @@ TEST_F(LeftoversUnderSwitch, ReportTheirEmptySidesAfterTheTimes) {
   kpt_host::set_switch(COPY_LEFTOVERS, true);
   db2.plain("x -> ~");
   db1.unite(db2);
-  EXPECT_THAT(masked(lines.debug()), ElementsAre(LOOP_1, LOOP_2, LOOP_3, EMPTY_T, EMPTY_T));
+  EXPECT_THAT(masked(lines.debug()), ElementsAre(LOOP_1, LOOP_2, LOOP_3, EMPTY_T_SIDE, EMPTY_T_SIDE));
 }
 
 // A machine that replaced first maps is still in the second set, and is copied a second time.
