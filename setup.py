@@ -1,7 +1,7 @@
 """Builds the Python module kpt with CMake: `pip install .`, or without a network
 `pip install --no-build-isolation --no-index .`.
 
-The libraries of this tree go into the package, beside the module that is linked with them.
+The package contains the libraries of this tree beside the module, which is linked with them.
 """
 import os
 import pathlib

@@ -1,6 +1,6 @@
-# What every target of this project is compiled with. Only our own targets ask for it, so code that
-# is merely included, and clients, are not held to these warnings. Warnings are errors where the
-# presets say so: another compiler or build type may warn of what is none, and builds all the same.
+# The compiler options of every target of this project. Only our own targets use them, so they do not
+# apply to included code and to clients. Warnings are errors only in the presets: another compiler or
+# build type may warn without a reason, and should still build.
 
 set(KPT_WARNINGS
     -Wall
@@ -35,7 +35,7 @@ function(kpt_target_defaults target)
     target_link_options(${target} PRIVATE ${KPT_SANITIZERS})
   endif()
   if(KPT_BUILD_FUZZ)
-    # Tells the fuzzer which paths an input took; the fuzzer itself is linked by its targets.
+    # Tells the fuzzer which paths an input took. Its targets link the fuzzer itself.
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(KPT_COVERAGE)

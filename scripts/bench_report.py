@@ -3,7 +3,7 @@
 
 usage: bench_report.py RESULT.json PAGE.md FOLDER
 
-The part of PAGE between the two marker lines is replaced; the rest stays.
+Replaces the part of PAGE between the two marker lines.
 """
 
 import json
@@ -15,9 +15,9 @@ import sys
 BEGIN = "<!-- measured by scripts/bench: begin -->"
 END = "<!-- measured by scripts/bench: end -->"
 
-# What is measured, beside whom, and the ratio to reach: "at most" for a cost
-# of ours over the other's, "at least" for the other's over ours. The cost is
-# the time, unless another counter is named; that of several others is their sum.
+# A workload, the one that it is compared with, and the aim for their ratio: "at most"
+# for our cost over the other's, "at least" for the other's cost over ours. The cost is
+# the time, unless another counter is named. The cost of several others is their sum.
 COUNTERS = {"ns_per_register": "", "heap": ", bytes", "peak_MiB": ", peak"}
 AIMS = [
     ("record/kpt", "record/flat", "at most", 4),
@@ -69,7 +69,7 @@ def ratio_rows(figures, sizes):
 
 
 def is_own(name):
-    """A workload that holds one of the library's containers beside what a library offers in its place."""
+    """A workload that compares one of our containers with a container of another library."""
     return name.startswith("own_")
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints which share of the lines of each source was executed, from the counts of a build folder."""
+"""Prints the share of executed lines of each source, from the counts of a build folder."""
 import collections
 import json
 import pathlib

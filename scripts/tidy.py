@@ -2,8 +2,8 @@
 """Runs clang-tidy over every source of a compilation database, on all processors.
 
 A source that passed is checked again only when its text, a header that it includes, its
-compilation flags, the checks or clang-tidy itself have changed: what it was checked with is kept
-below the build folder, by content. The exit code is 0 when no source has a finding.
+compilation flags, the checks or clang-tidy itself have changed. The hashes of all these are kept
+below the build folder. The exit code is 0 when no source has a finding.
 """
 import argparse
 import concurrent.futures
@@ -20,7 +20,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
 class Contents:
-    """The hash of each file, computed once a run."""
+    """The hash of each file, computed once in a run."""
 
     def __init__(self):
         self.known = {}
@@ -80,8 +80,8 @@ def changed_files(base):
 
 
 def sources_of_change(sources, base):
-    """The changed sources and, for each changed header, one source that includes it: a finding in a
-    header shows in any of them."""
+    """The changed sources and, for each changed header, one source that includes it: each of them shows
+    a finding in the header."""
     changed = changed_files(base)
     wanted = {s.name for s in sources if s.name in changed}
     for header in (name for name in changed if name.endswith(".h")):
@@ -102,7 +102,7 @@ def checks_that_are_on():
 
 
 def idle_exceptions():
-    """Exceptions from checks that are not on."""
+    """The exceptions from checks that are not enabled."""
     on = checks_that_are_on()
     files = subprocess.run(["git", "ls-files", "*.h", "*.cpp"], cwd=ROOT, capture_output=True, text=True, check=True)
     for name in files.stdout.split():

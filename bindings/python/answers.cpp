@@ -6,7 +6,7 @@ namespace kpt_python {
 
 namespace {
 
-// Which index of the one side belongs to which of the other is plain.
+// Whether it is clear which index of one side belongs to which index of the other.
 bool is_plain(const KPT_REGISTER_TRANSFORMATION& map) {
   return !map.has_fsm() && map.get_number_of_indices(KPT_REFERENCE_SET) <= 1 &&
          map.get_number_of_indices(KPT_TRANSFORMED_SET) <= 1;
@@ -16,7 +16,7 @@ bool has_group(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, bool i
   return !map.get_group(side, 0, inverted).empty();
 }
 
-// A status is the value of the first register: of the reference side, where it has one.
+// A status is the value of the first register, on the reference side if it has one.
 bool first_is_inverted(const KPT_REGISTER_TRANSFORMATION& map) {
   const bool has_reference = has_group(map, KPT_REFERENCE_SET, false) || has_group(map, KPT_REFERENCE_SET, true);
   return !has_group(map, has_reference ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET, false);
@@ -38,7 +38,7 @@ KPT_FATE_ENUM fate_of_transformed(const KPT_REGISTER_TRANSFORMATION& map, const 
     return KPT_FATE_CONSTANT;
   }
   if (map.has_fsm()) {
-    // With this register it has a transformed side, so its reference registers are unknown for a misfit only.
+    // The map has a transformed side, so its reference registers are unknown only if the table does not fit.
     return map.get_fate(0) == KPT_FATE_UNKNOWN ? KPT_FATE_UNKNOWN : KPT_FATE_MACHINE;
   }
   return counterpart(map, place).is_null() ? KPT_FATE_UNKNOWN : KPT_FATE_MAPPED;

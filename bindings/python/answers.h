@@ -1,9 +1,9 @@
-// What a map says of one of its registers. Whatever it does not say for certain is
-// unknown: of a map with several indices and no state machine it is open which of
-// them belongs to which, and a machine whose table has not the size of its sides
-// says nothing.
+// What a map says of one of its registers. What it does not say for certain is
+// unknown. When a map has several indices and no state machine, nobody knows
+// which of them belong together. A machine whose table has another size than its
+// sides says nothing.
 //
-// Ownership: answers point into the database and are good until it changes.
+// Ownership: answers point into the database and are valid until it changes.
 #ifndef KPT_PYTHON_ANSWERS_H
 #define KPT_PYTHON_ANSWERS_H
 
@@ -15,7 +15,7 @@
 
 namespace kpt_python {
 
-/// Where a side of a map lists a register.
+/// The position of a register on a side of a map.
 struct PLACE {
   KPT_SET_ENUM side;
   std::size_t index;
@@ -30,16 +30,16 @@ inline KPT_SET_ENUM across(KPT_SET_ENUM side) {
 
 using KEYPOINTS = std::vector<KPT_REGISTER_KEYPOINT>;
 
-/// The registers of a group, without what is no register.
+/// The registers of a group, without null handles.
 KEYPOINTS registers_of(const KPT_REGISTER_GROUP& group);
-/// The registers of the other side that carry the value of the one at `place`, or its inverse.
+/// The registers of the other side that hold the value of the one at `place`, or the inverse.
 KEYPOINTS counterparts(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place, bool inverse);
 /// The same for the other registers of its own side.
 KEYPOINTS twins(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place, bool inverse,
                 const KPT_REGISTER_KEYPOINT& self);
-/// Whether the representative of the other side carries the inverse. Empty when that is not known.
+/// Whether the representative of the other side holds the inverse. Empty when that is not known.
 std::optional<bool> is_inverted(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place);
-/// That representative; null when there is none, or none that is known to be its successor.
+/// That representative; null when there is none, or when it is not known to be the successor.
 KPT_REGISTER_KEYPOINT counterpart(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place);
 /// The value of a register that is always the same.
 std::optional<bool> constant_of(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place);
@@ -47,7 +47,7 @@ std::optional<bool> constant_of(const KPT_REGISTER_TRANSFORMATION& map, const PL
 KPT_FATE_ENUM fate_of(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place);
 /// "constant", "machine", "mapped", "without_fanout" or "unknown".
 const char* fate_word(KPT_FATE_ENUM fate);
-/// A copy of the table of a machine; null where it has not the size of the sides, and without a machine.
+/// A copy of the table of a machine; null when its size does not fit the sides, and without a machine.
 std::shared_ptr<const KPT_STATE_TABLE> table_of(const KPT_REGISTER_TRANSFORMATION& map);
 
 }  // namespace kpt_python

@@ -1,4 +1,4 @@
-// The attributes of a register or a map, for kpt.Attributes to make a mapping of.
+// The attributes of a register or a map, from which kpt.Attributes makes a mapping.
 //
 // Ownership: none.
 #ifndef KPT_PYTHON_ATTRIBUTES_H
@@ -20,7 +20,7 @@ inline pybind11::list to_pairs(const KPT_ATTRIBUTE_LIST& attributes) {
   return result;
 }
 
-/// `get(held)` is the library's handle, good until the database changes.
+/// `get(held)` is the library's handle, which is valid until the database changes.
 template <class HELD, class... OPTIONS, class GET>
 void bind_attributes(pybind11::class_<HELD, OPTIONS...>& type, GET get) {
   type.def("_get_attributes", [get](const HELD& held) { return to_pairs(get(held).get_attributes()); })

@@ -17,7 +17,7 @@ namespace {
 
 // ---- associate_many ----
 
-// Names that are read without Python's lock.
+// Names that can be read without Python's lock.
 struct NAMES {
   explicit NAMES(const py::object& given) : objects(given) {
     texts.reserve(objects.size());
@@ -69,7 +69,7 @@ signed char number_of(const std::optional<bool>& value) {
   return static_cast<signed char>(value ? static_cast<int>(*value) : -1);
 }
 
-// What the map says of a register that it lists there.
+// What the map says of the register at this position.
 void fill(ROW& row, const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place) {
   row.map = map.get_number();
   row.fate = fate_of(map, place);
@@ -78,7 +78,7 @@ void fill(ROW& row, const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place) 
   row.constant = number_of(constant_of(map, place));
 }
 
-// One walk over the registers and one over the maps: the place of a register in a large map costs nothing more.
+// One walk over the registers and one over the maps, so no register is searched for in a large map.
 ROWS rows_of(const KPT_KEYPOINTS_DB& db, KPT_SET_ENUM side) {
   const KPT_KEYPOINT_SET set = db.get_set(side);
   ROWS rows;

@@ -1,9 +1,9 @@
 // A database that Python owns.
 //
-// Ownership: shared by the Database object and by all handles that were got from
-// it, so that none of them outlives it. The library's own registry knows nothing
-// of it until it is published; from then on it is the registry's, and everything
-// here raises Gone.
+// Ownership: the Database object and all handles from it share the database, so
+// none of them outlives it. It is not in the library's registry until it is
+// published. From then on the registry owns it, and every operation here raises
+// Gone.
 #ifndef KPT_PYTHON_DATABASE_H
 #define KPT_PYTHON_DATABASE_H
 
@@ -22,11 +22,11 @@ class DATABASE {
   DATABASE(const DATABASE&) = delete;
   DATABASE& operator=(const DATABASE&) = delete;
 
-  /// For a call into the library: no other thread is inside, and the database is there.
+  /// For a call into the library: waits until no other thread is inside, and checks that the database exists.
   const KPT_KEYPOINTS_DB& use() const;
-  /// Whether the registry of the process has it now.
+  /// Whether the registry of the process owns it now.
   bool is_published() const { return m_db.is_null(); }
-  /// Hands it over to the registry of the process.
+  /// Gives it to the registry of the process.
   void publish();
 
  private:
@@ -35,7 +35,7 @@ class DATABASE {
 
 using SHARED_DATABASE = std::shared_ptr<DATABASE>;
 
-/// The Database object. It has none as long as a class derived from it has not called __init__.
+/// The Database object. It has no database until a derived class has called __init__.
 class OWNER {
  public:
   OWNER() = default;

@@ -10,7 +10,7 @@
 
 namespace kpt_python {
 
-/// Throws an exception of kpt/_errors.py, made of these arguments.
+/// Throws an exception of kpt/_errors.py with these arguments.
 template <class... ARGS>
 [[noreturn]] void raise(const char* name, ARGS&&... args) {
   namespace py = pybind11;
@@ -20,9 +20,9 @@ template <class... ARGS>
   throw py::error_already_set();
 }
 
-/// The library, or this module, will not do it: `reason` says why.
+/// The library or this module refuses: `reason` says why.
 [[noreturn]] void raise_refused(const std::string& reason);
-/// What was asked for is there no more.
+/// The object does not exist any more.
 [[noreturn]] void raise_gone(const std::string& what);
 
 }  // namespace kpt_python

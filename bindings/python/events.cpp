@@ -28,7 +28,7 @@ ORIGIN origin_of(const py::object& pass, const py::object& note) {
   return {std::string(TEXT(pass, "a pass").view()), std::string(TEXT(note, "a note").view())};
 }
 
-// Raises Refused with the library's own line, or where it is silent with what can be seen from outside.
+// Raises Refused with the library's own line or, when there is none, with a reason that can be seen from outside.
 template <class WHAT>
 void record(const OWNER& db, const WHAT& what, const ORIGIN& origin) {
   const kptdb::EVENT event{what, origin.pass, origin.note};
@@ -51,7 +51,7 @@ kptdb::EVENT_REGISTER event_register(const KPT_REGISTER_NAME& name) {
   return reg;
 }
 
-// Two signals, the common case, without an event: it allocates nothing but what it records.
+// Two signals, the common case, without an event: allocates only what it records.
 void associate(const OWNER& db, const py::object& reference, const py::object& transformed, const py::object& pass,
                const py::object& note) {
   const ORIGIN origin = origin_of(pass, note);
@@ -89,7 +89,7 @@ void associate_fsm(const OWNER& db, const py::object& reference, const py::objec
   record(db, event, origin_of(pass, note));
 }
 
-// The groups of a map as Python gives them, with what their texts lie in.
+// The groups of a map as Python gives them, with the objects that hold their texts.
 class GROUPS {
  public:
   explicit GROUPS(const py::object& groups) {

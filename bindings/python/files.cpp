@@ -1,4 +1,4 @@
-// Loading, saving, uniting, composing, and event files: what takes long.
+// Loading, saving, uniting, composing, and event files: the calls that take long.
 #include <pybind11/stl.h>
 
 #include <utility>
@@ -31,7 +31,7 @@ struct LOADED {
   std::size_t unexpected = 0;  // elements that the library reads as transformations
 };
 
-// The library tells of elements that do not belong as internal errors, and reads on.
+// The library reports elements that do not belong as internal errors, and continues.
 class UNEXPECTED_ELEMENTS {
  public:
   explicit UNEXPECTED_ELEMENTS(std::size_t& count) {
@@ -61,7 +61,7 @@ bool is_empty(const KPT_KEYPOINTS_DB& db) {
   return db.get_reference_set().size() + db.get_transformed_set().size() == 0;
 }
 
-// A database, and how many elements did not belong.
+// A database, and the number of elements that did not belong.
 py::tuple taken_over(LOADED& loaded, std::string_view file, bool is_something_else) {
   const bool is_database = !loaded.db.is_null();
   if (is_something_else &&
@@ -141,7 +141,7 @@ py::list texts_of(const KPT_STRING_VECTOR& lines) {
   return result;
 }
 
-// The composition, how the stages fit, and what they say and it does not.
+// The composition, how well the stages fit, and what the stages say and the composition leaves out.
 py::tuple compose(const std::vector<OWNER>& stages, const py::object& name, double least_share, bool keeps_unrecorded) {
   const TEXT text(name, "a database's name");
   OWNER result;

@@ -1,6 +1,6 @@
-// Registers and maps as Python holds them. None of them dangles: a database lives
-// as long as a handle to it; a register's memory lives as long as its database;
-// and a map is kept by its number, which leads to it or, once it is gone, nowhere.
+// Registers and maps as Python holds them. None of them dangles. A database exists
+// as long as a handle to it, and the memory of a register as long as its database.
+// A map is kept by its number, by which it is found until it is deleted.
 //
 // Ownership: each shares its database.
 #ifndef KPT_PYTHON_HANDLES_H
@@ -18,26 +18,26 @@ struct REGISTER {
   SHARED_DATABASE db;
   KPT_REGISTER_KEYPOINT keypoint;
 
-  /// Whether its set still finds it: a union deletes registers that no map lists,
-  /// and a file may give one name to two.
+  /// Whether its set finds it: a union deletes registers that no map lists, and a
+  /// file may give one name to two registers.
   bool is_present() const;
   bool operator==(const REGISTER& other) const { return keypoint == other.keypoint; }
 };
 
-/// A map, seen from one of its registers, which stands on one of its sides. In a
-/// united database a map may list registers of one netlist on the side of the other.
+/// A map from the point of view of one of its registers, which is on one of its sides.
+/// In a united database, a side of a map may list registers of the other netlist.
 struct MAP {
   SHARED_DATABASE db;
   std::uint32_t number;
   KPT_REGISTER_KEYPOINT seen_from;  // null for a map without registers
   KPT_SET_ENUM side = KPT_REFERENCE_SET;
 
-  /// The library's handle, good until the database changes. Gone when the map is.
+  /// The library's handle, which is valid until the database changes. Raises Gone when the map is deleted.
   KPT_REGISTER_TRANSFORMATION get() const;
   bool operator==(const MAP& other) const { return db == other.db && number == other.number; }
 };
 
-/// The map as a walk over all maps sees it: from the first register that it lists.
+/// The map as a walk over all maps returns it: from the point of view of its first register.
 MAP seen_from_first(const SHARED_DATABASE& db, const KPT_REGISTER_TRANSFORMATION& map);
 
 /// The name for a signal, and "name (entity, type)" for a block instance.

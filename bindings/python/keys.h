@@ -1,8 +1,8 @@
-// How Python names a register: a signal by its name; a block instance by a tuple of
-// its name, entity and register type; either by a Register, of whatever database.
+// How Python names a register: a signal by its name, a block instance by a tuple
+// of its name, entity and register type, and both by a Register of any database.
 //
-// Ownership: a KEY keeps what its texts lie in, as long as the Python object lives
-// that it was read from.
+// Ownership: a KEY keeps the objects that hold its texts, as long as the Python
+// object exists from which it was read.
 #ifndef KPT_PYTHON_KEYS_H
 #define KPT_PYTHON_KEYS_H
 
@@ -19,14 +19,14 @@ namespace kpt_python {
 
 class KEY {
  public:
-  /// TypeError for what names no register.
+  /// TypeError when the object names no register.
   explicit KEY(pybind11::handle key);
 
   const KPT_REGISTER_NAME& name() const { return m_name; }
   bool is_signal() const { return m_name.is_signal; }
   std::string label() const;
-  /// The register of that name in a set, or a null handle. A signal never stands for an
-  /// instance of its name. Of an instance, name and type count.
+  /// The register of that name in a set, or a null handle. A signal is never
+  /// taken for an instance of its name. An instance is found by name and type.
   KPT_REGISTER_KEYPOINT find_in(const KPT_KEYPOINT_SET& set) const;
 
  private:
@@ -38,7 +38,7 @@ class KEY {
   KPT_REGISTER_NAME m_name;
 };
 
-/// The name of a transformed signal, which the events take: a str or a Register that is a signal.
+/// The name of a transformed signal for an event: from a str, or from a Register that is a signal.
 std::string signal_name(pybind11::handle key);
 
 }  // namespace kpt_python

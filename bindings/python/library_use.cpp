@@ -10,7 +10,7 @@ namespace {
 
 namespace py = pybind11;
 
-// The long call that runs. Changed with both locks held, so that either is enough to read it.
+// The long call that is running. It is changed with both locks held, so either lock is enough to read it.
 struct {
   unsigned depth = 0;  // of calls back into the library
   std::thread::id owner;

@@ -1,10 +1,10 @@
-// Who is inside the library: one thread at a time.
+// Lets one thread at a time into the library.
 //
-// Python's own lock keeps threads apart while a short call runs. A long call
-// gives that lock back, so that other threads of the program go on; whoever
-// calls the library meanwhile waits here, and does not hold Python up.
+// Python's own lock separates threads during a short call. A long call releases
+// that lock, so that other threads of the program can run. A thread that calls
+// the library meanwhile waits here, and does not block Python.
 //
-// Ownership: none. All of it is called with Python's lock held.
+// Ownership: none. Every function is called with Python's lock held.
 #ifndef KPT_PYTHON_LIBRARY_USE_H
 #define KPT_PYTHON_LIBRARY_USE_H
 
@@ -14,13 +14,13 @@
 
 namespace kpt_python {
 
-/// Returns once no other thread is inside. The caller is alone until it makes or
-/// calls something of Python's: so it first takes out of the library what it
-/// needs, and then makes the objects.
+/// Returns when no other thread is inside. The caller is alone until it makes or
+/// calls a Python object. So it first reads from the library what it needs, and
+/// then makes the objects.
 void wait_for_library();
 
-/// A long call: for its length other Python threads run. What a call back makes
-/// of the library, from the same thread, is let in.
+/// A long call, during which other Python threads run. Calls of the library from
+/// a callback on the same thread are let in.
 class LONG_CALL {
  public:
   LONG_CALL();

@@ -25,7 +25,7 @@ struct MAPS {
   KPT_TRANSFORMATION_SET get() const { return db->use().get_transformation_set(); }
 };
 
-// The library's own walk keeps a handle to the map that comes next, which may be gone by then.
+// The library's own walk keeps a handle to the next map, which may be deleted meanwhile.
 struct MAPS_WALK {
   SHARED_DATABASE db;
   std::uint32_t at = 0;
@@ -43,7 +43,7 @@ std::optional<PLACE> place_if_any(const MAP& map, const KPT_REGISTER_TRANSFORMAT
   return map.seen_from.is_null() ? std::nullopt : find_place(handle, map.side, map.seen_from);
 }
 
-// Where the register stands now that the map is seen from. An event may have moved it to another.
+// The present position of the register from which the map is seen. An event may have moved it to another map.
 PLACE place_in(const MAP& map, const KPT_REGISTER_TRANSFORMATION& handle) {
   const std::optional<PLACE> place = place_if_any(map, handle);
   if (!place) {
@@ -211,7 +211,7 @@ MAP find(const OWNER& db, const py::object& key) {
   return {db, map.get_number(), found, KPT_REFERENCE_SET};
 }
 
-// db[key] without the way through pybind11's dispatcher, which takes longer than the look-up.
+// db[key] without pybind11's dispatcher, which takes longer than the look-up.
 PyObject* subscript(PyObject* self, PyObject* key) {
   static const py::detail::type_info* const type = py::detail::get_type_info(typeid(OWNER));
   return result_of([=]() -> py::object {

@@ -16,7 +16,7 @@ namespace {
 
 void bind_database(DATABASE_CLASS& type) {
   make_in_new<OWNER>(type, [](PyObject*, PyObject*) { return new OWNER; });
-  // Not as a constructor: __new__ has made the object, so that no class derived from it can leave it unmade.
+  // Not a constructor: __new__ has made the object, so a derived class cannot leave it unmade.
   type.attr("__init__") = py::cpp_function(
       [](OWNER& db, const py::object& name) { db.init(TEXT(name, "a database's name").view()); }, py::name("init"),
       py::is_method(type), py::arg("name"), "init($self, name)\n--\n\nAn empty database; any name will do.");

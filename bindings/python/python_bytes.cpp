@@ -9,7 +9,7 @@ namespace py = pybind11;
 
 namespace {
 
-// A file is asked for as much at a time, whatever the library asks for.
+// A file is read in pieces of this size, whatever size the library asks for.
 constexpr std::size_t MOST = std::size_t{1} << 20U;
 
 std::ptrdiff_t copy_bytes(const py::object& bytes, char* to, std::size_t size) {
@@ -25,7 +25,7 @@ std::ptrdiff_t copy_bytes(const py::object& bytes, char* to, std::size_t size) {
   return static_cast<std::ptrdiff_t>(length);
 }
 
-// An exception of Python's, whichever way it comes.
+// A Python exception, in whatever way it comes.
 template <class ACTION>
 bool keeps_error(std::optional<py::error_already_set>& error, ACTION action) {
   try {

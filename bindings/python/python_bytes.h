@@ -1,6 +1,6 @@
 // The bytes of a Python file object, for a load that does not hold Python's lock.
 //
-// Ownership: keeps the file object. An exception of its stays here until it is raised.
+// Ownership: keeps the file object, and an exception of it until the exception is raised.
 #ifndef KPT_PYTHON_PYTHON_BYTES_H
 #define KPT_PYTHON_PYTHON_BYTES_H
 
@@ -19,7 +19,7 @@ class PYTHON_BYTES : public KPT_BYTES {
 
   std::ptrdiff_t read(char* to, std::size_t size) override;
   bool rewind() override;
-  /// Throws what reading raised, if it did. With Python's lock held.
+  /// Throws the exception that reading raised, if any. With Python's lock held.
   void rethrow();
 
  private:

@@ -1,4 +1,4 @@
-// From the library's answers to Python's objects.
+// Makes Python objects from the library's answers.
 //
 // Ownership: the objects share the database.
 #ifndef KPT_PYTHON_PYTHON_OBJECTS_H
@@ -17,8 +17,8 @@ namespace kpt_python {
 /// A tuple of Registers.
 pybind11::tuple to_tuple(const SHARED_DATABASE& db, const KEYPOINTS& keypoints);
 
-/// For a function that Python calls without pybind11 between: the object that `make` returns, or null with the
-/// exception set.
+/// For a function that Python calls without pybind11: the object that `make`
+/// returns, or null with the exception set.
 template <class MAKE>
 PyObject* result_of(MAKE make) noexcept {
   namespace py = pybind11;
@@ -36,12 +36,12 @@ PyObject* result_of(MAKE make) noexcept {
   return nullptr;
 }
 
-/// Objects of the class come from the module alone: its constructor raises TypeError,
-/// and so does whatever else would make an object with nothing in it.
+/// Only the module makes objects of the class. Its constructor raises TypeError,
+/// and so does every other way to make an empty object.
 void refuse_new(pybind11::handle type);
 
-/// Objects of the class are whole once __new__ has made them, whatever a class derived from it does in __init__;
-/// a constructor of pybind11's is passed over. `make` gives what they hold.
+/// Objects of the class are complete when __new__ has made them, whatever a derived class
+/// does in __init__. A constructor of pybind11 is not called. `make` returns their content.
 template <class HELD>
 void make_in_new(pybind11::class_<HELD>& type, HELD* (*make)(PyObject* args, PyObject* kwargs)) {
   namespace py = pybind11;

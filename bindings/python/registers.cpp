@@ -32,7 +32,7 @@ struct SET_WALK {
   KPT_KEYPOINT_SET::ITERATOR at;
 };
 
-// Where the library keeps it. The database is there: what is asked next may need it.
+// The library's handle. Checks that the database exists, because the next call may need it.
 const KPT_REGISTER_KEYPOINT& used(const REGISTER& reg) {
   reg.db->use();
   return reg.keypoint;
@@ -85,7 +85,7 @@ py::object find_or(const SET& set, const py::object& key, const py::object& othe
   return found.is_null() ? otherwise : py::cast(REGISTER{set.db, found});
 }
 
-// The names nearest to one that is not there, nearest first. Near is up to a third of the name and one character.
+// The names nearest to an unknown one, nearest first. They differ in at most a third of it and one character.
 py::list nearest(const SET& set, const py::object& key) {
   constexpr std::size_t MOST = 3;
   const std::string name(KEY(key).name().name);

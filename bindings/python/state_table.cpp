@@ -65,7 +65,7 @@ CODES codes_from(py::handle states) {
   return codes;
 }
 
-// A negative number counts from the end, as everywhere in Python.
+// A negative number counts from the end, as usual in Python.
 std::size_t checked(py::ssize_t index, std::size_t size, const char* what) {
   const py::ssize_t from_begin = index < 0 ? index + static_cast<py::ssize_t>(size) : index;
   if (from_begin < 0 || static_cast<std::size_t>(from_begin) >= size) {

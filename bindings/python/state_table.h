@@ -1,4 +1,4 @@
-// State tables as Python sees them: rows and columns from 0, one side at a time.
+// State tables as Python sees them: rows and columns count from 0, and each side is an object.
 //
 // Ownership: a table is a value that never changes; its two sides share it.
 #ifndef KPT_PYTHON_STATE_TABLE_H
@@ -19,15 +19,15 @@ namespace kpt_python {
 using CODE_PAIR = std::pair<std::string, std::string>;
 using CODES = std::vector<CODE_PAIR>;
 
-/// One side: a value of 0 or 1 for each state and column. A buffer of bytes for
-/// numpy, which is made when it is first asked for.
+/// One side: a value of 0 or 1 for each state and column. It has a buffer of
+/// bytes for numpy, which the first request makes.
 class BITS {
  public:
   BITS(std::shared_ptr<const KPT_STATE_TABLE> table, KPT_SET_ENUM side) : m_table(std::move(table)), m_side(side) {}
 
   std::size_t states() const { return m_table->get_number_of_states(); }
   std::size_t columns() const;
-  /// No check of bounds.
+  /// Does not check bounds.
   bool at(std::size_t state, std::size_t column) const;
   pybind11::buffer_info buffer();
 
@@ -40,7 +40,7 @@ class BITS {
 class TABLE {
  public:
   explicit TABLE(std::shared_ptr<const KPT_STATE_TABLE> table) : m_table(std::move(table)) {}
-  /// ValueError for codes that are no table.
+  /// ValueError when the codes are not a table.
   explicit TABLE(const CODES& codes);
 
   const KPT_STATE_TABLE& get() const { return *m_table; }

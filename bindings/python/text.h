@@ -1,8 +1,8 @@
-// Names between Python and the library: str on one side, bytes on the other.
-// Bytes that are not UTF-8 go through Python as lone surrogates and come back
-// as they were.
+// Names between Python and the library: str in Python, bytes in the library.
+// Bytes that are not UTF-8 are lone surrogates in Python, and become the same
+// bytes again.
 //
-// Ownership: a TEXT keeps what its bytes lie in.
+// Ownership: a TEXT keeps the object that holds its bytes.
 #ifndef KPT_PYTHON_TEXT_H
 #define KPT_PYTHON_TEXT_H
 
@@ -12,7 +12,7 @@
 
 namespace kpt_python {
 
-/// The bytes of a str that outlives this. TypeError for what is no str.
+/// The bytes of a str that outlives this. TypeError when the object is not a str.
 class TEXT {
  public:
   TEXT(pybind11::handle text, const char* what);

@@ -1,9 +1,9 @@
-// Sees the elements of a database file while a load reads them, with the lines
-// on which they stand: for programs that tell what is written in a file, also
-// where the database no longer shows it. Clients derive from it.
+// Gets the elements of a database file, with their lines, while a load reads
+// them: for programs that report on the file itself, also on what the database
+// does not show. Clients derive a class from it.
 //
-// Ownership: the caller's, for the length of the load. What it is handed is good
-// during the call only.
+// Ownership: the caller owns the visitor, which has to outlive the load.
+// Arguments are valid only during a call.
 #ifndef KPT_FILE_VISITOR_H
 #define KPT_FILE_VISITOR_H
 
@@ -13,20 +13,20 @@
 #include "db/kpt/kpt_element_attributes.h"
 #include "kpt_export.h"
 
-/// Starts and ends pair, also in files that a load refuses; in one that is not
-/// well-formed the visitor sees what stands before the error. Comments and
-/// instructions are left out. Lines count from 1 and are those on which a tag
-/// ends. A visitor throws nothing.
+/// Every start has an end, also in a file that a load refuses. In a file that is
+/// not well-formed, the visitor gets what precedes the error. It gets no comments
+/// and no instructions. A line, counted from 1, is the line on which the tag
+/// ends. A visitor must not throw.
 class KPT_EXPORT KPT_FILE_VISITOR {
  public:
   virtual ~KPT_FILE_VISITOR() = default;
   virtual void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line) = 0;
   virtual void end(std::size_t line) = 0;
-  /// A piece of the text of the element that started last and has not ended,
-  /// with references replaced.
+  /// A piece of the text of the innermost element that has not ended, with
+  /// references replaced.
   virtual void text(std::string_view piece) = 0;
-  /// Around what an entity of the file stands for. A load takes texts and the
-  /// values of tables from there, and no registers or maps.
+  /// Called before and after the content of an entity. A load reads texts and
+  /// values of tables there, but no registers and no maps.
   virtual void start_reference() {}
   virtual void end_reference() {}
 };

@@ -53,18 +53,18 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
                                                const KPT_STATE_TABLE& table,
                                                KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) const;
 
-  /// A map as another database has it, unchecked: for who copies a database.
-  /// Registers that exist are taken and may be listed more than once, and a
-  /// table may have any size, or be null. The map's handle, never a null one.
+  /// A copy of a map of another database, without any check: for copying databases.
+  /// It may list registers that exist, also several times, and its table may have
+  /// any size, or be null. Returns the map's handle, which is never null.
   KPT_REGISTER_TRANSFORMATION add_groups_as_they_are(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
                                                      const KPT_STATE_TABLE* table,
                                                      KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) const;
-  /// A register that is known and of which nothing is said. The register's
-  /// handle, or a null one when it exists already.
+  /// A register of which nothing else is known. Returns the register's handle,
+  /// which is null when the register already existed.
   KPT_REGISTER_KEYPOINT add_register_without_map(KPT_SET_ENUM side, const KPT_REGISTER_NAME& name) const;
 
-  // The events below name transformed signal registers; block instances are
-  // not found by name alone.
+  // The events below name transformed signal registers. They do not find block
+  // instances.
 
   /// "%s does not exist in T", "%s already exists in T", or on success
   /// "Replicated register: %s is a replicate of %s".

@@ -99,11 +99,11 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// the status. The debug line "Error: Map not recorded: ..." then says why.
   KPT_TRANSFORMATION_IMPL* associate_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
                                             const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
-  /// A map as another database has it, unchecked: registers that exist are
-  /// taken and may be listed again, and a table may have any size.
+  /// A copy of a map of another database, without any check: it may list
+  /// registers that exist, also several times, and its table may have any size.
   KPT_TRANSFORMATION_IMPL* add_groups_as_they_are(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t,
                                                   const KPT_STATE_TABLE* table, KPT_ELIM_ENUM status);
-  /// A register that no map lists. Null, changing nothing, when it exists.
+  /// A register that no map lists. When it exists: null, and nothing changes.
   KPT_REGISTER_KEYPOINT_IMPL* add_register_without_map(KPT_SET_ENUM set, const KPT_REGISTER_NAME& name);
   /// `t_name` was duplicated into the new register `replica_name`. When the
   /// map refuses, the replica stays in the transformed set, without a map.

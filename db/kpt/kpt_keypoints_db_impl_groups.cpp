@@ -98,7 +98,7 @@ KPT_KEYPOINT* KPT_KEYPOINTS_DB_IMPL::create_noted(KPT_SET_ENUM set, const KPT_RE
   return created->back();
 }
 
-// `make(name)` gives the keypoint that a group lists.
+// `make(name)` returns the keypoint for the group.
 template <class MAKE>
 NI_PAIR_VECTOR KPT_KEYPOINTS_DB_IMPL::groups_of(const KPT_GROUPS_SIDE& side, MAKE make) {
   NI_PAIR_VECTOR pairs(side.size());

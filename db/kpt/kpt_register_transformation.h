@@ -26,11 +26,11 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
  public:
   explicit KPT_REGISTER_TRANSFORMATION(KPT_TRANSFORMATION_IMPL* map = nullptr) : m_impl(map) {}
 
-  /// The map's number in its database, from 1 in order of creation. It is given
-  /// out once: after the map's end it stands for no other.
+  /// The map's number in its database, from 1 in order of creation. No other map
+  /// ever gets the number, even after this map is deleted.
   std::uint32_t get_number() const;
 
-  /// Whether the registers are those of a re-encoded state machine.
+  /// Whether the map is that of a re-encoded state machine.
   bool has_fsm() const;
   /// An independent copy of the table. A map without a state machine has the
   /// table of a kept register, or the table that a union with a machine left.

@@ -49,9 +49,9 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET {
   ITERATOR end() const { return {}; }
   /// The number of maps.
   std::size_t size() const;
-  /// The map of that number (see KPT_REGISTER_TRANSFORMATION::get_number), or a
-  /// null handle once it is deleted or absorbed: for who keeps maps while others
-  /// change the database.
+  /// The map with that number (see KPT_REGISTER_TRANSFORMATION::get_number), or a
+  /// null handle when it was deleted or absorbed: for clients that keep maps
+  /// while the database changes.
   KPT_REGISTER_TRANSFORMATION get_map(std::uint32_t number) const;
 
   /// A handle for every map, in order of creation.

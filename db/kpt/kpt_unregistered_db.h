@@ -29,10 +29,10 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
   /// messages as from the manager's load. A registered database of the same name
   /// does not matter.
   static KPT_UNREGISTERED_DB load(std::string_view file_name, KPT_LOAD_PROBLEM* problem = nullptr);
-  /// The same from bytes of the caller's; `shown_name` stands for the file in
-  /// what the host is told. Bytes that count what is read of them tell how far a
-  /// load has come: a file that the library wrote is read twice. `visitor`,
-  /// unless null, sees every element once.
+  /// The same from the caller's bytes. Messages name `shown_name` instead of the
+  /// file. A source that counts what it has read can show progress: a file that
+  /// the library wrote is read twice. `visitor`, unless it is null, gets every
+  /// element once.
   static KPT_UNREGISTERED_DB load(KPT_BYTES& bytes, std::string_view shown_name, KPT_LOAD_PROBLEM* problem = nullptr,
                                   KPT_FILE_VISITOR* visitor = nullptr);
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Whether the registers that a database tells of are in a netlist in Verilog.
+"""Checks that the registers of a database are in a Verilog netlist.
 
     check_names.py counter.xml counter.v
 
-Prints every transformed register that the netlist does not declare, with a name near to it; exits with 1 when there
+Prints every transformed register that the netlist does not declare, with a name near to it. Exits with 1 when there
 is one.
 """
 import difflib
@@ -17,12 +17,12 @@ NAME = re.compile(r"\\\S+|[A-Za-z_][\w$]*")
 
 
 def names_in(verilog: str) -> set[str]:
-    """Every name of the text; an escaped one without its backslash."""
+    """Every name in the text; an escaped name without its backslash."""
     return {name.lstrip("\\") for name in NAME.findall(COMMENT.sub(" ", verilog))}
 
 
 def is_declared(register: kpt.Register, names: set[str]) -> bool:
-    """A bit of a bus is declared by the name of the bus."""
+    """The name that declares a register: for a bit of a bus, the name of the bus."""
     return register.name in names or re.sub(r"\[\d+\]$", "", register.name) in names
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What became of the registers of each part of a design, as a picture.
+"""Draws what became of the registers of each part of a design.
 
     plot_coverage.py uart_tx.xml coverage.png [--depth 2]
 """
@@ -14,7 +14,7 @@ FATES = ("mapped", "machine", "constant", "without_fanout", "unknown")
 
 
 def part_of(name: str, depth: int) -> str:
-    """The instances that a register lies in, `depth` of them."""
+    """The instances that contain a register, up to `depth` of them."""
     return "/".join(name.replace(".", "/").split("/")[:-1][:depth]) or "(top)"
 
 

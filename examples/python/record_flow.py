@@ -3,8 +3,8 @@
 
     record_flow.py registers.txt counter.xml
 
-Each line of the list names a register of the source and what the pass made of it: a name of the netlist, several
-names for copies, or 0, 1 or - for a register that is constant or unused.
+Each line of the list names a register of the source and its result: a name in the netlist, several names for copies,
+0 or 1 for a constant register, or - for an unused one.
 """
 import sys
 

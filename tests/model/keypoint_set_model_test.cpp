@@ -1,6 +1,6 @@
-// Random operations on two keypoint sets. Each step is compared with plain lists:
-// what is found, listed and counted, and the texts of every register that was
-// ever made, also of those that have left their set.
+// Random operations on two keypoint sets, each step compared with plain lists:
+// what is found, listed and counted, and what every register ever made says of
+// itself, those that have left their set included.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,14 +28,14 @@ struct MODEL_KEYPOINT {
   std::string entity;
   std::string type;
   std::map<std::string, std::string> attributes;
-  // The kind under which the set knows the keypoint. A renaming does not change it.
+  // What the set knows of it; this does not follow a renaming.
   bool among_signals;
   bool in_set = true;
   std::string key_name;
   std::string key_type;
 };
 
-// Every keypoint that was made, in order of creation.
+// Every keypoint ever made, in order of creation.
 struct MODEL_SET {
   const MODEL_KEYPOINT* find(bool among_signals, const std::string& name, const std::string& type) const {
     for (const MODEL_KEYPOINT& keypoint : all) {
@@ -87,8 +87,8 @@ class KeypointSetModel : public testing::Test {
  protected:
   unsigned long below(unsigned long bound) { return m_random() % bound; }
 
-  // A few texts, so that they coincide: short and long ones, pairs whose joined
-  // texts are equal, and any bytes.
+  // Few texts, so that they meet: short and long ones, some that read alike
+  // one behind the other, any bytes.
   std::string text() {
     static const std::string TEXTS[] = {
         "",
@@ -111,7 +111,7 @@ class KeypointSetModel : public testing::Test {
     return TEXTS[below(std::size(TEXTS))];
   }
 
-  KPT_REGISTER_KEYPOINT_IMPL* real(const MODEL_KEYPOINT& keypoint) {
+  static KPT_REGISTER_KEYPOINT_IMPL* real(const MODEL_KEYPOINT& keypoint) {
     return const_cast<KPT_REGISTER_KEYPOINT_IMPL*>(keypoint.real);
   }
 
@@ -183,104 +183,108 @@ class KeypointSetModel : public testing::Test {
     ASSERT_EQ(next_id, expected_id);
   }
 
+  // What a step works with.
+  struct CHOICE {
+    std::string name;
+    std::string entity;
+    std::string type;
+    long id;
+    MODEL_KEYPOINT* any;  // one of all, also those that have left the set; null without one
+  };
+
   void step(KPT_KEYPOINT_SET_IMPL& set, MODEL_SET& model, KPT_KEYPOINT_SET_IMPL& other, const MODEL_SET& other_model) {
-    const std::string name = text();
-    const std::string entity = text();
-    const std::string type = text();
-    const long id = static_cast<long>(below(200)) - 20;
-    // Any register, also one that has left the set.
-    MODEL_KEYPOINT* const any = model.all.empty() ? nullptr : &model.all[below(model.all.size())];
-    switch (below(16)) {
-      case 0:
-      case 1:
-      case 2:
-        model.add(set.add_register(id, name), id, name);
-        break;
-      case 3:
-      case 4:
-      case 5:
-        model.add(set.add_register(id, name, entity, type), id, name, entity, type);
-        break;
-      case 6:
-        ASSERT_EQ(set.delete_register(name), model.remove(true, name, ""));
-        break;
-      case 7:
-        ASSERT_EQ(set.delete_register(name, entity, type), model.remove(false, name, type));
-        break;
-      case 8: {
-        const MODEL_KEYPOINT* const signal = model.find(true, name, "");
-        ASSERT_EQ(set.get_register(name), signal == nullptr ? nullptr : signal->real);
-        const MODEL_KEYPOINT* const instance = model.find(false, name, type);
-        ASSERT_EQ(set.get_register(name, entity, type), instance == nullptr ? nullptr : instance->real);
-        ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name).is_null(), signal == nullptr);
-        ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name, entity, type).is_null(), instance == nullptr);
-        break;
-      }
-      case 9:
-        if (any != nullptr) {
-          real(*any)->set_element_name(name);
-          any->name = name;
-        }
-        break;
-      case 10:
-        if (any != nullptr) {
-          ASSERT_TRUE(real(*any)->substitute_with_signal(name));
-          any->name = name;
-          if (!any->is_signal) {
-            any->entity.clear();
-            any->type.clear();
-            any->is_signal = true;
-          }
-        }
-        break;
-      case 11:
-        if (any != nullptr) {
-          ASSERT_TRUE(real(*any)->substitute_with_instance(name, entity, type));
-          any->name = name;
-          any->entity = entity;
-          any->type = type;
-          any->is_signal = false;
-        }
-        break;
-      case 12:
-        if (any != nullptr) {
-          const MODEL_KEYPOINT copy = *any;
-          ASSERT_EQ(set.delete_namesake(*real(copy)), model.remove(copy.is_signal, copy.name, copy.type));
-        }
-        break;
-      case 13:
-        if (any != nullptr) {
-          const MODEL_KEYPOINT* const namesake = other_model.find(any->is_signal, any->name, any->type);
-          const KPT_REGISTER_KEYPOINT_IMPL* const expected = namesake == nullptr ? nullptr : namesake->real;
-          other.fetch_namesakes_behind(*any->real, set);
-          ASSERT_EQ(other.get_namesake(*any->real, set), expected);
-          ASSERT_EQ(other.get_namesake(*any->real), expected);
-        }
-        break;
-      case 14:
-        if (any != nullptr) {
-          const std::string attribute = below(2) == 0 ? "clock" : "";
-          if (below(2) == 0) {
-            ASSERT_TRUE(real(*any)->add_attribute(attribute, name));
-            any->attributes[attribute] = name;
-          } else {
-            ASSERT_EQ(real(*any)->remove_attribute(attribute), any->attributes.erase(attribute) == 1);
-          }
-        }
-        break;
-      default:
-        if (below(6) == 0) {
-          unite(set, model, other, other_model);
-        } else if (any != nullptr) {
-          MODEL_KEYPOINT copied = *any;
-          copied.attributes.clear();
-          const KPT_REGISTER_KEYPOINT_IMPL copy(*any->real);
-          ASSERT_FALSE(copy != *any->real);
-          copied.real = &copy;
-          check_keypoint(copied);
-        }
-        break;
+    CHOICE choice{text(), text(), text(), static_cast<long>(below(200)) - 20, nullptr};
+    if (!model.all.empty()) {
+      choice.any = &model.all[below(model.all.size())];
     }
+    const unsigned long operation = below(16);
+    if (operation < 9) {
+      change_or_search(operation, choice, set, model);
+    } else if (operation == 15 && below(6) == 0) {
+      unite(set, model, other, other_model);
+    } else if (choice.any == nullptr) {
+      return;
+    } else if (operation < 12) {
+      rename(operation, choice);
+    } else if (operation == 12) {
+      const MODEL_KEYPOINT copy = *choice.any;
+      ASSERT_EQ(set.delete_namesake(*real(copy)), model.remove(copy.is_signal, copy.name, copy.type));
+    } else if (operation == 13) {
+      search_namesake(*choice.any, set, other, other_model);
+    } else if (operation == 14) {
+      change_attribute(choice);
+    } else {
+      check_copy(*choice.any);
+    }
+  }
+
+  void change_or_search(unsigned long operation, const CHOICE& choice, KPT_KEYPOINT_SET_IMPL& set, MODEL_SET& model) {
+    const auto& [name, entity, type, id, any] = choice;
+    if (operation < 3) {
+      model.add(set.add_register(id, name), id, name);
+    } else if (operation < 6) {
+      model.add(set.add_register(id, name, entity, type), id, name, entity, type);
+    } else if (operation == 6) {
+      ASSERT_EQ(set.delete_register(name), model.remove(true, name, ""));
+    } else if (operation == 7) {
+      ASSERT_EQ(set.delete_register(name, entity, type), model.remove(false, name, type));
+    } else {
+      const MODEL_KEYPOINT* const signal = model.find(true, name, "");
+      ASSERT_EQ(set.get_register(name), signal == nullptr ? nullptr : signal->real);
+      const MODEL_KEYPOINT* const instance = model.find(false, name, type);
+      ASSERT_EQ(set.get_register(name, entity, type), instance == nullptr ? nullptr : instance->real);
+      ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name).is_null(), signal == nullptr);
+      ASSERT_EQ(KPT_KEYPOINT_SET(&set).get_register(name, entity, type).is_null(), instance == nullptr);
+    }
+  }
+
+  static void rename(unsigned long operation, const CHOICE& choice) {
+    MODEL_KEYPOINT& any = *choice.any;
+    any.name = choice.name;
+    if (operation == 9) {
+      real(any)->set_element_name(choice.name);
+    } else if (operation == 10) {
+      ASSERT_TRUE(real(any)->substitute_with_signal(choice.name));
+      if (!any.is_signal) {
+        any.entity.clear();
+        any.type.clear();
+        any.is_signal = true;
+      }
+    } else {
+      ASSERT_TRUE(real(any)->substitute_with_instance(choice.name, choice.entity, choice.type));
+      any.entity = choice.entity;
+      any.type = choice.type;
+      any.is_signal = false;
+    }
+  }
+
+  static void search_namesake(const MODEL_KEYPOINT& any, const KPT_KEYPOINT_SET_IMPL& set, KPT_KEYPOINT_SET_IMPL& other,
+                              const MODEL_SET& other_model) {
+    const MODEL_KEYPOINT* const namesake = other_model.find(any.is_signal, any.name, any.type);
+    const KPT_REGISTER_KEYPOINT_IMPL* const expected = namesake == nullptr ? nullptr : namesake->real;
+    other.fetch_namesakes_behind(*any.real, set);
+    ASSERT_EQ(other.get_namesake(*any.real, set), expected);
+    ASSERT_EQ(other.get_namesake(*any.real), expected);
+  }
+
+  void change_attribute(const CHOICE& choice) {
+    MODEL_KEYPOINT& any = *choice.any;
+    const std::string attribute = below(2) == 0 ? "clock" : "";
+    if (below(2) == 0) {
+      ASSERT_TRUE(real(any)->add_attribute(attribute, choice.name));
+      any.attributes[attribute] = choice.name;
+    } else {
+      ASSERT_EQ(real(any)->remove_attribute(attribute), any.attributes.erase(attribute) == 1);
+    }
+  }
+
+  static void check_copy(const MODEL_KEYPOINT& any) {
+    MODEL_KEYPOINT copied = any;
+    copied.attributes.clear();
+    const KPT_REGISTER_KEYPOINT_IMPL copy(*any.real);
+    ASSERT_FALSE(copy != *any.real);
+    copied.real = &copy;
+    check_keypoint(copied);
   }
 
   std::mt19937 m_random{kpt_test::seed()};
@@ -303,8 +307,8 @@ TEST_F(KeypointSetModel, EveryStepIsThatOfPlainLists) {
     if (HasFatalFailure()) {
       return;
     }
-    // Registers that have left are kept until the set is destroyed. The sets are
-    // made anew before the lists of the model become slow.
+    // Registers that have left are kept until the set goes; begin anew before
+    // the lists of the model grow slow.
     if (models[which].all.size() > 300) {
       sets = std::make_unique<KPT_KEYPOINT_SET_IMPL[]>(2);
       models[0].all.clear();
@@ -313,9 +317,9 @@ TEST_F(KeypointSetModel, EveryStepIsThatOfPlainLists) {
   }
 }
 
-// Hundreds of names, most of them with one hash: "aR" and "bA" have the same
-// string hash, and so has every text that is made of the same number of them.
-// They crowd at one position of the index, and beyond its end.
+// Names by the hundred, most of them of one hash: "aR" and "bA" are alike to
+// the string hash, and so is every text that is made of as many of either.
+// They crowd round one place of the index, beyond its end too.
 TEST(KeypointSetIndex, FindsWhatIsThereAmongNamesOfOneHashThatComeAndGo) {
   SCOPED_TRACE("seed " + std::to_string(kpt_test::seed()));
   std::mt19937 random(kpt_test::seed());
@@ -336,7 +340,7 @@ TEST(KeypointSetIndex, FindsWhatIsThereAmongNamesOfOneHashThatComeAndGo) {
     const std::string& name = names[random() % names.size()];
     const auto known = model.find(name);
     ASSERT_EQ(set.get_register(name), known == model.end() ? nullptr : known->second) << name;
-    // The set grows and shrinks in turns.
+    // In turns the set grows and shrinks.
     if (random() % 4 < (k / 1000 % 2 == 0 ? 3U : 1U)) {
       model[name] = set.add_register(k, name);
     } else {

@@ -1,4 +1,4 @@
-"""What the tests of the Python module share."""
+"""The parts that the tests of the Python module share."""
 import gc
 
 import pytest
@@ -7,14 +7,14 @@ import kpt
 
 
 def live():
-    """The blocks that the library holds, by type."""
+    """The blocks of memory that the library has, by type."""
     gc.collect()
     return {name: blocks for name, (_, blocks, _) in kpt.trackers().items() if blocks}
 
 
 @pytest.fixture(autouse=True)
 def nothing_leaks(request):
-    """The memory of all databases is given back when the last handle goes."""
+    """The memory of a database is freed with its last handle."""
     before = live()
     yield
     request.node.funcargs = {}  # a fixture's database goes as well

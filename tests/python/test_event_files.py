@@ -1,4 +1,4 @@
-"""Event files, as kptdb replays them."""
+"""Event files, which are replayed as kptdb does it."""
 import gzip
 import json
 

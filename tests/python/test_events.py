@@ -1,4 +1,4 @@
-"""Events as methods, and what is refused."""
+"""Events as methods, and their refusals."""
 import pytest
 
 import kpt

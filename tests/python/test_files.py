@@ -47,7 +47,7 @@ def test_a_file_object_is_read_from_where_it_stands(saved):
 
 
 class Pipe:
-    """A stream that cannot go back, and gives few bytes at a time."""
+    """A stream that cannot go back and returns a few bytes at a time."""
 
     def __init__(self, data, at_a_time=7):
         self._data, self._at_a_time = io.BytesIO(data), at_a_time

@@ -1,4 +1,4 @@
-"""The guide and the examples do what they say."""
+"""The guide and the examples do what they describe."""
 import os
 import pathlib
 import re

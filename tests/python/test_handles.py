@@ -1,4 +1,4 @@
-"""Handles never dangle, and a null one is out of reach."""
+"""Handles never dangle, and Python never gets a null handle."""
 import gc
 
 import pytest

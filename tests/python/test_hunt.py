@@ -1,7 +1,7 @@
-"""Random events, with every handle that was ever got kept and asked at every step.
+"""Random events. Every handle is kept and asked at every step.
 
-What must hold: nothing crashes; a handle answers or raises Gone; what it answers agrees with what a new handle to the
-same register answers; and a map, once gone, stays so. KPT_HUNT_SEED and KPT_HUNT_FLOWS choose other flows.
+Nothing may crash. A handle answers or raises Gone. Its answers agree with those of a new handle to the same register.
+A map that is gone stays gone. KPT_HUNT_SEED and KPT_HUNT_FLOWS choose other flows.
 """
 import os
 import random
@@ -95,13 +95,13 @@ class Flow:
                 assert not register.has_map
 
     def compare(self, map, register):
-        """What a kept map says of a register is what its map says now."""
+        """A kept map says the same of a register as the register's present map."""
         kept = next((kept for kept in self.maps if kept == map and kept.register == register), map)
         assert answers(kept) == answers(map)
 
 
 def answers(map):
-    """What the map says to each question, groups as what they list."""
+    """The map's answer to each question, with groups as the registers that they list."""
     said = []
     for question in QUESTIONS:
         try:

@@ -1,4 +1,4 @@
-"""Several threads on one module."""
+"""Several threads that use the module."""
 import threading
 import time
 
@@ -61,7 +61,7 @@ def test_one_database_is_shared_by_several_threads(tmp_path):
 
 
 class Gate:
-    """A file that is read only once another thread has done something."""
+    """A file whose read waits until another thread has done something."""
 
     def __init__(self, data):
         self.data, self.asked, self.opened = data, threading.Event(), threading.Event()

@@ -1,5 +1,5 @@
-"""Drives Chromium through its pipe: two file descriptors and JSON, so that a test needs a browser and
-Python and nothing between them."""
+"""Drives Chromium through its pipe: two file descriptors and JSON, so that a test
+needs only a browser and Python."""
 
 import base64
 import json
@@ -17,7 +17,7 @@ OPTIONS = [
 
 
 class Browser:
-    """One browser with one page. `requests` and `problems` collect what the page asks for and complains of."""
+    """One browser with one page. `requests` and `problems` collect the page's requests and its errors."""
 
     def __init__(self, program="chromium", width=1400, height=1000):
         self.folder = tempfile.mkdtemp(prefix="kpt-browser-")
@@ -70,7 +70,7 @@ class Browser:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def call(self, method, **parameters):
-        """What the browser answers; events on the way are noted."""
+        """The answer of the browser; events before it are noted."""
         self.number += 1
         message = {"id": self.number, "method": method, "params": parameters}
         if self.session:
@@ -111,7 +111,7 @@ class Browser:
             raise AssertionError(self.problems[-1])
 
     def ask(self, expression):
-        """The value of an expression of the page; a promise is waited for."""
+        """The value of an expression of the page; waits for a promise."""
         answer = self.call("Runtime.evaluate", expression=expression, returnByValue=True, awaitPromise=True, userGesture=True)
         if "exceptionDetails" in answer:
             raise RuntimeError(f"{expression}: {answer['exceptionDetails']['exception'].get('description')}")
@@ -127,9 +127,9 @@ class Browser:
         return time.monotonic() - since
 
     def open(self, path, anchor="", seconds=60):
-        """Opens a file and waits until it is ready; returns the seconds that took."""
+        """Opens a file, waits until it is ready, and returns the seconds that this took."""
         since = time.monotonic()
-        # By way of an empty page: a new anchor alone would not load the file again.
+        # Opens an empty page before, because a new anchor alone would not load the file again.
         self.call("Page.navigate", url="about:blank")
         self.requests.clear()
         self.call("Page.navigate", url=f"file://{os.path.abspath(path)}{anchor}")

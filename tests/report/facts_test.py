@@ -1,4 +1,4 @@
-"""What a database says beside its maps: passes, statuses, notes and the transitions of a machine."""
+"""The attributes of maps on the page: passes, statuses, notes and the transitions of a machine."""
 
 from page import BROWSER, Page, associate, kptdb, read, record, write
 

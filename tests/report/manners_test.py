@@ -1,4 +1,4 @@
-"""That a report is safe, readable for everyone, quick, and refused where it has to be."""
+"""Shows that a report is safe, readable for everyone, quick, and refused where it has to be."""
 
 import os
 import re

@@ -1,4 +1,4 @@
-"""What the report shows first: counts, attention, the hierarchy and the table."""
+"""The first parts of the report: counts, attention, the hierarchy and the table."""
 
 import json
 

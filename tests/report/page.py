@@ -1,6 +1,6 @@
-"""What the tests of the report share: the programs, a folder, a browser, and a page that is open in it.
+"""The parts that the tests of the report share: the programs, a folder, a browser, and its open page.
 
-The program that imports this has taken the options KPTDB and SOURCES from the command line.
+The program that imports this has read the options KPTDB and SOURCES from the command line.
 """
 
 import atexit
@@ -63,7 +63,7 @@ def without_map_of(text, name):
 
 
 def make_uart():
-    """The example of the README, one register unknown, and names that try to become markup."""
+    """The example of the README with one unknown register, and names that try to become markup."""
     shutil.copy(os.path.join(SOURCES, "examples/events/uart_tx_synthesis.jsonl"), path("uart.jsonl"))
     with open(path("uart.jsonl"), "a", encoding="utf-8") as file:
         for event in (associate("lost", "lost_reg"), associate("top.u_a.q[9]", "q_9"), associate("top.u_a.q[10]", "q_10"),
@@ -77,7 +77,7 @@ def make_uart():
 
 
 class Page(unittest.TestCase):
-    """Every test opens a page of its own, and fails for a complaint of the browser or a request."""
+    """Every test opens a page of its own, and fails when the page has an error or makes a request."""
 
     file = "uart.html"
 

@@ -1,4 +1,4 @@
-"""The page of a register, over one stage and several, and what has changed."""
+"""The page of a register, with one stage and with several, and the changes against an older database."""
 
 import os
 import shutil
@@ -55,7 +55,7 @@ class Register(Page):
 
 
 class Stages(Page):
-    """Two stages, put together by their composition."""
+    """Two stages and their composition."""
 
     file = "two.html"
 
@@ -67,14 +67,14 @@ class Stages(Page):
         kptdb("report", "synthesis.xml", "optimisation.xml", "-o", "two.html")
 
     def test_words_are_of_all_stages_together(self):
-        # The second stage does not mention the registers of the machine, so what became of them is not known.
+        # The second stage does not mention the registers of the machine, so they are unknown.
         self.assertEqual(self.words(), {"mapped": 17, "constant": 3, "without fanout": 1, "machine": 0, "unknown": 2})
 
     def test_a_register_has_its_way_through_the_stages(self):
         self.open("#r=ready", self.file)
         self.assertEqual(self.texts(".way li li"), ["ready merged with 1 other, inverted → busy_reg", "busy_reg kept → busy_q"])
         self.assertEqual(self.text(".answer"), "In the netlist: the inverse of busy_q.")
-        # On the way, the sense is that of the source's register.
+        # On its path, the polarity is that of the source's register.
         self.assertEqual(BROWSER.ask("[...document.querySelectorAll('.way li li')].map((n) => n.querySelectorAll('.bubble').length)"), [1, 2])
         self.open("#r=shift[0]", self.file)
         self.assertEqual(self.texts(".way li li")[1], "shift_reg[0] replicated to 2 → shift_q[0], shift_q[0]_dup")

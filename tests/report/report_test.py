@@ -1,4 +1,4 @@
-"""The report as its readers see it: made by kptdb, opened from disk in Chromium, looked at and used.
+"""The report as its readers see it: kptdb makes it, and Chromium opens it from disk and uses it.
 
     report_test.py KPTDB SOURCES [unittest options]
 """

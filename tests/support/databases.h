@@ -1,7 +1,7 @@
-// Databases in short texts: recorded through the handle and read as
-// text.
+// Databases as people write about them: recorded through the handle, read back
+// as texts.
 //
-// Ownership: a DATABASE owns its database, which is not registered with a manager.
+// Ownership: DATABASE owns its database, which no manager knows of.
 #ifndef TESTS_SUPPORT_DATABASES_H
 #define TESTS_SUPPORT_DATABASES_H
 
@@ -12,25 +12,12 @@
 #include "db/kpt/kpt.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "tests/support/maps.h"
+#include "tests/support/messages.h"
 #include "tests/support/state_table_text.h"
 
 namespace kpt_test {
 
-inline constexpr char MERGE_OF_TWO_MACHINES[] =
-    "Error: Merge not recorded - this is a merge \t\t\t\t\t\tbetween 2 FSM maps - this is not currently "
-    "\t\t\t\t\t\tsupported by Keypoint db";
-inline constexpr char MERGE_OF_TWO_PAIRS[] =
-    "Error: Trying to merge registers within the same map \t\t\t\t\t\t\tfrom different NI_PAIRs.  State Table "
-    "probably not \t\t\t\t\t\t\tin canonical form";
-inline constexpr char MERGE_OF_INVERSES[] =
-    "Error: Merged register is an inverted version \t\t\t\t\t\t\t\t\tof orig register and both registers are in the "
-    "\t\t\t\t\t\t\t\t\tsame map";
-inline constexpr char EMPTY_R_SIDE[] = "Info: R side of map seems to be empty";
-inline constexpr char EMPTY_T_SIDE[] = "Info: T side of map seems to be empty";
-inline constexpr char NOT_FOUND_TO_RETIME[] = "Error: Could not find retimed_kp in t_vector";
-inline constexpr char NOT_FOUND_TO_ELIMINATE[] = "Error: Couldn't find index in t_vector";
-
-/// Words separated by blanks.
+/// Words with blanks between them.
 inline KPT_STRING_VECTOR names(const std::string& text) {
   KPT_STRING_VECTOR result;
   std::istringstream words(text);

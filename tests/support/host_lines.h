@@ -11,6 +11,8 @@
 
 namespace kpt_test {
 
+using LINES = std::vector<std::string>;
+
 struct INTERNAL_ERROR {
   std::string condition;
   std::string tag;

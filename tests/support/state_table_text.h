@@ -10,17 +10,9 @@
 #include <vector>
 
 #include "db/kpt/kpt_state_table_impl.h"
+#include "tests/support/messages.h"
 
 namespace kpt_test {
-
-inline constexpr char REFUSED_R_WRITE[] =
-    "Error: Trying to insert into a location outside \t\t\t\t\t\t\t\t of the declared size of r "
-    "\t\t\t\t\t\t\t\t (m_num_r_columns x m_num_rows";
-inline constexpr char REFUSED_T_WRITE[] =
-    "Error: Trying to insert into a location outside \t\t\t\t\t\t\t\t of the declared size of t "
-    "\t\t\t\t\t\t\t\t (m_num_t_columns x m_num_rows";
-inline constexpr char REFUSED_READ[] = "Error: Trying to access outside of R table bounds";
-inline constexpr char UNKNOWN_SIDE[] = "Error: Unknown Set Type";
 
 using STATES = std::vector<std::string>;
 

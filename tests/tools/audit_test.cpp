@@ -1,4 +1,4 @@
-// audit: claims against two simulations.
+// audit: compares claims with two simulations.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -12,8 +12,8 @@ std::string kept(const std::string& r, const std::string& t) {
   return R"({"event":"associate","reference":")" + r + R"(","transformed":")" + t + "\"}\n";
 }
 
-// Clock "c" and the signals a, b, each with a value a period: the clock rises at 10, 20 and so on,
-// and values change just after it.
+// Clock "c" and the signals a, b, each with one value in each period: the clock
+// rises at 10, 20 and so on, and values change just after it.
 std::string periods(const std::string& timescale, int unit, const std::string& name_a, const std::string& a,
                     const std::string& name_b, const std::string& b) {
   std::string text = "$timescale " + timescale + " $end\n$var wire 1 ! c $end\n$var wire 1 \" " + name_a +
@@ -102,7 +102,7 @@ TEST_F(Audit, RefusesToPassWhenNothingWasChecked) {
   EXPECT_THAT(result.err, HasSubstr("nothing was checked"));
 }
 
-// The edge itself changes registers; what they were before it counts.
+// The edge itself changes registers; their values before it count.
 TEST_F(Audit, LooksJustBeforeEachEdge) {
   record("d.xml", kept("a", "t"));
   const std::string header =

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Holds docs/events.md and docs/events.schema.json to what kptdb does.
+"""Compares docs/events.md and docs/events.schema.json with kptdb.
 
   check_events_guide.py DOCS KPTDB WORK
 """
@@ -14,7 +14,7 @@ import jsonschema
 DOCS, KPTDB, WORK = sys.argv[1:]
 VALIDATOR = jsonschema.Draft202012Validator(json.loads(pathlib.Path(DOCS, "events.schema.json").read_text()))
 
-# What is wrong with a line, and the words by which the validator says so.
+# Wrong lines, and the words of the validator for each mistake.
 WRONG = {
     '{"event": "associate", "reference": "tx"}': "'transformed' is a required property",
     '{"event": "retire", "register": "tx"}': "'retire' is not one of",
@@ -33,7 +33,7 @@ WRONG = {
 
 
 def record(lines, *options):
-    """Replays the lines as kptdb does."""
+    """Replays the lines with kptdb."""
     command = [KPTDB, "record", "-", "--name", "guide", "-o", str(pathlib.Path(WORK, "guide.xml")), *options]
     return subprocess.run(command, input="\n".join(lines), text=True, capture_output=True)
 

@@ -1,4 +1,4 @@
-// diff and check: what two databases say differently, and what is wrong with one.
+// diff and check: the differences of two databases, and the faults of one.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -21,7 +21,7 @@ TEST_F(Diff, FindsNothingBetweenADatabaseAndItself) {
   EXPECT_EQ(good({"diff", "a.xml", "b.xml", "--json"}), "{\n  \"format\": 1,\n  \"differences\": []\n}\n");
 }
 
-// Ids, order and orientation are text, not facts.
+// Ids, order and orientation belong to the text and are not facts.
 TEST_F(Diff, GoesByFacts) {
   record("a.xml",
          associate("a", "x") + associate("b", "y") +
@@ -78,7 +78,7 @@ TEST_F(Diff, NamesTheFileItCannotRead) {
 
 class Check : public TOOL_TEST {
  protected:
-  // Records the design, changes its text, and checks that.
+  // Records the design, changes the text of the file, and checks the result.
   RUN_RESULT check_changed(const std::string& from, const std::string& to) const {
     record("d.xml", DESIGN);
     std::string text = read("d.xml");
@@ -120,7 +120,7 @@ TEST_F(Check, FindsNamesThatAreTakenOrEmpty) {
   expect_finding("<name>carry<", "<name><", "warning [name-empty] the register's name is empty\n");
 }
 
-// A later version of XML has them, and can be read.
+// XML 1.1 has these characters, and such a file can be read.
 TEST_F(Check, FindsNamesThatNoSavedFileHolds) {
   expect_finding("<kpt_db name=\"design", "<?xml version=\"1.1\"?><kpt_db name=\"d&#1;",
                  "d.xml:1: error [name-unreadable] no file that is saved can hold the database's name \"d\\x01\"\n");

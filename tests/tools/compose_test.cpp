@@ -1,4 +1,4 @@
-// compose and explain: what stages say together, and the way of one register through them.
+// compose and explain: what stages say together, and the path of one register through them.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -18,7 +18,7 @@ std::string eliminate(const std::string& t, const std::string& reason) {
 
 class Compose : public TOOL_TEST {
  protected:
-  // q is inverted by the first stage and constant for the second.
+  // The first stage inverts q, and the second finds it constant.
   void record_inverted_constant() const {
     record("1.xml", associate("p", "p1") + associate("q", "q1") + retime("q1"));
     record("2.xml", associate("p1", "p2") + associate("q1", "q2") + eliminate("q2", "stuck_at_zero"));
@@ -77,6 +77,59 @@ TEST_F(Compose, ExplainsNoneOfTwoBlockInstancesOfOneName) {
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "kptdb: several block instances are called u\n");
+}
+
+TEST_F(Compose, ExplainsAndRefusesStagesInTheWrongOrder) {
+  record_inverted_constant();
+  const RUN_RESULT result = kptdb({"explain", "p1", "2.xml", "1.xml"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "stage 1: p1 becomes p2\nstage 2: p2 is not mentioned\n");
+  EXPECT_EQ(result.err,
+            "kptdb: stage 2 does not follow stage 1: stage 2 starts from 2 registers, 0 of them known to stage 1\n");
+  EXPECT_EQ(kptdb({"explain", "p1", "2.xml", "1.xml", "--share", "0"}).exit_code, 0);
+}
+
+// A union is what it is; where it differs from what its stages say, it is told.
+class UniteAgainstComposition : public Compose {};
+
+TEST_F(UniteAgainstComposition, SaysNothingWhereItIsRight) {
+  record("1.xml", associate("p", "p1") + associate("q", "q1"));
+  record("2.xml", associate("p1", "p2") + associate("q1", "q2") + retime("q2"));
+  EXPECT_EQ(good({"unite", "1.xml", "2.xml", "-o", "u.xml"}),
+            "stage 2 starts from 2 registers, 2 of them known to stage 1\n"
+            "u.xml: 2 stages united, 2 reference registers\n");
+}
+
+TEST_F(UniteAgainstComposition, WarnsOfAConstantOfTheWrongSense) {
+  record_inverted_constant();
+  EXPECT_EQ(good({"unite", "1.xml", "2.xml", "-o", "u.xml"}),
+            "stage 2 starts from 2 registers, 2 of them known to stage 1\n"
+            "warning: 1 reference register: the union and the stages say constant, and not the same; for example q: "
+            "constant 0 against constant 1\n"
+            "u.xml: 2 stages united, 2 reference registers\n");
+  EXPECT_THAT(good({"show", "u.xml", "q"}), HasSubstr("stuck_at_zero"));
+}
+
+TEST_F(UniteAgainstComposition, CountsWhatItWarnsOf) {
+  record("1.xml", associate("p", "p1") + associate("q", "q1") + associate("r", "r1"));
+  record("2.xml", associate("p1", "p2"));
+  const JSON result = JSON::parse(good({"unite", "1.xml", "2.xml", "-o", "u.xml", "--json"}));
+  EXPECT_EQ(result["fits"][0], "stage 2 starts from 1 registers, 1 of them known to stage 1");
+  EXPECT_EQ(
+      result["warnings"],
+      JSON::parse(
+          R"(["2 reference registers: the union says mapped, the stages say unknown; for example q: mapped q1 against unknown",
+                            "2 transformed registers: the union says mapped, the stages say not known; for example q1: mapped q against not known"])"));
+}
+
+TEST_F(UniteAgainstComposition, WarnsOfStagesThatContradictEachOther) {
+  record("1.xml", R"({"event":"map","reference":[{"same":["p"]}],"transformed":[{"same":["a","b"]}]})"
+                  "\n");
+  record("2.xml", R"({"event":"map","reference":[{"same":["a"],"inverse":["b"]}],"transformed":[{"same":["c"]}]})"
+                  "\n");
+  EXPECT_THAT(
+      good({"unite", "1.xml", "2.xml", "-o", "u.xml"}),
+      HasSubstr("warning: the stages say nothing together: stages 1 and 2 say that these are equal and inverse"));
 }
 
 }  // namespace

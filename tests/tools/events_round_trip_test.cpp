@@ -1,4 +1,4 @@
-// Databases of any shape, written as events and recorded again: every question has the same answer.
+// Databases of any shape are written as events and recorded again. Every question then has the same answer.
 #include <algorithm>
 #include <list>
 #include <random>
@@ -48,7 +48,7 @@ std::string table_of(const KPT_REGISTER_TRANSFORMATION& map) {
   return out.str();
 }
 
-// Everything that can be asked of a map.
+// The answers to every question about a map.
 std::string told(const KPT_REGISTER_TRANSFORMATION& map) {
   std::ostringstream out;
   out << map.get_elimination() << (map.has_fsm() ? " machine " : " ") << table_of(map);
@@ -67,7 +67,7 @@ std::string told(const KPT_REGISTER_TRANSFORMATION& map) {
   return out.str();
 }
 
-// Of every register its map, then all maps in their order.
+// The map of every register, and then all maps in order.
 std::string answers(const KPT_KEYPOINTS_DB& db) {
   std::vector<KPT_REGISTER_TRANSFORMATION> maps;
   std::string result = text(db.get_name());
@@ -94,7 +94,7 @@ class EventsRoundTrip : public TOOL_TEST {
  protected:
   unsigned below(unsigned end) { return static_cast<unsigned>(random() % end); }
 
-  // A new register mostly; now and then one that is listed already.
+  // Mostly a new register; sometimes one that is already listed.
   KPT_REGISTER_NAME a_register() {
     const unsigned number = below(40) == 0 ? below(++m_names) : ++m_names;
     m_texts.push_back("n[" + std::to_string(number) + "]");
@@ -169,7 +169,7 @@ TEST_F(EventsRoundTrip, AnswersEveryQuestionOfAnyDatabaseInTheSameWay) {
   }
 }
 
-// The first register of the n group is none: the status is said of it, and the table's column too.
+// The first keypoint of the n group is not a register: the status and the table's column are about it.
 TEST_F(EventsRoundTrip, SaysNoMoreOfAMapThatNamesIdsOfNoRegister) {
   record(
       "d.xml",

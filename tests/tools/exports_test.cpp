@@ -1,4 +1,4 @@
-// export: Tcl, EQY, SQLite and viewers, asked by the programs they are for where a package has them.
+// export: Tcl, EQY, SQLite and viewers, read by their own programs where a package has them.
 #include "tool.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// No file, however bad, ends a command in a crash or leaves half a result.
+// No file makes a command crash or leave half a result.
 #include "tool.h"
 
 namespace {
@@ -9,7 +9,7 @@ using testing::StartsWith;
 
 class Hostile : public TOOL_TEST {
  protected:
-  // Every command that reads a database answers with the same code and names the file.
+  // Every command that reads a database exits with the same code and names the file.
   void expect_unreadable(const std::string& message) const {
     for (const std::vector<std::string>& command :
          std::vector<std::vector<std::string>>{{"info", "x.xml"},
@@ -101,7 +101,7 @@ TEST_F(Hostile, SomethingBehindTheTransformationsIsRefused) {
   expect_unreadable("something follows the transformations");
 }
 
-// The library reads such an element as transformations, and goes on; so does the tool, and says so.
+// The library reads such an element as transformations and continues. The tool does the same and issues a warning.
 TEST_F(Hostile, AnUnexpectedElementIsReadAsTransformationsWithAWarning) {
   std::string text = with("<transformations_set>", "<maps>");
   write("x.xml", text.replace(text.find("</transformations_set>"), 22, "</maps>"));
@@ -123,7 +123,7 @@ TEST_F(Hostile, AnUnescapedNameIsASyntaxError) {
   expect_unreadable("line number");
 }
 
-// The claim is refused before memory is given for it.
+// The size is refused before memory is allocated for it.
 TEST_F(Hostile, TablesOfASizeThatNoFileCanListAreRefused) {
   write("x.xml", with("num_states=\"3\" num_reference_registers=\"2\"",
                       "num_states=\"65535\" num_reference_registers=\"65535\""));

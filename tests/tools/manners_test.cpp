@@ -1,4 +1,4 @@
-// How the tool talks: help, hints, reasons, colours, progress, JSON for programs, completions.
+// How the tool communicates: help, hints, reasons, colours, progress, JSON for programs, completions.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -72,6 +72,11 @@ TEST_F(Manners, ProgressTellsHowMuchOfAllIsDone) {
   EXPECT_THAT(check.err, ContainsRegex("checking names: 1 of 15 registers, 6%"));
   EXPECT_THAT(kptdb({"diff", "d.xml", "d.xml", "--progress"}).err, ContainsRegex("comparing: 1 of 30 registers"));
   EXPECT_THAT(kptdb({"check", "d.xml"}).err, Not(HasSubstr("reading")));
+  const RUN_RESULT unite = kptdb({"unite", "d.xml", "d.xml", "-o", "u.xml", "--progress"});
+  EXPECT_THAT(unite.err, HasSubstr("uniting d.xml: 8 registers, 0 s"));
+  EXPECT_THAT(unite.err, ContainsRegex("writing u.xml: [0-9]+ registers, 0 s"));
+  EXPECT_THAT(kptdb({"compose", "d.xml", "d.xml", "--share", "0", "-o", "c.xml", "--progress"}).err,
+              HasSubstr("composing: 8 registers, 0 s"));
 }
 
 TEST_F(Manners, AShortWorkShowsNoProgressOnATerminal) {

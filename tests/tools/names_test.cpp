@@ -14,7 +14,7 @@ using JSON = nlohmann::json;
 class Names : public TOOL_TEST {
  protected:
   void SetUp() override { record("d.xml", DESIGN); }
-  // The names that a command answers, in their order.
+  // The names that a command prints, in order.
   std::vector<std::string> found(std::vector<std::string> arguments) const {
     arguments.emplace_back("--json");
     const RUN_RESULT result = kptdb(arguments);
@@ -76,6 +76,7 @@ TEST_F(Names, ShowAnswersWhatItFindsAndNamesWhatItDoesNot) {
 TEST_F(Names, ListSaysWhenNoNameMatches) {
   const RUN_RESULT result = kptdb({"list", "d.xml", "--name", "none*"});
   EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "kptdb: d.xml: no register matches none*\n");
   EXPECT_EQ(kptdb({"list", "d.xml", "--status", "unanswered"}).exit_code, 0);
 }

@@ -12,6 +12,18 @@ std::string file_text(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// All blocks of a guide, one behind the other.
+std::string guide(const std::string& name) {
+  const std::string text = file_text(std::string(KPT_SOURCES) + "/docs/" + name);
+  const std::string fence = "```console\n";
+  std::string blocks;
+  for (std::size_t at = 0; (at = text.find(fence, at)) != std::string::npos;) {
+    at += fence.size();
+    blocks += text.substr(at, text.find("```", at) - at);
+  }
+  return blocks;
+}
+
 // The session's block: what stands between the marker and the end of the code behind it.
 std::string block(const std::string& marker) {
   const std::string text = file_text(std::string(KPT_SOURCES) + "/README.md");
@@ -25,7 +37,7 @@ std::string block(const std::string& marker) {
 
 class Readme : public TOOL_TEST {
  protected:
-  // Every line behind "$ " is run, and what it prints has to stand below it.
+  // Runs every line after "$ ", and compares the output with the lines below it.
   void expect_session(const std::string& session) const {
     ASSERT_NE(session, "");
     std::string command;
@@ -47,6 +59,14 @@ class Readme : public TOOL_TEST {
 };
 
 TEST_F(Readme, TheCommandLineExamplePrintsWhatItSays) { expect_session(block("command-line example")); }
+
+TEST_F(Readme, TheGuideOfTheToolPrintsWhatItSays) {
+  for (const char* stage : {"synthesis", "optimisation"}) {
+    const std::string name = std::string("uart_tx_") + stage + ".jsonl";
+    write(name, file_text(std::string(KPT_SOURCES) + "/examples/events/" + name));
+  }
+  expect_session(guide("kptdb.md"));
+}
 
 TEST_F(Readme, TheLibrarySessionPrintsWhatItSays) {
   const RUN_RESULT result = shell("'" KPT_SOURCES "/examples/session' \"$KPTDB\" .");

@@ -11,7 +11,7 @@ using JSON = nlohmann::json;
 
 class Record : public TOOL_TEST {
  protected:
-  // What is said of the one event that is refused behind the good first line.
+  // The message for the one event that is refused, after a good first line.
   std::string refusal(const std::string& event, int exit_code = 1) const {
     write("e.jsonl", R"({"event":"associate","reference":"a","transformed":"b"})"
                      "\n" +
@@ -69,7 +69,7 @@ TEST_F(Record, MakesAnEmptyDatabaseOfNoEvents) {
   EXPECT_EQ(good({"check", "e.xml"}), "e.xml: nothing to object to\n");
 }
 
-// Where the library says why, its own words are given.
+// When the library gives a reason, its own words are printed.
 TEST_F(Record, GivesTheLibrarysReason) {
   EXPECT_THAT(refusal(R"({"event":"replicate","register":"x","replica":"y"})"),
               HasSubstr("refused: replicate x as y: x does not exist in T"));
@@ -79,7 +79,7 @@ TEST_F(Record, GivesTheLibrarysReason) {
   EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"x"})"), HasSubstr("Error: Can't find x in T set"));
 }
 
-// Where it is silent, the reason is what can be seen.
+// When it gives none, the tool finds a reason itself.
 TEST_F(Record, FindsAReasonWhereTheLibraryIsSilent) {
   EXPECT_THAT(refusal(R"({"event":"associate","reference":"a","transformed":"c"})"),
               HasSubstr("refused: associate a with c: the reference register a exists already"));
@@ -109,7 +109,7 @@ TEST_F(Record, RefusesEventsOnFurtherStateRegisters) {
   EXPECT_THAT(result.err, HasSubstr("s[1] is a register of a state machine that the event cannot be recorded for"));
 }
 
-// A line that is no event is unreadable input, not a refusal.
+// A line that is not an event is unreadable input, not a refusal.
 TEST_F(Record, TellsWhatIsWrongWithALine) {
   EXPECT_THAT(refusal("{\"event\":", 3), HasSubstr("not JSON: "));
   EXPECT_THAT(refusal("[1]", 3), HasSubstr("a JSON object is expected"));
@@ -194,7 +194,7 @@ TEST_F(Record, SurvivesHostileLines) {
   EXPECT_THAT(refusal(std::string(DESIGN).substr(0, 40), 3), HasSubstr("not JSON"));
 }
 
-// Maps of any shape, the value of a transformed register, where a fact comes from, ends.
+// Maps of any shape, the value of a transformed register, the passes of a fact, and ends.
 
 TEST_F(Record, TakesAMapOfAnyShape) {
   record(

@@ -1,4 +1,4 @@
-// report: what the program writes; what a browser makes of it is tested in tests/report.
+// report: what the program writes. tests/report tests what a browser shows.
 #include "tool.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// unite and export: files that are there whole or not at all.
+// unite and export: files that are complete or not written.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"
@@ -21,6 +21,8 @@ TEST_F(Unite, SpansAllStages) {
   record("2.xml", associate("b", "c"));
   record("3.xml", associate("c", "d"));
   EXPECT_EQ(good({"unite", "1.xml", "2.xml", "3.xml", "-o", "all.xml"}),
+            "stage 2 starts from 1 registers, 1 of them known to stage 1\n"
+            "stage 3 starts from 1 registers, 1 of them known to stage 2\n"
             "all.xml: 3 stages united, 1 reference register\n");
   EXPECT_THAT(good({"show", "all.xml", "a"}), HasSubstr("transformed with the same value: d\n"));
   EXPECT_EQ(good({"check", "all.xml"}), "all.xml: nothing to object to\n");
@@ -30,11 +32,12 @@ TEST_F(Unite, SaysSoAsJson) {
   record("1.xml", associate("a", "b"));
   record("2.xml", associate("b", "c"));
   EXPECT_EQ(JSON::parse(good({"unite", "1.xml", "2.xml", "-o", "all.xml", "--json"})),
-            JSON::parse(R"({"format":1,"written":"all.xml","stages":["1.xml","2.xml"]})"));
+            JSON::parse(R"({"format":1,"written":"all.xml","stages":["1.xml","2.xml"],
+                            "fits":["stage 2 starts from 1 registers, 1 of them known to stage 1"],"warnings":[]})"));
 }
 
-// Registers that only the second stage knows get ids of their own: a file tells registers apart
-// by nothing else.
+// Registers that only the second stage has get ids of their own, because a file
+// identifies registers only by ids.
 TEST_F(Unite, GivesNewRegistersNewIds) {
   record("1.xml", associate("a", "b") + associate("p", "q"));
   record("2.xml", associate("b", "c") + associate("new1", "n1") + associate("new2", "n2"));

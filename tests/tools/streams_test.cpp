@@ -1,4 +1,4 @@
-// Standard input and output, and files packed by gzip, wherever a file can be named.
+// Standard input and output, and gzip-compressed files, wherever a command takes a file.
 #include <nlohmann/json.hpp>
 
 #include "tool.h"

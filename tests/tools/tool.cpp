@@ -56,7 +56,7 @@ TOOL_TEST::~TOOL_TEST() {
   std::filesystem::remove_all(m_folder, ignored);
 }
 
-// The streams go to files beside the folder, so that they are no part of what a test finds in it.
+// The streams go to files outside the folder, so that a test does not find them there.
 RUN_RESULT TOOL_TEST::shell(const std::string& command) const {
   const std::string base = m_folder.string();
   const std::string line = "cd " + quoted(base) + " && KPTDB=" + quoted(KPTDB_PATH) + " && { " + command + "\n} >" +

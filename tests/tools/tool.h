@@ -24,7 +24,7 @@ class TOOL_TEST : public testing::Test {
 
   /// kptdb with these arguments, in the test's folder.
   RUN_RESULT kptdb(const std::vector<std::string>& arguments, const std::string& input = "") const;
-  /// The same, which has to succeed in silence on standard error.
+  /// The same, which has to succeed and write nothing to standard error.
   std::string good(const std::vector<std::string>& arguments) const;
   /// Any command line, by the shell; "$KPTDB" is the tool.
   RUN_RESULT shell(const std::string& command) const;
@@ -42,7 +42,7 @@ class TOOL_TEST : public testing::Test {
   std::filesystem::path m_folder;
 };
 
-/// A small design: two signals kept, one instance, a state machine, and one register for each event.
+/// A small design: two kept signals, one instance, a state machine, and one register for each event.
 extern const char* const DESIGN;
 
 #endif

@@ -28,7 +28,7 @@ class Wave : public TOOL_TEST {
     return write("gate.vcd", "$timescale 1 ns $end\n$scope module tb $end\n$scope module dut $end\n" + variables +
                                  "$upscope $end\n$upscope $end\n$enddefinitions $end\n" + values);
   }
-  /// What stands behind the header of the result, blanks for line ends.
+  /// The text after the header of the result, with blanks for line ends.
   std::string shown(const std::string& more = "") const {
     const RUN_RESULT result = shell("\"$KPTDB\" wave d.xml gate.vcd --scope tb.dut -o rtl.vcd " + more + " >report");
     EXPECT_EQ(result.exit_code, 0) << result.err;
@@ -109,7 +109,7 @@ TEST_F(Wave, DecodesAMachineAndCountsUnknownCodes) {
                                         "first s[1] at 20\n"));
 }
 
-// What the other columns leave open is x, and no more.
+// Only what the other columns leave open is x.
 TEST_F(Wave, DecodesAMachineOfWhichTheDumpLacksARegister) {
   record("d.xml", MACHINE);
   dump("$var wire 1 ! h0 $end\n", "#0\n1!\n#5\n0!\n");

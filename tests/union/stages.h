@@ -21,8 +21,6 @@
 
 namespace kpt_test {
 
-using LINES = std::vector<std::string>;
-
 inline constexpr char EMPTY_R[] = "Info: R side of map seems to be empty";
 inline constexpr char EMPTY_T[] = "Info: T side of map seems to be empty";
 inline constexpr char LOOP_1[] = "TIME: Unite loop 1 time: #";

@@ -9,6 +9,8 @@
 #include <map>
 #include <random>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "tests/support/index_checker.h"
 #include "tests/support/seed.h"
@@ -92,9 +94,9 @@ TEST(Stages, ADatabaseThatWasUnitedIsItselfANextStage) {
 
 // ---- Random stages ----
 
-// The reference registers of plain maps that a state machine of the next stage
-// may replace: their map feeds a machine, either itself or through maps with
-// which it may be fused.
+// The reference registers of plain maps that a state machine of the next
+// stage may replace: those whose map feeds one, by itself or through maps
+// with which it may be fused.
 std::set<const KPT_KEYPOINT*> may_be_replaced(KPT_KEYPOINTS_DB_IMPL& db, KPT_KEYPOINTS_DB_IMPL& next) {
   using MAP = const KPT_TRANSFORMATION_IMPL*;
   std::map<MAP, MAP> up;
@@ -134,6 +136,91 @@ std::set<const KPT_KEYPOINT*> may_be_replaced(KPT_KEYPOINTS_DB_IMPL& db, KPT_KEY
   return registers;
 }
 
+// A flow of random stages, and what is to be found in its database after each.
+class RANDOM_FLOW {
+ public:
+  explicit RANDOM_FLOW(std::mt19937& random) : m_random(random), m_db("flow") {
+    RECORDER(m_db, m_random, 'a', 'b', m_renamed).record_passes();
+    for (const KPT_KEYPOINT* r : m_db.get_reference_set()->get_list_of_keypoints()) {
+      m_sought.insert(r);
+    }
+  }
+
+  /// Unites the stage that begins in that netlist; false when two machines met.
+  bool unite_stage(char netlist) {
+    KPT_KEYPOINTS_DB_IMPL next("next");
+    RECORDER(next, m_random, netlist, static_cast<char>(netlist + 1), m_renamed).record_passes();
+    for (const KPT_KEYPOINT* r : may_be_replaced(m_db, next)) {
+      replaced += static_cast<int>(m_sought.erase(r));
+    }
+    EXPLANATIONS facts;
+    for (const KPT_KEYPOINT* between : m_db.get_transformed_set()->get_list_of_keypoints()) {
+      facts.r.entered.insert(between);
+      facts.t.erased.insert(between);
+      facts.t.repointed.insert(between);
+    }
+    if (!m_db.unite_db(next)) {
+      return false;
+    }
+    EXPECT_THAT(faults_after_union(m_db), IsEmpty());
+    add_facts_after_union(facts);
+    check_indexes(facts);
+    find_sought();
+    return true;
+  }
+
+  int replaced = 0;
+  int found = 0;
+
+ private:
+  void add_facts_after_union(EXPLANATIONS& facts) {
+    for (const KPT_KEYPOINT* t : m_db.get_transformed_set()->get_list_of_keypoints()) {
+      facts.r.entered.insert(t);
+      facts.t.repointed.insert(t);
+    }
+    // What a machine lists of the registers between the stages is in no set.
+    const KPT_KEYPOINT_LIST references = m_db.get_reference_set()->get_list_of_keypoints();
+    for (const KPT_TRANSFORMATION_IMPL* map : m_db.get_transformation_set()->get_list_of_register_transformations()) {
+      KPT_TRANSFORMATION_IMPL::for_each_keypoint(map->r_vec(), [&](const KPT_KEYPOINT* k) {
+        if (std::find(references.begin(), references.end(), k) == references.end()) {
+          facts.r.entered.insert(k);
+          facts.r.repointed.insert(k);
+          facts.r.erased.insert(k);
+        }
+      });
+    }
+    facts.r.dead = facts.t.dead = 1000;
+  }
+
+  void check_indexes(const EXPLANATIONS& facts) {
+    for (const std::string& difference : index_differences(m_db, facts)) {
+      // A name that was deleted between the stages and came back is another keypoint.
+      if (difference.find("the transformed index leads from") == std::string::npos ||
+          difference.find(" to no map") == std::string::npos) {
+        ADD_FAILURE() << difference;
+      }
+    }
+  }
+
+  void find_sought() {
+    const KPT_KEYPOINT_SET_IMPL& references = *m_db.get_reference_set();
+    for (const KPT_KEYPOINT* r : m_sought) {
+      const auto& named = static_cast<const KPT_REGISTER_KEYPOINT_IMPL&>(*r);
+      const KPT_KEYPOINT* by_name = named.register_is_signal()
+                                        ? references.get_register(r->get_element_name())
+                                        : references.get_register(r->get_element_name(), "", named.get_register_type());
+      EXPECT_NE(m_db.get_transformation_set()->get_map_of_r_keypoint(r), nullptr) << r->get_element_name();
+      EXPECT_EQ(by_name, r) << r->get_element_name();
+      ++found;
+    }
+  }
+
+  std::mt19937& m_random;
+  RENAMED m_renamed;
+  KPT_KEYPOINTS_DB_IMPL m_db;
+  std::set<const KPT_KEYPOINT*> m_sought;  // reference registers that must keep a map
+};
+
 TEST(Stages, LeaveNoRegisterWithoutAMapAndLoseNoneButToStateMachines) {
   std::mt19937 random(seed() + 1);
   const int rounds = steps(1500);
@@ -142,66 +229,16 @@ TEST(Stages, LeaveNoRegisterWithoutAMapAndLoseNoneButToStateMachines) {
   int replaced = 0;
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
-    RENAMED renamed;
-    KPT_KEYPOINTS_DB_IMPL db("flow");
-    RECORDER(db, random, 'a', 'b', renamed).record_passes();
-    std::set<const KPT_KEYPOINT*> sought;
-    for (const KPT_KEYPOINT* r : db.get_reference_set()->get_list_of_keypoints()) {
-      sought.insert(r);
-    }
+    RANDOM_FLOW flow(random);
     for (const char netlist : {'b', 'c', 'd'}) {
       SCOPED_TRACE(netlist);
-      KPT_KEYPOINTS_DB_IMPL next("next");
-      RECORDER(next, random, netlist, static_cast<char>(netlist + 1), renamed).record_passes();
-      for (const KPT_KEYPOINT* r : may_be_replaced(db, next)) {
-        replaced += static_cast<int>(sought.erase(r));
-      }
-      EXPLANATIONS facts;
-      for (const KPT_KEYPOINT* between : db.get_transformed_set()->get_list_of_keypoints()) {
-        facts.r.entered.insert(between);
-        facts.t.erased.insert(between);
-        facts.t.repointed.insert(between);
-      }
-      if (!db.unite_db(next)) {
-        break;  // two machines met
+      if (!flow.unite_stage(netlist)) {
+        break;
       }
       ++unions;
-      EXPECT_THAT(faults_after_union(db), IsEmpty());
-      for (const KPT_KEYPOINT* t : db.get_transformed_set()->get_list_of_keypoints()) {
-        facts.r.entered.insert(t);
-        facts.t.repointed.insert(t);
-      }
-      // The registers between the stages that a machine lists are in no set.
-      const KPT_KEYPOINT_LIST references = db.get_reference_set()->get_list_of_keypoints();
-      for (const KPT_TRANSFORMATION_IMPL* map : db.get_transformation_set()->get_list_of_register_transformations()) {
-        KPT_TRANSFORMATION_IMPL::for_each_keypoint(map->r_vec(), [&](const KPT_KEYPOINT* k) {
-          if (std::find(references.begin(), references.end(), k) == references.end()) {
-            facts.r.entered.insert(k);
-            facts.r.repointed.insert(k);
-            facts.r.erased.insert(k);
-          }
-        });
-      }
-      facts.r.dead = facts.t.dead = 1000;
-      for (const std::string& difference : index_differences(db, facts)) {
-        // A name that was deleted between the stages and was added again is another keypoint.
-        if (difference.find("the transformed index leads from") == std::string::npos ||
-            difference.find(" to no map") == std::string::npos) {
-          ADD_FAILURE() << difference;
-        }
-      }
-      for (const KPT_KEYPOINT* r : sought) {
-        const KPT_TRANSFORMATION_IMPL* map = db.get_transformation_set()->get_map_of_r_keypoint(r);
-        const auto& named = static_cast<const KPT_REGISTER_KEYPOINT_IMPL&>(*r);
-        const KPT_KEYPOINT* by_name =
-            named.register_is_signal()
-                ? db.get_reference_set()->get_register(r->get_element_name())
-                : db.get_reference_set()->get_register(r->get_element_name(), "", named.get_register_type());
-        EXPECT_NE(map, nullptr) << r->get_element_name();
-        EXPECT_EQ(by_name, r) << r->get_element_name();
-        ++found;
-      }
     }
+    found += flow.found;
+    replaced += flow.replaced;
   }
   std::cout << unions << " unions; reference registers found " << found << ", lost to machines " << replaced << "\n";
   EXPECT_GT(unions, rounds);

@@ -4,12 +4,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <iostream>
 #include <map>
 #include <random>
-#include <utility>
+#include <sstream>
+#include <string>
 
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "host/kpt_host.h"
+#include "tests/support/plain_database.h"
 #include "tests/support/seed.h"
 #include "tests/union/plain_union.h"
 #include "tests/union/random_stage.h"
@@ -24,104 +27,115 @@ using namespace kpt_test::plain;
 
 class IMPORT {
  public:
-  IMPORT(KPT_KEYPOINTS_DB_IMPL& db, const RENAMED& renamed, MODEL& to) : m_renamed(renamed), model(to) {
+  IMPORT(KPT_KEYPOINTS_DB_IMPL& db, const RENAMED& renamed, plain::DATABASE& to) : m_renamed(renamed), model(to) {
     const KPT_KEYPOINT_SET_IMPL* const sets[2] = {db.get_reference_set(), db.get_transformed_set()};
-    for (const int side : {0, 1}) {
+    for (const SIDE side : {R, T}) {
       for (const KPT_KEYPOINT* k : sets[side]->get_list_of_keypoints()) {
-        model.sets[side].all.push_back(known(k, false));
+        model.sets[side].push_back(known(k, true));
       }
     }
     KPT_TRANSFORMATION_SET_IMPL& maps = *db.get_transformation_set();
-    std::map<const KPT_TRANSFORMATION_IMPL*, MAP*> copies;
+    std::map<const KPT_TRANSFORMATION_IMPL*, std::size_t> numbers;
     for (const KPT_TRANSFORMATION_IMPL* map : maps.get_list_of_register_transformations()) {
-      model.maps.push_back({{import_side(map->r_vec()), import_side(map->t_vec())},
-                            map->map_has_fsm_transformation(),
-                            map->get_elim_status(),
-                            std::make_shared<KPT_STATE_TABLE_IMPL>(map->get_register_state_table())});
-      copies[map] = &model.maps.back();
+      numbers[map] = model.add_map({{import_side(map->r_vec()), import_side(map->t_vec())},
+                                    map->map_has_fsm_transformation(),
+                                    plain_table(map->get_register_state_table()),
+                                    map->get_elim_status()});
     }
-    for (const auto& [k, copy] : m_known) {
-      for (const int side : {0, 1}) {
-        const KPT_TRANSFORMATION_IMPL* map = side == 0 ? maps.get_map_of_r_keypoint(k) : maps.get_map_of_t_keypoint(k);
+    for (const SIDE side : {R, T}) {
+      model.index[side].clear();  // entries may lead elsewhere
+      for (const auto& [k, number] : m_known) {
+        const KPT_TRANSFORMATION_IMPL* map = side == R ? maps.get_map_of_r_keypoint(k) : maps.get_map_of_t_keypoint(k);
         if (map != nullptr) {
-          model.index[side][copy] = copies.at(map);
+          model.index[side][number] = numbers.at(map);
         }
       }
     }
   }
 
  private:
-  KP* known(const KPT_KEYPOINT* keypoint, bool retired) {
+  std::size_t known(const KPT_KEYPOINT* keypoint, bool in_set) {
     if (keypoint == nullptr) {
-      return nullptr;
+      return NONE;
     }
-    KP*& k = m_known[keypoint];
-    if (k == nullptr) {
+    const auto [entry, is_new] = m_known.emplace(keypoint, model.registers.size());
+    if (is_new) {
       const auto& named = static_cast<const KPT_REGISTER_KEYPOINT_IMPL&>(*keypoint);
-      const auto key = m_renamed.find(keypoint);
+      const auto entered_as = m_renamed.find(keypoint);
       const std::string name(named.get_element_name());
-      model.keypoints.push_back({named.get_kpid(), name, named.register_is_signal(),
-                                 std::string(named.get_entity_name()), std::string(named.get_register_type()),
-                                 key == m_renamed.end() ? name : key->second, retired});
-      k = &model.keypoints.back();
+      model.registers.push_back({{named.register_is_signal(), name, std::string(named.get_entity_name()),
+                                  std::string(named.get_register_type())},
+                                 named.get_kpid(),
+                                 entered_as == m_renamed.end() ? name : entered_as->second,
+                                 in_set});
     }
-    return k;
+    return entry->second;
   }
   GROUP import_group(const KPT_KEYPOINT_LIST& group) {
     GROUP result;
     for (const KPT_KEYPOINT* k : group) {
-      result.push_back(known(k, true));
+      result.push_back(known(k, false));
     }
     return result;
   }
-  SIDE import_side(const NI_PAIR_VECTOR& side) {
-    SIDE result;
+  PAIRS import_side(const NI_PAIR_VECTOR& side) {
+    PAIRS result;
     for (const NI_PAIR& pair : side) {
-      result.emplace_back(import_group(pair.first), import_group(pair.second));
+      result.push_back({import_group(pair.first), import_group(pair.second)});
     }
     return result;
   }
 
   const RENAMED& m_renamed;
-  MODEL& model;
-  std::map<const KPT_KEYPOINT*, KP*> m_known;
+  plain::DATABASE& model;
+  std::map<const KPT_KEYPOINT*, std::size_t> m_known;
 };
 
-std::string line_of(const MAP& map) {
-  std::string line = map.fsm ? "fsm " : "";
-  line += "status " + std::to_string(map.elim) + " ";
-  for (const SIDE& side : map.sides) {
-    for (const auto& [n, i] : side) {
-      line += join(n, text) + "~ " + join(i, text) + "| ";
-    }
-    line += "-> ";
-  }
-  if (map.fsm) {
-    for (const std::string& state : states_of(*map.table)) {
-      line += state + ", ";
-    }
-  }
-  return line;
+std::string text(const plain::DATABASE& model, std::size_t k) {
+  return k == NONE ? "null" : model.registers[k].key.name + "#" + std::to_string(model.registers[k].id);
 }
 
-LINES describe(const MODEL& model) {
-  LINES lines;
-  for (const MAP& map : model.maps) {
-    if (map.alive) {
-      lines.push_back(line_of(map));
-    }
+std::string text(const plain::DATABASE& model, const GROUP& group) {
+  std::string joined;
+  for (const std::size_t k : group) {
+    joined += text(model, k) + " ";
   }
-  for (const int side : {0, 1}) {
-    for (const KP* k : model.sets[side].walk()) {
+  return joined;
+}
+
+std::string line_of(const plain::DATABASE& model, const MAP& map) {
+  std::ostringstream line;
+  line << (map.fsm ? "fsm " : "") << "status " << map.status << " ";
+  for (const PAIRS& pairs : map.sides) {
+    for (const PAIR& pair : pairs) {
+      line << text(model, pair.n) << "~ " << text(model, pair.i) << "| ";
+    }
+    line << "-> ";
+  }
+  if (map.fsm) {
+    line << map.table;
+  }
+  return line.str();
+}
+
+LINES describe(const plain::DATABASE& model) {
+  LINES lines;
+  for (const auto& [number, map] : model.maps) {
+    lines.push_back(line_of(model, map));
+  }
+  for (const SIDE side : {R, T}) {
+    for (const std::size_t k : model.walk(side)) {
       const MAP* map = model.map_of(side, k);
-      lines.push_back(text(k) + k->entity + k->type + " leads to " + (map == nullptr ? "none" : line_of(*map)));
+      const KEY& key = model.registers[k].key;
+      lines.push_back(text(model, k) + key.entity + key.type + " leads to " +
+                      (map == nullptr ? "none" : line_of(model, *map)));
     }
   }
   return lines;
 }
 
 LINES describe(KPT_KEYPOINTS_DB_IMPL& db, const RENAMED& renamed) {
-  MODEL model;
+  plain::DATABASE model;
   const IMPORT import(db, renamed, model);
   return describe(model);
 }
@@ -143,13 +157,13 @@ TEST(UnionModel, AgreesWithAPlainImplementationOnRandomStages) {
     for (const char netlist : {'b', 'c'}) {
       KPT_KEYPOINTS_DB_IMPL db2("second");
       RECORDER(db2, random, netlist, static_cast<char>(netlist + 1), renamed).record_anything();
-      MODEL model1;
-      MODEL model2;
+      plain::DATABASE model1;
+      plain::DATABASE model2;
       const IMPORT import1(db1, renamed, model1);
       const IMPORT import2(db2, renamed, model2);
-      MODEL_UNION expected(model1, model2, copy_leftovers);
-      expected.next_r_id = KPT_KEYPOINTS_DB_IMPL::s_r_id;
-      expected.next_t_id = KPT_KEYPOINTS_DB_IMPL::s_t_id;
+      UNION expected(model1, model2, copy_leftovers);
+      model1.next_id[R] = KPT_KEYPOINTS_DB_IMPL::s_r_id;
+      model1.next_id[T] = KPT_KEYPOINTS_DB_IMPL::s_t_id;
       const LINES before = describe(db2, renamed);
       const bool expected_result = expected.run();
       lines.clear();
@@ -159,8 +173,8 @@ TEST(UnionModel, AgreesWithAPlainImplementationOnRandomStages) {
       ASSERT_EQ(masked(lines.debug()), expected.lines);
       ASSERT_EQ(lines.internal_errors().size(), static_cast<std::size_t>(expected.internal_errors));
       ASSERT_EQ(describe(db1, renamed), describe(model1));
-      ASSERT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, expected.next_r_id);
-      ASSERT_EQ(KPT_KEYPOINTS_DB_IMPL::s_t_id, expected.next_t_id);
+      ASSERT_EQ(KPT_KEYPOINTS_DB_IMPL::s_r_id, model1.next_id[R]);
+      ASSERT_EQ(KPT_KEYPOINTS_DB_IMPL::s_t_id, model1.next_id[T]);
       ASSERT_EQ(describe(db2, renamed), before);
     }
   }

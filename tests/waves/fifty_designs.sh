@@ -1,4 +1,4 @@
-# A chip of fifty blocks: their databases in one file of SQLite, each under its design's name.
+# A chip of fifty blocks: one SQLite file holds all their databases, each with the name of its design.
 set -eu
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -30,12 +30,12 @@ xargs -P 4 -n 1 sh -c '
   fail 'an answer of one design'
 [ "$(ask "SELECT count(*) FROM answers WHERE name = 'q[50]'")" -eq 1 ] || fail 'answers of all designs'
 
-# Said again, a design is replaced, and the others stay.
+# A second export of a design replaces it, and the others stay.
 "$KPTDB" export 3.xml --format sqlite --append --design block_50 -o chip.db
 [ "$(ask "SELECT count(*) FROM answers WHERE design = 'block_50'")" -eq 3 ] || fail 'a design is not replaced'
 [ "$(ask 'SELECT count(*) FROM answers')" -eq 1228 ] || fail 'another design has changed'
 
-# A file that is something else stays as it is.
+# A file that is not SQLite does not change.
 sqlite3 other.db 'CREATE TABLE mine(x); PRAGMA user_version = 7;'
 if "$KPTDB" export 3.xml --format sqlite --append -o other.db 2>refusal; then
   fail 'tables put into a file of another program'

@@ -1,5 +1,5 @@
-# What the tests of waves and exports share; read by them with ".". Designs are synthesised with the
-# plugin, and simulated with Icarus Verilog before and after. KPTDB names the tool.
+# The parts that the tests of waves and exports share; they read this file with ".". Designs are
+# synthesised with the plugin, and simulated with Icarus Verilog before and after. KPTDB names the tool.
 . "${0%/*}/../yosys/flow.sh"
 
 # locate_bench design: sets `bench`, the test bench's module, and `inside`, the design's path in it.
@@ -17,8 +17,8 @@ locate_bench() {
     elevator) cp "${0%/*}/elevator_bench.v" bench.v ;;
     *) sed -n "/^module $bench\b/,/^endmodule/p" "$source" | sed '/\$dumpfile/d; /\$dumpvars/d; /\$shm/d; /^always @(U1\./,+1d' >bench.v ;;
   esac
-  # Benches that change inputs at the very edge of the clock get them a moment later: which comes
-  # first, each simulation decides for itself.
+  # A bench that changes inputs exactly at the clock edge gets them a moment later: otherwise each
+  # simulation could decide differently which comes first.
   case $1 in
     framer) sed -i 's/\.din(din)/.din(late_din)/; s/\.dinstb(dinstb)/.dinstb(late_dinstb)/
         s/^wire.*locked;/&\nwire #1 late_dinstb = dinstb;\nwire [7:0] #1 late_din = din;/' bench.v ;;
@@ -69,7 +69,7 @@ simulate_both() {
   simulate gate.vcd gate.v cells.v
 }
 
-# count key file: a number of kptdb's JSON.
+# count key file: one number of kptdb's JSON.
 count() {
   sed -n "s/^ *\"$1\": \([0-9]*\).*/\1/p" "$2" | head -n 1
 }

@@ -1,5 +1,5 @@
-# A dump in FST, unpacked on a pipe by GTKWave's own program, is shown like the VCD that it was made
-# of; so is one that gzip has packed.
+# A dump in FST, which a program of GTKWave unpacks into a pipe, is shown like the VCD from which it was
+# made. So is a dump that gzip compressed.
 . "${0%/*}/flow.sh"
 locate_bench elevator
 synthesise
@@ -10,7 +10,7 @@ gzip -k gate.vcd
 fst2vcd gate.fst | "$KPTDB" wave kpt.xml - --scope tb.dut -o shown_fst.vcd >/dev/null
 "$KPTDB" wave kpt.xml gate.vcd.gz --scope tb.dut -o shown_gz.vcd >/dev/null
 cmp shown.vcd shown_gz.vcd || fail 'packed, it is shown otherwise'
-# FST writes the order of changes at one time anew.
+# FST changes the order of changes at one time.
 for file in shown shown_fst; do
   sed '/^\$timescale/d' "$file.vcd" | awk '/^#/ { time = $0 } { print time, $0 }' | sort >"$file.sorted"
 done

@@ -1,5 +1,5 @@
-# The real GTKWave shows the registers under the names of the source: at every moment that is asked,
-# it has the values that the source's simulation had.
+# The real GTKWave shows the registers under the names of the source: at every moment that the test
+# looks at, it shows the values of the source's simulation.
 . "${0%/*}/flow.sh"
 locate_bench elevator
 synthesise
@@ -15,7 +15,7 @@ foreach time {105000 815000 1635000 2405000 3995000} {
 }
 exit
 END
-# The source's own signals, as they are: the traces to compare with.
+# The signals of the source itself: the traces to compare with.
 cat >source.gtkw <<'END'
 @28
 tb.dut.armed
@@ -27,7 +27,7 @@ tb.dut.state[2:0]
 tb.dut.floor[1:0]
 tb.dut.timer[1:0]
 END
-# view dump file: what GTKWave says.
+# view dump file: prints what GTKWave shows.
 view() {
   timeout 120 xvfb-run -a gtkwave --nomenu -S ask.tcl "$1" "$2" 2>gtkwave.err | sed -n 's/^SHOWN //p'
 }

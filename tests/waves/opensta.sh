@@ -1,4 +1,4 @@
-# A timing program sources the Tcl file and finds every pin that it names.
+# A timing program reads the Tcl file and finds every pin that it names.
 . "${0%/*}/flow.sh"
 locate_bench elevator
 synthesise

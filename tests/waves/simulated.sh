@@ -1,5 +1,5 @@
-# A design before and after synthesis, simulated with one stimulus: the database's claims hold, and
-# the dump of the netlist, shown under the names of the source, is the dump of the source.
+# A design is simulated before and after synthesis with the same stimulus. The database's claims hold,
+# and the dump of the netlist under the names of the source is the dump of the source.
 . "${0%/*}/flow.sh"
 locate_bench "$1"
 synthesise
@@ -14,8 +14,8 @@ audit kpt.xml gate.vcd || { cat audit.json >&2; fail "a claim of the database is
 [ "$(count checked audit.json)" -gt 10 ] || fail "hardly a claim was checked: $(cat audit.json)"
 [ "$(count never_toggled audit.json)" -lt "$(count checked audit.json)" ] || fail "nothing ever changed"
 
-# The same names on both sides: what kptdb shows is what the source's simulation had. A value that
-# the netlist does not know, or does not have, is x and no claim.
+# The same names on both sides: kptdb shows the values of the source's simulation. A value that the
+# netlist does not know or does not have is x, and makes no claim.
 "$KPTDB" wave kpt.xml gate.vcd -o shown.vcd --scope "$inside" --json >wave.json
 "$KPTDB" export kpt.xml --format sqlite -o kpt.db
 sqlite3 kpt.db "SELECT DISTINCT name FROM answers WHERE status IN ('mapped', 'machine', 'constant')" |

@@ -1,4 +1,4 @@
-# Databases that are wrong in one place each: the audit finds it, names the register and says when.
+# Each database has one mistake. The audit finds it, and names the register and the time.
 . "${0%/*}/flow.sh"
 locate_bench elevator
 synthesise
@@ -27,7 +27,7 @@ wrong 'a wrong constant' '^powered: constant 0: violated at [0-9]+ ns: 1$' 's/st
 wrong 'a wrong code' '^state\[0\] state\[1\] state\[2\]: codes with .*: violated at [0-9]+ ns: [01]{3} and [01]{5}$' \
   '/<state index="2">/,/<\/reference>/s/<value index="0"> 1/<value index="0"> 0/'
 
-# Of two polarities, the other one: an inverter that was not there.
+# The opposite polarity: an inverter that does not exist.
 sqlite3 kpt.db "SELECT name || ' ' || successor || ' ' || successor_type FROM answers WHERE name = 'moving'" |
   { read -r name cell pin
     printf '%s\n%s\n' \

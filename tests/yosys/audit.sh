@@ -1,8 +1,8 @@
-# kpt_track -audit: what a simulation refutes is not recorded, and told by register and pass.
+# kpt_track -audit: a fact that a simulation refutes is not recorded, and a warning names register and pass.
 . "${0%/*}/flow.sh"
 locate elevator
 
-# A mapping that is wrong: it inverts the data of each flip-flop. Behind two of them that shows no more.
+# A wrong mapping: it inverts the data of each flip-flop. After two flip-flops this does not show.
 cat >wrong.v <<'V'
 module \$_DFF_P_ (input D, input C, output Q);
   \$_DFF_N_ _TECHMAP_REPLACE_ (.D(~D), .C(~C), .Q(Q));
@@ -25,11 +25,11 @@ expect log 'Warning: Register p does otherwise since techmap: what was seen of i
 expect shown 'q = q'
 [ "$(wc -l <shown)" -eq 1 ] || fail "recorded all the same: $(cat shown)"
 
-# Without it, that is recorded.
+# Without the audit, the fact is recorded.
 run log "$start; kpt_track; techmap; techmap -map wrong.v; kpt_stage; kpt_show -o shown"
 expect shown 'p = p' 'q = q'
 
-# On its own, with its own effort; what has no value is told.
+# As a command, with its own number of runs; facts without a known value are counted.
 run log "$start; kpt_track -audit; techmap; kpt_audit -runs 64 -cycles 10; kpt_stage"
 expect log 'Audit: 2 facts hold in 64 runs of 10 cycles, 0 have no values there, 0 are false.'
 cat >never.v <<'V'
@@ -42,7 +42,7 @@ expect log 'Audit: 0 facts hold in 256 runs of 64 cycles, 1 have no values there
   '1 kept under their name'
 refused 'No reference is kept: use kpt_track -audit' "$start; kpt_track; kpt_audit"
 
-# All kinds of facts hold: the machine and its codes, constants, merged and inverted registers.
+# Facts of all kinds hold: the machine and its codes, constants, merged and inverted registers.
 run log "read_verilog $source; kpt_track -top $top -audit; synth -flatten -top $top; zinit; opt; kpt_stage"
 grep -q '^Audit: 2[0-9] facts hold in 256 runs of 64 cycles, 0 have no values there, 0 are false\.$' log ||
   { grep Audit log; fail "facts do not hold"; }
@@ -53,7 +53,7 @@ run log "read_verilog $source; kpt_track -top $top -audit; synth -flatten -top $
          kpt_stage -next two; synth -run fine:; kpt_stage"
 [ "$(grep -c '^Audit: .*, 0 are false\.$' log)" -eq 2 ] || fail "not audited twice"
 
-# And an audit leaves no trace in the netlist either, however early it is.
+# An audit does not change the netlist either, however early it runs.
 flow="synth -flatten -top $top -run :fine"
 run log "read_verilog $source; kpt_track -top $top -audit; $flow; kpt_stage -next two; synth -run fine:; $cells
          kpt_stage; write_rtlil on.il"

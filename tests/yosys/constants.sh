@@ -1,11 +1,11 @@
-# A constant that a second stage finds for a register that the first one inverted is told of the
-# reference register in its own sense, in one stage and in two that are composed.
+# A second stage finds a constant for a register that the first stage inverted. The composition gives the
+# value of the reference register, and so does a flow that is recorded in one stage.
 . "${0%/*}/flow.sh"
 source=constant.v
 top=constant
 
-# A register that starts at one and stays there. A technology without preset keeps its inverse, of
-# which the next passes find that it stays at zero.
+# A register that starts at one and stays there. A technology without preset keeps its inverse, and the
+# next passes find that the inverse is stuck at zero.
 cat >constant.v <<'V'
 module constant(input clk, input d, output y, output z);
   reg kept = 1'b1;

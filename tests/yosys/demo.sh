@@ -1,4 +1,4 @@
-# What scripts/demo prints is what the README shows.
+# The output of scripts/demo is what the README shows.
 . "${0%/*}/flow.sh"
 locate framer
 sources=$1

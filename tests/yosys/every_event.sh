@@ -1,4 +1,4 @@
-# Synthesis into cells does to the elevator's registers all that a database can say.
+# Synthesis into cells does everything to the elevator's registers that a database can record.
 . "${0%/*}/flow.sh"
 locate elevator
 

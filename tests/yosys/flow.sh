@@ -1,5 +1,5 @@
-# What the tests of the Yosys plugin share; read by them with ".". They run in a directory of their
-# own. KPT_PLUGIN names the plugin, KPT_RTL the directory of our own designs.
+# The parts that the tests of the Yosys plugin share; they read this file with ".", and run in a
+# directory of their own. KPT_PLUGIN names the plugin, KPT_RTL the directory of our own designs.
 set -eu
 
 work=$(mktemp -d)
@@ -17,7 +17,7 @@ skip() {
   exit 77
 }
 
-# locate design: sets `source` and `top`, of ours or of a Debian package.
+# locate design: sets `source` and `top` for one of our designs or one of a Debian package.
 locate() {
   top=$1
   case $1 in
@@ -28,7 +28,7 @@ locate() {
   [ -e "$source" ] || skip "$source is missing; it comes with the Debian package $package"
 }
 
-# run log command...: one Yosys with the plugin.
+# run log command...: runs one Yosys with the plugin.
 run() {
   log=$1
   shift
@@ -48,7 +48,7 @@ refused() {
   grep -q "ERROR: $message" refused.log || { tail -n 5 refused.log >&2; fail "another error than: $message"; }
 }
 
-# expect log line...: each line stands in the log, blanks aside.
+# expect log line...: each line is in the log, apart from blanks.
 expect() {
   log=$1
   shift
@@ -57,7 +57,7 @@ expect() {
   done
 }
 
-# From the synthesised netlist to the small technology of ours.
+# Maps the synthesised netlist to our small technology.
 cells="dfflegalize -cell \$_DFF_P_ 0 ; dfflibmap -liberty $KPT_RTL/cells.lib ; abc -liberty $KPT_RTL/cells.lib ; opt_clean"
 
 # prove log netlist [database [name]]: proves the netlist equal to the source, with the database or

@@ -1,9 +1,9 @@
-# State machines on various ways through synthesis: recorded in full, and proven.
+# State machines on various paths through synthesis are recorded completely, and proven.
 . "${0%/*}/flow.sh"
 source=$(cd "${0%/*}" && pwd)/machines.v
 top=machines
 
-# way passes machines line...: a flow, how many machines it records, and lines that kpt_show prints.
+# way passes machines line...: a flow, the number of machines that it records, and lines of kpt_show.
 way() {
   passes=$1 count=$2
   shift 2
@@ -25,7 +25,7 @@ way "$alone; fsm -encoding binary; opt; memory; opt; techmap; opt" 2 \
   'f.state[0] machine of f.state[0] f.state[1]: 000>00 110>01 101>10 011>11'
 way "$alone; fsm -expand -encoding binary; opt; techmap; opt" 2 \
   'f.state[0] machine of f.state[0] f.state[1]: 000>00 110>01 101>10 011>11'
-# A code that is given another code once more.
+# A machine that is re-encoded a second time.
 way "$alone; fsm -encoding binary; synth -flatten -top $top" 2 \
   'f.state[0] machine of f.state[0] f.state[1] d1 f.state[3]: 000>0001 110>0100 101>0010 011>1000'
 
@@ -36,7 +36,7 @@ run log "read_verilog $source; hierarchy -top $top; kpt_track; $alone; fsm -enco
 grep -q '^f\.state\[0\] machine of .*flip.*: 000>11 110>10 101>01 011>00$' shown || fail "not inverted: $(cat shown)"
 prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven: inverted state bits"; }
 
-# The stage ends while the machines are out of the netlist: nobody knows.
+# The stage ends while the machines are not in the netlist, so their registers are unknown.
 run log "read_verilog $source; hierarchy -top $top; kpt_track; $alone; fsm -encoding binary; opt_clean; fsm -nomap
          kpt_stage"
 expect log '6 unknown' '8 of 8 reference registers accounted for'

@@ -1,4 +1,4 @@
-# Words of memories that are written are registers of the reference, in a memory and out of it.
+# The words of memories that are written are reference registers, inside a memory and outside.
 . "${0%/*}/flow.sh"
 source=words.v
 top=words
@@ -18,12 +18,12 @@ endmodule
 V
 start="read_verilog words.v; hierarchy -top words; kpt_track -audit"
 
-# While they are kept in a memory they are where they were, under the name that flattening keeps too.
+# While they are in a memory they are unchanged, under a name that flattening keeps.
 run log "$start; proc; opt; memory -nomap; flatten; opt_clean; kpt_stage; kpt_show -o shown"
 expect log '14 kept under their name' '14 of 14 reference registers accounted for'
 expect shown 'u.m[4][0] = u.m[4][0]' 'u.m[7][2] = u.m[7][2]' 'flags[0] = flags[0]'
 
-# Flip-flops take their place, and go through later passes as others do.
+# Flip-flops replace them, and go through later passes like any others.
 for flow in 'proc; memory' 'proc; flatten; memory' 'proc; memory -nomap; flatten; memory_map' 'synth -flatten'; do
   run log "$start; $flow; opt_clean; kpt_stage; kpt_show -o shown"
   expect log '14 of 14 reference registers accounted for' \
@@ -32,7 +32,7 @@ for flow in 'proc; memory' 'proc; flatten; memory' 'proc; memory -nomap; flatten
   expect shown 'u.m[4][0] = u.m[4][0]' 'u.m[7][2] = u.m[7][2]' 'flags[0] = flags[0]'
 done
 
-# Through two stages, as in one; and proven.
+# In two stages as in one, and proven.
 run log "$start; proc; opt; memory -nomap; kpt_stage -next two; memory_map; flatten; techmap; zinit; opt; $cells
          kpt_stage; kpt_compose all kpt two; kpt_show -name all -o composed; kpt_save -name all all.xml
          write_rtlil gate.il"
@@ -41,7 +41,7 @@ run log "$start; proc; opt; memory -nomap; memory_map; flatten; techmap; zinit; 
 diff one composed || fail "two stages answer otherwise"
 prove log gate.il all.xml all || { tail -n 20 log; fail "unproven"; }
 
-# A memory that nothing reads is without fanout; one that another block takes is unknown.
+# A memory that nothing reads is without fanout; a memory that becomes part of a block is unknown.
 run log "read_verilog words.v; hierarchy -top words; proc; flatten; delete -output u.q; opt_clean; kpt_track
          delete -port words/q; opt_clean; kpt_stage"
 expect log '12 without fanout' '2 kept under their name'
@@ -49,7 +49,7 @@ printf 'bram $__BLOCK\n init 0\n abits 2\n dbits 3\n groups 2\n ports 1 1\n wrmo
 run log "$start; proc; opt; memory -nomap; memory_bram -rules blocks.txt; kpt_stage"
 grep -q '^Unknown after memory_bram: 1[24]\.$' log || { grep -i unknown log; fail "not unknown"; }
 
-# Bits that are taken out of all words leave the others other numbers: nobody knows which is which.
+# When some bits are removed from all words, the other bits get new numbers, so they are unknown.
 cat >narrow.v <<'V'
 module narrow(input clk, input we, input [1:0] wa, input [1:0] ra, input [2:0] d, output [3:0] q);
   reg [3:0] m [3:0];

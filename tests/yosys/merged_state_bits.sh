@@ -1,7 +1,7 @@
-# Registers that became one with the bits of a state machine's code stand in the machine's map.
+# Registers that were merged with the bits of a state machine's code are in the machine's map.
 . "${0%/*}/flow.sh"
 
-# Once the ring is coded one-hot, each of its bits has the data input of a register beside it.
+# When the ring has a one-hot code, each of its bits has the same data input as another register.
 cat >ring.v <<'V'
 module ring(input clk, input go, output qa, output qb, output qc);
   (* fsm_encoding = "auto" *) reg [1:0] state;

@@ -1,5 +1,5 @@
-# Registers in a chain move their inverters in one pass: the data input of one that kept its own is
-# then connected to its old inverter's input, since the register before it moved.
+# The inverters of a chain of registers move in one pass. A register that kept its inverter then has the
+# input of its old inverter as its data input, because the register before it moved.
 . "${0%/*}/flow.sh"
 source=chain.v
 top=chain

@@ -1,4 +1,4 @@
-# Names that a written netlist keeps: kpt_stage tells how many it will not, and -names gives lasting ones.
+# Names that a written netlist keeps: kpt_stage counts those that it does not, and -names gives lasting ones.
 . "${0%/*}/flow.sh"
 locate "$1"
 
@@ -13,7 +13,7 @@ run log "$flow; kpt_stage -names; kpt_save kpt.xml; kpt_show -o shown; write_rtl
 ! grep -q 'private names' log || fail "told of private names although there are none"
 grep -q '_kpt_1_' shown || fail "no name was given"
 
-# Each transformed register, of a cell its instance, is called so in every format.
+# Each transformed register, or its instance if it is a cell, has this name in every format.
 sed -n '/<key_points_set type="transformed">/,/<\/key_points_set>/s/ *<name>\(.*\)<\/name>/\1/p' kpt.xml |
   sed 's/\[[0-9]*\]$//' | sort -u >names
 [ -s names ] || fail "no names in the database"

@@ -1,8 +1,8 @@
-# Tracking leaves no trace in the netlist: byte for byte the same with it and without the plugin.
+# Tracking does not change the netlist: it is the same, byte for byte, with tracking and without the plugin.
 . "${0%/*}/flow.sh"
 locate "$1"
 
-# same what flow: two syntheses, with and without.
+# same what flow: compares a synthesis with and without tracking.
 same() {
   run log "read_verilog $source; kpt_track -top $top; $2; kpt_stage; write_rtlil on.il"
   yosys -q -p "read_verilog $source; $2; write_rtlil off.il" >log 2>&1 || fail "yosys without the plugin"

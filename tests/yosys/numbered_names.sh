@@ -1,5 +1,5 @@
-# A name made by numbering says nothing: it is given to one register now and to another later. A
-# register that clk2fflogic took stays unknown, although the name that it had is borne again.
+# A name made from a number proves nothing, because one register has it now and another one later. A
+# register that clk2fflogic removed stays unknown, although another register has its name again.
 . "${0%/*}/flow.sh"
 
 cat >numbered.v <<'V'

@@ -1,5 +1,5 @@
-# The register of a state machine's old code lives on beside the new code, is inverted by a
-# technology without preset and then lost: the codes are those that it had in the source.
+# The register of a state machine's old code stays beside the new code. A technology without preset
+# inverts it, and then it is lost. The recorded codes are those of the source.
 . "${0%/*}/flow.sh"
 source=lives.v
 top=lives

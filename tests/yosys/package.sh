@@ -1,5 +1,5 @@
-# The packages of the library and the plugin, unpacked beside a Yosys: the plugin is found by its name
-# and records a design.
+# The packages of the library and the plugin are unpacked where a Yosys is: it finds the plugin by its
+# name, and the plugin records a design.
 . "${0%/*}/flow.sh"
 locate elevator
 
@@ -10,7 +10,7 @@ for package in libkpt0 yosys-plugin-kpt; do
   dpkg-deb --extract debs/"$package"_*.deb root
 done
 
-# Yosys looks for plugins below the folder that it runs from.
+# Yosys looks for plugins below the folder of its program.
 mkdir -p root/usr/bin
 cp "$(command -v yosys)" root/usr/bin/yosys
 root/usr/bin/yosys -m kpt -p 'help kpt_track' >log 2>&1 || { cat log; fail "the plugin is not found"; }

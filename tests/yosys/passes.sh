@@ -1,12 +1,12 @@
-# Passes that deceive who goes by names, or by what vanished.
+# Passes after which names, or registers that vanished, would lead to wrong conclusions.
 . "${0%/*}/flow.sh"
 
-# after file passes: what kpt_show says in the end, in `shown`, and the log in `log`.
+# after file passes: runs the passes; `shown` has the final output of kpt_show, and `log` the log.
 after() {
   run log "read_verilog $1; hierarchy -auto-top; proc; kpt_track; $2; kpt_stage; kpt_show -o shown"
 }
 
-# An inverter that moves from the data input to the readers: the net's name stays, its meaning flips.
+# An inverter moves from the data input to the readers: the net keeps its name and holds the inverse.
 cat >flip.v <<'V'
 module flip(input clk, input d, input a, output y, output z);
   reg q = 1'b0;
@@ -18,7 +18,7 @@ V
 after flip.v 'opt -nodffe -nosdff; simplemap; opt_ffinv; opt_clean'
 expect shown 'q ~ q'
 
-# A power-up value that the technology has not: the flip-flop keeps the inverse.
+# The technology does not have the power-up value, so the flip-flop keeps the inverse.
 cat >preset.v <<'V'
 module preset(input clk, input d, output reg q);
   initial q = 1'b1;
@@ -51,7 +51,7 @@ expect log '3 of 3 reference registers accounted for'
 after names.v 'design -save kept; design -load kept; opt_clean'
 expect log '3 kept under their name'
 
-# Registers that go into something else are unknown, not eliminated.
+# Registers that become part of something else are unknown, not eliminated.
 cat >shift.v <<'V'
 module shift(input clk, input d, output q);
   reg [3:0] r;
@@ -62,7 +62,7 @@ V
 after shift.v 'simplemap; shregmap -minlen 2; opt_clean'
 expect log '4 unknown' '0 without fanout'
 
-# A register that a memory takes for its read port is still one, and comes back with the port.
+# A register that becomes the read port of a memory is still a register, and comes back with the port.
 cat >memory.v <<'V'
 module memory(input clk, input we, input [2:0] wa, input [2:0] ra, input [3:0] d, output reg [3:0] q);
   reg [3:0] m [7:0];
@@ -77,7 +77,7 @@ expect shown 'q[0] = q[0]' 'q[3] = q[3]'
 after memory.v 'opt; memory_dff; memory_collect; memory_map; opt; techmap; opt_clean'
 expect shown 'q[0] = q[0]' 'q[3] = q[3]'
 
-# A register that a memory takes for its address drives nothing any more, and is none of those that did.
+# A register that a memory takes for its address then drives nothing. It is unknown, not without fanout.
 cat >address.v <<'V'
 module address(input clk, input we, input [2:0] wa, input [2:0] ra, input [3:0] d, output [3:0] q);
   reg [3:0] m [7:0];
@@ -93,7 +93,7 @@ after address.v 'opt; memory_dff; opt_clean'
 expect log '3 unknown' '0 without fanout' '35 of 35 reference registers accounted for' \
   'Left out, as made by the front end for writes to memories and selected bits: 11.'
 
-# A bit that nothing reads is without fanout, also where another pass than opt_clean removes it.
+# A bit that nothing reads is without fanout, also when another pass than opt_clean removes it.
 cat >narrow.v <<'V'
 module narrow(input clk, input [7:0] d, output [3:0] q);
   reg [7:0] r;
@@ -104,7 +104,7 @@ V
 after narrow.v 'wreduce; opt_clean'
 expect log '4 kept under their name' '4 without fanout' '0 unknown'
 
-# Without a machine put back, the bits that went into it are unknown.
+# When a machine is not put back into the netlist, its bits are unknown.
 if [ -e "$KPT_RTL/elevator.v" ]; then
   after "$KPT_RTL/elevator.v" 'flatten; opt -nodffe -nosdff; fsm -nomap'
   expect log '3 unknown'

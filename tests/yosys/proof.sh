@@ -1,5 +1,5 @@
-# With the gate's register names removed, the elevator is proven through the database and not
-# without it; and a database that says something wrong proves nothing.
+# When the register names of the gate module are removed, the proof of the elevator succeeds with the
+# database and not without it. A wrong database does not make a proof succeed.
 . "${0%/*}/flow.sh"
 locate elevator
 
@@ -12,7 +12,7 @@ prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the
 grep -q 'Matched 16 registers, 5 constants and 1 state machines' with.log ||
   { grep Matched with.log; fail "other registers matched"; }
 
-# wrong what edit...: the database, edited by sed, differs and does not prove the netlist.
+# wrong what edit...: sed changes the database, and the proof with it fails.
 wrong() {
   what=$1
   shift
@@ -29,6 +29,6 @@ wrong 'a wrong constant' 's/elim_type="stuck_at_one"/elim_type="stuck_at_zero"/'
 wrong 'a wrong polarity' 's/\(<\/*\)inverts>/\1noninverts>/'
 wrong 'a wrong state code' '/<state index="3">/,/<\/reference>/s/index="0"> 1 /index="0"> 0 /'
 
-# What a module does not have is told by name.
+# A warning names each register that a module lacks.
 run log "read_rtlil gate.il; rename $top gate; kpt_load kpt.xml; kpt_apply -encfile codes gate gate"
 expect log 'Warning: Module gate has no register armed.'

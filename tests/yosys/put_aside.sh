@@ -1,4 +1,4 @@
-# Designs that are put aside and come back: what was done in between is not said of them.
+# Designs that are saved and come back: what was done in between is not recorded for them.
 . "${0%/*}/flow.sh"
 
 cat >pair.v <<'V'
@@ -18,7 +18,7 @@ endmodule
 V
 start="read_verilog pair.v; hierarchy -top pair; proc; kpt_track"
 
-# as_before passes: both registers are there as they were.
+# as_before passes: both registers exist unchanged.
 as_before() {
   run log "$start; $1; kpt_stage; kpt_show -o shown"
   expect shown 'p = p' 'q = q'
@@ -34,7 +34,7 @@ as_before 'design -save kept; design -reset; read_verilog other.v; proc; opt; de
 as_before 'design -push; design -push; read_verilog other.v; design -pop; design -pop'
 as_before 'rename pair another; design -save kept; design -load kept; opt'
 
-# A register that is lost in one copy is there in the other.
+# A register that is lost in one copy exists in the other.
 run log "$start; techmap; design -save kept; abc -dff; opt_clean; design -load kept; kpt_stage; kpt_show -o shown"
 expect shown 'p = p' 'q = q'
 
@@ -43,7 +43,7 @@ refused 'The design that is followed is put aside: bring it back by design -pop 
 refused 'The design that is followed is put aside: bring it back by design -pop or -load' \
   "$start; design -save kept; design -reset; read_verilog pair.v; proc; kpt_stage"
 
-# ends message passes: following ends with that message, and nothing can be recorded.
+# ends message passes: tracking ends with that message, and nothing can be recorded.
 ends() {
   refused 'No registers are being followed: use kpt_track' "$2; kpt_stage"
   grep -qx "Warning: tracking of registers ended: $1" refused.log || { cat refused.log; fail "not told: $1"; }
@@ -56,5 +56,5 @@ ends "design -pop $taken" \
   "read_verilog other.v; design -push; $start; design -pop; proc"
 ends 'the top module pair is gone' "$start; delete pair; read_verilog pair.v; proc; opt"
 ends 'the top module pair is gone' "$start; design -save kept; opt; design -copy-from kept pair; opt"
-# What was put aside in an earlier stage says nothing of the registers of the next.
+# A copy that was saved in an earlier stage says nothing of the registers of the next.
 ends "design -load $taken" "$start; design -save kept; kpt_stage -next two; opt; design -load kept"

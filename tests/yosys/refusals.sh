@@ -1,4 +1,4 @@
-# What cannot be done ends with an error of Yosys, and leaves things as they were.
+# A command that cannot be carried out ends with an error of Yosys, and changes nothing.
 . "${0%/*}/flow.sh"
 locate elevator
 
@@ -23,7 +23,7 @@ refused 'Give a new name and the names of two databases' "kpt_compose all kpt"
 refused 'There is no keypoint database called one' "kpt_compose all one two"
 stages="read_verilog $source; kpt_track -top $top -name one; synth -top $top -run :fine; kpt_stage -next two; kpt_stage"
 refused 'A keypoint database called one exists already' "$stages; kpt_compose one one two"
-# Stages that do not follow one another; nothing is left of the attempt.
+# Stages that do not follow each other; the attempt leaves nothing.
 refused 'The stages cannot be composed: ' "$stages; read_verilog name.v; hierarchy -top name; proc
   kpt_track -name three; kpt_stage; kpt_compose all one three"
 refused 'There is no module gold' "kpt_apply -encfile codes gold gate"
@@ -33,7 +33,7 @@ refused 'kpt cannot be saved as name.xml: the file cannot hold the name of regis
   "read_verilog name.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save name.xml"
 [ "$(cat name.xml)" = earlier ] || fail "the file was touched"
 
-# Every other name comes back.
+# Every other name can be read back.
 named "$(printf 'a<b&"]]>\303\251')" >odd.v
 run log "read_verilog odd.v; hierarchy -top name; proc; kpt_track; opt_clean; kpt_stage; kpt_save odd.xml; kpt_show -o kept"
 run log "kpt_load odd.xml; kpt_show -o loaded"
@@ -45,12 +45,12 @@ refused 'kpt cannot be saved as no/where.xml' \
 refused 'A keypoint database called kpt exists already' \
   "read_verilog $source; hierarchy -top $top; proc; kpt_track; kpt_stage; kpt_track; kpt_stage"
 
-# A pass that fails within a script says so, and the session goes on.
+# A pass that fails within a script reports it, and the session continues.
 printf 'read_verilog %s\nhierarchy -top %s\nproc\nkpt_track\nconnect -set nothing nowhere\nopt_clean\nkpt_stage\n' \
   "$source" "$top" | yosys -m "$KPT_PLUGIN" >log 2>&1 || true
 expect log '28 of 28 reference registers accounted for'
 
-# Following that nobody ends ends with Yosys; following can be given up.
+# Tracking that no command ends, ends with Yosys; it can also be given up.
 run log "read_verilog $source; kpt_track -top $top; synth -top $top"
 run log "read_verilog $source; kpt_track -top $top; synth -top $top -run :fine; kpt_track -off; opt_clean"
 refused 'No registers are being followed' \

@@ -1,4 +1,4 @@
-# Two stages recorded apart and composed answer as the flow recorded in one, register by register.
+# Two stages that are recorded separately and composed give, for each register, the answer of one stage.
 . "${0%/*}/flow.sh"
 locate "$1"
 

@@ -1,8 +1,8 @@
-# What a proof left is read back: each fact is proved, claimed or refuted, and a file keeps that.
+# The result of a proof is recorded: each fact is proved, claimed or refuted, and a file keeps that.
 . "${0%/*}/flow.sh"
 locate elevator
 
-# status log netlist database: proves as far as it goes, and reads the outcome back.
+# status log netlist database: proves as much as it can, and records the result.
 status() {
   run "$1" "read_rtlil $2; rename $top gate; read_verilog $KPT_RTL/cells.v; proc; flatten gate; design -stash gate
             read_verilog $source; hierarchy -top $top; proc; flatten; rename $top gold; design -stash gold
@@ -18,7 +18,7 @@ status log gate.il kpt.xml
 expect log 'Facts: 21 proved, 0 claimed, 0 refuted, 4 not in the proof. Unproven cells: 0.'
 [ "$(grep -c '<attribute name="status" value="proved">' read.xml)" -eq 21 ] || fail "the file does not keep it"
 
-# A fact whose cells stay open is claimed still, and so are those that were proven with its help.
+# A fact whose cells are unproven stays claimed, and so do the facts that were proven with its help.
 sed -e 's/>floor\[0\]</>other</' -e 's/>moving</>floor[0]</' -e 's/>other</>moving</' kpt.xml >swapped.xml
 status log gate.il swapped.xml
 expect log 'Unproven: moving.' 'Unproven: floor[0].'
@@ -28,7 +28,7 @@ grep -q '<attribute name="note" value="unproven">' read.xml || fail "the file do
 grep -q '<attribute name="note" value="proven if what is unproven holds">' read.xml ||
   fail "the file does not tell what was proven with the help of the unproven"
 
-# A proof by induction does not see what a register holds at power-up; the status does.
+# A proof by induction does not look at power-up values; the status does.
 cat >holds.v <<'V'
 module holds(input clk, output y);
   reg q = 1'b0;

@@ -78,6 +78,7 @@ EXIT_CODE run_check(const CHECK_OPTIONS& options);
 struct UNITE_OPTIONS {
   std::vector<std::string> files;  // in the order of the stages
   std::string output;
+  bool keep_unrecorded = false;  // for the composition that it is compared with, as for compose
   bool json = false;
 };
 EXIT_CODE run_unite(const UNITE_OPTIONS& options);
@@ -95,6 +96,7 @@ struct EXPLAIN_OPTIONS {
   std::string name;
   std::vector<std::string> files;  // in the order of the stages
   bool transformed = false;        // the register is one of the last netlist
+  double share = 0.5;              // as for compose
 };
 EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options);
 

@@ -2,13 +2,12 @@
 #include <fmt/format.h>
 
 #include <array>
-#include <list>
 
 #include "commands.h"
 #include "database.h"
 #include "files.h"
-#include "host_lines.h"
 #include "model.h"
+#include "stages.h"
 #include "text.h"
 
 namespace kptdb {
@@ -34,31 +33,8 @@ COUNTS count_fates(const KPT_KEYPOINTS_DB& db) {
   return counts;
 }
 
-std::string joined(const KPT_STRING_VECTOR& lines) {
-  std::string text;
-  for (const KPT_STRING& line : lines) {
-    text += text.empty() ? "" : "; ";
-    text += std::string_view(line);
-  }
-  return text;
-}
-
-JSON listed(const KPT_STRING_VECTOR& lines) {
-  JSON list = JSON::array();
-  for (const KPT_STRING& line : lines) {
-    list.push_back(std::string(std::string_view(line)));
-  }
-  return list;
-}
-
 std::string text_of(const COMPOSE_OPTIONS& options, const KPT_COMPOSITION_REPORT& report, const COUNTS& counts) {
-  std::string text;
-  for (const KPT_STRING& line : report.fits) {
-    text += fmt::format("{}\n", std::string_view(line));
-  }
-  for (const KPT_STRING& line : report.warnings) {
-    text += fmt::format("warning: {}\n", std::string_view(line));
-  }
+  std::string text = report_text(report);
   text += fmt::format("{}: {} composed", options.output, counted(options.files.size(), "stage"));
   for (const KPT_FATE_ENUM fate : FATES) {
     text += fmt::format("{}{} {}", fate == FATES.front() ? "; of the reference registers " : ", ",
@@ -83,18 +59,9 @@ JSON json_of(const COMPOSE_OPTIONS& options, const KPT_COMPOSITION_REPORT& repor
 }  // namespace
 
 EXIT_CODE run_compose(const COMPOSE_OPTIONS& options) {
-  std::list<DATABASE> stages;
-  KPT_KEYPOINTS_DB_LIST handles;
-  for (const std::string& file : options.files) {
-    stages.push_back(DATABASE::load(file));
-    handles.push_back(stages.back().handle());
-  }
-  const HOST_LINES lines;
-  const DATABASE all = DATABASE::create(stages.front().name());
+  const STAGES stages(options.files);
   KPT_COMPOSITION_REPORT report;
-  if (!all.handle().compose(handles, {options.share, options.keep_unrecorded}, &report)) {
-    throw FAILURE(EXIT_FOUND, joined(report.errors));
-  }
+  const DATABASE all = stages.composed({options.share, options.keep_unrecorded}, &report);
   all.save(options.output);
   const COUNTS counts = count_fates(all.handle());
   RESULT_FILE out = RESULT_FILE::beside(options.output);

@@ -9,7 +9,7 @@
 #include "commands.h"
 #include "database.h"
 #include "files.h"
-#include "host_lines.h"
+#include "stages.h"
 #include "text.h"
 
 namespace kptdb {
@@ -220,30 +220,22 @@ KPT_REGISTER_KEYPOINT named(const KPT_KEYPOINT_SET& set, const std::string& name
 }  // namespace
 
 EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options) {
-  std::list<DATABASE> stages;
-  KPT_KEYPOINTS_DB_LIST handles;
-  for (const std::string& file : options.files) {
-    stages.push_back(DATABASE::load(file));
-    handles.push_back(stages.back().handle());
-  }
-  const HOST_LINES lines;
+  const STAGES stages(options.files);
   const KPT_SET_ENUM from = options.transformed ? KPT_TRANSFORMED_SET : KPT_REFERENCE_SET;
-  const DATABASE& first = options.transformed ? stages.back() : stages.front();
+  const DATABASE& first = options.transformed ? stages.databases().back() : stages.databases().front();
   const KPT_REGISTER_KEYPOINT start = named(first.handle().get_set(from), options.name);
   if (start.is_null()) {
     throw FAILURE(EXIT_FOUND, fmt::format("{} is no register of the {} netlist", options.name,
                                           options.transformed ? "last" : "first"));
   }
   RESULT_FILE out("");
-  out.write(way(stages, from, start));
-  const DATABASE all = DATABASE::create("all");
-  KPT_COMPOSITION_REPORT report;
-  if (all.handle().compose(handles, {0.0, false}, &report)) {
-    out.write(together(all.handle(), from, start));
-  } else {
-    out.write(fmt::format("together: {}\n", std::string_view(report.errors.front())));
-  }
+  out.write(way(stages.databases(), from, start));
   out.finish();
+  KPT_COMPOSITION_REPORT report;
+  const DATABASE all = stages.composed({options.share, false}, &report);
+  RESULT_FILE end("");
+  end.write(together(all.handle(), from, start));
+  end.finish();
   return EXIT_DONE;
 }
 

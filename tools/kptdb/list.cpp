@@ -49,6 +49,9 @@ class WANTED {
  public:
   WANTED(const DATABASE& db, const LIST_OPTIONS& options) : m_db(db), m_options(options), m_names(options.names) {}
 
+  bool has_names() const { return !m_names.names().empty(); }
+  std::string names() const { return fmt::format("{}", fmt::join(m_names.names(), " or ")); }
+
   template <class VISIT>
   void for_each(VISIT visit) const {
     for (const KPT_SET_ENUM side : sides_named(m_options.side)) {
@@ -179,6 +182,9 @@ std::size_t write_text(RESULT_FILE& out, const WANTED& wanted) {
     lines.widen(columns_of(reg, name));
     ++count;
   });
+  if (count == 0 && wanted.has_names()) {
+    return 0;
+  }
   lines.write(header, "across");
   PARTNERS partners;
   wanted.for_each([&](const REGISTER& reg) { lines.write(columns_of(reg, name), partners.in_short(reg)); });
@@ -194,9 +200,8 @@ EXIT_CODE run_list(const LIST_OPTIONS& options) {
   RESULT_FILE out("");
   const std::size_t count = options.json ? write_json(out, wanted) : write_text(out, wanted);
   out.finish();
-  if (count == 0 && !options.names.names.empty()) {
-    throw FAILURE(EXIT_FOUND, fmt::format("{}: no register matches {}", options.file,
-                                          printable(fmt::format("{}", fmt::join(options.names.names, " or ")))));
+  if (count == 0 && wanted.has_names()) {
+    throw FAILURE(EXIT_FOUND, fmt::format("{}: no register matches {}", options.file, printable(wanted.names())));
   }
   return EXIT_DONE;
 }

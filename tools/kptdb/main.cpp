@@ -55,6 +55,16 @@ void add_fail_under(CLI::App* command, std::optional<double>& percent) {
       ->check(CLI::Range(0.0, 100.0));
 }
 
+void add_share(CLI::App* command, double& share) {
+  command->add_option("--share", share, "How much of what a stage starts from the one before must know")
+      ->check(CLI::Range(0.0, 1.0))
+      ->capture_default_str();
+}
+
+void add_keep_unrecorded(CLI::App* command, bool& keep) {
+  command->add_flag("--keep-unrecorded", keep, "Take registers that a stage does not mention for unchanged");
+}
+
 struct COMMAND_LINE {
   explicit COMMAND_LINE(CLI::App& app) {
     app.require_subcommand(0, 1);
@@ -82,14 +92,16 @@ struct COMMAND_LINE {
     add_command(app, run, "help", "Tell how a command is used", [this, &app] {
       return kptdb::print_help(app, help_command);
     })->add_option("COMMAND", help_command, "A command");
-    add_command(app, run, "completion", "Print the completions for a shell",
-                [this, &app] {
-                  std::fputs(kptdb::completion_script(app, completed_shell).c_str(), stdout);
-                  return kptdb::EXIT_DONE;
-                })
-        ->add_option("SHELL", completed_shell, "bash, zsh or fish")
+    CLI::App* c = add_command(app, run, "completion", "Print the completions for a shell", [this, &app] {
+      kptdb::RESULT_FILE out(completion_file);
+      out.write(kptdb::completion_script(app, completed_shell));
+      out.finish();
+      return kptdb::EXIT_DONE;
+    });
+    c->add_option("SHELL", completed_shell, "bash, zsh or fish")
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+    c->add_option("-o,--output", completion_file, "The file to write (default: standard output)");
   }
 
   void add_record(CLI::App& app) {
@@ -154,23 +166,22 @@ struct COMMAND_LINE {
     CLI::App* c = add_command(app, run, "unite", "Unite successive stages into one database", unite, kptdb::run_unite);
     c->add_option("FILES", unite.files, "Database files in the order of the stages")->required()->expected(2, 1000);
     c->add_option("-o,--output", unite.output, "The database file to write")->required();
+    add_keep_unrecorded(c, unite.keep_unrecorded);
     add_json(c, unite.json);
 
     c = add_command(app, run, "compose", "Compose successive stages into one database, exactly", compose,
                     kptdb::run_compose);
     c->add_option("FILES", compose.files, "Database files in the order of the stages")->required()->expected(2, 1000);
     c->add_option("-o,--output", compose.output, "The database file to write")->required();
-    c->add_option("--share", compose.share, "How much of what a stage starts from the one before must know")
-        ->check(CLI::Range(0.0, 1.0))
-        ->capture_default_str();
-    c->add_flag("--keep-unrecorded", compose.keep_unrecorded,
-                "Take registers that a stage does not mention for unchanged");
+    add_share(c, compose.share);
+    add_keep_unrecorded(c, compose.keep_unrecorded);
     add_json(c, compose.json);
 
     c = add_command(app, run, "explain", "Follow a register through the stages", explain, kptdb::run_explain);
     c->add_option("REGISTER", explain.name, "A register of the first netlist")->required();
     c->add_option("FILES", explain.files, "Database files in the order of the stages")->required()->expected(1, 1000);
     c->add_flag("--transformed", explain.transformed, "The register is one of the last netlist");
+    add_share(c, explain.share);
 
     c = add_command(app, run, "report", "Write a page that shows where the registers went", report, kptdb::run_report);
     c->add_option("FILES", report.files, "Database files in the order of the stages")->required()->expected(1, 1000);
@@ -229,6 +240,7 @@ struct COMMAND_LINE {
   RUN run;
   std::string help_command;
   std::string completed_shell;
+  std::string completion_file;
   kptdb::WAVE_OPTIONS wave;
   kptdb::AUDIT_OPTIONS audit;
   kptdb::RECORD_OPTIONS record;

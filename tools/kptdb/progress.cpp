@@ -19,6 +19,12 @@ PROGRESS::MODE s_mode = PROGRESS::AUTO;
 
 bool is_wanted() { return s_mode == PROGRESS::ON || (s_mode == PROGRESS::AUTO && ::isatty(STDERR_FILENO) == 1); }
 
+// To the start of the line, and away with what stood there.
+void show(const std::string& text) {
+  std::fprintf(stderr, "\r\033[K%s", text.c_str());
+  std::fflush(stderr);
+}
+
 std::string amount(std::uint64_t count, PROGRESS::UNIT unit) {
   return unit == PROGRESS::BYTES ? fmt::format("{:.1f}", static_cast<double>(count) / 1e6) : std::to_string(count);
 }
@@ -61,10 +67,37 @@ std::string PROGRESS::text(std::uint64_t done) const {
                      part * 100 / m_whole);
 }
 
-// To the start of the line, and away with what stood there.
-void PROGRESS::show(const std::string& text) {
-  std::fprintf(stderr, "\r\033[K%s", text.c_str());
-  std::fflush(stderr);
+WAITING::WAITING(std::string what, std::uint64_t registers)
+    : m_text(fmt::format("{}: {} registers", std::move(what), registers)) {
+  if (is_wanted()) {
+    m_thread = std::thread([this] { run(); });
+  }
+}
+
+WAITING::~WAITING() {
+  if (m_thread.joinable()) {
+    {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      m_is_over = true;
+    }
+    m_changed.notify_one();
+    m_thread.join();
+  }
+}
+
+void WAITING::run() {
+  const auto start = std::chrono::steady_clock::now();
+  std::unique_lock<std::mutex> lock(m_mutex);
+  bool is_over = s_mode != PROGRESS::ON && m_changed.wait_for(lock, PATIENCE, [this] { return m_is_over; });
+  const bool is_shown = !is_over;
+  while (!is_over) {
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+    show(fmt::format("{}, {:.0f} s", m_text, passed.count()));
+    is_over = m_changed.wait_for(lock, 10 * STEP, [this] { return m_is_over; });
+  }
+  if (is_shown) {
+    show("");
+  }
 }
 
 }  // namespace kptdb

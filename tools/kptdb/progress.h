@@ -6,8 +6,11 @@
 #define KPTDB_PROGRESS_H
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace kptdb {
 
@@ -37,8 +40,6 @@ class PROGRESS {
 
   void look(std::uint64_t done);
   std::string text(std::uint64_t done) const;
-  static void show(const std::string& text);
-
   std::string m_what;
   std::uint64_t m_whole;
   UNIT m_unit;
@@ -46,6 +47,25 @@ class PROGRESS {
   bool m_is_shown = false;
   std::uint64_t m_next_look = 0;
   CLOCK::time_point m_next;
+};
+
+/// The same for work that is one call of the library, which does not say how far it has come: how many
+/// registers it is about, and for how long it has been at it. Shown by a thread of its own.
+class WAITING {
+ public:
+  WAITING(std::string what, std::uint64_t registers);
+  ~WAITING();
+  WAITING(const WAITING&) = delete;
+  WAITING& operator=(const WAITING&) = delete;
+
+ private:
+  void run();
+
+  std::string m_text;
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  bool m_is_over = false;
+  std::thread m_thread;  // none while nothing is to be shown
 };
 
 }  // namespace kptdb

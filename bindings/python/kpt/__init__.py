@@ -1,7 +1,7 @@
 """The keypoint database of a logic-synthesis flow: what became of the registers of a design.
 
-A Database records, for one design, how the registers of the reference netlist, the design as written, became those of
-the transformed netlist, the design after optimisation. A flow records what its passes do:
+A design has two netlists: the reference netlist is the design as written, and the transformed netlist is the design
+after optimisation. A Database records how the registers of one became those of the other. A flow records its passes:
 
     >>> import kpt
     >>> db = kpt.Database("counter")
@@ -17,9 +17,9 @@ A consumer asks for a register:
     >>> [register.name for register in count.inverted_equivalents]
     ['count_reg']
 
-Names are str; bytes of a file that are not UTF-8 come as lone surrogates and are written back as they were. Databases
-are values: the last handle that goes takes them along. One thread at a time is inside the library; loading, saving,
-uniting, composing and calls for many registers let other Python threads run meanwhile.
+Names are str. Bytes of a file that are not UTF-8 become lone surrogates, and the same bytes are written. A database
+exists as long as any handle to it. Only one thread at a time runs inside the library. Loading, saving, uniting,
+composing and calls for many registers let other Python threads run meanwhile.
 """
 import gzip as _gzip
 import json as _json
@@ -43,13 +43,13 @@ _GZIP = b"\x1f\x8b"
 
 
 class KptWarning(UserWarning):
-    """Something odd that is no failure: an element of a file that does not belong, a fact that a composition loses."""
+    """Something odd that is not a failure: an element that does not belong in a file, a fact that a composition loses."""
 
 
 class Attributes(_MutableMapping):
-    """The attributes of a Register or a Map: a mapping from str to str that writes through.
+    """The attributes of a Register or a Map: a mapping from str to str. Changes go to the database.
 
-    save() keeps them. The names pass, stage, status and note are used by the tools. Gone as for its owner.
+    save() keeps them. The tools use the names pass, stage, status and note. Raises Gone like its owner.
     """
 
     def __init__(self, owner):
@@ -81,9 +81,9 @@ class Attributes(_MutableMapping):
 def load(source):
     """The Database in a file.
 
-    source: a path, or a file object that is open for reading bytes; either may be packed by gzip, which is seen by its
-    content. Other threads run meanwhile. FormatError for what is no database file, with the place; OSError for what
-    cannot be opened or read. Elements that do not belong are passed over with a KptWarning.
+    source: a path, or a file object that is open for reading bytes. Either may be compressed by gzip, which the content
+    shows. Other threads run meanwhile. FormatError, with the position, for a file that is not a database file; OSError
+    when it cannot be opened or read. Elements that do not belong are skipped with a KptWarning.
     """
     if hasattr(source, "read"):
         return _load_stream(source, str(getattr(source, "name", "<stream>")))
@@ -111,7 +111,7 @@ def _load_stream(stream, shown):
 
 
 def _start_of(stream):
-    """Where the bytes begin, None for a stream that cannot go back, and the first two of them."""
+    """The position at which the bytes begin, None for a stream that cannot go back, and the first two bytes."""
     seekable = getattr(stream, "seekable", None)
     start = stream.tell() if seekable is not None and seekable() else None
     prefix = _two_bytes(stream)
@@ -133,7 +133,7 @@ def _two_bytes(stream):
 
 
 class _Prefixed:
-    """A stream with bytes that were read of it already."""
+    """A stream, and the bytes that were already read from it."""
 
     def __init__(self, prefix, stream):
         self._prefix = prefix
@@ -160,10 +160,10 @@ def _warned(db, unexpected, shown):
 
 
 def _save(self, path):
-    """Writes the database file, whole or not at all: an earlier file is there until the new one is on the disk.
+    """Writes the database file completely or not at all: an earlier file stays until the new one is on the disk.
 
-    A path that ends in .gz gives a file packed by gzip. Other threads run meanwhile. Refused for a name that no file
-    can hold; OSError for what cannot be written.
+    A path that ends in .gz makes a file compressed by gzip. Other threads run meanwhile. Refused for a name that no
+    file can hold; OSError when the file cannot be written.
     """
     path = _os.fsdecode(path)
     if "\0" in path:
@@ -214,15 +214,15 @@ def _keep_mode(path, packed):
 
 
 def compose(stages, name=None, *, least_share=0.5, keeps_unrecorded=False):
-    """A new Database with what successive stages say together, first to last: exact, and the stages are left as they
-    were.
+    """A new Database with what successive stages, from first to last, say together. It is exact, and the stages do not
+    change.
 
-    name: of the result, by default that of the first stage.
-    least_share: the share, 0 to 1, of the registers that a stage starts from and that the stage before has to know.
-    keeps_unrecorded: whether a register that a stage does not mention is unchanged by it.
+    name: the name of the result, by default that of the first stage.
+    least_share: the least share, 0 to 1, of a stage's first registers that the stage before has to know.
+    keeps_unrecorded: whether a stage does not change a register that it does not mention.
 
-    Refused, with the reason, when two stages do not fit or contradict each other. What the stages say and the
-    composition does not comes as a KptWarning each. Other threads run meanwhile.
+    Refused, with the reason, when two stages do not fit or contradict each other. A KptWarning for each fact that the
+    stages say and the composition leaves out. Other threads run meanwhile.
     """
     stages = list(stages)
     if name is None:
@@ -239,10 +239,10 @@ def compose(stages, name=None, *, least_share=0.5, keeps_unrecorded=False):
 def record(events, name=None):
     """A new Database with the events of an event file.
 
-    events: a path, whose file may be packed by gzip; or an iterable of lines, str or bytes, or of events as dicts.
-    name: of the database, by default the file's own name without its endings.
+    events: a path, whose file may be compressed by gzip; or an iterable of lines, str or bytes, or of events as dicts.
+    name: the name of the database, by default that of the file without its endings.
 
-    The first line that is refused raises Refused, the first that is no event FormatError, both with the place.
+    The first refused line raises Refused, and the first line that is not an event FormatError, both with the position.
     """
     if name is None:
         if not isinstance(events, (str, bytes, _os.PathLike)):
@@ -259,7 +259,7 @@ _LINES_A_CALL = 4096
 def _record(self, events):
     """Records the events of an event file: a path, or an iterable of lines or of dicts, as for kpt.record.
 
-    Returns how many there were. Those before the first line that is refused, or is no event, stay recorded.
+    Returns the number of events. Events before the first line that is refused, or is not an event, stay recorded.
     """
     if isinstance(events, (str, bytes, _os.PathLike)):
         path = _os.fsdecode(events)
@@ -320,19 +320,19 @@ _NUMBERS = {"id": "int64", "map": "int64", "inverted": "int8", "constant": "int8
 
 
 def _to_records(self, side="reference", *, numpy=None):
-    """A dict of columns, a row for each register of a side, as pandas.DataFrame and polars.DataFrame take it.
+    """A dict of columns with a row for each register of a side. pandas.DataFrame and polars.DataFrame accept it.
 
-    side: "reference" or "transformed". numpy: whether the columns are numpy arrays, by default when numpy is
-    installed; else they are lists. The columns:
+    side: "reference" or "transformed". numpy: whether the columns are numpy arrays; by default they are if numpy is
+    installed. Otherwise they are lists. The columns:
 
     name, entity, type: str; entity and type are empty for a signal.
     id: the register's number in a file.
-    fate: "mapped", "machine", "constant", "without_fanout" or "unknown", as Map.fate.
-    map: the number of its map; 0 without one.
-    counterpart: the name of the register's representative in the other netlist; empty where it has none.
-    inverted, constant: 0 or 1, as in Map; -1 where that is not known.
+    fate: "mapped", "machine", "constant", "without_fanout" or "unknown", like Map.fate.
+    map: the number of its map; 0 without a map.
+    counterpart: the name of the register's representative in the other netlist; empty when there is none.
+    inverted, constant: 0 or 1, as in Map; -1 when that is not known.
 
-    Other threads run while the library is asked.
+    Other threads run meanwhile.
     """
     records = self._records(side)
     if numpy is None:
@@ -353,7 +353,7 @@ def _has_numpy():
 
 
 def _adopt():
-    """Gives the classes of the extension module their home here, and what is written in Python."""
+    """Moves the classes of the extension module into this module, and adds the parts that are written in Python."""
     for value in (Bits, Database, Group, Map, Maps, Register, Registers, StateTable, trackers):
         if isinstance(value, type):
             value.__module__ = __name__

@@ -2,11 +2,11 @@
 
 
 class Refused(Exception):
-    """An event, or another change, that was not made; str() is the library's own line.
+    """An event, or another change, that was refused; str() is the library's own line.
 
-    index: how many were recorded before it, of a call that records several; else None.
-    event: the event in words, of an event file; else None.
-    file, line: where it stands in an event file, the line from 1; else None.
+    index: in a call that records several events, the number that were recorded before; otherwise None.
+    event: for an event file, the event in words; otherwise None.
+    file, line: for an event file, its name and the line, from 1; otherwise None.
     """
 
     def __init__(self, reason, *, index=None, event=None, file=None, line=None):
@@ -25,7 +25,7 @@ class Refused(Exception):
 class FormatError(ValueError):
     """A database or event file that cannot be read.
 
-    file: its name. line, column: the place, from 1; 0 where it is not known. text: what is wrong.
+    file: its name. line, column: the position, from 1; 0 when it is not known. text: what is wrong.
     """
 
     def __init__(self, file, line, column, text):
@@ -41,18 +41,18 @@ class FormatError(ValueError):
 
 
 class Gone(LookupError):
-    """What a handle stood for is there no more: a map that was absorbed or deleted, or a register without one."""
+    """The object of a handle does not exist: a map that was absorbed or deleted, or the map of a register without one."""
 
 
 class NotSaved(Exception):
-    """What the library says of a file that it could not write; save() makes a better exception of it."""
+    """The library's message for a file that it could not write; save() raises a better exception instead."""
 
 
 class UnknownRegister(KeyError):
-    """No register of that name, entity and type; str() names the nearest.
+    """No register has that name, entity and type; str() lists the nearest names.
 
-    key: what was asked for. nearest: up to three names that are near to it, nearest first. They are looked for when
-    they are first asked for, among the registers of that moment.
+    key: the unknown name. nearest: up to three names that are near to it, nearest first. The first read of `nearest`
+    searches for them, among the registers of that moment.
     """
 
     def __init__(self, registers, key):

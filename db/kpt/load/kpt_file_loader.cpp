@@ -91,7 +91,7 @@ bool KPT_FILE_LOADER::read_generally(const CREATE& create) {
   return m_general->builder.has_database();
 }
 
-// A visitor sees the elements of a file whose database nobody wants, too.
+// A visitor also gets the elements of a file whose database is not wanted.
 void KPT_FILE_LOADER::show_what_is_not_wanted() {
   if (m_visitor != nullptr) {
     KPT_WATCHED_BUILDER nobody(nullptr, m_visitor);
@@ -99,7 +99,7 @@ void KPT_FILE_LOADER::show_what_is_not_wanted() {
   }
 }
 
-// Without a visitor nothing is asked at every element, and no line is counted.
+// Without a visitor, no element needs a check for it, and no line is counted.
 bool KPT_FILE_LOADER::build_from_plain(KPT_DATABASE_BUILDER& builder) {
   if (m_visitor == nullptr) {
     return kpt_build_from_plain(*m_bytes, builder);

@@ -35,7 +35,7 @@ class KPT_EXPORT KPT_FILE_LOADER {
   /// Loads from bytes that outlive the loader. Messages use the name that is shown.
   KPT_FILE_LOADER(KPT_BYTES& bytes, std::string_view shown_name);
   ~KPT_FILE_LOADER();
-  /// Who sees the elements as they are read; outlives the loader.
+  /// Gets the elements while they are read; outlives the loader.
   void set_visitor(KPT_FILE_VISITOR* visitor) { m_visitor = visitor; }
   KPT_FILE_LOADER(const KPT_FILE_LOADER&) = delete;
   KPT_FILE_LOADER& operator=(const KPT_FILE_LOADER&) = delete;

@@ -179,7 +179,7 @@ class READER : public SAX2XMLReaderImpl {
     }
   }
 
-  // A text comes in pieces, and one may end within a character.
+  // A text comes in pieces, and a piece may end within a character.
   void text(const XMLCh* characters, XMLSize_t count) {
     m_wide_text.append(characters, count);
     const bool is_cut = !m_wide_text.empty() && m_wide_text.back() >= 0xD800 && m_wide_text.back() < 0xDC00;

@@ -11,9 +11,9 @@
 
 class KPT_GENERAL_SOURCE {
  public:
-  /// Hands the file to the builder. Null bytes are a file that cannot be opened.
-  /// False when it is not well-formed, which is told as KPT_XML_PARSER tells it;
-  /// what stands before the error is handed on by then.
+  /// Gives the elements of the file to the builder. Null bytes mean a file that
+  /// cannot be opened. False, with the messages of KPT_XML_PARSER, when the file
+  /// is not well-formed. The builder then has the elements before the error.
   bool read(const KPT_STRING& file_name, KPT_BYTES* bytes, KPT_WATCHED_BUILDER builder);
 
   /// Why `read` returned false.

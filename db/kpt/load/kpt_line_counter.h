@@ -1,5 +1,5 @@
-// Counts the lines of a text that is gone through from front to back. A line
-// ends with a line feed, a carriage return, or both.
+// Counts the lines of a text that is read from beginning to end. A line ends with
+// a line feed, a carriage return, or both.
 //
 // Ownership: none.
 #ifndef KPT_LINE_COUNTER_H
@@ -10,10 +10,10 @@
 
 class KPT_LINE_COUNTER {
  public:
-  /// The number of the line behind all that was passed, from 1.
+  /// The number of the line after the text that was passed, from 1.
   std::size_t line() const { return m_line; }
 
-  // Texts are mostly the short ones between two tags.
+  // Most texts are the short ones between two tags.
   void pass(std::string_view text) {
     std::size_t returns = 0;
     for (const char c : text) {

@@ -85,8 +85,8 @@ std::string_view ATTRIBUTES::replaced(std::string_view value) const {
   return m_replaced;
 }
 
-// Goes through a file once. Handler: start(name, attributes), end(), text(piece),
-// and set_line(line) before the first two if it is there.
+// Goes through a file once. The handler has start(name, attributes), end() and
+// text(piece), and may have set_line(line), which is called before the first two.
 template <class HANDLER>
 class SCANNER {
  public:
@@ -114,7 +114,7 @@ class SCANNER {
 
   static constexpr bool COUNTS_LINES = requires(HANDLER & handler) { handler.set_line(std::size_t{1}); };
 
-  // What leaves the window has to be counted before.
+  // Counts the lines of a text before it leaves the window.
   bool read_on(const char*& keep) {
     if constexpr (COUNTS_LINES) {
       count_lines_up_to(std::max(keep, m_counted));
@@ -130,7 +130,7 @@ class SCANNER {
     m_lines.pass({m_counted, static_cast<std::size_t>(end - m_counted)});
     m_counted = end;
   }
-  // Of a tag that ends there.
+  // The line of a tag that ends there.
   void tell_line(const char* end) {
     if constexpr (COUNTS_LINES) {
       count_lines_up_to(end);

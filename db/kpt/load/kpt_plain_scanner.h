@@ -22,7 +22,7 @@ bool kpt_is_plain(KPT_BYTES& bytes, KPT_STRING& name);
 /// plain; the builder then has the elements before that.
 bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_DATABASE_BUILDER& builder);
 
-/// The same, and the builder is told of lines.
+/// The same, and sets the lines for the builder.
 bool kpt_build_from_plain(KPT_BYTES& bytes, KPT_WATCHED_BUILDER& builder);
 
 #endif

@@ -1,4 +1,4 @@
-// The builder of a load, and who watches what it is handed.
+// The builder of a load, and a visitor that gets the same elements.
 //
 // Ownership: none.
 #ifndef KPT_WATCHED_BUILDER_H
@@ -13,7 +13,7 @@ class KPT_WATCHED_BUILDER {
   KPT_WATCHED_BUILDER(KPT_DATABASE_BUILDER* builder, KPT_FILE_VISITOR* visitor)
       : m_builder(builder), m_visitor(visitor) {}
 
-  /// The line of what follows.
+  /// The line of the next elements.
   void set_line(std::size_t line) { m_line = line; }
   bool wants_text() const { return m_visitor != nullptr || (m_builder != nullptr && m_builder->wants_text()); }
 

@@ -1,4 +1,4 @@
-"""What a saved database says, as claims that a simulation can check."""
+"""The statements of a saved database, as claims that a simulation can check."""
 
 import xml.etree.ElementTree as ElementTree
 
@@ -13,7 +13,7 @@ class Claim:
 
 
 def _keypoints(tree, side):
-    """Names by number: of a signal its name, of a cell's pin that too."""
+    """Names by number: the name of a signal, or of a cell and its pin."""
     names = {}
     for each in tree.iter("key_points_set"):
         if each.get("type") == side:
@@ -26,7 +26,7 @@ def _keypoints(tree, side):
 
 
 def _groups(transformation, side, names):
-    """Per state bit, all registers that hold it, as terms; the first stands for them."""
+    """For each state bit, all registers that hold it, as terms; the first one represents them."""
     groups = []
     for each in transformation.findall("kp_set"):
         if each.get("type") == side:

@@ -14,7 +14,7 @@ _COARSE = [
 _FINE = [
     "opt", "opt -full", "opt_clean", "opt_clean -purge", "opt_merge -share_all", "opt_ffinv", "abc", "abc -g NAND",
     "abc -lut 4", "abc -lut 1:2; opt_lut; opt_ffinv", "abc -dff", "abc -dff; opt_clean", "simplemap", "opt_dff",
-    # A technology without an asynchronous reset ends dfflegalize where there is one.
+    # dfflegalize fails on an asynchronous reset when the technology has none.
     "dfflegalize -cell $_DFF_P_ 0 -cell $_DFF_PP0_ 01 -cell $_DLATCH_P_ x",
     "dfflegalize -cell $_DFF_P_ 1 -cell $_DFF_PP0_ 01 -cell $_DLATCH_P_ x",
     "dfflegalize -cell $_DFF_P_ 01 -cell $_DFFE_PP_ 01 -cell $_DFF_PP0_ 0 -cell $_DLATCH_P_ x",
@@ -36,7 +36,7 @@ def flow(random, cells):
     if random.random() < 0.15:
         steps = ["synth -top top" + random.choice(["", " -flatten"])]
     steps += [random.choice(_COARSE) for _ in range(random.randint(0, 5))]
-    # A latch that has to become a flip-flop ends dfflegalize, so such are left to the final passes.
+    # dfflegalize fails on a latch that has to become a flip-flop, so the final passes handle these.
     steps += [random.choice(["memory; opt; techmap", "memory; techmap; opt", "opt_clean; memory_map; techmap"])]
     steps += [random.choice(_FINE) for _ in range(random.randint(0, 5))]
     if random.random() < 0.2:

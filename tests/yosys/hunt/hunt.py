@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Hunts for false claims: random designs through random passes, and every claim that the plugin
-records checked in a simulation of source and netlist.
+"""Hunts for false claims: sends random designs through random passes, and checks every claim that the
+plugin records in a simulation of source and netlist.
 
-Fails when a claim is false, or when the plugin's own audit had to refuse one. A netlist that does
-something else than its source is Yosys' fault and counted, whether or not a claim about it is false:
-registers of such a netlist do otherwise too. So are flows that end with an error of Yosys, each
-reason once more at the end, and claims whose values were never known.
+Fails when a claim is false, or when the plugin's own audit had to refuse one. A netlist that
+behaves differently from its source is a fault of Yosys. It is counted, whether or not a claim about it
+is false, because its registers behave differently too. Flows that end with an error of Yosys are also
+counted, by their reasons at the end, and so are claims whose values were never known.
 """
 
 import argparse
@@ -37,7 +37,7 @@ class Totals:
 
 
 def yosys(folder, script, log, plugin=()):
-    """Runs the lines of a script; what they print is folder/<log>. False when they end with an error."""
+    """Runs the lines of a script with the output in folder/<log>. False when they end with an error."""
     with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
         file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
     done = subprocess.run(["yosys", *plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
@@ -52,14 +52,14 @@ def yosys(folder, script, log, plugin=()):
 def record(folder, plugin, steps, audits):
     """One flow from source.v to gate.v, gate.json and kpt.xml; false when it ended with an error."""
     script = ["read_verilog source.v", "hierarchy -top top", "kpt_track" + (" -audit" if audits else "")] + steps
-    # A LUT is written as a shift, which an unknown input leaves unknown although the others decide.
+    # A LUT is written as a shift, whose result is unknown when any input is, even if the others decide.
     script += ["kpt_stage", "kpt_save kpt.xml", "simplemap t:$lut", "write_json gate.json",
                "write_verilog -noattr -norename gate.v"]
     return yosys(folder, script, "yosys.log", ("-m", plugin))
 
 
 def reason_of_end(folder):
-    """Yosys' message, without what differs from design to design."""
+    """The message of Yosys, without the parts that differ between designs."""
     with open(folder + "/yosys.log", encoding="utf-8") as log:
         errors = [line.strip() for line in log if line.startswith("ERROR")]
     return re.sub(r"[\w\\$]*[$\\][^\s]*|\d+", "*", errors[-1]) if errors else "no message"
@@ -72,7 +72,7 @@ def is_netlist_wrong(folder, source, seed, models):
 
 
 def hunt(seed, folder, options, totals):
-    """One design; returns its false claims."""
+    """Runs one design and returns its false claims."""
     dice = random.Random(seed)
     source = rtl.Design(dice).text
     with open(folder + "/source.v", "w", encoding="utf-8") as file:

@@ -1,7 +1,7 @@
 """Random designs with all kinds of registers.
 
-Conditions read only what has a value from the first reset on, since a simulation takes the other
-branch where the value of a condition is unknown, while a netlist hands the unknown value on.
+Conditions read only registers that have a value from the first reset on. When a condition is unknown,
+a simulation takes the else branch, while a netlist passes the unknown value on.
 """
 
 
@@ -195,7 +195,7 @@ class Design:
         self._outputs.append(out)
 
     def _chain(self):
-        """Each fed by the one before, with inverters between that passes may move."""
+        """Registers in a chain, with inverters between them that passes may move."""
         before, edge = self._expression(0), self._edge()
         for _ in range(self._random.randint(2, 4)):
             name = self._name("link")

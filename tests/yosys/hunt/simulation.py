@@ -1,10 +1,10 @@
-"""Source and netlist side by side on the same inputs from reset, and the claims checked."""
+"""Simulates source and netlist side by side with the same inputs from reset, and checks the claims."""
 
 import json
 import re
 import subprocess
 
-# Resets are active in the first cycles, and now and then later.
+# Resets are active in the first cycles, and sometimes later.
 _FROM_RESET = "cycle < 3 ||"
 _BENCH = """
 `timescale 1ns/1ns
@@ -34,8 +34,8 @@ module bench;
 endmodule
 """
 
-# What write_verilog has no behaviour for: a register of the clock that async2sync makes of a latch,
-# and the shift registers of shregmap.
+# Cells for which write_verilog writes no behaviour: the register that async2sync makes of a latch, and
+# the shift registers of shregmap.
 _MODELS = """
 module \\$_FF_ (input D, output reg Q);
   always #1 Q <= D;
@@ -78,7 +78,7 @@ def _add_nets(modules, module, path, prefix, nets):
 
 
 def nets_of(json_path):
-    """Where each net of a netlist is in a simulation, by the name that a database gives it."""
+    """The path of each net of a netlist in a simulation, by its name in a database."""
     with open(json_path, encoding="utf-8") as file:
         modules = json.load(file)["modules"]
     nets = {}
@@ -87,7 +87,7 @@ def nets_of(json_path):
 
 
 def _place(term, nets):
-    """None for what cannot be looked at."""
+    """None when the simulation cannot show it."""
     side, name, inverted = term
     if side == "reference":
         found = [] if "$" in name or "\\" in name else ["g." + name]
@@ -97,7 +97,7 @@ def _place(term, nets):
 
 
 def _check(index, claim, first):
-    """Checked where all values are known: before the first reset a machine may be in no state."""
+    """Checks only where all values are known: before the first reset a machine may be in no state."""
     width = len(claim.terms)
     part = "value[%d +: %d]" % (first, width)
     rows = " && ".join("%s !== %d'b%s" % (part, width, "".join(str(bit) for bit in reversed(row)))

@@ -1,4 +1,4 @@
-// The address of what is shown: everything behind the # of the page, so that it can be sent on.
+// The address of a view: everything after the # of the page, so that the view can be sent.
 import { WORDS } from './data.js';
 import { MODES } from './search.js';
 

@@ -1,4 +1,4 @@
-// The page put together: the address says what is shown, and every action changes the address.
+// The whole page: the address says what it shows, and every action changes the address.
 import { el, fill, byId, nameOf, count, counted } from './dom.js';
 import { readHead, readAll } from './data.js';
 import { Design } from './model.js';
@@ -83,7 +83,7 @@ class App {
     byId('count').textContent = `${count(this.rows.length)} of ${counted(design.side(wanted.side).size, 'register')}`;
     this.offerOtherSide();
   }
-  // A name that the source does not have may be one of the netlist.
+  // A name that the source does not have may be a name of the netlist.
   offerOtherSide() {
     const { design, wanted } = this;
     const other = 1 - wanted.side;
@@ -172,7 +172,7 @@ async function written(text) {
   }
 }
 
-// "auto" follows the system; the page remembers nothing.
+// "auto" follows the system. The page stores nothing.
 function theme() {
   const names = ['auto', 'light', 'dark'];
   byId('theme').addEventListener('click', () => {

@@ -1,14 +1,14 @@
-# Makes one page of the modules, the style and the template, and of the page a C++ source.
+# Makes one page from the modules, the style and the template, and a C++ source from the page.
 #
 #   cmake -D SOURCES=folder -D OUTPUT=file.cpp -P bundle.cmake
 #
-# Modules stand in the order of their imports, so that one script of them all needs no imports. All
-# names at the top of modules differ; the browser refuses the script where they do not.
+# The modules are in the order of their imports, so one script of all of them needs no imports. All names
+# at the top level of modules have to differ; otherwise the browser refuses the script.
 cmake_minimum_required(VERSION 3.25)
 
 set(modules dom data model search address treemap tree table graph register overview app)
 
-# The policy of the page admits exactly this script and this style, by their hashes in base64.
+# The policy of the page allows only this script and this style, by their hashes in base64.
 function(base64_of_hex hex result)
   set(digits ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/)
   set(text "")

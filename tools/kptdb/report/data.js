@@ -1,4 +1,4 @@
-// The data of the page, as docs/report.md has it: blocks of bytes, compressed, in base64.
+// The data of the page, which docs/report.md describes: blocks of bytes, compressed and in base64.
 
 /** The five words, in the order of their codes. A register has exactly one. */
 export const WORDS = ['mapped', 'constant', 'without fanout', 'machine', 'unknown'];
@@ -147,7 +147,7 @@ class Maps {
     this.flags = new Uint8Array(size);
     this.scan();
   }
-  // Walks over all maps without making them: one object a map is too much for a million.
+  // Walks over all maps without making objects: an object for each of a million maps is too much.
   scan() {
     const r = this.reader;
     for (let k = 0; k < this.size; ++k) {

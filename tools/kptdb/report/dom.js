@@ -1,4 +1,4 @@
-// Elements from text. Nothing here, or anywhere in the page, turns a text into markup.
+// Makes elements from text. Nothing in the page turns a text into markup.
 
 const SVG = 'http://www.w3.org/2000/svg';
 
@@ -20,8 +20,8 @@ export const svg = (tag, attributes = {}, ...children) => put(document.createEle
 export const byId = (id) => document.getElementById(id);
 export const fill = (node, ...children) => node.replaceChildren(...children.flat(Infinity).filter(Boolean));
 
-// Characters without a picture of their own, and those that turn the direction of text: a name may
-// hold any, and must not look like another name.
+// Characters that are invisible, and those that change the direction of text. A name may contain any of
+// them, and must not look like another name.
 const UNSEEN = /[\u0000-\u001f\u007f-\u009f\u00ad\u061c\u180e\u200b-\u200f\u2028-\u202e\u2060-\u206f\ufeff\ufff9-\ufffb]/g;
 
 /** A name as it is shown. */

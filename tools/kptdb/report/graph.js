@@ -1,5 +1,5 @@
-// A map as a small picture: registers of the source on the left, of the netlist on the right, and
-// between them the value that they carry. A dashed edge with a bubble carries the inverse.
+// A map as a small picture: the registers of the source on the left, those of the netlist on the right,
+// and their value between them. A dashed edge with a bubble means the inverse.
 import { el, svg, shown, counted } from './dom.js';
 import { registerAddress } from './address.js';
 

@@ -1,4 +1,4 @@
-// What the page asks of its data: registers, the maps they stand in, and the way through the stages.
+// What the page reads from its data: registers, their maps, and their path through the stages.
 import { WORDS, REASONS } from './data.js';
 import { counted } from './dom.js';
 
@@ -76,7 +76,7 @@ export class Design {
     return this.text(this.statuses, side, register);
   }
 
-  // Numbers the scopes so that those below a scope are a range.
+  // Numbers the scopes so that the scopes below a scope are a range.
   orderScopes() {
     const { parent, size } = this.scopes;
     this.children = Array.from({ length: size }, () => []);
@@ -100,7 +100,7 @@ export class Design {
     this.countScopes();
   }
 
-  // How many registers of each word stand in a scope and below it.
+  // The number of registers of each word in a scope and below it.
   countScopes() {
     const { parent, size } = this.scopes;
     this.counts = Array.from({ length: size }, () => new Int32Array(WORDS.length));

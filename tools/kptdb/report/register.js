@@ -1,4 +1,4 @@
-// The page of one register: what became of it, its way, its group, its codes, its attributes.
+// The page of one register: what became of it, its path, its group, its codes, its attributes.
 import { el, fill, nameOf, count, counted, shown } from './dom.js';
 import { WORDS } from './data.js';
 import { registerAddress } from './address.js';
@@ -24,7 +24,7 @@ function list(design, netlist, related) {
   return all.length > most ? [...parts, ` and ${count(all.length - most)} more`] : parts;
 }
 
-// Here the inverse is said in words: it is what a reader must not miss.
+// The inverse is written in words, because a reader must not miss it.
 function answerList(design, netlist, related) {
   const nobody = { same: [], inverse: [] };
   const same = related.same.length > 0 ? list(design, netlist, { ...nobody, same: related.same }) : null;

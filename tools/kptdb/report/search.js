@@ -1,4 +1,4 @@
-// Which registers a search and the filters leave, and in which order.
+// Finds the registers that pass a search and the filters, and sorts them.
 import { rowAt, naturalKey } from './model.js';
 
 /** How a search is read. */
@@ -12,7 +12,7 @@ function globExpression(pattern) {
   return new RegExp(`^${source}$`, smartCase(pattern, 's'));
 }
 
-// A pattern without a capital letter finds both cases.
+// A pattern without a capital letter matches both cases.
 const smartCase = (pattern, flags) => (/[A-Z]/.test(pattern) ? flags : `${flags}i`);
 
 function rowsWithText(texts, pattern) {

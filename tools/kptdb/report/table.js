@@ -1,11 +1,11 @@
-// The table of registers. Rows are made as they scroll into view, so a million cost what forty do.
+// The table of registers. A row is made when it scrolls into view, so a million rows take no more time than forty.
 import { el, svg, fill, nameOf, counted } from './dom.js';
 import { WORDS } from './data.js';
 import { registerAddress } from './address.js';
 import { swatch } from './tree.js';
 
 const ROW = 26;
-const MOST_PIXELS = 8_000_000;  // browsers cut what is much taller
+const MOST_PIXELS = 8_000_000;  // browsers cut an element that is much taller
 const PRINTED = 2000;
 
 export const COLUMNS = [
@@ -60,7 +60,7 @@ export class Table {
       el('button', { class: 'sort', click: () => this.actions.sort(column.key) }, column.label[this.side], arrow));
   }
 
-  // Above MOST_PIXELS, the place of the scroll bar tells which share of the rows is above.
+  // Above MOST_PIXELS, the position of the scroll bar gives the share of the rows above.
   get first() {
     const { scrollTop, clientHeight } = this.scroll;
     const all = this.rows.length * ROW;
@@ -144,7 +144,7 @@ export class Table {
 }
 
 const quoted = (text) => {
-  // A cell that begins like a formula is kept a text for spreadsheets.
+  // A cell that begins like a formula stays a text in spreadsheets.
   const safe = /^[=+\-@\t\r]/.test(text) ? `'${text}` : text;
   return /[",\n\r]/.test(safe) ? `"${safe.replace(/"/g, '""')}"` : safe;
 };

@@ -1,4 +1,4 @@
-// The hierarchy as a tree, for the keyboard, for readers and for exact numbers.
+// The hierarchy as a tree, for the keyboard, for screen readers and for exact numbers.
 import { el, svg, byId, shown, count, counted } from './dom.js';
 import { WORDS } from './data.js';
 import { tellCounts } from './treemap.js';
@@ -35,7 +35,7 @@ export class Tree {
     this.draw();
     this.bringIntoView(this.itemOf(scope));
   }
-  // Scrolls the tree alone: the page stays where it is.
+  // Scrolls only the tree, and not the page.
   bringIntoView(item) {
     const row = item?.firstChild.getBoundingClientRect();
     const box = this.node.getBoundingClientRect();

@@ -1,4 +1,4 @@
-// The hierarchy as a map: an area is as large as its registers are many, and shows what became of them.
+// The hierarchy as areas: an area is proportional to its number of registers and shows what became of them.
 import { WORDS } from './data.js';
 import { svg, shown, counted } from './dom.js';
 
@@ -28,7 +28,7 @@ export function squarify(weights, box) {
   return result;
 }
 
-// A row takes weights as long as its worst rectangle becomes no worse.
+// A row takes more weights until its worst rectangle would become worse.
 function rowEnd(weights, start, side, scale) {
   const worst = (sum, low, high) => Math.max((side * side * high) / (sum * sum), (sum * sum) / (side * side * low));
   let sum = 0;
