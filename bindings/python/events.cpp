@@ -16,7 +16,7 @@ namespace py = pybind11;
 
 namespace {
 
-// Where an event comes from: the pass that reports it, and a note.
+// The pass that reports an event, and a note.
 struct ORIGIN {
   std::string pass;
   std::string note;
@@ -194,7 +194,7 @@ void eliminate(const OWNER& db, const py::object& name, const py::object& reason
   record(db, event, origin_of(pass, note));
 }
 
-// Not constants: those would outlive the interpreter.
+// Not constants, because those would outlive the interpreter.
 py::arg_v pass_argument() { return py::arg("pass_") = ""; }
 py::arg_v note_argument() { return py::arg("note") = ""; }
 

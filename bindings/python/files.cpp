@@ -75,7 +75,7 @@ py::tuple taken_over(LOADED& loaded, std::string_view file, bool is_something_el
   return py::make_tuple(OWNER(std::make_shared<DATABASE>(std::move(loaded.db))), loaded.unexpected);
 }
 
-// A plain file, which the library maps into memory. It is shown to an outline only where there is something to tell.
+// A plain file. An outline gets its elements only when there is something to report.
 py::tuple load_file(const std::string& path, const py::object& shown, const py::object& stream,
                     const py::object& rewind) {
   const TEXT file(shown, "a path");
@@ -174,7 +174,7 @@ struct RECORDER {
   kptdb::EVENT_REPLAY replay;
 };
 
-// None, or of the first line that was not recorded its place in the list, the event and the reason.
+// None, or the position, the event and the reason of the first line that was not recorded.
 py::object take(RECORDER& recorder, const py::list& given) {
   std::vector<std::string> lines;
   lines.reserve(given.size());

@@ -30,7 +30,7 @@
 
 struct KPT_COMPOSITION_OPTIONS {
   /// The least share, 0 to 1, of a stage's first registers that the stage before
-  /// has to know. It finds stages that are swapped or repeated, and does not
+  /// has to know. So stages that are swapped or repeated are refused. It does not
   /// change the result otherwise.
   double least_share = 0.5;
   /// For hosts that record only changes: a stage does not change a register that

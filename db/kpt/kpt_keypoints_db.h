@@ -66,14 +66,14 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   // The events below name transformed signal registers. They do not find block
   // instances.
 
-  /// "%s does not exist in T", "%s already exists in T", or on success
+  /// Issues "%s does not exist in T", "%s already exists in T", or on success
   /// "Replicated register: %s is a replicate of %s".
   bool set_replicated_registers(std::string_view t_name, std::string_view replica_name) const;
-  /// "Error: Can't find %s in T set", or "Merged registers: %s <- %s" whatever the result.
+  /// Issues "Error: Can't find %s in T set", or "Merged registers: %s <- %s" whatever the result.
   bool set_merged_registers(std::string_view kept_name, std::string_view merged_name) const;
-  /// "Error: Can't find %s in T set", or "Inverter retimed register %s".
+  /// Issues "Error: Can't find %s in T set", or "Inverter retimed register %s".
   bool set_inverter_retimed_register(std::string_view t_name) const;
-  /// "Eliminated register stuck_at_zero %s", and so on, before anything is looked up.
+  /// Issues "Eliminated register stuck_at_zero %s", and so on, before it looks anything up.
   bool set_eliminated_register_stuck_at_zero(std::string_view t_name) const;
   bool set_eliminated_register_stuck_at_one(std::string_view t_name) const;
   bool set_eliminated_register_no_fanout(std::string_view t_name) const;

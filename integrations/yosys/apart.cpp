@@ -39,7 +39,7 @@ bool receive_all(int from, void* bytes, std::size_t count) {
   return true;
 }
 
-// Nothing that is thrown leaves the process.
+// No exception leaves the process.
 bool worked_into(int to, const std::function<std::vector<int>()>& work) {
   try {
     const std::vector<int> result = work();
@@ -62,7 +62,7 @@ bool receive(int from, std::vector<int>& result) {
 }  // namespace
 
 std::vector<int> done_apart(const char* what, const std::function<std::vector<int>()>& work) {
-  std::fflush(nullptr);  // what is printed already is not printed by both
+  std::fflush(nullptr);  // so that buffered output is not printed twice
   int ends[2] = {-1, -1};
   if (pipe(ends) != 0) {
     throw std::runtime_error(std::string(what) + " needs a pipe, which the system refuses");

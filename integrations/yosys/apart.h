@@ -1,6 +1,6 @@
-// Work in a process of its own, so that it leaves no trace in this one.
+// Runs work in a process of its own, so that it changes nothing in this process.
 //
-// Ownership: the result is the caller's.
+// Ownership: the caller owns the result.
 #ifndef APART_H
 #define APART_H
 
@@ -9,8 +9,8 @@
 
 namespace kpt_yosys {
 
-/// What `work` gives, done in a copy of this process that then ends. Throws when the system does not
-/// give what a process takes, or when `work` throws; `what` names it there.
+/// Runs `work` in a copy of this process, which then ends, and returns the result. Throws when
+/// the system cannot start a process, or when `work` throws; `what` names the work in the text.
 std::vector<int> done_apart(const char* what, const std::function<std::vector<int>()>& work);
 
 }  // namespace kpt_yosys

@@ -10,14 +10,14 @@ namespace kpt_yosys {
 
 namespace {
 
-// Values that a fact relates: of the reference (first) and of the netlist.
+// A value in a fact: of the reference (first) or of the netlist.
 struct TERM {
   int m_net = -1;
   bool m_inverted = false;
   bool m_reference = false;
 };
 
-// The terms have, in one of the rows, those values together.
+// The terms together have the values of one of the rows.
 struct FACT {
   int m_point = -1;    // that it is about, or
   int m_machine = -1;  // that one

@@ -1,5 +1,5 @@
-// Checks what is known of the registers in a simulation: the reference netlist, as it was when
-// following began, and the present one side by side on the same random inputs, from power-up.
+// Checks in a simulation what is known of the registers. It simulates the reference netlist, as it was
+// when tracking began, and the present netlist side by side with the same random inputs from power-up.
 //
 // Ownership: an audit owns a copy of the reference.
 #ifndef AUDIT_H
@@ -14,7 +14,7 @@ namespace kpt_yosys {
 
 class AUDIT {
  public:
-  /// Copies what stands below the top module of the view.
+  /// Copies the top module of the view and the modules below it.
   explicit AUDIT(const NETLIST_VIEW& reference);
 
   struct EFFORT {
@@ -22,13 +22,13 @@ class AUDIT {
     int m_cycles = 64;
   };
   struct FINDINGS {
-    std::vector<int> m_false_points;    // of the tracker
-    std::vector<int> m_false_machines;  // likewise
+    std::vector<int> m_false_points;    // points of the tracker
+    std::vector<int> m_false_machines;  // machines of the tracker
     std::size_t m_held = 0;
     std::size_t m_unseen = 0;  // facts whose values were never known on both sides
   };
-  /// Throws when the system does not give what a process takes. A fact is false when it fails in one run at one moment
-  /// at which its values are known.
+  /// Throws when the system cannot start a process. A fact is false when it fails
+  /// in any run at any moment at which its values are known.
   FINDINGS check(const TRACKER& tracker, const EFFORT& effort) const;
 
  private:

@@ -1,6 +1,6 @@
-// What the commands share: their options, the database that they name, and errors.
+// The parts that the commands share: options, the database that they name, and errors.
 //
-// Ownership: databases are the manager's.
+// Ownership: the manager owns the databases.
 #ifndef COMMAND_SUPPORT_H
 #define COMMAND_SUPPORT_H
 
@@ -16,7 +16,7 @@ namespace kpt_yosys {
 using Arguments = std::vector<std::string>;
 namespace RTLIL = Yosys::RTLIL;
 
-/// Keeps exceptions of ours from Yosys, which knows only its own.
+/// Keeps our exceptions from Yosys, which catches only its own.
 template <class ACTION>
 void guarded(ACTION action) {
   std::string failure;
@@ -29,7 +29,7 @@ void guarded(ACTION action) {
   Yosys::log_cmd_error("%s\n", failure.c_str());
 }
 
-/// Ends the command when there is none.
+/// Ends the command when there is no such database.
 inline KPT_KEYPOINTS_DB* find_database(const std::string& name) {
   KPT_KEYPOINTS_DB* const db = KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db(name);
   if (db == nullptr) {
@@ -38,7 +38,7 @@ inline KPT_KEYPOINTS_DB* find_database(const std::string& name) {
   return db;
 }
 
-/// Ends the command when there is one.
+/// Ends the command when there is such a database.
 inline void demand_free(const std::string& name) {
   if (KPT_KEYPOINTS_MANAGER::get_instance()->get_keypoints_db(name) != nullptr) {
     Yosys::log_cmd_error("A keypoint database called %s exists already.\n", name.c_str());

@@ -12,7 +12,7 @@ namespace {
 
 using namespace kpt_yosys;
 
-// Ends the command unless there are registers that are followed, and tells why there are none.
+// Ends the command unless registers are being followed, and says why none are.
 void demand_tracking(RTLIL::Design* design) {
   const kpt_yosys::TRACKER* const tracker = kpt_yosys::current_tracker();
   if (tracker == nullptr) {
@@ -26,7 +26,7 @@ void demand_tracking(RTLIL::Design* design) {
   }
 }
 
-// The choices that kpt_prove makes too, before synthesis makes others.
+// Makes the choices of kpt_prove, before synthesis makes others.
 void settle(RTLIL::Design* design, const std::string& top) {
   for (const std::string& step : {top.empty() ? std::string("hierarchy") : "hierarchy -top " + top, std::string("proc"),
                                   std::string("memory_collect"), std::string("memory_map"), std::string("pmuxtree"),
@@ -80,7 +80,7 @@ struct KPT_TRACK : Yosys::Pass {
   }
 } kpt_track;
 
-// Takes back what a simulation refutes, and says so.
+// Takes back the facts that a simulation refutes, with a warning for each.
 void audit(RTLIL::Design* design, const kpt_yosys::AUDIT::EFFORT& effort) {
   kpt_yosys::TRACKER& tracker = *kpt_yosys::current_tracker();
   tracker.boundary(design, "");
@@ -128,7 +128,7 @@ struct KPT_AUDIT : Yosys::Pass {
   }
 } kpt_audit;
 
-// Tells how many names will not be found in a netlist that is written, or gives lasting ones.
+// Warns with the number of names that a written netlist will not have, or gives lasting names.
 void see_to_names(RTLIL::Design* design, bool give) {
   kpt_yosys::TRACKER& tracker = *kpt_yosys::current_tracker();
   const std::size_t count = kpt_yosys::count_private_names(tracker);

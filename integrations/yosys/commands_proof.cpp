@@ -1,4 +1,4 @@
-// The commands that prove netlists by what a keypoint database says.
+// The commands that prove netlists with a keypoint database.
 #include <cstdio>
 #include <fstream>
 
@@ -134,7 +134,7 @@ struct KPT_PROVE : Yosys::Pass {
     find_database(name);
     const std::string both = args[at] + " " + args[at + 1];
     const std::string codes = Yosys::make_temp_file();
-    // Nothing is cleaned up on the way: that would delete nets by which registers are found.
+    // Does not clean up between the steps, because that would delete nets by which registers are found.
     for (const std::string& step :
          {std::string("proc"), "flatten " + both, "memory_collect " + both, "memory_map " + both,
           "kpt_apply -name " + name + " -encfile " + codes + " " + both, "pmuxtree " + both, "setundef -zero " + both,

@@ -1,7 +1,7 @@
-// What the nets and registers of a netlist have, and the registers have next, as functions of its
-// inputs and of what its registers hold now; in any algebra of bits.
+// The values of the nets and registers of a netlist, and the next values of the registers, as
+// functions of its inputs and of the present values of its registers, in any algebra of bits.
 //
-// Ownership: algebra and netlist are the caller's, and outlive the frame.
+// Ownership: the caller owns the algebra and the netlist, which outlive the frame.
 #ifndef FRAME_H
 #define FRAME_H
 
@@ -20,7 +20,7 @@ class FRAME {
  public:
   using VALUE = typename ALGEBRA::VALUE;
 
-  /// `held` is what each register of storage() holds; an input that is not among `inputs` is any().
+  /// `held` has the value of each register of storage(). An input that is not among `inputs` is any().
   FRAME(ALGEBRA& algebra, const SIMULATION& netlist, const std::vector<VALUE>& held,
         const std::unordered_map<std::string, VALUE>& inputs)
       : m_algebra(algebra),
@@ -42,11 +42,11 @@ class FRAME {
     }
   }
 
-  /// The register's clock, and what is read of it.
+  /// The register's clock.
   VALUE clock(std::size_t i) { return value(m_netlist.storage()[i].m_clock); }
   VALUE output(std::size_t i) { return kept(m_netlist.storage()[i], m_held[i]); }
 
-  /// What is read of it after the next edge of its clock.
+  /// The register's value after the next edge of its clock.
   VALUE next(std::size_t i) {
     const SIMULATION::STORAGE& storage = m_netlist.storage()[i];
     const VALUE now = output(i);
@@ -74,7 +74,7 @@ class FRAME {
   VALUE constant(TERNARY value) {
     return value.m_one != 0 ? m_algebra.one() : value.m_zero != 0 ? m_algebra.zero() : m_algebra.any();
   }
-  // What asynchronous inputs leave of what a register holds.
+  // The value of a register after its asynchronous inputs.
   VALUE kept(const SIMULATION::STORAGE& storage, VALUE held) {
     if (storage.m_load != 0) {
       held = m_algebra.chosen(value(storage.m_load), value(storage.m_load_data), held);
@@ -102,7 +102,7 @@ class FRAME {
   const SIMULATION& m_netlist;
   const std::vector<VALUE>& m_held;
   std::vector<VALUE> m_values;
-  std::vector<char> m_known;  // what nothing drives is any()
+  std::vector<char> m_known;  // a net that nothing drives is any()
 };
 
 }  // namespace kpt_yosys

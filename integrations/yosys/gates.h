@@ -1,6 +1,6 @@
-// Netlists as gates and registers alone, to be simulated or compared.
+// Netlists of only gates and registers, for simulations and comparisons.
 //
-// Ownership: texts and simulations are the caller's; modules are read during the call only.
+// Ownership: the caller owns texts and simulations; modules are read only during the call.
 #ifndef GATES_H
 #define GATES_H
 
@@ -10,12 +10,12 @@
 
 namespace kpt_yosys {
 
-/// The module and those below it as RTLIL. The text holds no identifier of Yosys: one that is held is
-/// not given anew, and later passes would see their objects in another order.
+/// The module and the modules below it as RTLIL. A text holds no identifier object of Yosys. Such
+/// an object would keep its number, and later passes would see their objects in another order.
 std::string text_of_modules(RTLIL::Module* top);
 
-/// To be called in a process of its own only: the passes that make the gates leave identifiers behind.
-/// A memory above 1,024 words stays: what is read of it is never known. `top` as Yosys spells it.
+/// Call it only in a process of its own, because the passes that make the gates create identifiers. A
+/// memory of more than 1,024 words stays, and its values are never known. `top` is Yosys' spelling.
 SIMULATION gates_of(const std::string& text, const std::string& top);
 
 }  // namespace kpt_yosys

@@ -1,5 +1,5 @@
-// The message services that the library asks of its host, on Yosys' log: errors become warnings,
-// since an error of Yosys ends the process; debug lines appear where Yosys shows debug output.
+// The host's message services, in the log of Yosys. Errors become warnings, because an
+// error of Yosys ends the process. Debug lines appear where Yosys shows debug output.
 #include <string>
 
 #include "h/msg_sys.h"

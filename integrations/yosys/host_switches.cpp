@@ -1,4 +1,4 @@
-// The switches that the library asks of its host: the environment alone sets them.
+// The host's switches, which only the environment sets.
 #include "h/cfg_sys.h"
 #include "host/services/switches.h"
 

@@ -17,7 +17,7 @@ std::set<LOCATION> registers_of(const TRACKER& tracker) {
   return locations;
 }
 
-// The wire that the register is named after.
+// The wire from which the register has its name.
 RTLIL::Wire* naming_wire(const MODULE_VIEW& module, const FLOP& flop) {
   for (const NET& net : flop.m_nets) {
     RTLIL::Wire* const wire = module.wire(net.m_wire);
@@ -37,7 +37,7 @@ RTLIL::IdString free_name(RTLIL::Module& module, int& number) {
   }
 }
 
-// Of a technology cell, that name counts; of all others, the net's.
+// For a technology cell the name of the cell counts, for all others that of the net.
 bool is_private(const MODULE_VIEW& module, const FLOP& flop) {
   if (!flop.m_type.empty()) {
     return flop.m_cell_name.starts_with('$');
@@ -66,7 +66,7 @@ std::size_t count_private_names(const TRACKER& tracker) {
 
 void give_lasting_names(const TRACKER& tracker) {
   int number = 1;
-  std::set<unsigned int> renamed;  // a wire holds many registers, a module may stand in many places
+  std::set<unsigned int> renamed;  // a wire may hold many registers, and a module may have many instances
   for (const LOCATION& location : registers_of(tracker)) {
     const MODULE_VIEW& module = tracker.view().module(location.m_instance);
     const FLOP& flop = tracker.view().flop(location);

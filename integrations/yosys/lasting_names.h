@@ -1,7 +1,7 @@
-// Names that stay when a netlist is written: Yosys gives private names (with a dollar) anew in Verilog
-// and other formats.
+// Names that stay when a netlist is written. In Verilog and other formats, Yosys
+// replaces private names, which have a dollar.
 //
-// Ownership: the tracker is used during the call only.
+// Ownership: the tracker is used only during the call.
 #ifndef LASTING_NAMES_H
 #define LASTING_NAMES_H
 
@@ -11,11 +11,11 @@
 
 namespace kpt_yosys {
 
-/// How many of the registers that are there now have a private name.
+/// The number of present registers with a private name.
 std::size_t count_private_names(const TRACKER& tracker);
 
-/// Gives the wires and technology cells of those a public name, "_kpt_17_" by a number that is free.
-/// The tracker has to be told that the netlist changed, and its view asked for no more before that.
+/// Gives the wires and technology cells of these registers a public name such as "_kpt_17_", with a
+/// free number. Tell the tracker afterwards that the netlist changed, and do not use its view before.
 void give_lasting_names(const TRACKER& tracker);
 
 }  // namespace kpt_yosys

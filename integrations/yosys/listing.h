@@ -1,6 +1,6 @@
 // What a database says of each reference register, as text.
 //
-// Ownership: the handle is used during the call only.
+// Ownership: the handle is used only during the call.
 #ifndef LISTING_H
 #define LISTING_H
 
@@ -11,10 +11,10 @@
 
 namespace kpt_yosys {
 
-/// One line for each reference register, in order of names.
+/// One line for each reference register, sorted by name.
 std::vector<std::string> listing(const KPT_KEYPOINTS_DB& db);
 
-/// The first register of which no file can hold the name, the entity or the type; empty when there is none.
+/// The first register whose name, entity or type no file can hold; empty when there is none.
 std::string name_unfit_for_a_file(const KPT_KEYPOINTS_DB& db);
 
 }  // namespace kpt_yosys

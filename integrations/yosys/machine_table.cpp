@@ -18,7 +18,7 @@ const MACHINE_TABLE::COLUMN* column_of(const COLUMNS& columns, int number) {
   return found != columns.end() ? &*found : nullptr;
 }
 
-// Whether what both say of one register agrees, with one in state `i` and the other in state `j`.
+// Whether the machines agree on their common registers when one is in state `i` and the other in state `j`.
 bool agree(const COLUMNS& a, const COLUMNS& b, std::size_t i, std::size_t j) {
   return std::all_of(a.begin(), a.end(), [&](const MACHINE_TABLE::COLUMN& column) {
     const MACHINE_TABLE::COLUMN* const same = column_of(b, column.m_register);

@@ -117,7 +117,7 @@ void MODULE_VIEW::read_cells(const TECHNOLOGY& technology) {
   }
 }
 
-// Memories whose ports are still cells of their own.
+// Memories whose ports are cells of their own.
 void MODULE_VIEW::read_memories() {
   if (m_module->memories.empty()) {
     return;
@@ -143,7 +143,7 @@ void MODULE_VIEW::add_flops(RTLIL::Cell* cell) {
   }
 }
 
-// A port that is read at a clock holds what was read: it is the register that went into it.
+// A port that is read at a clock edge holds the value that was read: it is the register that became part of it.
 void MODULE_VIEW::add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data, const RTLIL::Const& clocked) {
   // A constant of Yosys has no `empty` in all versions. NOLINTNEXTLINE(readability-container-size-empty)
   const int width = clocked.size() == 0 ? 0 : data.size() / clocked.size();
@@ -221,8 +221,8 @@ void MODULE_VIEW::add_lut(RTLIL::Cell* cell) {
   }
 }
 
-// A net other than the one that a register or an inverter drives itself gets its value through a
-// connection of the module, so these are all.
+// A register or an inverter drives one net itself. All other nets get its value
+// through connections of the module, so these are all.
 void MODULE_VIEW::collect_nets() {
   for (const auto& [output, inverter] : m_inverters) {
     const auto flop = m_by_output.find(m_sigmap(inverter.m_input));
@@ -344,7 +344,7 @@ std::string MODULE_VIEW::technology_driver(const FLOP& before) const {
   return {};
 }
 
-// Where the direction of a pin is not known, the cell has to bear the name of the flip-flop.
+// When the direction of a pin is not known, the cell has to have the name of the flip-flop.
 std::string MODULE_VIEW::technology_pin(RTLIL::SigBit bit, const std::string& cell_name) const {
   for (const auto& [name, cell] : m_module->cells_) {
     if (!is_public(cell->type) || m_by_output.count(bit) != 0) {

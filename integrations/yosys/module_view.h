@@ -1,7 +1,7 @@
-// The registers of one module, as they stand at one moment, and what drives each of its nets.
+// The registers of one module at one moment, and what drives each of its nets.
 //
-// Ownership: a view points into the module and is good until the module changes. What it says of
-// its registers (FLOP) points nowhere and outlives the netlist.
+// Ownership: a view points into the module and is valid until the module changes.
+// Its descriptions of registers (FLOP) contain no pointers and outlive the netlist.
 #ifndef MODULE_VIEW_H
 #define MODULE_VIEW_H
 
@@ -17,7 +17,7 @@
 
 namespace kpt_yosys {
 
-/// A bit of a wire, by the number that Yosys gives a wire once and to no other.
+/// A bit of a wire, by the number of the wire, which Yosys gives to no other wire.
 struct NET {
   unsigned int m_wire = 0;
   int m_bit = 0;
@@ -27,20 +27,20 @@ struct NET {
 /// One bit of storage.
 struct FLOP {
   unsigned int m_cell = 0;      // the number of the cell
-  int m_index = 0;              // among the bits of the cell
+  int m_index = 0;              // the bit of the cell
   std::string m_cell_name;      // as Yosys spells it
-  std::string m_type;           // of a technology cell; empty for a flip-flop of Yosys
+  std::string m_type;           // the type of a technology cell; empty for a flip-flop of Yosys
   std::string m_port;           // likewise
-  std::string m_name;           // of the best net that carries it
-  std::vector<NET> m_nets;      // all nets that carry it
-  std::vector<NET> m_inverted;  // all nets that carry its inverse
-  NET m_data_net;               // the net that its data input is on, not one connected to it
-  NET m_uninverted_data;        // where an inverter drives that: the net that the inverter's input is on
-  RTLIL::SigBit m_output;       // of use only with the view
+  std::string m_name;           // the name of its best net
+  std::vector<NET> m_nets;      // all nets that have its value
+  std::vector<NET> m_inverted;  // all nets that have the inverse
+  NET m_data_net;               // the net of its data input, not one connected to it
+  NET m_uninverted_data;        // when an inverter drives that net: the net of the inverter's input
+  RTLIL::SigBit m_output;       // only used with the view
   RTLIL::SigBit m_data;         // likewise, as the cell has it
 };
 
-/// Words that something writes, kept in a memory.
+/// Words in a memory that something writes.
 struct MEMORY {
   std::string m_name;
   int m_width = 0;
@@ -49,7 +49,7 @@ struct MEMORY {
   bool operator==(const MEMORY&) const = default;
 };
 
-/// What the value on a net is.
+/// The kind of value on a net.
 enum class SOURCE_KIND { ZERO, ONE, UNDEFINED, FLOP, LOGIC };
 
 struct SOURCE {
@@ -58,38 +58,38 @@ struct SOURCE {
   bool m_inverted = false;
 };
 
-/// The technology's registers that were met so far: "type/port".
+/// The technology's registers that were found so far: "type/port".
 using TECHNOLOGY = std::set<std::string, std::less<>>;
 
 using WIRE_NUMBERS = std::unordered_set<unsigned int>;
 
 class MODULE_VIEW {
  public:
-  /// Answers questions about its own registers' nets and about the wires numbered in `asked`.
+  /// Answers questions about the nets of its registers and about the wires with the numbers in `asked`.
   MODULE_VIEW(RTLIL::Module* module, const TECHNOLOGY& technology, const WIRE_NUMBERS& asked);
 
   RTLIL::Module* module() const { return m_module; }
   const std::vector<FLOP>& flops() const { return m_flops; }
   const std::vector<MEMORY>& memories() const { return m_memories; }
 
-  /// What drives a net, through buffers and inverters; LOGIC also for a net that is no more.
+  /// What drives a net, through buffers and inverters. LOGIC also for a net that does not exist any more.
   SOURCE source(const NET& net) const;
   SOURCE source(RTLIL::SigBit bit) const;
 
-  /// Null for a wire that is no more.
+  /// Null for a wire that does not exist any more.
   RTLIL::Wire* wire(unsigned int number) const;
-  /// The bit that stands for all that are connected to the net; a constant for a net that is no more.
+  /// The bit that represents all bits connected to the net; a constant when the net does not exist any more.
   RTLIL::SigBit canonical(const NET& net) const;
   RTLIL::SigBit canonical(RTLIL::SigBit bit) const { return m_sigmap(bit); }
 
-  /// Counts who reads each net; good until the netlist changes.
+  /// Counts the readers of each net; valid until the netlist changes.
   void note_readers();
   bool has_readers_noted() const { return m_readers_noted; }
-  /// How many inputs of cells and outputs of the module read the register.
+  /// The number of cell inputs and module outputs that read the register.
   int count_readers(int flop) const { return m_readers[static_cast<std::size_t>(flop)]; }
 
-  /// The pin, as "type/port", of a cell unknown to Yosys that drives what the flip-flop `before`
-  /// drove, through inverters; empty when there is none.
+  /// The pin, as "type/port", of a cell that Yosys does not know and that drives,
+  /// through inverters, what the flip-flop `before` drove; empty when there is none.
   std::string technology_driver(const FLOP& before) const;
 
  private:

@@ -9,7 +9,7 @@ namespace kpt_yosys {
 
 namespace {
 
-// Flattening puts this before a made name, and the path of instances, each with its mark, behind it.
+// Flattening puts this before a made name, and the path of instances, each with its mark, after it.
 constexpr std::string_view FLATTENED = "$flatten";
 
 }  // namespace

@@ -51,7 +51,7 @@ void NETLIST_VIEW::add(RTLIL::Module* module, const std::string& path, const TEC
   above.push_back(module);
   for (const auto& [name, cell] : module->cells_) {
     RTLIL::Module* const below = submodule(*cell);
-    // Before parameters are known, a module may seem to stand in itself.
+    // Before parameters are known, a module may seem to contain itself.
     if (below != nullptr && std::find(above.begin(), above.end(), below) == above.end()) {
       add(below, path + text_of(cell->name) + ".", technology, asked, above);
     }

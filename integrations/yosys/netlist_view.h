@@ -1,7 +1,7 @@
-// All registers below a top module, as they stand at one moment: each module once, and each place
-// where it stands in the hierarchy.
+// All registers below a top module at one moment: each module once, with all its
+// instances in the hierarchy.
 //
-// Ownership: as for MODULE_VIEW; what FLOPs say outlives the netlist.
+// Ownership: like MODULE_VIEW; FLOPs outlive the netlist.
 #ifndef NETLIST_VIEW_H
 #define NETLIST_VIEW_H
 
@@ -21,7 +21,7 @@ struct LOCATION {
   auto operator<=>(const LOCATION&) const = default;  // NOLINT(modernize-use-nullptr): not ours, the compiler's 0
 };
 
-/// Good until the netlist changes, but for what FLOPs say and `path`.
+/// Valid until the netlist changes, except for FLOPs and `path`.
 class NETLIST_VIEW {
  public:
   struct INSTANCE {
@@ -29,7 +29,7 @@ class NETLIST_VIEW {
     std::shared_ptr<MODULE_VIEW> m_module;
   };
 
-  /// A net of an instance, of use only with the view.
+  /// A net of an instance, only used with the view.
   struct PLACE {
     int m_instance = -1;
     RTLIL::SigBit m_bit;
@@ -41,25 +41,25 @@ class NETLIST_VIEW {
   const MODULE_VIEW& module(int instance) const { return *m_instances[static_cast<std::size_t>(instance)].m_module; }
   const std::string& path(int instance) const { return m_instances[static_cast<std::size_t>(instance)].m_path; }
   const FLOP& flop(const LOCATION& location) const;
-  /// The wires of all registers' nets and of their inverses, and of what drives them.
+  /// The wires of all registers' nets, of their inverses, and of their drivers.
   WIRE_NUMBERS wires() const;
   /// The name of a register, with its path.
   std::string name(const LOCATION& location) const { return path(location.m_instance) + flop(location).m_name; }
 
-  /// Whether one of the register's nets is called so.
+  /// Whether one of the register's nets has this name.
   bool bears(const LOCATION& location, const std::string& name) const;
 
-  /// -1 when nothing stands there.
+  /// -1 when there is none.
   int instance(const std::string& path) const;
-  /// The net that is called so, with its path; an instance of -1 when none is, or several are.
+  /// The net with this name and path; an instance of -1 when there is none, or several.
   PLACE find(const std::string& name) const;
-  /// Makes `find` answer for the netlist as it is now, as long as the view exists; then a PLACE tells
-  /// no more than that there is one.
+  /// Makes `find` answer for the present netlist as long as the view exists. A
+  /// PLACE then only says that there is a net.
   void index_names() const;
 
-  /// Counts who reads each register, as it is now.
+  /// Counts the present readers of each register.
   void note_readers() const;
-  /// -1 where that was not counted.
+  /// -1 when they were not counted.
   int count_readers(const LOCATION& location) const;
 
  private:
@@ -72,10 +72,10 @@ class NETLIST_VIEW {
   mutable std::unordered_map<std::string, PLACE> m_by_name;  // filled by the first question
 };
 
-/// The module that a cell is an instance of, if it is one of ours and holds a netlist.
+/// The module of which a cell is an instance, if it is in the design and has a netlist.
 RTLIL::Module* submodule(const RTLIL::Cell& cell);
 
-/// Whether behaviour that is no netlist yet (processes) is left anywhere below `top`.
+/// Whether there are processes, which are not a netlist yet, anywhere below `top`.
 bool has_processes(RTLIL::Module* top);
 
 }  // namespace kpt_yosys

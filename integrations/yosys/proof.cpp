@@ -15,7 +15,7 @@ namespace {
 
 std::string to_string(const KPT_STRING& text) { return {text.data(), text.size()}; }
 
-// The nets of a module by the names that a database gives them, and who drives them.
+// The nets of a module by their names in a database, and their drivers.
 class NETS {
  public:
   explicit NETS(RTLIL::Module* module) : m_module(module), m_sigmap(module) {
@@ -31,8 +31,8 @@ class NETS {
 
   RTLIL::Module* module() const { return m_module; }
 
-  /// False when the module has no such net. A pin of a cell is found by its net, or, where the cell
-  /// was flattened, by the net that is named after the pin.
+  /// False when the module has no such net. A pin of a cell is found by its net
+  /// or, when the cell was flattened, by the net that is named after the pin.
   bool find(const KPT_REGISTER_KEYPOINT& keypoint, RTLIL::SigBit& bit) const {
     if (keypoint.is_null()) {
       return false;
@@ -49,7 +49,7 @@ class NETS {
     int m_index = 0;
   };
 
-  /// The flip-flop that drives the net; no cell when another thing does.
+  /// The flip-flop that drives the net; no cell when something else drives it.
   DRIVER register_of(RTLIL::SigBit bit) const {
     const auto found = m_registers.find(m_sigmap(bit));
     return found != m_registers.end() ? found->second : DRIVER{};
@@ -166,7 +166,7 @@ void PROOF::add_member(std::vector<MEMBER>& members, const KPT_REGISTER_KEYPOINT
   }
 }
 
-// A pass between flattening and here may have deleted it, or the database is of another design.
+// A pass after flattening may have deleted it, or the database belongs to another design.
 void PROOF::miss(const NETS& nets, const char* what, const std::string& name) {
   ++m_summary.m_missing;
   Yosys::log_warning("Module %s has no %s %s.\n", text_of(nets.module()->name).c_str(), what, name.c_str());
@@ -192,8 +192,8 @@ void PROOF::tie_gold(const MEMBER& member) {
   take_over(m_gold, member.m_bit, shared_wire(m_gold, net_of_register(member.m_name), 1), false);
 }
 
-// The gate side is driven by a cell of its own: a net tied to a constant would make that constant
-// one with the register wherever it is read.
+// A cell of its own drives the gate side. If the net were connected to a
+// constant, every use of this constant would count as the register.
 void PROOF::apply_constant(const std::vector<MEMBER>& members, bool value) {
   for (const MEMBER& member : members) {
     tie_gold(member);
@@ -204,8 +204,8 @@ void PROOF::apply_constant(const std::vector<MEMBER>& members, bool value) {
   }
 }
 
-// The first register takes the place of the gate's own, in the gold side's polarity, so that all
-// that reads it reads the shared name; the others are copies.
+// The first register replaces the gate's own register, in the polarity of the
+// gold side, so that every reader reads the shared name. The others are copies.
 void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<MEMBER>& members) {
   RTLIL::SigBit gate_bit;
   if (const KPT_REGISTER_KEYPOINT transformed = map.get_transformed(0); !m_gate.find(transformed, gate_bit)) {
@@ -232,8 +232,8 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
   }
 }
 
-// Lets the flip-flop that drives `bit` drive `driven` instead, from which `bit` gets its value:
-// equiv_make looks at the net that the driver is on. Without a flip-flop there is only the value.
+// Makes the flip-flop that drives `bit` drive `driven` instead, from which `bit` gets its value,
+// because equiv_make looks at the net of the driver. Without a flip-flop there is only the value.
 void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted) {
   RTLIL::Module* const module = nets.module();
   const NETS::DRIVER driver = nets.register_of(bit);
@@ -255,7 +255,7 @@ void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven,
   }
 }
 
-// A code that does not tell two states apart cannot be decoded: such a machine is left alone.
+// A code that two states share cannot be decoded, so such a machine is not changed.
 void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
   RTLIL::SigBit bit;
   std::vector<unsigned short> r;
@@ -276,7 +276,7 @@ void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
     }
   }
   const KPT_STATE_TABLE table = map.get_state_table();
-  std::map<std::string, std::string> codes;  // by the gate's code; the highest bit stands first
+  std::map<std::string, std::string> codes;  // by the gate's code; the highest bit comes first
   for (unsigned short row = 1; row <= table.get_number_of_states(); ++row) {
     std::string gold_code;
     std::string gate_code;
@@ -317,8 +317,8 @@ void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std
   }
 }
 
-// A name that both modules have is taken for the same signal. Where the database says what became
-// of a register, its own name in the gate module may mean something else.
+// Both modules use a common name for the same signal. When the database says what
+// became of a register, its own name in the gate module may have another meaning.
 void PROOF::hide_names() {
   for (const RTLIL::Wire* const known : m_known) {
     RTLIL::Wire* const same = m_gate.module()->wire(known->name);

@@ -1,7 +1,7 @@
-// Makes two modules ready to be proven equal, by what a keypoint database says: every register of
-// the gold module gets its value in the gate module, under a name that both sides share.
+// Prepares two modules for a proof that they are equal, with a keypoint database: the
+// value of every register of the gold module gets the same name in the gate module.
 //
-// Ownership: database, modules and stream are used during the call only; both modules are changed.
+// Ownership: database, modules and stream are used only during the call, which changes both modules.
 #ifndef PROOF_H
 #define PROOF_H
 
@@ -14,20 +14,20 @@
 namespace kpt_yosys {
 
 struct PROOF_SUMMARY {
-  std::size_t m_registers = 0;  // of the gold module, with a register of the gate module
+  std::size_t m_registers = 0;  // of the gold module that have a register of the gate module
   std::size_t m_constants = 0;
   std::size_t m_machines = 0;
   std::size_t m_no_fanout = 0;
-  std::size_t m_hidden = 0;   // names of the gate module that mean something else in the gold one
+  std::size_t m_hidden = 0;   // names of the gate module with another meaning in the gold module
   std::size_t m_missing = 0;  // registers and state bits that a module does not have
 };
 
-/// The net, on both sides, of a register of the reference, and of the state machine whose first such
-/// register in the gold module that is.
+/// The name of the net, in both modules, for a reference register, or for the
+/// state machine whose first register in the gold module it is.
 std::string net_of_register(const std::string& name);
 std::string net_of_machine(const std::string& first);
 
-/// Writes the codes of state machines to `codes`, as equiv_make reads them.
+/// Writes the codes of state machines to `codes`, in the form that equiv_make reads.
 PROOF_SUMMARY prepare_proof(const KPT_KEYPOINTS_DB& db, Yosys::RTLIL::Module* gold, Yosys::RTLIL::Module* gate,
                             std::ostream& codes);
 

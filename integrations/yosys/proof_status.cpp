@@ -12,7 +12,7 @@ namespace {
 
 using State = RTLIL::State;
 
-// One value that is compared: the names of its nets, and the bit of them.
+// One value that is compared: the names of its nets, and the bit in them.
 struct COMPARED {
   std::string m_name;
   int m_bit = 0;
@@ -46,7 +46,7 @@ class STATUS_READER {
   PROOF_STATUS m_status;
 };
 
-// A cell is proven once both of its inputs are one net.
+// A cell is proven when both of its inputs are one net.
 void STATUS_READER::read_cells() {
   for (const auto& [name, cell] : m_view.module()->cells_) {
     if (cell->type == Yosys::RTLIL::IdString("$equiv")) {
@@ -99,7 +99,7 @@ void STATUS_READER::settle(const KPT_REGISTER_TRANSFORMATION& map) {
     ++m_status.m_proved;
     return;
   }
-  // What is proven of the one is proven under the assumption that the others hold.
+  // The proof of one cell assumes that the others hold.
   map.add_attribute("status", "claimed");
   map.add_attribute("note", found == OUTCOME::OPEN ? "unproven" : "proven if what is unproven holds");
   ++m_status.m_claimed;
@@ -115,7 +115,7 @@ std::vector<COMPARED> STATUS_READER::compared(const KPT_REGISTER_TRANSFORMATION&
       const std::string name = net_of_machine(std::string(map.get_reference(i).get_name()));
       const RTLIL::Wire* const code = map.get_reference(i).is_null() ? nullptr : wire(name);
       if (code != nullptr && code->width != map.get_state_reference_size()) {
-        return {};  // gold has not all of its registers
+        return {};  // the gold module lacks some of its registers
       }
       for (int bit = 0; code != nullptr && bit < code->width; ++bit) {
         all.push_back({name, bit});
@@ -146,7 +146,7 @@ STATUS_READER::OUTCOME STATUS_READER::outcome(const std::vector<COMPARED>& all) 
   return outcome;
 }
 
-// At power-up, on one side; Sx where it is open.
+// The power-up value on one side; Sx when it is open.
 State STATUS_READER::initial(const COMPARED& value, const char* side) const {
   RTLIL::Wire* const net = wire(value.m_name + side);
   if (net == nullptr || value.m_bit >= net->width) {
@@ -167,7 +167,7 @@ State STATUS_READER::initial(const COMPARED& value, const char* side) const {
   return (found->second == State::S1) != source.m_inverted ? State::S1 : State::S0;
 }
 
-// Such a map fails at power-up, which a proof by induction does not look at.
+// Such a map fails at power-up, which a proof by induction does not check.
 bool STATUS_READER::starts_otherwise(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<COMPARED>& all) const {
   if (map.has_fsm()) {
     return machine_starts_otherwise(map, all.front().m_name);
@@ -179,7 +179,7 @@ bool STATUS_READER::starts_otherwise(const KPT_REGISTER_TRANSFORMATION& map, con
   });
 }
 
-// The reference is in a state of the codes, and the netlist in none that goes with it.
+// The reference is in a state of the codes, and the netlist is in no matching state.
 bool STATUS_READER::machine_starts_otherwise(const KPT_REGISTER_TRANSFORMATION& map, const std::string& name) const {
   const KPT_STATE_TABLE table = map.get_state_table();
   const auto fits = [&](unsigned short row, bool reference) {

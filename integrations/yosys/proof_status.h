@@ -1,6 +1,6 @@
-// Reads what a proof left of the facts of a keypoint database back into that database.
+// Records the result of a proof for the facts of a keypoint database in that database.
 //
-// Ownership: database and module are used during the call only; the module stays as it is.
+// Ownership: database and module are used only during the call, which does not change the module.
 #ifndef PROOF_STATUS_H
 #define PROOF_STATUS_H
 
@@ -21,9 +21,9 @@ struct PROOF_STATUS {
   std::vector<std::string> m_open;     // whose own cells are unproven: likewise
 };
 
-/// Sets the attribute `status` of each map that prepare_proof() brought into the module: "proved" when
-/// no cell of the module is unproven, "refuted" when power-up values contradict the map, else
-/// "claimed", with a `note` that tells whether its own cells are unproven or other ones.
+/// Sets the attribute `status` of each map for which prepare_proof() changed the module: "proved"
+/// when no cell of the module is unproven, "refuted" when power-up values contradict the map, and
+/// otherwise "claimed", with a `note` that says whether its own cells or only others are unproven.
 PROOF_STATUS read_proof_status(const KPT_KEYPOINTS_DB& db, Yosys::RTLIL::Module* equiv);
 
 }  // namespace kpt_yosys

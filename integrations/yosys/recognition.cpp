@@ -8,7 +8,7 @@ namespace kpt_yosys {
 
 namespace {
 
-// The register that drives the net of that name; -1 when none does.
+// Finds the register that drives the net of that name; -1 when none does.
 class BY_NAME {
  public:
   explicit BY_NAME(const SIMULATION& netlist) : m_netlist(netlist) {
@@ -27,7 +27,7 @@ class BY_NAME {
 };
 
 int number_of(const REGISTER_PAIRS::PAIR& pair, const std::unordered_map<int, int>& after) {
-  constexpr int FIRST_REGISTER = 3;  // behind unknown, zero and one
+  constexpr int FIRST_REGISTER = 3;  // after unknown, zero and one
   if (pair.m_after < 0) {
     return pair.m_inverted ? 2 : 1;
   }

@@ -1,10 +1,10 @@
-// Recognises registers that a pass made anew, by what they compute.
+// Recognises registers that a pass made anew by their functions.
 //
-// A register before the pass is one after it, or the inverse of that, when both have the same clock
-// and asynchronous controls and load the same value at each edge, given that all registers recognised
-// hold the same now. That is found in two steps: what a simulation of both netlists from power-up
-// does not refute is a candidate, and candidates stay as long as a SAT solver does not show that one
-// of them fails while all of them hold. At power-up a register that had a value has it still.
+// A register after the pass equals one before it, or is the inverse, when both have the same clock
+// and asynchronous controls and load the same value at each edge, if all recognised registers hold
+// the same now. There are two steps. The pairs that a simulation of both netlists from power-up does
+// not refute are candidates. A candidate is dropped when a SAT solver shows that it fails while all
+// of them hold. A register that had a power-up value has to have the same one after the pass.
 //
 // Ownership: owns a copy of the netlist before the pass.
 #ifndef RECOGNITION_H
@@ -19,10 +19,10 @@ namespace kpt_yosys {
 
 class RECOGNITION {
  public:
-  /// Copies the netlist as it is.
+  /// Copies the present netlist.
   explicit RECOGNITION(const NETLIST_VIEW& before);
 
-  /// A register that is known before the pass and after it, by the names of its nets.
+  /// A register that is known both before the pass and after it, by the names of its nets.
   struct KNOWN {
     std::string m_before;
     std::string m_after;
@@ -35,8 +35,8 @@ class RECOGNITION {
     bool m_inverted = false;
   };
 
-  /// What each of the registers `lost`, of before, is now, among the registers `after` below `top`; all by name.
-  /// Throws as done_apart().
+  /// For each register in `lost`, of the netlist before, the register in `after`,
+  /// below `top`, that it is now; all by name. Throws like done_apart().
   std::vector<FOUND> find(const std::vector<KNOWN>& known, const std::vector<std::string>& lost,
                           const std::vector<std::string>& after, RTLIL::Module* top) const;
 

@@ -18,7 +18,7 @@ class RECORDER {
   TOTALS run();
 
  private:
-  // A register of the netlist as the database names it: a cell of the technology, else its net.
+  // A register of the netlist as the database names it: by its technology cell, or otherwise by its net.
   struct TRANSFORMED {
     std::string m_name;
     std::string m_entity;
@@ -27,7 +27,7 @@ class RECORDER {
       return m_entity.empty() ? KPT_REGISTER_NAME(m_name) : KPT_REGISTER_NAME(m_name, m_entity, m_type);
     }
   };
-  // A register of a state machine, by a point that stands there, and its value in each state.
+  // A register of a state machine, by one of its points, and its value in each state.
   using COLUMN = MACHINE_TABLE::COLUMN;
 
   void group_registers();
@@ -53,8 +53,8 @@ class RECORDER {
   const std::string m_stage;
   const TRACKER::NAMES m_names;
   TOTALS m_totals;
-  std::map<LOCATION, std::vector<int>> m_groups;  // reference registers that are one register now
-  std::map<LOCATION, int> m_at;                   // the bit of a code that stands for the register there
+  std::map<LOCATION, std::vector<int>> m_groups;  // reference registers that are now one register
+  std::map<LOCATION, int> m_at;                   // the bit of a code that represents the register there
   std::set<LOCATION> m_state_bits;                // registers of new codes, already recorded
 };
 
@@ -88,8 +88,8 @@ void RECORDER::group_registers() {
   }
 }
 
-// The old code's registers, in the order of its bits, and the registers that became one with a bit of the
-// new code: what holds such a bit holds them too.
+// The old code's registers, in the order of its bits, and the registers that were
+// merged with a bit of the new code: the register of such a bit holds them, too.
 std::vector<RECORDER::COLUMN> RECORDER::reference_columns(const MACHINE& machine, int index,
                                                           const std::vector<int>& t) const {
   std::multimap<int, COLUMN> by_column;
@@ -121,7 +121,7 @@ std::vector<RECORDER::COLUMN> RECORDER::reference_columns(const MACHINE& machine
   return columns;
 }
 
-// The columns of the new code that are still registers, each register once; -1 for the others.
+// The columns of the new code that are registers now, each register once; -1 for the others.
 std::vector<int> RECORDER::transformed_bits(const MACHINE& machine) const {
   std::vector<int> bits;
   std::set<LOCATION> seen;
@@ -132,7 +132,7 @@ std::vector<int> RECORDER::transformed_bits(const MACHINE& machine) const {
   return bits;
 }
 
-// Machines that share a register of the netlist are one machine there.
+// Machines that share a register of the netlist are recorded as one machine.
 void RECORDER::record_machines() {
   std::vector<MACHINE_TABLE> tables;
   for (std::size_t i = 0; i < m_tracker.machines().size(); ++i) {
@@ -160,7 +160,7 @@ void RECORDER::record_machines() {
   }
 }
 
-// Nothing for a machine without registers in the reference, or one that is lost.
+// Empty for a machine without reference registers, and for a lost one.
 std::optional<MACHINE_TABLE> RECORDER::table_of(const MACHINE& machine, int index) {
   const std::vector<int> t = transformed_bits(machine);
   MACHINE_TABLE table;
@@ -194,8 +194,8 @@ std::optional<MACHINE_TABLE> RECORDER::table_of(const MACHINE& machine, int inde
   return table;
 }
 
-// The stage ended before the machine was put back, or bits of the new code are unknown, and the
-// others do not tell the states apart.
+// The stage ended before the machine was put back, or bits of the new code are
+// unknown and the other bits do not distinguish the states.
 bool RECORDER::is_lost(const MACHINE& machine, const std::vector<int>& t) const {
   const auto is_unknown = [this](int bit) {
     return point(bit).m_fate == FATE::UNKNOWN || point(bit).m_fate == FATE::IN_MACHINE;
@@ -250,13 +250,13 @@ bool RECORDER::record_fsm(const MACHINE_TABLE& machine) {
   return describe(m_db.associate_groups(r, t, table), points);
 }
 
-// A register of the reference as the database names it: as the stage before named it.
+// A reference register as the database names it, which is how the stage before named it.
 KPT_REGISTER_NAME RECORDER::reference(int index) const {
   const POINT& it = point(index);
   return it.m_entity.empty() ? KPT_REGISTER_NAME(it.m_name) : KPT_REGISTER_NAME(it.m_instance, it.m_entity, it.m_pin);
 }
 
-// Which passes made the registers what they are, and in which stage; false for a null map, which the database refused.
+// Records the passes that changed the registers, and the stage; false for a null map, which the database refused.
 bool RECORDER::describe(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<int>& points) const {
   if (map.is_null()) {
     return false;
@@ -279,7 +279,7 @@ bool RECORDER::describe(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
   return true;
 }
 
-// What became one with a bit of a state machine's code stands in the machine's map.
+// Registers that were merged with a bit of a state machine's code are in the machine's map.
 void RECORDER::record_group(const LOCATION& location, const std::vector<int>& group) {
   if (m_state_bits.contains(location)) {
     return;
@@ -326,7 +326,7 @@ RECORDER::TRANSFORMED RECORDER::transformed(const LOCATION& location) const {
   return {m_tracker.view().path(location.m_instance) + text_of_spelling(flop.m_cell_name), flop.m_type, flop.m_port};
 }
 
-// A word of a memory is where it was.
+// A word of a memory is unchanged.
 void RECORDER::record_word(int index) {
   if (point(index).m_fate != FATE::IN_MEMORY) {
     return;

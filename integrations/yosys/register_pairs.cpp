@@ -15,9 +15,9 @@ constexpr int RUNS = 128;
 constexpr int CYCLES = 48;
 constexpr std::size_t MOST_NODES = 200000;
 constexpr std::size_t MOST_PAIRS = 4000000;
-constexpr int MOST_SECONDS = 30;  // of one question: a netlist with a large multiplier is given up
+constexpr int MOST_SECONDS = 30;  // for one question: a netlist with a large multiplier is given up
 
-// Each bit of a word is a value of its own.
+// Each bit of a word is a separate value.
 struct WORDS {
   using VALUE = std::uint64_t;
   std::mt19937_64 m_random;
@@ -46,12 +46,12 @@ struct LITERALS {
   VALUE chosen(VALUE select, VALUE one, VALUE zero) { return m_solver.ITE(select, one, zero); }
 };
 
-// Registers that hold the same or the inverse, in classes.
+// Classes of registers that hold the same value or the inverse.
 class CLASSES {
  public:
   explicit CLASSES(std::size_t count) : m_up(count), m_inverted(count, 0) { std::iota(m_up.begin(), m_up.end(), 0); }
 
-  /// False when the two are known to be each other's inverse otherwise.
+  /// False when the two are known to have the opposite relation.
   bool unite(std::size_t a, std::size_t b, bool inverted) {
     const bool turned = root_of(a).second != (root_of(b).second != inverted);
     const std::size_t from = root_of(a).first;
@@ -64,7 +64,7 @@ class CLASSES {
     return true;
   }
 
-  /// The member that stands for the class, and whether `a` is its inverse.
+  /// The representative of the class, and whether `a` is its inverse.
   std::pair<std::size_t, bool> root_of(std::size_t a) const {
     bool inverted = false;
     for (; m_up[a] != a; a = m_up[a]) {
@@ -80,13 +80,13 @@ class CLASSES {
 
 using PAIR = REGISTER_PAIRS::PAIR;
 
-// Both netlists at one moment at which all pairs hold, in an algebra.
+// Both netlists in an algebra, at one moment at which all pairs hold.
 template <class ALGEBRA>
 class MOMENT {
  public:
   using VALUE = typename ALGEBRA::VALUE;
 
-  /// Notes in `fails` the candidates that cannot hold along with those before them.
+  /// Marks in `fails` the candidates that cannot hold together with those before them.
   MOMENT(ALGEBRA& algebra, const REGISTER_PAIRS& netlists, const std::vector<PAIR>& known,
          const std::vector<PAIR>& candidates, std::vector<char>& fails)
       : m_algebra(algebra),
@@ -165,7 +165,7 @@ void REGISTER_PAIRS::add_known(const PAIR& pair) {
   }
 }
 
-// What had a value at power-up has it still. What had none may have got one.
+// A register that had a power-up value has to have it now. A register without one may have got one.
 bool REGISTER_PAIRS::starts_alike(const PAIR& pair) const {
   const TERNARY was = before().storage()[static_cast<std::size_t>(pair.m_before)].m_initial;
   TERNARY is = pair.m_after < 0 ? ALL_ZERO : after().storage()[static_cast<std::size_t>(pair.m_after)].m_initial;
@@ -173,7 +173,7 @@ bool REGISTER_PAIRS::starts_alike(const PAIR& pair) const {
   return was.known() == 0 || was == is;
 }
 
-// All pairs of registers of one kind that a simulation does not refute, though it sees them.
+// All pairs of registers of one kind whose values a simulation knows and does not refute.
 void REGISTER_PAIRS::find_candidates() {
   std::set<int> known;
   for (const PAIR& pair : m_known) {
@@ -224,7 +224,7 @@ void REGISTER_PAIRS::drop(const std::vector<char>& fails) {
   m_candidates.resize(kept);
 }
 
-// Tries random values; most of what is false fails then, at little cost.
+// Tries random values, which quickly refute most false candidates.
 bool REGISTER_PAIRS::fails_at_random(std::uint64_t seed, std::vector<char>& fails) const {
   WORDS words{std::mt19937_64(seed)};
   MOMENT<WORDS> moment(words, *this, m_known, m_candidates, fails);
@@ -234,7 +234,7 @@ bool REGISTER_PAIRS::fails_at_random(std::uint64_t seed, std::vector<char>& fail
   return std::any_of(fails.begin(), fails.end(), [](char each) { return each != 0; });
 }
 
-// A moment at which a candidate fails refutes all that fail at it.
+// A moment at which one candidate fails refutes every candidate that fails at it.
 bool REGISTER_PAIRS::fails_by_solver(std::vector<char>& fails) {
   Yosys::ezSatPtr solver;
   solver->setSolverTimeout(MOST_SECONDS);
@@ -264,7 +264,7 @@ bool REGISTER_PAIRS::fails_by_solver(std::vector<char>& fails) {
   }
 }
 
-// False when all candidates hold at the next moment, given that they do now.
+// False when all candidates hold at the next moment if they hold now.
 bool REGISTER_PAIRS::drop_what_fails() {
   constexpr std::uint64_t TRIES = 8;
   for (std::uint64_t seed = 1; seed <= TRIES; ++seed) {
@@ -280,8 +280,8 @@ bool REGISTER_PAIRS::drop_what_fails() {
   return any;
 }
 
-// For each register of before one that no other has become, else a constant, else any. What two registers of before
-// have become both, they need not be at power-up.
+// For each register of the netlist before: a register that no other one has become, or else
+// a constant, or else any. Two registers that became one need not be equal at power-up.
 void REGISTER_PAIRS::choose_one_each() {
   std::set<int> taken;
   for (const PAIR& pair : m_known) {

@@ -1,4 +1,4 @@
-// Registers of two netlists that hold the same, or the inverse, at all times.
+// Registers of two netlists that hold the same value, or the inverse, at all times.
 //
 // Ownership: owns both netlists.
 #ifndef REGISTER_PAIRS_H
@@ -24,10 +24,10 @@ class REGISTER_PAIRS {
   const SIMULATION& before() const { return m_both.reference(); }
   const SIMULATION& after() const { return m_both.present(); }
 
-  /// One that is known to hold. A number of -1, for a register that is not there, leaves it out.
+  /// Adds a pair that is known to hold. It is ignored when a number is -1, for a register that does not exist.
   void add_known(const PAIR& pair);
-  /// At most one pair for each register of before that is in no known one. Empty, rather than after a long time, for
-  /// a netlist that is large or has loops.
+  /// At most one pair for each register of the netlist before that is in no known pair.
+  /// Empty for a netlist that is large or has loops, because that would take too long.
   std::vector<PAIR> proven();
 
  private:

@@ -8,7 +8,7 @@
 
 #include "shelf.h"
 
-// Defined by Yosys, declared in none of its headers.
+// Yosys defines these, and declares them in no header.
 namespace Yosys {
 extern Pass* first_queued_pass;
 }
@@ -30,7 +30,7 @@ struct SESSION {
   bool m_wrapped = false;
 };
 
-// Never destroyed: a pass may run while Yosys shuts down.
+// Never destroyed, because a pass may run while Yosys shuts down.
 SESSION& session() {
   static auto* const instance = new SESSION;
   return *instance;
@@ -44,10 +44,10 @@ double cpu_seconds(int whose) {
          MICROSECOND * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
 }
 
-// Of this process and of those that passes start.
+// The processor time of this process and of those that passes start.
 double all_cpu_seconds() { return cpu_seconds(RUSAGE_SELF) + cpu_seconds(RUSAGE_CHILDREN); }
 
-// Does something about the registers. A tracking that fails ends; the synthesis goes on.
+// Runs an action of the tracking. When it fails, tracking ends and the synthesis continues.
 template <class ACTION>
 void track(RTLIL::Design* design, ACTION action) {
   SESSION& now = session();
@@ -88,7 +88,7 @@ void tell_next(RTLIL::Design* design, const std::string& pass, const std::vector
   });
 }
 
-// Designs are put aside and come back, with what is known of them.
+// Designs are saved and come back, with what is known of them.
 void tell_before_design(RTLIL::Design* design, const std::vector<std::string>& args) {
   track(design, [&](SESSION& now) { now.m_shelf.before(design, args, now.m_away ? nullptr : now.m_tracker.get()); });
 }
@@ -110,8 +110,8 @@ void tell_after_design(RTLIL::Design* design, const std::vector<std::string>& ar
   });
 }
 
-// The pass that runs, also when a pass calls others. One that ends by an exception has done nobody
-// knows what: the next boundary names no pass.
+// The pass that is running, also when a pass calls others. A pass that ends with
+// an exception may have done anything, so the next boundary names no pass.
 class RUNNING {
  public:
   RUNNING(RTLIL::Design* design, const std::string& pass, const std::vector<std::string>& args)
@@ -164,8 +164,8 @@ bool is_watched(const Yosys::Pass* pass) {
          dynamic_cast<const Yosys::Backend*>(pass) == nullptr && !pass->pass_name.starts_with("kpt_");
 }
 
-// Creating a pass puts it in line for registration under its name, which is taken: the line is
-// left as it was found.
+// Creating a pass puts it into the list of passes to register under its name,
+// which exists already. So the list is restored.
 void watch_passes() {
   Yosys::Pass* const line = Yosys::first_queued_pass;
   for (auto& [name, pass] : Yosys::pass_register) {
@@ -212,7 +212,7 @@ void next_stage(const std::string& name) {
   session().m_tracker->restart();
   session().m_audit.reset();
   keep_reference(session());
-  session().m_shelf.clear();  // what was put aside is of an earlier stage
+  session().m_shelf.clear();  // the saved designs belong to an earlier stage
   session().m_stage = name;
 }
 

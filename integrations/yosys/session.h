@@ -1,7 +1,7 @@
-// The tracking that is going on in this process, and how passes are watched for it.
+// The tracking in this process, and how it watches passes.
 //
-// Ownership: the session owns the tracker. The passes stay Yosys' own; what is put around them
-// stays for good and does nothing while no tracking goes on.
+// Ownership: the session owns the tracker. Yosys owns the passes. The wrappers
+// around them stay until the process ends and do nothing without tracking.
 #ifndef SESSION_H
 #define SESSION_H
 
@@ -18,14 +18,14 @@ namespace kpt_yosys {
 void start_tracking(RTLIL::Design* design, const std::string& top, const std::string& name, bool audit);
 void stop_tracking();
 
-/// Null when no tracking goes on.
+/// Null without tracking.
 TRACKER* current_tracker();
-/// Null unless the reference is kept.
+/// Null when the reference is not kept.
 const AUDIT* current_audit();
-/// Whether the followed design is put aside by `design`.
+/// Whether `design` has saved the followed design, which is not the present one.
 bool is_away();
 const std::string& current_stage();
-/// Goes on with the next stage.
+/// Continues with the next stage.
 void next_stage(const std::string& name);
 
 /// Seconds of processor time since tracking started.

@@ -1,6 +1,6 @@
-// Designs that `design` puts aside, with what is known of their registers.
+// The designs that `design` saves, with what is known of their registers.
 //
-// Ownership: the shelf owns copies of what is known; designs are Yosys' own.
+// Ownership: the shelf owns copies of what is known; Yosys owns the designs.
 #ifndef SHELF_H
 #define SHELF_H
 
@@ -15,19 +15,19 @@ namespace kpt_yosys {
 
 class SHELF {
  public:
-  /// To be called before `design` is carried out with these arguments. `tracker` is null while the
-  /// followed design is away.
+  /// Call it before `design` runs with these arguments. `tracker` is null while
+  /// the followed design is away.
   void before(RTLIL::Design* design, const std::vector<std::string>& args, TRACKER* tracker);
 
   enum class OUTCOME {
-    STAYS,      // the followed design is where it was
-    AWAY,       // it is on the shelf only
+    STAYS,      // the followed design is the present design
+    AWAY,       // it is only on the shelf
     COMES_BACK  // a copy is the design again: see take()
   };
-  /// To be called after it. Throws when the followed design is gone and not on the shelf.
+  /// Call it after `design`. Throws when the followed design is gone and not on the shelf.
   OUTCOME after(const std::vector<std::string>& args);
 
-  /// What is known of the design that came back; once.
+  /// What is known of the design that came back. Only the first call returns it.
   TRACKING take();
 
   void clear();

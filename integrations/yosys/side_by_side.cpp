@@ -70,8 +70,8 @@ void SIDE_BY_SIDE::run(int runs, int cycles, const std::function<void()>& look) 
     change_data(habits, false);
     m_reference.begin();
     m_present.begin();
-    // Inputs stay for both edges of the clock: a reset that comes and goes between two edges would be
-    // seen by an asynchronous register only.
+    // Inputs stay the same for both edges of the clock: only an asynchronous
+    // register would see a reset between two edges.
     for (int cycle = 0; cycle < cycles; ++cycle) {
       change_data(habits, cycle >= CYCLES_UNTIL_HABITS);
       settle();

@@ -1,4 +1,4 @@
-// Two netlists of the same inputs, simulated on the same random values of them, from power-up.
+// Two netlists with the same inputs, simulated with the same random values from power-up.
 //
 // Ownership: owns both simulations.
 #ifndef SIDE_BY_SIDE_H
@@ -16,18 +16,18 @@ namespace kpt_yosys {
 
 class SIDE_BY_SIDE {
  public:
-  /// The inputs are those of the reference.
+  /// Uses the inputs of the reference.
   SIDE_BY_SIDE(SIMULATION reference, SIMULATION present)
       : m_reference(std::move(reference)), m_present(std::move(present)) {}
 
   const SIMULATION& reference() const { return m_reference; }
   const SIMULATION& present() const { return m_present; }
 
-  /// Calls `look` whenever both have settled, three times a cycle; 64 runs at a time.
+  /// Calls `look` each time that both have settled, three times in each cycle; 64 runs at a time.
   void run(int runs, int cycles, const std::function<void()>& look);
 
  private:
-  // How often an input is 1, in each of the runs: half of the time, seldom, or mostly.
+  // How often an input is 1 in each of the runs: half of the time, seldom, or mostly.
   struct HABIT {
     std::uint64_t m_seldom = 0;
     std::uint64_t m_mostly = 0;

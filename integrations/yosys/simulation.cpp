@@ -13,7 +13,7 @@ namespace {
 constexpr int ZERO = 0;
 constexpr int ONE = 1;
 constexpr int NEVER_KNOWN = 2;
-constexpr int MOST_ROUNDS = 64;  // of a loop that may not settle
+constexpr int MOST_ROUNDS = 64;  // the most rounds for a loop that may not settle
 
 TERNARY constant(RTLIL::State state) {
   if (state == RTLIL::State::S0) {
@@ -95,14 +95,14 @@ int SIMULATION::add(KIND kind, int a, int b, int c) {
   return node.m_output;
 }
 
-// The node that was added last drives that net itself.
+// The last node that was added drives that net itself.
 void SIMULATION::join(int output, int value) {
   if (!m_nodes.empty() && m_nodes.back().m_output == value && output > NEVER_KNOWN) {
     m_nodes.back().m_output = output;
   }
 }
 
-// A cell of another kind drives nothing here: its outputs are never known.
+// A cell of any other kind drives nothing here, so its outputs are never known.
 void SIMULATION::add_cell(RTLIL::Cell* cell) {
   const std::string type = cell->type.c_str();
   if (type.starts_with("$_") && cell->hasPort(Yosys::ID::Y) && cell->hasPort(Yosys::ID::A)) {
@@ -179,7 +179,7 @@ void SIMULATION::add_storage(RTLIL::Cell* cell, const Yosys::dict<RTLIL::SigBit,
       } else if (ff.val_arst[i] == RTLIL::State::S0) {
         bit.m_clear = reset;
       } else {
-        bit.m_load = ff.has_aload ? NEVER_KNOWN : reset;  // of a value that is never known
+        bit.m_load = ff.has_aload ? NEVER_KNOWN : reset;  // loads a value that is never known
       }
     }
     m_storage.push_back(bit);
@@ -215,7 +215,7 @@ void SIMULATION::find_clocks() {
   }
 }
 
-// Each node behind those that it reads, but for loops.
+// Puts each node after the nodes that it reads, except in loops.
 void SIMULATION::sort_nodes() {
   const auto inputs_of = [this](const NODE& node) {
     if (node.m_kind == KIND::STORAGE) {
@@ -297,14 +297,14 @@ TERNARY SIMULATION::evaluated(const NODE& node) const {
   return held(m_storage[static_cast<std::size_t>(node.m_storage)], value(node.m_output));
 }
 
-// What its asynchronous inputs make of a register; the clear input goes before the set input.
+// A register's value after its asynchronous inputs; the clear input has priority over the set input.
 TERNARY SIMULATION::held(const STORAGE& storage, TERNARY q) const {
   q = chosen(value(storage.m_load), value(storage.m_load_data), q);
   q = chosen(value(storage.m_set), ALL_ONE, q);
   return chosen(value(storage.m_clear), ALL_ZERO, q);
 }
 
-// What a clock's edge loads, by the values before it.
+// The value that a clock edge loads, from the values before the edge.
 TERNARY SIMULATION::loaded(const STORAGE& storage) const {
   const auto was = [this](int net) { return m_before[static_cast<std::size_t>(net)]; };
   const TERNARY q = was(storage.m_q);
@@ -352,7 +352,7 @@ bool SIMULATION::clock_registers() {
   return !updates.empty();
 }
 
-// A register that is clocked by another one follows in the next wave.
+// A register that another register clocks follows in the next step.
 void SIMULATION::settle() {
   settle_logic();
   for (int wave = 0; wave < MOST_ROUNDS; ++wave) {

@@ -1,7 +1,7 @@
-// A flat netlist of gates and registers in 64 runs at once, from power-up. What is not known stays so
-// through all logic, so a known value holds whatever the unknown ones are.
+// A flat netlist of gates and registers in 64 runs at once, from power-up. An unknown value
+// stays unknown through all logic, so a known value is right whatever the unknown values are.
 //
-// Ownership: the module is read by the constructor only.
+// Ownership: only the constructor reads the module.
 #ifndef SIMULATION_H
 #define SIMULATION_H
 
@@ -22,43 +22,43 @@ namespace RTLIL = Yosys::RTLIL;
 class SIMULATION {
  public:
   enum class KIND { NOT, AND, XOR, MUX, STORAGE };
-  // Net 0 is 0, net 1 is 1, net 2 is never known; inputs of a MUX: for 0, for 1, select.
+  // Net 0 is 0, net 1 is 1, net 2 is never known. Inputs of a MUX: the value for 0, the value for 1, the select input.
   struct NODE {
     KIND m_kind = KIND::NOT;
     int m_output = 2;
     int m_inputs[3] = {2, 2, 2};
     int m_storage = -1;
   };
-  // One bit. A control input that is absent is 0; active ones are 1, through inverters of our own.
+  // One bit. A missing control input is 0. An active control input is 1, through inverters that are added.
   struct STORAGE {
     int m_q = 2, m_d = 2, m_clock = 0, m_enable = 1, m_reset = 0, m_load = 0, m_load_data = 2, m_clear = 0, m_set = 0;
     bool m_clocked = false;
-    bool m_enable_first = false;  // a disabled register does not heed its reset
+    bool m_enable_first = false;  // a disabled register ignores its reset
     TERNARY m_reset_value, m_initial;
   };
 
   explicit SIMULATION(RTLIL::Module* module);
 
-  /// The netlist itself: logic in an order in which each node stands behind those that it reads, but for loops.
+  /// The netlist itself: each node comes after the nodes that it reads, except in loops.
   const std::vector<NODE>& nodes() const { return m_nodes; }
   const std::vector<STORAGE>& storage() const { return m_storage; }
   std::size_t count_nets() const { return m_values.size(); }
   bool has_loops() const { return m_has_loops; }
 
-  /// The inputs by name, as text_of() has it; those that clock a register, through inverters at most,
-  /// are also in `clocks`.
+  /// The inputs by name, in the form of text_of(). Inputs that clock a register,
+  /// directly or through inverters, are also in `clocks`.
   const std::vector<std::pair<std::string, int>>& inputs() const { return m_inputs; }
   const std::vector<std::string>& clocks() const { return m_clocks; }
   /// The net of that name; -1 when there is none or several.
   int net(const std::string& name) const;
 
-  /// Before set() for all inputs, and begin().
+  /// Call it before set() for all inputs, and before begin().
   void power_up();
-  /// Takes the inputs as they are for those that there were before.
+  /// Takes the present inputs as the previous ones.
   void begin();
   void set(int net, TERNARY value) { at(net) = value; }
   TERNARY value(int net) const { return m_values[static_cast<std::size_t>(net)]; }
-  /// Lets the changes of the inputs go through logic and registers.
+  /// Propagates the changes of the inputs through logic and registers.
   void settle();
 
  private:

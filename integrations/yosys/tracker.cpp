@@ -13,7 +13,7 @@ namespace kpt_yosys {
 
 namespace {
 
-// What reading Verilog makes of writes to memories and to selected bits: no register that was written.
+// Reading Verilog makes these for writes to memories and to selected bits. They are not registers of the source.
 bool is_made_by_front_end(const std::string& name) {
   constexpr std::array MARKS{"$memwr$", "$bitselwrite$", "$lookahead"};
   return std::any_of(MARKS.begin(), MARKS.end(),
@@ -22,7 +22,7 @@ bool is_made_by_front_end(const std::string& name) {
 
 std::size_t mixed(std::size_t a, std::size_t b) { return (a ^ b) * 0x9E3779B97F4A7C15ULL; }
 
-// Changes when an object of the module comes, goes or gets another name.
+// Changes when an object of the module is added, removed or renamed.
 std::size_t fingerprint_of(const RTLIL::Module& module) {
   std::size_t objects = 0;
   for (const auto& [name, wire] : module.wires_) {
@@ -58,7 +58,7 @@ RTLIL::Module* the_only_top(RTLIL::Design* design) {
 
 }  // namespace
 
-// Notes that a connection changed, which leaves no trace in the fingerprint.
+// Notes that a connection changed, which the fingerprint does not show.
 struct TRACKER::CHANGES : RTLIL::Monitor {
   explicit CHANGES(RTLIL::Design* design) : m_design(design) { m_design->monitors.insert(this); }
   ~CHANGES() override { m_design->monitors.erase(this); }
@@ -83,7 +83,7 @@ TRACKER::TRACKER(RTLIL::Design* design, std::string top) : m_changes(std::make_u
 
 TRACKER::~TRACKER() = default;
 
-// Another module of the same name is another design, but for passes that make a module anew.
+// Another module of the same name is another design, except after passes that make a module anew.
 RTLIL::Module* TRACKER::find_top(RTLIL::Design* design, const std::string& pass) const {
   RTLIL::Module* by_name = nullptr;
   for (const auto& [name, module] : design->modules_) {
@@ -105,8 +105,8 @@ bool TRACKER::changed(RTLIL::Design* design, const std::string& pass) {
   for (const auto& [name, module] : design->modules_) {
     fingerprint += fingerprint_of(*module);
   }
-  // State machines are recoded within their cells, unused nets are removed past all monitors, and a
-  // cell may get another name.
+  // State machines are re-encoded inside their cells, unused nets are removed
+  // without notice to monitors, and a cell may be renamed.
   const bool unseen = removes_unused(pass) || pass.starts_with("fsm") || pass == "rename";
   const bool any = unseen || m_changes->m_any || fingerprint != m_fingerprint;
   m_fingerprint = fingerprint;
@@ -156,7 +156,7 @@ TRACKING TRACKER::put_aside(RTLIL::Design* design) {
   if (started()) {
     m_now.m_view->index_names();
     if (const RTLIL::Module* const top = find_top(design, ""); top != nullptr) {
-      m_now.m_top = text_of(top->name);  // it may have got another name
+      m_now.m_top = text_of(top->name);  // it may have been renamed
     }
   }
   return m_now;
@@ -279,17 +279,18 @@ void TRACKER::follow_point(const STEP& step, POINT& point) {
   }
 }
 
-// Such a register may vanish unread although it does drive something, from within that.
+// Such a register may vanish without readers although it drives something: it is part of that.
 void TRACKER::note_absorbed(const STEP& step, POINT& point, int readers) {
-  if (point.m_fate == FATE::LIVE && step.m_after.count_readers(point.m_location) < readers) {
+  const bool counted = !only_simplifies(step.m_pass);
+  if (counted && point.m_fate == FATE::LIVE && step.m_after.count_readers(point.m_location) < readers) {
     point.m_absorbed = step.m_pass;
   }
 }
 
-// The pass moves an inverter from the data input of a register to its readers, and leaves the
-// register its net. What keeps its meaning is the nets that carried the inverse; without any, the
-// data input tells: it is on the very net now that the inverter's input was on. (That net may have
-// become one with others, since the register before moved its inverter too.)
+// The pass moves an inverter from the data input of a register to its readers, and the
+// register keeps its net. The nets that had the inverse keep their meaning. Without such a
+// net, the data input decides: it is now on the net of the inverter's input. (That net may
+// have been joined with others, because the inverter of the register before moved as well.)
 bool TRACKER::find_by_moved_inverter(const STEP& step, POINT& point, const FLOP& flop, int instance) {
   if (step.m_pass != "opt_ffinv" || instance < 0) {
     return false;
@@ -324,7 +325,7 @@ bool TRACKER::find_by_net(const STEP& step, POINT& point, const FLOP& flop, int 
                      [&](const NET& net) { return settles(net, true); });
 }
 
-// The net that bears the name now is the one that bore it only where no other did.
+// The net that has the name now is the same as before only if no other net had it.
 bool TRACKER::find_by_name(const STEP& step, POINT& point, const FLOP& flop) {
   if (!keeps_names(step.m_pass)) {
     return false;
@@ -338,7 +339,7 @@ bool TRACKER::find_by_name(const STEP& step, POINT& point, const FLOP& flop) {
   return settle(step, point, source, place.m_instance, false);
 }
 
-// By its cell only after the pass that leaves all cells, and replaces their nets.
+// By its cell only after the pass that keeps all cells and replaces their nets.
 bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int instance) {
   if (step.m_pass != "splitnets" || instance < 0) {
     return false;
@@ -354,8 +355,8 @@ bool TRACKER::find_by_cell(const STEP& step, POINT& point, const FLOP& flop, int
   return true;
 }
 
-// A register whose net is now driven by a cell that Yosys does not know: from now on that pin of
-// cells of that type is a register.
+// A cell that Yosys does not know now drives the net of a register. From now on,
+// that pin of cells of this type is a register.
 bool TRACKER::find_technology(const STEP& step) {
   const std::size_t known = m_now.m_technology.size();
   for (const POINT& point : m_now.m_points) {
@@ -429,8 +430,8 @@ void TRACKER::lose(const STEP& step, POINT& point) {
   }
 }
 
-// A register may go into something else, as the output register of a memory does, and come back
-// on the net that carried it.
+// A register may become part of something else, like the output register of a
+// memory, and come back on its net.
 void TRACKER::find_again(const STEP& step, POINT& point) {
   if (keeps_names(step.m_pass)) {
     take_new_net(step, point);
@@ -443,7 +444,7 @@ void TRACKER::find_again(const STEP& step, POINT& point) {
   }
 }
 
-// Where all nets were made anew, the net to come back on is the one of that name.
+// When all nets were made anew, the register comes back on the net of that name.
 void TRACKER::take_new_net(const STEP& step, POINT& point) {
   const NETLIST_VIEW::PLACE place = step.m_after.find(point.m_last_name);
   if (place.m_instance < 0 || place.m_bit.wire == nullptr || step.m_before.find(point.m_last_name).m_instance < 0) {

@@ -1,7 +1,7 @@
 // Follows the registers of a design from pass to pass.
 //
-// Ownership: a tracker holds no part of the design between two calls, so the design may change in
-// any way between them.
+// Ownership: a tracker keeps no pointer into the design between two calls, so the
+// design may change in any way between them.
 #ifndef TRACKER_H
 #define TRACKER_H
 
@@ -18,38 +18,38 @@ namespace kpt_yosys {
 
 class TRACKER {
  public:
-  /// Starts with the registers of `top`. With processes still in the design, starts after the pass
-  /// that turns the last one into a netlist.
+  /// Starts with the registers of `top`. When the design has processes, starts
+  /// after the pass that turns the last one into a netlist.
   TRACKER(RTLIL::Design* design, std::string top);
   ~TRACKER();
   TRACKER(const TRACKER&) = delete;
   TRACKER& operator=(const TRACKER&) = delete;
 
-  /// To be called before a pass, after boundary(): notes what has to be known of the netlist as it is. `args` are empty
-  /// where a pass goes on after one that it called.
+  /// Call it before a pass and after boundary(): notes what has to be known of the
+  /// present netlist. `args` is empty when a pass continues after a pass that it called.
   void prepare(const std::string& pass, const std::vector<std::string>& args);
 
-  /// To be called after every pass, and before one that is called by another: tells what became of
-  /// the registers since the last call. `pass` is who changed the netlist, empty when nobody knows.
-  /// Throws when the top module is gone.
+  /// Call it after every pass, and before a pass that another one calls: finds what
+  /// became of the registers since the last call. `pass` is the pass that changed
+  /// the netlist, or empty when it is not known. Throws when the top module is gone.
   void boundary(RTLIL::Design* design, const std::string& pass);
 
-  /// Ends the stage: what is left of the registers becomes the reference of the next, under the
-  /// names of current_names().
+  /// Ends the stage: the remaining registers become the reference of the next
+  /// stage, with the names of current_names().
   void restart();
 
-  /// What is known now; to be taken up again when a copy of the design as it is now is the design.
+  /// What is known now. It is used again when a copy of the present design becomes the design.
   TRACKING put_aside(RTLIL::Design* design);
   void take_up(RTLIL::Design* design, TRACKING kept);
 
-  /// Takes back what is known of a register, or of a state machine: it was found to be false. Gives
-  /// the name of the pass after which it was thought so.
+  /// Takes back what is known of a register or a state machine, because it is
+  /// false. Returns the pass after which it was taken for true.
   std::string refuse(int point);
   std::string refuse_machine(int machine);
 
   using NAMES = std::map<LOCATION, std::string>;
-  /// A name for each register that is there now: that of the reference register, if a net still
-  /// bears it, else the best.
+  /// A name for each present register: the name of the reference register if one
+  /// of its nets has it, and otherwise the best name.
   NAMES current_names() const;
 
   bool started() const { return m_now.m_view != nullptr; }
@@ -58,7 +58,7 @@ class TRACKER {
   const std::vector<MACHINE>& machines() const { return m_now.m_machines; }
   std::size_t made_by_front_end() const { return m_now.m_made_by_front_end; }
   const NETLIST_VIEW& view() const { return *m_now.m_view; }
-  /// Registers of the netlist that no reference register explains.
+  /// The number of registers of the netlist without a reference register.
   std::size_t count_new_registers() const;
 
  private:
@@ -94,7 +94,7 @@ class TRACKER {
   static void note_absorbed(const STEP& step, POINT& point, int readers);
   static bool settle(const STEP& step, POINT& point, const SOURCE& source, int instance, bool inverted);
 
-  // Registers that are made anew.
+  // Registers that a pass makes anew.
   void recognise(const STEP& step, const std::vector<POINT>& before);
   void search(const STEP& step, const std::vector<POINT>& before);
   void settle_found(const STEP& step, POINT& point, const RECOGNITION::FOUND& found,

@@ -1,5 +1,5 @@
-// State machines: taken out of the netlist (fsm_extract), given other codes (fsm_recode), put back
-// as new registers (fsm_map).
+// State machines are taken out of the netlist (fsm_extract), re-encoded
+// (fsm_recode), and put back as new registers (fsm_map).
 #include <algorithm>
 #include <cstring>
 #include <set>
@@ -17,14 +17,14 @@ constexpr const char* OLD_STATE = "$fsm$oldstate";
 
 bool is_machine(const RTLIL::Cell& cell) { return std::strcmp(cell.type.c_str(), MACHINE_TYPE) == 0; }
 
-// Codes as the registers hold them: what a one-hot code leaves open is 0.
+// The codes in the registers: a bit that a one-hot code leaves open is 0.
 std::vector<std::string> codes_of(RTLIL::Cell* cell) {
   Yosys::FsmData data;
   data.copy_from_cell(cell);
   std::vector<std::string> codes;
   for (const RTLIL::Const& state : data.state_table) {
     std::string code;
-    for (int i = 0; i < state.size(); ++i) {  // the bits themselves are found otherwise in later versions of Yosys
+    for (int i = 0; i < state.size(); ++i) {  // later versions of Yosys have another way to the bits
       code += state[i] == RTLIL::State::S1 ? '1' : '0';
     }
     codes.push_back(std::move(code));
@@ -50,7 +50,7 @@ RTLIL::Cell* cell_of(const MACHINE& machine, const RTLIL::Module& module) {
   return nullptr;
 }
 
-// The copy of the cell in a design that was put aside and taken up again.
+// The copy of the cell in a design that was saved and came back.
 unsigned int number_of_copy(const MACHINE& machine, const RTLIL::Module& module) {
   for (const auto& [id, cell] : module.cells_) {
     if (machine.m_cell_name == id.c_str() && is_machine(*cell)) {
@@ -60,7 +60,7 @@ unsigned int number_of_copy(const MACHINE& machine, const RTLIL::Module& module)
   return machine.m_cell;
 }
 
-// Keeps the states that are still there, in their order.
+// Keeps the states that remain, in their order.
 void keep_states(MACHINE& machine, const std::vector<std::string>& left) {
   std::size_t kept = 0;
   for (std::size_t i = 0; i < machine.m_codes.size(); ++i) {
@@ -74,7 +74,7 @@ void keep_states(MACHINE& machine, const std::vector<std::string>& left) {
   machine.m_old_codes.resize(kept);
 }
 
-// The first code with these bits; beyond the last when there is none.
+// The position of the first code with these bits; the number of codes when there is none.
 std::size_t row_with(const std::vector<std::string>& codes, const std::map<int, bool>& bits) {
   const auto agrees = [&bits](const std::string& code) {
     return std::all_of(bits.begin(), bits.end(), [&code](const auto& bit) {
@@ -84,7 +84,7 @@ std::size_t row_with(const std::vector<std::string>& codes, const std::map<int, 
   return static_cast<std::size_t>(std::find_if(codes.begin(), codes.end(), agrees) - codes.begin());
 }
 
-// Whether a net may be the new state of a machine: its name, or that with a number behind it.
+// Whether a net may be the new state of a machine: it has the machine's name, or that name with a number after it.
 bool bears_name(const RTLIL::Wire& wire, const MACHINE& machine) {
   const std::string_view name = wire.name.c_str();
   if (!name.starts_with(machine.m_name)) {
@@ -95,7 +95,7 @@ bool bears_name(const RTLIL::Wire& wire, const MACHINE& machine) {
          (rest.front() == '_' && rest.size() > 1 && rest.find_first_not_of("0123456789", 1) == std::string_view::npos);
 }
 
-// The registers of the new state, one per bit of its code; -1 where there is none.
+// The registers of the new state, one for each bit of its code; -1 where there is none.
 std::vector<int> find_new_state(const MODULE_VIEW& module, const std::set<unsigned int>& old_cells,
                                 const MACHINE& machine, std::size_t width) {
   std::vector<int> bits(width, -1);
@@ -128,7 +128,7 @@ void TRACKER::find_machines(const STEP& step) {
   }
 }
 
-// The registers stay in the netlist, on a net that was renamed, until nothing reads them.
+// The registers stay in the netlist on a renamed net until nothing reads them.
 void TRACKER::add_machine(const STEP& step, int instance, RTLIL::Cell* cell) {
   const std::string& path = step.m_after.path(instance);
   const auto same = [&](const MACHINE& machine) { return machine.m_cell == cell->hashidx_ && machine.m_path == path; };
@@ -214,7 +214,7 @@ void TRACKER::map_machine(const STEP& step, int index, int instance) {
   }
 }
 
-// A new code that was given another code once more: the earlier machine now stands in that.
+// A machine that was re-encoded a second time: the earlier machine now has the later code.
 void TRACKER::carry_over(MACHINE& earlier, int index) {
   const MACHINE& later = m_now.m_machines[static_cast<std::size_t>(index)];
   const auto went_in = [&](int point) {
@@ -239,7 +239,7 @@ void TRACKER::carry_over(MACHINE& earlier, int index) {
       }
     }
     const std::size_t row = row_with(later.m_old_codes, wanted);
-    if (row < later.m_codes.size()) {  // else the machine never gets there
+    if (row < later.m_codes.size()) {  // otherwise the machine never gets there
       carried.m_codes.push_back(left + later.m_codes[row]);
       carried.m_old_codes.push_back(earlier.m_old_codes[state]);
     }
@@ -260,7 +260,7 @@ std::string TRACKER::refuse_machine(int machine) {
   return "fsm_map";
 }
 
-// The machine is gone with its registers: it drove nothing, or nobody knows.
+// The machine is gone with its registers: it drove nothing, or the reason is unknown.
 void TRACKER::drop_machine(const STEP& step, int index) {
   const bool unused = removes_unused(step.m_pass);
   for (POINT& point : m_now.m_points) {
@@ -273,7 +273,7 @@ void TRACKER::drop_machine(const STEP& step, int index) {
       point.m_pass = step.m_pass;
     }
   }
-  m_now.m_machines[static_cast<std::size_t>(index)].m_mapped = true;  // there is no more to follow
+  m_now.m_machines[static_cast<std::size_t>(index)].m_mapped = true;  // nothing remains to follow
 }
 
 }  // namespace kpt_yosys

@@ -1,4 +1,4 @@
-// Memories: the words that something writes are registers, of which memory_map makes flip-flops.
+// Memories: the words that something writes are registers, and memory_map turns them into flip-flops.
 #include <algorithm>
 #include <set>
 
@@ -15,7 +15,7 @@ std::string word_name(const std::string& path, const MEMORY& memory, int address
   return path + memory.m_name + "[" + std::to_string(address) + "]";
 }
 
-// Looks for the memory, which flattening moves to another place.
+// Finds the memory, which flattening moves to another module.
 bool find_held(HELD_MEMORY& held, const NETLIST_VIEW& view) {
   const std::string name = held.m_path + held.m_memory.m_name;
   for (const NETLIST_VIEW::INSTANCE& instance : view.instances()) {
@@ -32,7 +32,7 @@ bool find_held(HELD_MEMORY& held, const NETLIST_VIEW& view) {
   return false;
 }
 
-// What memory_map calls the cell of a word: "$memory", the word, and a number.
+// The word in memory_map's name for a cell: "$memory", the word, and a number.
 std::string word_of_cell(const FLOP& flop) {
   constexpr std::string_view MARK = "$memory";
   const std::string& name = flop.m_cell_name;
@@ -45,7 +45,7 @@ std::string word_of_cell(const FLOP& flop) {
 
 }  // namespace
 
-// After the other registers: a word that is called as one of them is left out.
+// After the other registers: a word with the name of one of them is left out.
 void TRACKER::begin_words() {
   std::set<std::string> names;
   for (const POINT& point : m_now.m_points) {
@@ -90,7 +90,7 @@ void TRACKER::follow_memories(const STEP& step) {
   }
 }
 
-// The words are in registers, or gone.
+// The words have become registers, or are gone.
 void TRACKER::leave_memory(const STEP& step, int index) {
   const HELD_MEMORY& held = m_now.m_memories[static_cast<std::size_t>(index)];
   const int instance = step.m_pass == "memory_map" ? step.m_after.instance(held.m_path) : -1;

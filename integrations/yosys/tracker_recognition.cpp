@@ -1,11 +1,11 @@
-// Registers that a pass made anew, found again by what they compute.
+// Finds registers again, by their functions, that a pass made anew.
 #include <exception>
 
 #include "tracker.h"
 
 namespace kpt_yosys {
 
-// What cannot be found out stays unknown; following goes on.
+// Registers that cannot be found stay unknown; tracking continues.
 void TRACKER::recognise(const STEP& step, const std::vector<POINT>& before) {
   try {
     search(step, before);

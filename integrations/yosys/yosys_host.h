@@ -1,6 +1,6 @@
-// What the host services of this plugin share: Yosys' log behind plain functions.
+// The parts that the host services of this plugin share: plain functions for the log of Yosys.
 //
-// Ownership: arguments are read during the call only; results are values of the caller.
+// Ownership: arguments are read only during the call; the caller owns the results.
 #ifndef YOSYS_HOST_H
 #define YOSYS_HOST_H
 
@@ -8,7 +8,7 @@ namespace kpt_yosys {
 
 /// Whether Yosys shows debug output.
 bool debug_is_shown();
-/// Puts a line into Yosys' log; says whether it was shown.
+/// Writes a line to the log of Yosys, and returns whether it was shown.
 bool show_debug(const char* tag, const char* text);
 void show_warning(const char* tag, const char* text);
 

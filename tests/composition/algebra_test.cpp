@@ -185,4 +185,23 @@ TEST(Composition, TakesAStageInWhichNothingHappensForNeutral) {
   }
 }
 
+// A composition writes its normal form: composed alone, the result says the same in the same number of maps.
+TEST(Composition, SaysTheSameWhenItIsComposedAlone) {
+  std::mt19937 random(seed() + 5);
+  const int rounds = steps(300);
+  for (int round = 0; round < rounds && !HasFailure(); ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    const RANDOM_FLOW flow(random, 1 + static_cast<unsigned>(random() % 3), 4);
+    const DATABASE all = composed(all_of(flow));
+    if (all == nullptr) {
+      continue;
+    }
+    const DATABASE again = composed({all.get()});
+    ASSERT_NE(again, nullptr);
+    expect_same(*all, *again, flow);
+    EXPECT_EQ(all->get_transformation_set()->get_list_of_register_transformations().size(),
+              again->get_transformation_set()->get_list_of_register_transformations().size());
+  }
+}
+
 }  // namespace

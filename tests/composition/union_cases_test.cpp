@@ -1,5 +1,5 @@
-// What a union answers wrongly, and what the stages say together: the first
-// table of docs/behaviours.md, row by row.
+// The wrong answers of a union, and what the stages say together: the first table
+// of docs/behaviours.md, row by row.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -23,7 +23,7 @@ KPT_STATE_TABLE count_to_three() {
 
 class UnionAndComposition : public testing::Test {
  protected:
-  // First the composition: a union changes its first database.
+  // Composes first, because a union changes its first database.
   void join() {
     composed = all->compose({*first, *second}, {}, &report);
     united = first->unite(*second);
@@ -55,7 +55,7 @@ TEST_F(UnionAndComposition, OfAnInvertedRegisterThatIsMergedDifferInTheInversion
   ASSERT_TRUE(second->set_merged_registers("x", "q"));
   join();
   ASSERT_TRUE(united && composed);
-  // Both of one group: equal, though one is the inverse of the other.
+  // Both are in one group, so they count as equal, though one is the inverse of the other.
   EXPECT_EQ(in_union("p").get_reference_inverted_equivalents(0).size(), 0U);
   EXPECT_EQ(in_union("p").get_reference_equivalents(0).size(), 1U);
   EXPECT_EQ(in_composition("p").get_reference_inverted_equivalents(0).size(), 1U);
@@ -132,7 +132,7 @@ TEST_F(UnionAndComposition, OfTwoMachinesThatShareARegisterDifferInThatTheUnionF
   join();
   EXPECT_FALSE(united);
   ASSERT_TRUE(composed);
-  // Both are in their first state, or neither is.
+  // Either both are in their first state, or neither is.
   EXPECT_EQ(in_composition("m1").get_fate(0), KPT_FATE_MACHINE);
   EXPECT_EQ(in_composition("m1"), in_composition("n1"));
   EXPECT_EQ(in_composition("m1").get_number_of_states(), 5);

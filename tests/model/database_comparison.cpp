@@ -96,8 +96,8 @@ void DATABASE_COMPARISON::learn_keypoints(SIDE side) {
   }
 }
 
-// The keypoint of a new register: as its set knows it, or, where another of
-// its name was made by the same event, as the newest map lists it.
+// The keypoint of a new register: the one that its set finds or, when the same
+// event made another one of its name, the one that the newest map lists.
 KPT_KEYPOINT* DATABASE_COMPARISON::find_keypoint(SIDE side, std::size_t k) const {
   const auto& [key, id, entered_as, in_set] = m_plain.registers[k];
   KPT_KEYPOINT_SET_IMPL& set = set_of(m_real, side);

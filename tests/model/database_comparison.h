@@ -1,7 +1,7 @@
-// The comparison of a database with the plain one that took the same steps.
+// Compares a database with a plain one after the same steps.
 //
-// Ownership: refers to both databases, the lines of the host and the names,
-// which the caller keeps.
+// Ownership: refers to both databases, the lines of the host and the names, which
+// the caller owns.
 #ifndef TESTS_MODEL_DATABASE_COMPARISON_H
 #define TESTS_MODEL_DATABASE_COMPARISON_H
 
@@ -20,19 +20,19 @@ class DATABASE_COMPARISON {
  public:
   using NAMES = std::vector<std::string>;
 
-  /// The names are those that registers of each side may have.
+  /// The names are those that the registers of each side may have.
   DATABASE_COMPARISON(const DATABASE& real, plain::DATABASE& expected, HOST_LINES& lines, const NAMES& r_names,
                       const NAMES& t_names)
       : m_real(real), m_plain(expected), m_lines(lines), m_names{&r_names, &t_names} {}
 
-  /// Fails fatally where registers, maps, or what any register leads to differ, or a line was told.
-  /// To be called after every step. The index checker takes what the plain indexes noted.
+  /// Fails fatally when registers, maps or entries differ, or when a line was issued.
+  /// Call it after every step. The index checker gets the facts from the plain indexes.
   void check();
 
-  /// Fails fatally where a client is told anything else of the map of that signal register.
+  /// Fails fatally when a client gets another answer about the map of that signal register.
   void check_answers(plain::SIDE side, const std::string& name);
 
-  /// The library's keypoint for a register, once a check has seen it.
+  /// The library's keypoint for a register, after a check has found it.
   KPT_KEYPOINT* keypoint(std::size_t k) const { return m_keypoints[k]; }
 
   /// The library's maps, in order.

@@ -1,7 +1,7 @@
-// Random events on whole databases with few names, so that they collide all
-// the time. After every step the database is compared with the plain one: the
-// result, the debug lines, the registers, the maps, what every register leads
-// to, and what a client is told of a map. The index checker looks on.
+// Random events on whole databases with few names, so that names collide often.
+// After every step the database is compared with the plain one: the result, the
+// debug lines, the registers, the maps, the entry of every register, and what a
+// client learns of a map. The index checker runs as well.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -65,7 +65,7 @@ class DatabaseModel : public testing::Test {
     return is_signal ? KEY{true, name, "", ""} : KEY{false, name, any(TEXTS), any(TEXTS)};
   }
 
-  // Mostly names that are in use, so that more is accepted than refused.
+  // Mostly names that are in use, so that more events are accepted than refused.
   std::string known_t_name() {
     std::string name = any(T_NAMES);
     for (int n = 0; n < 4 && m_model.signal(T, name) == NONE && below(20) != 0; ++n) {
@@ -180,7 +180,7 @@ class DatabaseModel : public testing::Test {
            m_model.associate_fsm(names[R], names[T], table));
   }
 
-  // Tables multiply; those that grow too large to compare are left alone.
+  // Tables multiply. Those that are too large to compare are not merged.
   bool too_large(const std::string& kept, const std::string& merged) {
     const MAP* a = m_model.map_of(T, m_model.signal(T, kept));
     const MAP* b = m_model.map_of(T, m_model.signal(T, merged));
@@ -222,8 +222,8 @@ class DatabaseModel : public testing::Test {
     }
   }
 
-  // As a loaded file or a union may leave it: any registers, in any groups,
-  // also those that other maps list, or that have left their set.
+  // A map as a loaded file or a union may make it: any registers, in any groups,
+  // also registers that other maps list or that have left their set.
   void add_any_map() {
     MAP map;
     NI_PAIR_VECTOR real[2];

@@ -1,6 +1,6 @@
-// Random operations on two keypoint sets, each step compared with plain lists:
-// what is found, listed and counted, and what every register ever made says of
-// itself, those that have left their set included.
+// Random operations on two keypoint sets. Each step is compared with plain lists:
+// what is found, listed and counted, and the texts of every register that was
+// made, also of those that have left their set.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,14 +28,14 @@ struct MODEL_KEYPOINT {
   std::string entity;
   std::string type;
   std::map<std::string, std::string> attributes;
-  // What the set knows of it; this does not follow a renaming.
+  // The kind under which the set knows the keypoint. A renaming does not change it.
   bool among_signals;
   bool in_set = true;
   std::string key_name;
   std::string key_type;
 };
 
-// Every keypoint ever made, in order of creation.
+// Every keypoint that was made, in order of creation.
 struct MODEL_SET {
   const MODEL_KEYPOINT* find(bool among_signals, const std::string& name, const std::string& type) const {
     for (const MODEL_KEYPOINT& keypoint : all) {
@@ -87,8 +87,8 @@ class KeypointSetModel : public testing::Test {
  protected:
   unsigned long below(unsigned long bound) { return m_random() % bound; }
 
-  // Few texts, so that they meet: short and long ones, some that read alike
-  // one behind the other, any bytes.
+  // A few texts, so that they coincide: short and long ones, pairs whose joined
+  // texts are equal, and any bytes.
   std::string text() {
     static const std::string TEXTS[] = {
         "",
@@ -183,7 +183,7 @@ class KeypointSetModel : public testing::Test {
     ASSERT_EQ(next_id, expected_id);
   }
 
-  // What a step works with.
+  // The choices of a step.
   struct CHOICE {
     std::string name;
     std::string entity;
@@ -307,8 +307,8 @@ TEST_F(KeypointSetModel, EveryStepIsThatOfPlainLists) {
     if (HasFatalFailure()) {
       return;
     }
-    // Registers that have left are kept until the set goes; begin anew before
-    // the lists of the model grow slow.
+    // Registers that have left are kept until the set is destroyed. The sets are
+    // made anew before the lists of the model become slow.
     if (models[which].all.size() > 300) {
       sets = std::make_unique<KPT_KEYPOINT_SET_IMPL[]>(2);
       models[0].all.clear();
@@ -317,9 +317,9 @@ TEST_F(KeypointSetModel, EveryStepIsThatOfPlainLists) {
   }
 }
 
-// Names by the hundred, most of them of one hash: "aR" and "bA" are alike to
-// the string hash, and so is every text that is made of as many of either.
-// They crowd round one place of the index, beyond its end too.
+// Hundreds of names, most of them with one hash: "aR" and "bA" have the same
+// string hash, and so has every text that is made of the same number of them.
+// They crowd at one position of the index, and beyond its end.
 TEST(KeypointSetIndex, FindsWhatIsThereAmongNamesOfOneHashThatComeAndGo) {
   SCOPED_TRACE("seed " + std::to_string(kpt_test::seed()));
   std::mt19937 random(kpt_test::seed());
@@ -340,7 +340,7 @@ TEST(KeypointSetIndex, FindsWhatIsThereAmongNamesOfOneHashThatComeAndGo) {
     const std::string& name = names[random() % names.size()];
     const auto known = model.find(name);
     ASSERT_EQ(set.get_register(name), known == model.end() ? nullptr : known->second) << name;
-    // In turns the set grows and shrinks.
+    // The set grows and shrinks in turns.
     if (random() % 4 < (k / 1000 % 2 == 0 ? 3U : 1U)) {
       model[name] = set.add_register(k, name);
     } else {

@@ -1,7 +1,7 @@
-// Keypoints that maps may list: few names for many of them, so that namesakes
-// meet. They are numbered, as plain maps list them.
+// Keypoints that maps may list: few names for many keypoints, so that there are
+// namesakes. They have the numbers that plain maps list.
 //
-// Ownership: a WORLD owns its keypoints and a set with namesakes of some.
+// Ownership: a WORLD owns its keypoints, and a set with namesakes of some of them.
 #ifndef TESTS_MODEL_KEYPOINT_WORLD_H
 #define TESTS_MODEL_KEYPOINT_WORLD_H
 
@@ -50,11 +50,11 @@ class WORLD {
   }
 
   const plain::KEY& name(std::size_t k) const { return m_keypoints[k].key; }
-  /// Null for the null keypoint, and for the one that is no register.
+  /// Null for the null keypoint, and for the keypoint that is not a register.
   const plain::KEY* key_of(std::size_t k) const {
     return k == plain::NONE || !m_keypoints[k].is_register ? nullptr : &m_keypoints[k].key;
   }
-  /// The set does not look at the entities of instances.
+  /// The set ignores the entities of instances.
   std::size_t namesake_in_set(std::size_t k) const {
     const plain::KEY* key = key_of(k);
     for (std::size_t other = m_first_of_set; key != nullptr && other < count(); ++other) {

@@ -1,5 +1,5 @@
-// Random operations on state tables, each step compared with the plain table:
-// results, entries and the lines told to the host.
+// Random operations on state tables. Each step is compared with the plain table:
+// results, entries and the lines that the host gets.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -24,12 +24,12 @@ using kpt_test::plain::TABLE;
 
 unsigned short narrow(unsigned long number) { return static_cast<unsigned short>(number); }
 
-// What a step works on. Most operations use a part of it.
+// The choices of a step. Most operations use only some of them.
 struct CHOICE {
   KPT_STATE_TABLE_IMPL& table;
   TABLE& plain;
   std::size_t second;  // another table, or the same one
-  int side;            // at times one that is unknown
+  int side;            // sometimes an unknown side
   unsigned short row;
   unsigned short column;
   unsigned short r_column;
@@ -59,7 +59,7 @@ class StateTableModel : public testing::Test {
  private:
   unsigned long below(unsigned long bound) { return m_random() % bound; }
 
-  // Mostly within or just beyond the count, at times anywhere.
+  // Mostly within or just beyond the count, sometimes any number.
   unsigned short near(unsigned long count) { return narrow(below(8) == 0 ? below(65536) : below(count + 3)); }
 
   CHOICE any_choice(std::size_t which) {
@@ -184,7 +184,7 @@ class StateTableModel : public testing::Test {
               c.plain.update_simply(states, base, m_expected));
   }
 
-  // A product that is too large to go on with is compared and dropped.
+  // A product that is too large for further steps is compared and dropped.
   void multiply(const CHOICE& c) {
     if (c.plain.rows * m_plain[c.second].rows * 40 >= 100000) {
       return;

@@ -1,6 +1,6 @@
-// Random edits, unions, alignments, translations and eliminations of maps,
-// each compared with the plain map: the same answer, the same debug lines, and
-// the same groups, table and status after every step.
+// Random edits, unions, alignments, translations and eliminations of maps. Each
+// is compared with the plain map: the same answer, the same debug lines, and the
+// same groups, table and status after every step.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -51,7 +51,7 @@ class TransformationModel : public testing::Test {
 
   std::size_t any_keypoint() { return once_in(12) ? NONE : below(static_cast<unsigned>(world.count())); }
 
-  // Mostly one that the side lists at the first index, so that edits take hold.
+  // Mostly a keypoint that the side lists at the first index, so that most edits are accepted.
   std::size_t likely_keypoint(const MAP& plain, SIDE side) {
     const PAIR pair = plain.pair(side, once_in(8) ? 1 : 0);
     const GROUP& group = pair.group(below(2) == 1);
@@ -73,7 +73,7 @@ class TransformationModel : public testing::Test {
     return pairs;
   }
 
-  // Mostly as wide as the sides, now and then of any size.
+  // Mostly as wide as the sides, sometimes of any size.
   TABLE any_table(const MAP& plain) {
     const bool fits = !once_in(5);
     TABLE table(below(MOST_STATES + 1), fits ? static_cast<unsigned>(plain.sides[R].size()) : below(5),
@@ -117,7 +117,7 @@ class TransformationModel : public testing::Test {
     return [this](std::size_t k) { return world.key_of(k); };
   }
 
-  // Unions let maps grow; one that has outgrown the run is replaced.
+  // Unions make maps grow; a map that is too large is replaced.
   static bool is_too_large(const MAP& plain) {
     std::size_t most = 0;
     for (const PAIRS& pairs : plain.sides) {
@@ -286,7 +286,7 @@ void TransformationModel::replicate(SUBJECT& subject, std::size_t keypoint) {
   const std::size_t replica = any_keypoint();
   for (const std::size_t k : {keypoint, replica}) {
     if (k != NONE && world.key_of(k) == nullptr) {
-      return;  // the operation takes registers
+      return;  // the operation accepts only registers
     }
   }
   const bool expected = subject.plain.replicate(keypoint, replica);
@@ -468,7 +468,7 @@ void TransformationModel::compare(const SUBJECT& subject) {
 
 void TransformationModel::step() {
   SUBJECT& subject = m_subjects[below(SUBJECTS)];
-  SUBJECT& other = m_subjects[below(SUBJECTS)];  // now and then the same one
+  SUBJECT& other = m_subjects[below(SUBJECTS)];  // sometimes the same one
   if (!subject.map || !other.map || is_too_large(subject.plain) || once_in(40)) {
     create(subject);
     m_operation = "create";

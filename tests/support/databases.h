@@ -1,7 +1,7 @@
-// Databases as people write about them: recorded through the handle, read back
-// as texts.
+// Databases in short texts: recorded through the handle and read as
+// text.
 //
-// Ownership: DATABASE owns its database, which no manager knows of.
+// Ownership: a DATABASE owns its database, which is not registered with a manager.
 #ifndef TESTS_SUPPORT_DATABASES_H
 #define TESTS_SUPPORT_DATABASES_H
 
@@ -17,7 +17,7 @@
 
 namespace kpt_test {
 
-/// Words with blanks between them.
+/// Words separated by blanks.
 inline KPT_STRING_VECTOR names(const std::string& text) {
   KPT_STRING_VECTOR result;
   std::istringstream words(text);

@@ -159,7 +159,7 @@ bool DATABASE::retime(const std::string& name, LINES& lines) {
   return map != nullptr && map->retime(k, lines);
 }
 
-// A register whose elimination is refused leaves the index all the same.
+// A register leaves the index even when its elimination is refused.
 bool DATABASE::eliminate(const std::string& name, KPT_ELIM_ENUM reason, LINES& lines) {
   static const std::map<int, std::string> WORDS = {{KPT_STUCK_AT_ZERO, "stuck_at_zero "},
                                                    {KPT_STUCK_AT_ONE, "stuck_at_one "},
@@ -223,7 +223,7 @@ bool DATABASE::merge(std::size_t kept, std::size_t merged, LINES& lines) {
   return true;
 }
 
-// The merged map, turned round where the polarities are opposite, becomes part of the kept one.
+// The merged map becomes part of the kept one; it is swapped before if the polarities are opposite.
 bool DATABASE::merge_maps(MAP& kept_map, MAP& merged_map, std::size_t merged, bool inverted, bool opposite,
                           LINES& lines) {
   if (opposite) {
@@ -245,7 +245,7 @@ bool DATABASE::merge_maps(MAP& kept_map, MAP& merged_map, std::size_t merged, bo
   return kept_map.update_table(1, into_machine ? last_column : 2, lines);
 }
 
-// The register leaves the index, and one group of the first index.
+// Removes the register from the index of maps, and from one group of the first index.
 bool DATABASE::leave(MAP& map, std::size_t k, bool inverted) {
   const bool left = remove_first(map.sides[T].front().group(inverted), k);
   erased[T].push_back(k);

@@ -1,9 +1,9 @@
-// A database over standard containers, written from what each event is to do,
-// without a thought of speed: registers, maps and the two indexes. Results and
-// lines are those of the library's database.
+// A database over standard containers, written from the descriptions of the
+// events, without regard to speed: registers, maps and the two indexes. Results
+// and lines are those of the library's database.
 //
-// Ownership: values. Registers and maps are numbered in the order in which
-// they are added; a number is never used again.
+// Ownership: values. Registers and maps are numbered in the order in which they
+// are added. A number is never used again.
 #ifndef TESTS_SUPPORT_PLAIN_DATABASE_H
 #define TESTS_SUPPORT_PLAIN_DATABASE_H
 
@@ -27,14 +27,14 @@ class DATABASE {
  public:
   // --- registers ---
 
-  /// The register that the set finds under that name (and type, for an instance); NONE without one.
+  /// The register that the set finds by that name (and type, for an instance); NONE when there is none.
   std::size_t find(SIDE side, const KEY& key) const;
   std::size_t signal(SIDE side, const std::string& name) const { return find(side, {true, name, "", ""}); }
   /// A register of that key leaves its set.
   std::size_t add(SIDE side, const KEY& key, long id);
   /// The same, with the next id of the side.
   std::size_t add(SIDE side, const KEY& key) { return add(side, key, next_id[side]++); }
-  /// The registers that are in the set: signals, then instances, each in order.
+  /// The registers in the set: signals, then instances, both in order.
   GROUP walk(SIDE side) const;
   /// Null for NONE.
   const KEY* key_of(std::size_t k) const { return k == NONE ? nullptr : &registers[k].key; }
@@ -47,11 +47,11 @@ class DATABASE {
   const MAP* map_of(SIDE side, std::size_t k) const;
   std::size_t number_of(const MAP* map) const;
 
-  /// All registers of the map lead to it.
+  /// Adds a map, and enters all of its registers.
   std::size_t add_map(const MAP& map);
   void enter(std::size_t map);
   void enter(SIDE side, const PAIRS& pairs, std::size_t map);
-  /// The registers of the map lead nowhere, whichever map they led to. An empty index gives its lines.
+  /// Erases the entries of the map's registers, whatever map they lead to. An empty index gives its lines.
   void delete_map(std::size_t map, LINES& lines);
 
   // --- events ---
@@ -65,12 +65,12 @@ class DATABASE {
   bool merge(const std::string& kept_name, const std::string& merged_name, LINES& lines);
 
   std::vector<REGISTER> registers;
-  GROUP sets[2];  // all registers ever added to a side, in order
+  GROUP sets[2];  // all registers that were added to a side, in order
   std::map<std::size_t, MAP> maps;
   std::map<std::size_t, std::size_t> index[2];
   long next_id[2] = {0, 0};
 
-  // What befell the indexes, and which kinds of merges there were.
+  // What happened to the indexes, and the kinds of merges that occurred.
   GROUP erased[2];
   std::vector<std::size_t> entered_anew;
   std::map<std::string, int> seen;

@@ -97,7 +97,7 @@ GROUP MAP::registers(SIDE side, std::size_t index, LINES& lines) const {
   return all;
 }
 
-// At an empty index the null keypoint is sought, which the first index may list.
+// At an empty index the search is for the null keypoint, which the first index may list.
 bool MAP::is_unate(std::size_t r_index, std::size_t t_index, bool positive) const {
   if (!lists(R, representative(R, r_index).value_or(NONE)) || !lists(T, representative(T, t_index).value_or(NONE))) {
     return false;

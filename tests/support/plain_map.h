@@ -1,9 +1,9 @@
-// A map of registers over standard containers, written from what each edit,
-// union and question is to do, without a thought of speed: what the library's
-// map is compared with. Lines that the library would tell the host are added
-// to `lines`.
+// A map of registers over standard containers, written from the
+// descriptions of the operations, without regard to speed. The library's
+// map is compared with it. Lines that the library would issue are added to
+// `lines`.
 //
-// Ownership: values. Registers are numbers, which mean what the caller says.
+// Ownership: values. Registers are numbers, to which the caller gives a meaning.
 #ifndef TESTS_SUPPORT_PLAIN_MAP_H
 #define TESTS_SUPPORT_PLAIN_MAP_H
 
@@ -21,11 +21,11 @@ namespace kpt_test::plain {
 /// Registers by number.
 using GROUP = std::vector<std::size_t>;
 
-/// The null keypoint, no register, no map.
+/// Means the null keypoint, no register, or no map.
 inline constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 
 bool holds(const GROUP& group, std::size_t k);
-/// False when the group does not hold it.
+/// False when the group does not list it.
 bool remove_first(GROUP& group, std::size_t k);
 
 /// The groups of one index.
@@ -45,7 +45,7 @@ using PAIRS = std::vector<PAIR>;
 /// All registers of a side: by index, those of the n group first.
 GROUP all_of(const PAIRS& pairs);
 
-/// What a register is called. A signal register has no entity and no type.
+/// The texts of a register. A signal register has no entity and no type.
 struct KEY {
   bool operator==(const KEY& other) const = default;
 
@@ -55,13 +55,13 @@ struct KEY {
   std::string type;
 };
 
-/// Null for what is no register.
+/// Null when the keypoint is not a register.
 using KEY_OF = std::function<const KEY*(std::size_t)>;
 
-/// The first register of the side that is called so; NONE without one.
+/// The first register of the side with these texts; NONE when there is none.
 std::size_t find_namesake(const PAIRS& pairs, const KEY& key, const KEY_OF& key_of);
 
-/// The side with the namesakes of its registers; those whose namesake is NONE are left out.
+/// The side with the namesakes of its registers. Registers without a namesake are left out.
 PAIRS translated(const PAIRS& pairs, const std::function<std::size_t(std::size_t)>& namesake_of);
 
 struct MAP {
@@ -72,17 +72,17 @@ struct MAP {
   bool lists(SIDE side, std::size_t k) const;
   bool lists_in_n(SIDE side, std::size_t k) const;
 
-  /// The first register of the n group, or of the i group where that is empty; nothing at an empty index.
+  /// The first register of the n group, or of the i group when that is empty; empty at an empty index.
   std::optional<std::size_t> representative(SIDE side, std::size_t index) const;
-  /// The others of its group, or of the opposite one; an empty index gives a line.
+  /// The other registers of its group, or those of the opposite group; an empty index gives a line.
   GROUP equivalents(SIDE side, std::size_t index, bool inverted, LINES& lines) const;
   /// The representative, its equivalents, its inverted equivalents.
   GROUP registers(SIDE side, std::size_t index, LINES& lines) const;
 
   bool is_unate(std::size_t r_index, std::size_t t_index, bool positive) const;
-  /// The T side has as many indices as the other map's R side and lists no register that is not there.
+  /// Whether the T side has as many indices as the other map's R side, and that side has all of its registers.
   bool t_equals_r(const MAP& other, const KEY_OF& key_of) const;
-  /// The same groups, table and machine; the statuses may differ.
+  /// Whether groups, table and machine are the same; the statuses may differ.
   bool same_as(const MAP& other) const;
 
   // --- edits ---
@@ -91,10 +91,10 @@ struct MAP {
   bool retime(std::size_t k, LINES& lines);
   bool eliminate(std::size_t k, KPT_ELIM_ENUM reason, LINES& lines);
   bool erase_t_index(std::size_t index);
-  /// Interchanges the groups of every index; any number may be asked for.
+  /// Swaps the groups of every index; `side` may be any number.
   bool interchange(int side, LINES& lines);
   void interchange_both();
-  /// Keeps the rows in which two T columns agree, without the second of them.
+  /// Keeps the rows in which two T columns agree, and removes the second column.
   bool update_table(unsigned long kept_column, unsigned long other_column, LINES& lines);
 
   // --- combinations: the other map may be this one ---
@@ -102,10 +102,10 @@ struct MAP {
   void append(const MAP& other);
   bool unite_simply(const MAP& other);
   bool unite(const MAP& other, LINES& lines);
-  /// Takes over the other map's T side: the registers that leave the map, and those that enter it.
+  /// Takes the other map's T side. `left` and `entered` get the registers that leave and enter the map.
   void update(const MAP& other, GROUP& entered, GROUP& left);
-  /// Interchanges this map where the register that `earlier` ends in has the opposite polarity of the
-  /// register that this map starts from. False when either is not listed.
+  /// Swaps this map when its register has the opposite polarity of the register
+  /// in which `earlier` ends. False when either register is not listed.
   bool align_after(const MAP& earlier, std::size_t transformed, std::size_t reference);
 
   PAIRS sides[2];

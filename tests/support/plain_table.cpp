@@ -114,7 +114,7 @@ TABLE TABLE::product(const TABLE& other, LINES& lines) const {
         }
       }
     }
-    // Only now, so that what the other table writes stays.
+    // After the first loop, so that the other table's values remain.
     for (unsigned long s = 1; s <= rows; ++s) {
       for (unsigned long u = 1; u <= other.rows; ++u) {
         for (unsigned long c = 1; c <= other.columns[side]; ++c) {

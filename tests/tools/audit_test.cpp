@@ -174,4 +174,53 @@ TEST_F(Audit, NeedsToKnowWhenToLook) {
   EXPECT_THAT(audit({"--clock", "nosuch"}).err, HasSubstr("rtl.vcd: no signal nosuch"));
 }
 
+TEST_F(Audit, WritesTheStatusOfWhatItChecked) {
+  record("d.xml", kept("a", "t") + kept("b", "u") + kept("gone", "gone_too"));
+  rtl("0110", "0111");
+  gate("0110", "0110");
+  EXPECT_EQ(audit({"--clock", "c", "--write"}).exit_code, 1);
+  const auto status = [&](const std::string& reg) {
+    const std::string events = good({"export", "d.xml", "--format", "events"});
+    const std::size_t at = events.find("\"" + reg + "\"");
+    const std::string line = events.substr(at, events.find('\n', at) - at);
+    const std::size_t word = line.find("\"status\":\"");
+    return word == std::string::npos ? "" : line.substr(word + 10, line.find('"', word + 10) - word - 10);
+  };
+  EXPECT_EQ(status("a"), "claimed");
+  EXPECT_EQ(status("b"), "refuted");
+  EXPECT_EQ(status("gone"), "");
+  // A pair that an audit refuted stays refuted after an audit of waves in which it holds.
+  gate("0110", "0111");
+  EXPECT_EQ(audit({"--clock", "c", "--write"}).exit_code, 0);
+  EXPECT_EQ(status("b"), "refuted");
+}
+
+TEST_F(Audit, LeavesTheDatabaseAsItIsUnlessItIsToWrite) {
+  record("d.xml", kept("a", "t"));
+  const std::string before = read("d.xml");
+  rtl("0110", "0000");
+  gate("0110", "0000");
+  EXPECT_EQ(audit().exit_code, 0);
+  EXPECT_EQ(read("d.xml"), before);
+}
+
+// The column holds the value of the removed register and the inverse of the value of the remaining one.
+TEST_F(Audit, DoesNotReadATableThatIsNotToBeRead) {
+  record(
+      "d.xml",
+      R"({"event":"associate_fsm","reference":["a","b"],"transformed":["s","u"],"states":[["00","00"],["01","10"],["10","11"]]})"
+      "\n"
+      R"({"event":"replicate","register":"s","replica":"t"})"
+      "\n"
+      R"({"event":"retime_inverter","register":"t"})"
+      "\n"
+      R"({"event":"eliminate","register":"s","reason":"no_fanout"})"
+      "\n");
+  rtl("0010", "0100");
+  gate("1001", "0010");
+  const RUN_RESULT result = audit();
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("nothing was checked"));
+}
+
 }  // namespace

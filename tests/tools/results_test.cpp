@@ -93,6 +93,31 @@ TEST_F(Export, JsonHasAllFacts) {
   EXPECT_EQ(kptdb({"export", "d.xml", "--json", "--format", "csv"}).exit_code, 2);
 }
 
+TEST_F(Export, QuotesInCsvWhatWouldReadAsTwoCells) {
+  record("d.xml", R"({"event":"associate","reference":"a,b","transformed":"c d"})"
+                  "\n");
+  const std::string csv = good({"export", "d.xml", "--format", "csv"});
+  EXPECT_THAT(csv, HasSubstr("\n0,1:1,,reference,0,noninverting,0,\"a,b\",signal,,,,\n"));
+  EXPECT_THAT(csv, HasSubstr("\n0,1:1,,transformed,0,noninverting,0,c d,signal,,,,\n"));
+}
+
+TEST_F(Export, GivesCsvOneRowAPlaceOneAStateAndOneForARegisterWithoutAMap) {
+  record(
+      "d.xml",
+      R"({"event":"map","reference":[{"same":["p"],"inverse":["q"]}],"transformed":[{"same":["s"]}],"states":[["0","1"],["1","0"]]})"
+      "\n"
+      R"({"event":"register","side":"transformed","register":"alone"})"
+      "\n");
+  EXPECT_EQ(good({"export", "d.xml", "--format", "csv"}),
+            "map,kind,elimination,side,index,group,id,name,register_kind,entity,type,reference_code,transformed_code\n"
+            "0,fsm,,reference,0,noninverting,0,p,signal,,,,\n"
+            "0,fsm,,reference,0,inverting,1,q,signal,,,,\n"
+            "0,fsm,,transformed,0,noninverting,0,s,signal,,,,\n"
+            "0,state,,,0,,,,,,,0,1\n"
+            "0,state,,,1,,,,,,,1,0\n"
+            ",,,transformed,,,1,alone,signal,,,,\n");
+}
+
 TEST_F(Export, CsvHasARowForEveryPlaceAndState) {
   const std::string csv = good({"export", "d.xml", "--format", "csv"});
   EXPECT_THAT(csv, testing::StartsWith("map,kind,elimination,side,index,group,id,name,register_kind,entity,type,"

@@ -18,9 +18,9 @@ bool UNION::run() {
 
 // --- registers ---
 
-// Registers that only the second database knows are kept as they are by the
-// first. The register that was added last is aligned again for each of the
-// following ones that are known.
+// The first database gets pass-through maps for registers that only the second
+// has. The register that was added last is aligned again for each later register
+// that the first database has.
 void UNION::complete() {
   bool result = true;
   std::size_t t = NONE;
@@ -49,7 +49,7 @@ void UNION::complete() {
   }
 }
 
-// The id of such a register is one more than the next one.
+// The id of such a register is one higher than the next id.
 void UNION::add_missing_registers() {
   for (const std::size_t k : source.walk(T)) {
     const KEY& key = source.registers[k].key;
@@ -76,7 +76,7 @@ void UNION::translate() {
 bool UNION::cleanup(SIDE side) {
   bool result = true;
   for (const std::size_t k : db1.walk(side)) {
-    // A deletion by the name of another may have taken it along.
+    // The deletion of another register by its name may have deleted this one.
     if (!db1.registers[k].in_set || db1.map_number(side, k) != NONE) {
       continue;
     }
@@ -103,7 +103,7 @@ void UNION::unite_maps() {
   }
 }
 
-// The maps that continue one map of the first database become one.
+// Fuses the maps that one map of the first database feeds.
 void UNION::fuse_successors() {
   for (const auto& [number, m1] : db1.maps) {
     for (std::size_t at = 0; ok && !m1.fsm && at < m1.sides[T].size(); ++at) {
@@ -120,8 +120,8 @@ void UNION::fuse_successors() {
   }
 }
 
-// The maps that lead to one map of the second database become one; a machine
-// takes their place instead.
+// Fuses the maps that feed one map of the second database. A machine replaces
+// them instead.
 void UNION::fuse_predecessors() {
   for (auto& [number, m2] : db2.maps) {
     if (!ok) {
@@ -168,7 +168,7 @@ void UNION::copy_leftovers() {
   }
 }
 
-// The oldest map takes in the others, in order.
+// The oldest map absorbs the others, in order.
 void UNION::fuse(DATABASE& db, const std::set<std::size_t>& candidates) {
   if (candidates.size() < 2) {
     return;
@@ -185,7 +185,7 @@ void UNION::fuse(DATABASE& db, const std::set<std::size_t>& candidates) {
 
 void UNION::copy_into_db1(const MAP& map) {
   db1.add_map(map);
-  // The walk is told to the host.
+  // The walk issues debug lines.
   for (const SIDE side : {R, T}) {
     for (std::size_t at = 0; at < map.sides[side].size(); ++at) {
       map.registers(side, at, lines);
@@ -245,7 +245,7 @@ std::size_t UNION::successor_of(const MAP& m1) {
 
 void UNION::print_side(const MAP& map, SIDE side) {
   for (std::size_t at = 0; at < map.sides[side].size(); ++at) {
-    // The empty index is told before its registers, of which there are none.
+    // The line about the empty index comes before its registers, of which there are none.
     for (const std::size_t k : map.registers(side, at, lines)) {
       say("  " + std::to_string(at) + ": " + name_of(k));
     }

@@ -1,5 +1,5 @@
-// The union of two databases as a plain walk over plain ones: what the library
-// is compared with.
+// The union of two databases as a plain walk over plain databases, with which the
+// library is compared.
 //
 // Ownership: the union refers to the caller's databases.
 #ifndef TESTS_UNION_PLAIN_UNION_H
@@ -18,7 +18,7 @@ class UNION {
   UNION(DATABASE& one, const DATABASE& two, bool copy_leftovers)
       : db1(one), source(two), m_copy_leftovers(copy_leftovers) {}
 
-  /// Unites the second database with the first: the answer that a client gets.
+  /// Unites the second database with the first, and returns the client's answer.
   bool run();
 
   LINES lines;  // times are "#"

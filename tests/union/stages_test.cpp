@@ -94,9 +94,9 @@ TEST(Stages, ADatabaseThatWasUnitedIsItselfANextStage) {
 
 // ---- Random stages ----
 
-// The reference registers of plain maps that a state machine of the next
-// stage may replace: those whose map feeds one, by itself or through maps
-// with which it may be fused.
+// The reference registers of plain maps that a state machine of the next stage
+// may replace: their map feeds a machine, either itself or through maps with
+// which it may be fused.
 std::set<const KPT_KEYPOINT*> may_be_replaced(KPT_KEYPOINTS_DB_IMPL& db, KPT_KEYPOINTS_DB_IMPL& next) {
   using MAP = const KPT_TRANSFORMATION_IMPL*;
   std::map<MAP, MAP> up;
@@ -136,7 +136,7 @@ std::set<const KPT_KEYPOINT*> may_be_replaced(KPT_KEYPOINTS_DB_IMPL& db, KPT_KEY
   return registers;
 }
 
-// A flow of random stages, and what is to be found in its database after each.
+// A flow of random stages, with the checks of its database after each stage.
 class RANDOM_FLOW {
  public:
   explicit RANDOM_FLOW(std::mt19937& random) : m_random(random), m_db("flow") {
@@ -146,7 +146,7 @@ class RANDOM_FLOW {
     }
   }
 
-  /// Unites the stage that begins in that netlist; false when two machines met.
+  /// Unites the stage that starts from that netlist; false when two machines met.
   bool unite_stage(char netlist) {
     KPT_KEYPOINTS_DB_IMPL next("next");
     RECORDER(next, m_random, netlist, static_cast<char>(netlist + 1), m_renamed).record_passes();
@@ -178,7 +178,7 @@ class RANDOM_FLOW {
       facts.r.entered.insert(t);
       facts.t.repointed.insert(t);
     }
-    // What a machine lists of the registers between the stages is in no set.
+    // The registers between the stages that a machine lists are in no set.
     const KPT_KEYPOINT_LIST references = m_db.get_reference_set()->get_list_of_keypoints();
     for (const KPT_TRANSFORMATION_IMPL* map : m_db.get_transformation_set()->get_list_of_register_transformations()) {
       KPT_TRANSFORMATION_IMPL::for_each_keypoint(map->r_vec(), [&](const KPT_KEYPOINT* k) {
@@ -194,7 +194,7 @@ class RANDOM_FLOW {
 
   void check_indexes(const EXPLANATIONS& facts) {
     for (const std::string& difference : index_differences(m_db, facts)) {
-      // A name that was deleted between the stages and came back is another keypoint.
+      // A name that was deleted between the stages and was added again is another keypoint.
       if (difference.find("the transformed index leads from") == std::string::npos ||
           difference.find(" to no map") == std::string::npos) {
         ADD_FAILURE() << difference;

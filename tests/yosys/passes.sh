@@ -109,3 +109,16 @@ if [ -e "$KPT_RTL/elevator.v" ]; then
   after "$KPT_RTL/elevator.v" 'flatten; opt -nodffe -nosdff; fsm -nomap'
   expect log '3 unknown'
 fi
+
+# A register that nothing reads is without fanout, also when a pass that may make registers part of something
+# else ran without effect before the pass that simplified its reader away.
+cat >unread.v <<'V'
+module unread(input clk, input d, output y);
+  reg r;
+  always @(posedge clk) r <= d;
+  wire never = r & 1'b0;
+  assign y = d | never;
+endmodule
+V
+after unread.v 'shregmap -minlen 2; opt_expr; opt_clean'
+expect shown 'r no fanout'

@@ -1,6 +1,6 @@
-// What two databases answer of the same registers, and where they differ.
+// Compares the answers of two databases for the same registers.
 //
-// Ownership: everything is a value of the caller; handles are read during the call only.
+// Ownership: the caller owns everything; handles are read only during the call.
 #ifndef KPTDB_ANSWERS_H
 #define KPTDB_ANSWERS_H
 
@@ -8,8 +8,8 @@
 
 namespace kptdb {
 
-/// A line for every kind of difference, with a count and an example: what a union answers, and
-/// what its stages say together.
+/// One line for every kind of difference, with a count and an example: the answer
+/// of the union, and what the stages say together.
 KPT_STRING_VECTOR differing_answers(const KPT_KEYPOINTS_DB& united, const KPT_KEYPOINTS_DB& exact);
 
 }  // namespace kptdb

@@ -8,7 +8,7 @@ namespace kptdb {
 
 namespace {
 
-// Of pairs in order, equal ones taken out: two neighbours of one first code face two others.
+// The pairs are sorted and distinct, so two neighbours with the same first code have different second codes.
 std::string contradiction(const STATE_CODES& codes, const char* side, const char* other) {
   const auto found =
       std::adjacent_find(codes.begin(), codes.end(), [](const auto& a, const auto& b) { return a.first == b.first; });

@@ -1,6 +1,6 @@
-// Whether the codes of a state machine contradict each other.
+// Checks whether the codes of a state machine contradict each other.
 //
-// Ownership: values of the caller.
+// Ownership: the caller owns the values.
 #ifndef KPTDB_CODES_H
 #define KPTDB_CODES_H
 
@@ -13,8 +13,8 @@ namespace kptdb {
 /// The codes of the states: of the reference registers, and of the transformed ones.
 using STATE_CODES = std::vector<std::pair<std::string, std::string>>;
 
-/// Tells of the first code of one side that faces several of the other, so that the one value of the
-/// one registers means several of the others; empty when there is none. The same pair twice is none.
+/// A text about the first code of one side that belongs to several codes of the other side,
+/// which is a contradiction; empty when there is none. The same pair may occur twice.
 std::string contradiction_in(STATE_CODES codes);
 
 }  // namespace kptdb

@@ -1,7 +1,7 @@
-// The commands. Each writes its result to standard output or to the file it is told, and answers
-// with its exit code; whatever stops it is thrown as a FAILURE.
+// The commands. Each writes its result to standard output or to a given file, and
+// returns its exit code. It throws a FAILURE when it has to stop.
 //
-// Ownership: options are read during the call only.
+// Ownership: options are read only during the call.
 #ifndef KPTDB_COMMANDS_H
 #define KPTDB_COMMANDS_H
 
@@ -17,7 +17,7 @@ namespace kptdb {
 struct RECORD_OPTIONS {
   std::vector<std::string> events;  // files in the order of the events; "-" for standard input
   std::string output;
-  std::string name;  // of the database; empty: the first file's name
+  std::string name;  // the name of the database; empty: that of the first file
   bool keep_going = false;
   bool complete = false;  // a file without an end is refused
   bool json = false;
@@ -27,7 +27,7 @@ EXIT_CODE run_record(const RECORD_OPTIONS& options);
 struct INFO_OPTIONS {
   std::string file;
   bool memory = false;
-  std::optional<double> fail_under;  // per cent of the reference registers that have an answer
+  std::optional<double> fail_under;  // the least percentage of reference registers with an answer
   bool json = false;
 };
 EXIT_CODE run_info(const INFO_OPTIONS& options);
@@ -46,7 +46,7 @@ struct LIST_OPTIONS {
   std::string kind;
   std::string status;
   std::string fate;
-  std::string under;  // a part of the hierarchy
+  std::string under;  // an instance in the hierarchy
   std::string pass;
   NAME_OPTIONS names;
   bool json = false;
@@ -86,7 +86,7 @@ EXIT_CODE run_unite(const UNITE_OPTIONS& options);
 struct COMPOSE_OPTIONS {
   std::vector<std::string> files;  // in the order of the stages
   std::string output;
-  double share = 0.5;            // of its registers that a stage must have from the one before
+  double share = 0.5;            // the least share of a stage's first registers that the stage before knows
   bool keep_unrecorded = false;  // what a stage does not mention goes through it
   bool json = false;
 };
@@ -114,7 +114,7 @@ struct EXPORT_OPTIONS {
   std::string output;  // empty: standard output
   std::string around;
   std::string module;
-  std::string design;  // in a file of SQLite; empty: the database's name
+  std::string design;  // in an SQLite file; empty: the database's name
   bool append = false;
   std::string dump;
   std::string scope;

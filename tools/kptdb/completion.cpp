@@ -10,13 +10,13 @@ namespace kptdb {
 namespace {
 
 struct COMPLETED_OPTION {
-  std::vector<std::string> names;    // with their dashes
-  std::vector<std::string> choices;  // of its value
+  std::vector<std::string> names;    // including their dashes
+  std::vector<std::string> choices;  // the choices for its value
   bool takes_value;
   std::string text;
 };
 
-// An option that takes one of several words describes them as "{a,b}".
+// An option with a fixed choice of words describes them as "{a,b}".
 std::vector<std::string> choices_of(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   const std::size_t open = type.find('{');
@@ -70,7 +70,7 @@ std::string command_names(const CLI::App& app) {
   return fmt::format("{}", fmt::join(names, " "));
 }
 
-// The words that follow a command or an option, if they are a fixed few.
+// The words that may follow a command or an option, if there is a fixed choice.
 std::string words_after(const CLI::App& app, const CLI::App& command) {
   if (command.get_name() == "help") {
     return command_names(app);
@@ -122,7 +122,7 @@ complete -o default -F _kptdb kptdb
                      command_names(app), names_of(options_of(app)), options, values);
 }
 
-// Within single quotes, for a shell.
+// In single quotes, for a shell.
 std::string quoted(const std::string& text) {
   std::string result = "'";
   for (const char c : text) {

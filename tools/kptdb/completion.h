@@ -1,7 +1,7 @@
-// Completions for the shells, made of the description of the command line, so that they know every
-// option it has.
+// Completions for shells, made from the description of the command line, so that
+// they contain every option.
 //
-// Ownership: reads the description during the call.
+// Ownership: reads the description only during the call.
 #ifndef KPTDB_COMPLETION_H
 #define KPTDB_COMPLETION_H
 

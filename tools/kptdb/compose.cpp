@@ -1,4 +1,4 @@
-// compose: successive stages become one database that says what they say together.
+// compose: makes one database of successive stages, which says what they say together.
 #include <fmt/format.h>
 
 #include <array>
@@ -18,7 +18,7 @@ constexpr std::array FATES = {KPT_FATE_CONSTANT, KPT_FATE_MACHINE, KPT_FATE_MAPP
                               KPT_FATE_UNKNOWN};
 using COUNTS = std::array<std::size_t, FATES.size()>;
 
-// What became of every register of the first netlist.
+// Counts what became of the registers of the first netlist.
 COUNTS count_fates(const KPT_KEYPOINTS_DB& db) {
   COUNTS counts{};
   std::size_t told = 0;

@@ -10,7 +10,7 @@ std::string percent(std::size_t part, std::size_t whole) {
   return whole == 0 ? "-" : fmt::format("{:.1f}%", 100.0 * static_cast<double>(part) / static_cast<double>(whole));
 }
 
-// Compared as counts, so that a rounded share decides nothing.
+// Compares counts, so that rounding has no effect.
 EXIT_CODE judge_coverage(const DATABASE& db, const std::string& file, std::optional<double> fail_under) {
   if (!fail_under) {
     return EXIT_DONE;

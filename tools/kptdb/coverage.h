@@ -1,4 +1,4 @@
-// How many of the reference registers have an answer.
+// The share of reference registers that have an answer.
 //
 // Ownership: plain values.
 #ifndef KPTDB_COVERAGE_H
@@ -12,11 +12,11 @@
 
 namespace kptdb {
 
-/// "82.6%"; "-" of nothing.
+/// "82.6%"; "-" when `whole` is 0.
 std::string percent(std::size_t part, std::size_t whole);
 
-/// EXIT_FOUND, with a word on standard error, when less than so many per cent of the reference registers
-/// are mapped or eliminated; EXIT_DONE otherwise, without a bound, and of no registers.
+/// EXIT_FOUND, with a message on standard error, when less than the given percentage of the reference
+/// registers is mapped or eliminated. EXIT_DONE otherwise, without a bound, and without registers.
 EXIT_CODE judge_coverage(const DATABASE& db, const std::string& file, std::optional<double> fail_under);
 
 }  // namespace kptdb

@@ -19,14 +19,14 @@ namespace kptdb {
 
 namespace {
 
-// How a load tells: the problem, what the host was told, and how many elements were unexpected.
+// The messages of a load: the problem, the lines for the host, and the number of unexpected elements.
 struct TOLD {
   KPT_LOAD_PROBLEM problem;
   std::string reason;
   std::size_t unexpected = 0;
 };
 
-// The library tells of elements that do not belong as internal errors, and reads on.
+// The library reports elements that do not belong as internal errors, and continues.
 KPT_UNREGISTERED_DB read(INPUT& input, OUTLINE* outline, TOLD& told) {
   const HOST_LINES lines;
   kpt_host::set_internal_error_sink([&](const char*, const char*, const char*, int) { ++told.unexpected; });
@@ -36,7 +36,7 @@ KPT_UNREGISTERED_DB read(INPUT& input, OUTLINE* outline, TOLD& told) {
   return db;
 }
 
-// Reads the input once more for the lines of what is told, where it can be read once more.
+// Reads the input a second time for the lines of the messages, if it can be read a second time.
 void look_again(INPUT& input, OUTLINE& outline) {
   TOLD ignored;
   if (input.rewind()) {
@@ -101,9 +101,9 @@ bool has_registers(const DATABASE& db) {
 
 DATABASE DATABASE::create(const std::string& name) { return DATABASE(KPT_UNREGISTERED_DB::create(name)); }
 
-// What can be read once alone is shown to an outline as it is read; all else is read once more for
-// it, when there is something to tell. A file that claims more table entries than it has bytes is
-// refused: the library keeps what is set in a table, but the commands would write all of it out.
+// An input that can be read only once goes to an outline while it is read. Any other input is read a
+// second time when there is something to report. A file that claims more table entries than it has
+// bytes is refused: the library stores only the set entries, but the commands would write all of them.
 DATABASE DATABASE::load(const std::string& path, OUTLINE* outline) {
   INPUT input(path);
   const bool is_read_once = !input.rewind();
@@ -168,8 +168,8 @@ void DATABASE::save_plainly(const std::string& path, const std::string& shown) c
   }
 }
 
-// The library writes files. What is to be packed, or is for standard output, is written to one that
-// nobody else sees, and goes from there.
+// The library writes files. A result that is compressed, or goes to standard
+// output, is written to a private file first.
 void DATABASE::save(const std::string& path) const {
   refuse_ids_that_do_not_survive(path);
   if (path != "-" && !is_packed_name(path)) {

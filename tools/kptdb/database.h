@@ -1,6 +1,6 @@
-// A database outside the manager's registry, so that two of one name can be looked at together.
+// A database outside the manager's registry, so that a command can use two databases of one name.
 //
-// Ownership: a DATABASE owns its database; what it hands out is good as long as it lives.
+// Ownership: a DATABASE owns its database. Everything that it returns is valid as long as it exists.
 #ifndef KPTDB_DATABASE_H
 #define KPTDB_DATABASE_H
 
@@ -15,12 +15,12 @@ class DATABASE {
  public:
   /// An empty database.
   static DATABASE create(const std::string& name);
-  /// Reads a database file, or for "-" standard input, packed or not. FAILURE when it cannot be read.
-  /// `outline`, unless null, sees what stands in it.
+  /// Reads a database file, or standard input for "-", compressed or not. FAILURE when
+  /// it cannot be read. `outline`, unless it is null, gets the elements of the file.
   static DATABASE load(const std::string& path, OUTLINE* outline = nullptr);
 
-  /// Writes the file whole or not at all, packed if its name ends with ".gz"; for "-" to standard
-  /// output. FAILURE when that is not possible.
+  /// Writes the file completely or not at all, compressed if its name ends with
+  /// ".gz"; "-" means standard output. FAILURE when that is not possible.
   void save(const std::string& path) const;
 
   const KPT_KEYPOINTS_DB& handle() const { return m_db.get(); }

@@ -1,4 +1,4 @@
-// diff: what two databases say differently about a register.
+// diff: the differences of what two databases say about registers.
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -19,7 +19,7 @@ namespace kptdb {
 
 namespace {
 
-// Texts are put together with this between them: no name holds it.
+// Separates texts that are joined. No name contains it.
 constexpr char SEPARATOR = '\x01';
 
 std::string text_of(const KPT_REGISTER_KEYPOINT& reg) {
@@ -42,12 +42,12 @@ std::string text_of(const KPT_REGISTER_GROUP& group) {
   return fmt::format("[{}]", fmt::join(names, "\x02"));
 }
 
-// An index: the group with its value first, or where it is swapped the other.
+// An index: the group with its value comes first, or the other group when it is swapped.
 std::string text_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, std::size_t index, bool swapped) {
   return text_of(map.get_group(side, index, swapped)) + text_of(map.get_group(side, index, !swapped));
 }
 
-// The order of a side's indices is no fact: they are taken in the order of their texts.
+// The order of a side's indices is not a fact, so they are sorted by their texts.
 std::vector<std::size_t> order_of(const std::vector<std::string>& texts) {
   std::vector<std::size_t> order(texts.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
@@ -83,7 +83,7 @@ SIDE_TEXT side_text(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, b
   return result;
 }
 
-// The states in any order, each once, with the columns in the order of their side.
+// The states, sorted and each once, with the columns in the order of their side.
 std::string states_text(const KPT_STATE_TABLE& table, const SIDE_TEXT& r, const SIDE_TEXT& t) {
   std::vector<std::string> states;
   for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
@@ -105,14 +105,14 @@ std::string oriented_text(const KPT_REGISTER_TRANSFORMATION& map, bool swapped) 
   return text;
 }
 
-// Equal for maps that say the same. A plain map with the groups of both sides exchanged does.
+// Equal for maps that say the same. A plain map says the same when the groups of both sides are swapped.
 std::string fact_of(const KPT_REGISTER_TRANSFORMATION& map) {
   const std::string text = oriented_text(map, false);
   return map.has_fsm() ? text : std::min(text, oriented_text(map, true));
 }
 
-// Whether two groups hold registers of the same names, where each holds one at most. More of them
-// come in any order.
+// Whether two groups of at most one register each have the same names. Several
+// registers may be in any order.
 enum ANSWER { SAME, OTHER, NOT_PLAIN };
 
 ANSWER compare(const KPT_REGISTER_KEYPOINT& a, const KPT_REGISTER_KEYPOINT& b) {
@@ -124,7 +124,7 @@ ANSWER compare(const KPT_REGISTER_KEYPOINT& a, const KPT_REGISTER_KEYPOINT& b) {
              : OTHER;
 }
 
-// Most maps tell of one register a side, with the same value: they need no text.
+// Most maps list one register on each side, with the same value, and need no text.
 ANSWER compare_plain(const KPT_REGISTER_TRANSFORMATION& a, const KPT_REGISTER_TRANSFORMATION& b) {
   if (a.has_fsm() || b.has_fsm() || a.get_elimination() != b.get_elimination()) {
     return NOT_PLAIN;
@@ -143,7 +143,7 @@ ANSWER compare_plain(const KPT_REGISTER_TRANSFORMATION& a, const KPT_REGISTER_TR
   return SAME;
 }
 
-// The facts of maps as texts, each made once.
+// The facts of maps as texts. Each text is made once.
 class FACT_TEXTS {
  public:
   const std::string& of(const KPT_REGISTER_TRANSFORMATION& map) {
@@ -158,14 +158,14 @@ class FACT_TEXTS {
   std::unordered_map<KPT_REGISTER_TRANSFORMATION, std::string> m_facts;
 };
 
-// A register that one database has differently, or not at all.
+// A register about which the databases differ, or that only one of them has.
 struct DIFFERENCE {
   std::optional<REGISTER> first;
   std::optional<REGISTER> second;
   const REGISTER& reg() const { return first ? *first : *second; }
 };
 
-// The register of the other database that stands for the same, if there is one.
+// The same register in the other database, if there is one.
 std::optional<REGISTER> counterpart(const DATABASE& db, const REGISTER& reg) {
   const KPT_REGISTER_KEYPOINT& k = reg.keypoint;
   const KPT_KEYPOINT_SET set = db.registers(reg.side);
@@ -208,7 +208,7 @@ std::size_t size_of(const DATABASE& db) {
   return db.registers(KPT_REFERENCE_SET).size() + db.registers(KPT_TRANSFORMED_SET).size();
 }
 
-// No list of all registers: each is looked up where the other database has it.
+// Makes no list of all registers: each is looked up in the other database.
 std::vector<DIFFERENCE> differences(const DATABASE& first, const DATABASE& second) {
   std::vector<DIFFERENCE> result;
   FACT_TEXTS texts;
@@ -231,7 +231,7 @@ std::vector<DIFFERENCE> differences(const DATABASE& first, const DATABASE& secon
   return result;
 }
 
-// What the register's map says, briefly; "~" stands before a register of the inverse value.
+// A short text of the register's map, with "~" before a register of the inverse value.
 std::string in_short(const REGISTER& reg) {
   if (reg.map.is_null()) {
     return "no map";

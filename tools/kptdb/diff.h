@@ -1,6 +1,6 @@
-// What two databases say differently, register by register.
+// The differences of two databases, register by register.
 //
-// Ownership: values of the caller.
+// Ownership: the caller owns the values.
 #ifndef KPTDB_DIFF_H
 #define KPTDB_DIFF_H
 
@@ -11,7 +11,7 @@
 
 namespace kptdb {
 
-/// A register of which two databases tell differently, and what each says, briefly.
+/// A register of which two databases say different things, and a short text of each.
 struct CHANGE {
   KPT_SET_ENUM side;
   std::string name;

@@ -26,7 +26,7 @@ class EVENTS {
   using SIDES = std::array<KPT_SET_ENUM, 2>;
   static constexpr SIDES BOTH{KPT_REFERENCE_SET, KPT_TRANSFORMED_SET};
 
-  // Only what is written as it is can be read back as it is.
+  // Only a text that is written unchanged can be read back unchanged.
   void write(const JSON& event) {
     try {
       m_sink(event.dump() + "\n");
@@ -83,7 +83,7 @@ class EVENTS {
     return result;
   }
 
-  // One register a side, as it is: the shorter event says the same.
+  // One register on each side, not inverted: the shorter event says the same.
   static bool is_kept(const KPT_REGISTER_TRANSFORMATION& map) {
     const auto is_single = [&](KPT_SET_ENUM side) {
       return map.get_number_of_indices(side) == 1 && map.get_group(side, 0, false).size() == 1 &&
@@ -93,7 +93,7 @@ class EVENTS {
            is_single(KPT_TRANSFORMED_SET);
   }
 
-  // Whether `associate_groups` takes the map: registers that are new, a table of its size.
+  // Whether `associate_groups` accepts the map: new registers, and a table of the right size.
   bool is_checkable(const KPT_REGISTER_TRANSFORMATION& map) {
     std::size_t registers = 0;
     bool are_new = true;
@@ -121,8 +121,8 @@ class EVENTS {
            map.get_number_of_indices(KPT_TRANSFORMED_SET) == width_of(table, KPT_TRANSFORMED_SET);
   }
 
-  // A file may list ids that no register has. What is said with the help of one is left out, and the
-  // map says that it does not show all.
+  // A file may list ids that no register has. Everything that depends on one is
+  // left out, and the map is marked as incomplete.
   static std::size_t lost_places(const KPT_REGISTER_TRANSFORMATION& map) {
     std::size_t lost = 0;
     for (const KPT_SET_ENUM side : BOTH) {
@@ -173,7 +173,7 @@ class EVENTS {
     write(event);
   }
 
-  // What no map lists, and what has attributes of its own.
+  // Writes the registers that no map lists, and those that have attributes.
   void write_registers() {
     for (const KPT_SET_ENUM side : BOTH) {
       for (const KPT_REGISTER_KEYPOINT& reg : m_db.get_set(side)) {

@@ -1,7 +1,7 @@
-// A database as the lines of an event file, from which record makes one that answers every question in
-// the same way.
+// Writes a database as the lines of an event file. `record` makes a database from
+// them that gives the same answers.
 //
-// Ownership: arguments are read during the call only.
+// Ownership: arguments are read only during the call.
 #ifndef KPTDB_EVENT_LINES_H
 #define KPTDB_EVENT_LINES_H
 
@@ -15,8 +15,8 @@ namespace kptdb {
 
 using LINE_SINK = std::function<void(std::string_view line)>;
 
-/// Hands every line to `sink`, with its line end. Returns how many places of maps were left out, since
-/// they name ids of no register. FAILURE for a text that no event can hold.
+/// Gives every line to `sink`, with its line end. Returns the number of map entries that were
+/// left out because no register has their ids. FAILURE for a text that no event can hold.
 std::size_t write_event_lines(const KPT_KEYPOINTS_DB& db, const LINE_SINK& sink);
 
 }  // namespace kptdb

@@ -1,6 +1,6 @@
-// An event file, line by line, into a database.
+// Replays an event file into a database, line by line.
 //
-// Ownership: the database is the caller's and outlives it; texts are values.
+// Ownership: the caller owns the database, which outlives the replay; texts are values.
 #ifndef KPTDB_EVENT_REPLAY_H
 #define KPTDB_EVENT_REPLAY_H
 
@@ -15,12 +15,12 @@
 
 namespace kptdb {
 
-/// Empty when the event was recorded. Beyond what the library refuses, a machine whose codes contradict each other is.
+/// Empty when the event was recorded. Also refuses a machine whose codes contradict each other.
 std::string record_event(const KPT_KEYPOINTS_DB& db, const EVENT& event, HOST_LINES& lines);
 
 class EVENT_REPLAY {
  public:
-  /// Why a line was not recorded. It is no event where `event` is empty.
+  /// Why a line was not recorded. When `event` is empty, the line is not an event.
   struct REFUSAL {
     std::string event;
     std::string reason;
@@ -31,7 +31,7 @@ class EVENT_REPLAY {
   /// Records the event of a line that is not blank.
   std::optional<REFUSAL> take(std::string_view line, HOST_LINES& host_lines);
   std::size_t recorded() const { return m_recorded; }
-  /// Whether the file's end was there; nothing may follow it.
+  /// Whether the file's end has been read; nothing may follow it.
   bool has_ended() const { return m_has_ended; }
 
  private:

@@ -18,9 +18,9 @@ namespace {
 
 using JSON = nlohmann::json;
 
-// A state table counts states and registers in 16 bits.
+// A state table counts states and registers with 16 bits.
 constexpr std::size_t MOST_STATES = std::numeric_limits<unsigned short>::max();
-// An event is an object of lists of lists; anything deeper is no event, however deep it goes on.
+// An event is an object with lists of lists. Anything deeper is not an event.
 constexpr int DEEPEST_EVENT = 5;
 
 [[noreturn]] void refuse(const std::string& text) { throw EVENT_ERROR(text); }
@@ -30,7 +30,7 @@ std::string without_exception_tag(std::string_view what) {
   return printable(end == std::string_view::npos ? what : what.substr(end + 2));
 }
 
-// Of two values of one key the parser would keep the last.
+// The parser would keep the last of two values of one key.
 class KEYS {
  public:
   void check(JSON::parse_event_t event, const JSON& parsed) {
@@ -67,7 +67,7 @@ JSON parse_object(std::string_view line) {
   }
 }
 
-// Every event may say which pass it comes from, and more for people.
+// Every event may name its pass, and have a note for people.
 constexpr std::string_view REMARKS[] = {"event", "pass", "note"};
 
 void refuse_other_keys(const JSON& object, std::initializer_list<std::string_view> keys, bool is_event = true) {
@@ -191,7 +191,7 @@ WHAT parse_retime_inverter(const JSON& object) {
   return RETIME_INVERTER{text_at(object, "register")};
 }
 
-// A reason of the reference register, or the transformed register's own value.
+// A reason for the reference register, or the transformed register's own value.
 WHAT parse_eliminate(const JSON& object) {
   refuse_other_keys(object, {"register", "reason", "value"});
   const auto value = object.find("value");
@@ -236,7 +236,7 @@ std::vector<EVENT_GROUPS> side_at(const JSON& object, const char* key) {
   return side;
 }
 
-// The number of columns of each side, where the indices do not tell it.
+// The number of columns of each side, when the indices do not give it.
 void read_columns(const JSON& object, MAP::TABLE* table) {
   const JSON& columns = required(object, "columns");
   const auto is_count = [](const JSON& value) {

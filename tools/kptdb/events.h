@@ -18,7 +18,7 @@
 
 namespace kptdb {
 
-/// A signal, or with `instance` a block instance.
+/// A signal, or a block instance if `instance` is set.
 struct EVENT_REGISTER {
   struct INSTANCE {
     std::string entity;
@@ -54,7 +54,7 @@ struct RETIME_INVERTER {
   std::string name;
 };
 
-/// `value`: what the transformed register itself is, instead of a reason.
+/// `value`: the value of the transformed register itself, instead of a reason.
 struct ELIMINATE {
   std::string name;
   KPT_ELIM_ENUM reason;
@@ -70,7 +70,7 @@ struct EVENT_GROUPS {
   GROUP inverse;
 };
 
-/// A map of any shape. `as_it_is`: another database has it, and nothing of it is checked.
+/// A map of any shape. `as_it_is`: it comes from another database, and nothing is checked.
 struct MAP {
   struct TABLE {
     std::size_t reference = 0;  // columns
@@ -85,26 +85,26 @@ struct MAP {
   bool as_it_is = false;
 };
 
-/// A register that is known, whatever a map says of it, and its attributes.
+/// A register that exists, whether or not a map lists it, and its attributes.
 struct KNOWN_REGISTER {
   KPT_SET_ENUM side;
   EVENT_REGISTER reg;
   ATTRIBUTES attributes;
 };
 
-/// The last line of a file: how many events stand before it.
+/// The last line of a file: the number of events before it.
 struct END {
   std::uint64_t events;
 };
 
 struct EVENT {
   std::variant<ASSOCIATE, ASSOCIATE_FSM, REPLICATE, MERGE, RETIME_INVERTER, ELIMINATE, MAP, KNOWN_REGISTER, END> what;
-  // Empty for none. They are attributes of the map that the event makes or changes.
+  // Empty when there is none. They become attributes of the map that the event makes or changes.
   std::string pass;
   std::string note;
 };
 
-/// A line that is no event. The text says why.
+/// A line that is not an event. The text says why.
 class EVENT_ERROR : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -112,7 +112,7 @@ class EVENT_ERROR : public std::runtime_error {
 
 EVENT parse_event(std::string_view line);
 
-/// The event in a few words, on one line.
+/// A short text of the event, on one line.
 std::string describe(const EVENT& event);
 std::string describe(const EVENT_REGISTER& reg);
 

@@ -1,4 +1,4 @@
-// explain: the way of one register through the stages, a line a stage.
+// explain: the path of one register through the stages, with one line for each stage.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -18,11 +18,11 @@ namespace {
 
 constexpr KPT_SET_ENUM SIDES[] = {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET};
 
-// A register as it stands between two stages.
+// A register between two stages.
 struct STEP {
   KPT_REGISTER_KEYPOINT keypoint;
-  bool inverted = false;  // against the register that is explained
-  bool encoded = false;   // a machine lies between: there is no sense to tell
+  bool inverted = false;  // relative to the explained register
+  bool encoded = false;   // a machine is between: there is no polarity
 };
 using STEPS = std::vector<STEP>;
 
@@ -48,7 +48,7 @@ bool lists(const KPT_REGISTER_GROUP& group, const KPT_REGISTER_KEYPOINT& keypoin
   return false;
 }
 
-// Where the side lists a register, and in which sense.
+// The position of a register on a side, and its polarity.
 struct PLACE {
   std::size_t index = 0;
   bool inverted = false;
@@ -78,7 +78,7 @@ std::string list_of(const STEPS& steps) {
   return text;
 }
 
-// The names of the bits of a machine, then a line a state.
+// The names of the bits of a machine, then one line for each state.
 std::string table_of(const KPT_REGISTER_TRANSFORMATION& map) {
   std::string text = "   ";
   for (const KPT_SET_ENUM side : SIDES) {
@@ -128,7 +128,7 @@ std::string value_of(const KPT_REGISTER_TRANSFORMATION& map, const PLACE& place)
   return map.is_stuck_at_one() != (place.inverted != first_inverted) ? "1" : "0";
 }
 
-// What one stage says of one register; the registers that it goes on as.
+// What one stage says of one register, and the registers that it becomes.
 std::string line_of(const KPT_KEYPOINTS_DB& stage, KPT_SET_ENUM from, const STEP& step, STEPS* next) {
   const std::string name = name_of(step.keypoint);
   const KPT_REGISTER_KEYPOINT keypoint = found_in(stage.get_set(from), step.keypoint);
@@ -198,8 +198,8 @@ std::string together(const KPT_KEYPOINTS_DB& all, KPT_SET_ENUM from, const KPT_R
   return text + "\n";
 }
 
-// By name alone a signal is meant, or the only block instance of that name. Of
-// several instances none is meant more than another.
+// A name means a signal, or the only block instance of that name. When there are
+// several instances, it means none of them.
 KPT_REGISTER_KEYPOINT named(const KPT_KEYPOINT_SET& set, const std::string& name) {
   KPT_REGISTER_KEYPOINT found = set.get_register(name);
   if (!found.is_null()) {

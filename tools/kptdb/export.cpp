@@ -1,4 +1,4 @@
-// export: the facts in other forms; json and csv are here.
+// export: the facts in other formats. json and csv are here.
 #include "export.h"
 
 #include <fmt/format.h>
@@ -11,7 +11,7 @@ namespace kptdb {
 
 namespace {
 
-// One fact at a time: a netlist has more of them than would be wise to hold as text.
+// One fact at a time, because the text of all facts of a netlist is too large.
 class JSON_LIST {
  public:
   JSON_LIST(RESULT_FILE& out, std::string_view name) : m_out(out) { m_out.write(fmt::format(",\n\"{}\": [", name)); }
@@ -79,8 +79,8 @@ void write_state_rows(RESULT_FILE& out, std::size_t number, const KPT_REGISTER_T
   }
 }
 
-// One row for every place of a register in a map, and one for every state of a state machine; a
-// register without a map has a row with an empty map.
+// One row for every occurrence of a register in a map, and one for every state of
+// a state machine. A register without a map has a row with an empty map.
 void export_csv(const DATABASE& db, RESULT_FILE& out) {
   out.write(
       "map,kind,elimination,side,index,group,id,name,register_kind,entity,type,reference_code,"

@@ -1,6 +1,6 @@
-// The forms of `export` that have a source of their own.
+// The formats of `export` with a source of their own.
 //
-// Ownership: arguments are read during the call only.
+// Ownership: arguments are read only during the call.
 #ifndef KPTDB_EXPORT_H
 #define KPTDB_EXPORT_H
 
@@ -10,11 +10,11 @@
 
 namespace kptdb {
 
-/// A picture of all maps, or of those of one register, for Graphviz.
+/// A picture for Graphviz of all maps, or of the maps of one register.
 void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& out);
 
-/// The state encodings, as synthesis tools exchange them: for every state machine a line
-/// ".fsm MODULE SIGNAL" and a line ".map OLD NEW" a state, most significant bit first.
+/// The state encodings, as synthesis tools exchange them: a line ".fsm MODULE SIGNAL" for
+/// every state machine and a line ".map OLD NEW" for every state, most significant bit first.
 void export_encfile(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& out);
 
 /// The lines of an event file from which record makes a database that says the same.

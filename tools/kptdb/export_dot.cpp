@@ -1,5 +1,5 @@
-// A picture for Graphviz: reference registers to the left, maps in the middle, transformed
-// registers to the right.
+// A picture for Graphviz: reference registers on the left, maps in the middle,
+// transformed registers on the right.
 #include <fmt/format.h>
 
 #include <algorithm>

@@ -46,8 +46,8 @@ std::vector<std::string> column_names(const KPT_REGISTER_TRANSFORMATION& map, KP
   return names;
 }
 
-// Registers that are the bits of one vector are that vector. Any others stand in the order of
-// their columns, under the name of the first.
+// Registers that are the bits of one vector are that vector. Any other registers
+// are in the order of their columns, with the name of the first.
 SIGNAL signal_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   const std::vector<std::string> names = column_names(map, side);
   SIGNAL signal{names.empty() ? std::string() : names.front(), std::vector<std::size_t>(names.size())};
@@ -78,11 +78,11 @@ std::string signal_code(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigne
 }
 
 bool widths_fit(const KPT_REGISTER_TRANSFORMATION& map, const KPT_STATE_TABLE& table) {
-  return map.get_number_of_indices(KPT_REFERENCE_SET) == width_of(table, KPT_REFERENCE_SET) &&
+  return !has_void_table(map) && map.get_number_of_indices(KPT_REFERENCE_SET) == width_of(table, KPT_REFERENCE_SET) &&
          map.get_number_of_indices(KPT_TRANSFORMED_SET) == width_of(table, KPT_TRANSFORMED_SET);
 }
 
-// A name with a blank or a line end in it would read as two.
+// A name with a blank or a line end would be read as two names.
 void refuse_blanks(std::string_view what, const std::string& name) {
   if (name.empty() || !kpt_file_can_hold(name) || name.find_first_of(" \t\r\n") != std::string::npos) {
     throw FAILURE(EXIT_FOUND, fmt::format("an encoding file cannot hold the {} \"{}\"", what, printable(name)));

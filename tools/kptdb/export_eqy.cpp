@@ -14,8 +14,8 @@ namespace kptdb {
 
 namespace {
 
-// A name as a pattern that matches nothing else: every character that could mean something has a
-// backslash before it. A digit must not, since that would refer to a group.
+// A name as a pattern that matches nothing else: every character with a special meaning
+// gets a backslash. A digit must not get one, because that would refer to a group.
 std::string pattern_of(std::string_view name) {
   std::string pattern;
   for (const char c : name) {
@@ -26,7 +26,7 @@ std::string pattern_of(std::string_view name) {
   return pattern;
 }
 
-// Words are divided by blanks, and a backslash before a digit is a group.
+// Blanks separate words, and a backslash before a digit means a group.
 bool can_be_pattern(std::string_view name) {
   return !name.empty() &&
          std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c <= '~' && c != '\\'; });
@@ -65,7 +65,7 @@ void write_matches(const FACTS& facts, RESULT_FILE& out, UNSAID& unsaid) {
   }
 }
 
-// The wire whose bits are the columns of a side, each column with its bit: empty without one.
+// The wire whose bits are the columns of a side, with the bit of each column; empty when there is none.
 struct WIRE {
   std::string name;
   std::map<std::int64_t, std::uint32_t, std::greater<>> columns;  // by index, from the left

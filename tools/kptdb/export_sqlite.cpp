@@ -1,5 +1,5 @@
-// export: tables of SQLite. Every table begins with the design, so that many designs share a file
-// and each can be found, replaced or moved to another server by itself.
+// export: tables of SQLite. Every key begins with the design, so that many designs
+// share a file, and each can be found, replaced or moved to another server separately.
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -143,7 +143,7 @@ class SQLITE_TABLES {
         place = member.transformed == was_transformed ? place : 0;
         was_transformed = member.transformed;
         const auto number = m_number.find(&member.reg.get_name());
-        if (number != m_number.end()) {  // a register that left its side may still stand in a map
+        if (number != m_number.end()) {  // a map may list a register that left its side
           insert.number(f).number(member.transformed ? 1 : 0).number(place++).number(number->second);
           insert.number(member.column).number(member.inverse ? 1 : 0).end_row();
         }
@@ -175,10 +175,10 @@ class SQLITE_TABLES {
   SQL_FILE& m_file;
   const FACTS& m_facts;
   std::string m_design;
-  boost::unordered_flat_map<const void*, std::int64_t> m_number;  // by the register's name, where it lives
+  boost::unordered_flat_map<const void*, std::int64_t> m_number;  // by the address of the register's name
 };
 
-// A file of another kind or version is left as it is.
+// A file of another kind or version is not changed.
 void prepare_for_append(SQL_FILE& file, const std::string& path) {
   file.run("BEGIN IMMEDIATE");
   if (file.number("SELECT count(*) FROM sqlite_master") == 0) {
@@ -200,7 +200,7 @@ void append_sqlite(const FACTS& facts, const std::string& design, const std::str
   file.run("COMMIT");
 }
 
-// Nothing is lost with the file that is being made, so it needs no journal.
+// The file is new, so it needs no journal: nothing can be lost.
 void export_sqlite(const FACTS& facts, const std::string& design, const std::string& source, const std::string& path) {
   std::string temporary = path + ".XXXXXX";
   const int descriptor = ::mkstemp(temporary.data());

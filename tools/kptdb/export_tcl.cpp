@@ -30,7 +30,7 @@ namespace eval ::kpt {
 
 void append_code_point(std::string& text, unsigned code) { text += fmt::format("\\u{:04x}", code); }
 
-// The code point that begins at a byte, if it is UTF-8 of the length that Tcl's \u can say.
+// The code point at a byte, if it is UTF-8 and short enough for Tcl's \u.
 struct CODE_POINT {
   unsigned code = 0;
   std::size_t size = 0;
@@ -50,7 +50,7 @@ CODE_POINT code_point_at(std::string_view text, std::size_t at) {
   return {byte(0), 1};
 }
 
-// A word that Tcl reads back as the text, in a command and in a list alike.
+// A word that Tcl reads as the text, both in a command and in a list.
 std::string word(std::string_view text) {
   if (text.empty()) {
     return "{}";
@@ -74,7 +74,7 @@ std::string word(std::string_view text) {
   return result;
 }
 
-// A pin as timing programs find it: the instance, a slash, the pin.
+// A pin as timing programs name it: the instance, a slash, the pin.
 std::string object_of(const KPT_REGISTER_KEYPOINT& reg) { return name_in_netlist(reg, '/'); }
 
 std::string_view kind_of(const KPT_REGISTER_KEYPOINT& reg) { return reg.is_block_instance() ? "pin" : "net"; }

@@ -26,7 +26,7 @@ constexpr unsigned SHOW_INVERTED = 0x40;
 constexpr unsigned SHOW_COMMENT = 0x200;
 constexpr unsigned SHOW_TRANSLATED = 0x2000;
 
-// A label stands between braces, and ends at a blank or a brace.
+// A label is between braces and ends at a blank or a brace.
 std::string label_of(std::string_view name) {
   std::string label = printable(name);
   std::replace_if(
@@ -34,13 +34,13 @@ std::string label_of(std::string_view name) {
   return label;
 }
 
-// A bit of the netlist, as the viewer calls it.
+// A bit of the netlist with the viewer's name.
 struct TRACE {
   std::string object;
   bool inverse = false;
 };
 
-// A state machine's registers and codes, in the order in which they are shown.
+// A state machine's registers and codes, in the order of the display.
 struct SHOWN_MACHINE {
   std::string label;
   std::vector<std::uint32_t> reference_columns;
@@ -59,10 +59,11 @@ std::vector<const FACT_MEMBER*> columns_of(const FACTS& facts, const FACT& fact,
   return columns;
 }
 
-// The registers as one vector where they are one, else one after the other.
+// The registers as one vector if they are one, otherwise one after the other.
 SHOWN_MACHINE shown_machine(const FACTS& facts, const FACT& fact) {
   const std::vector<const FACT_MEMBER*> columns = columns_of(facts, fact, false);
   std::vector<std::string> names;
+  names.reserve(columns.size());
   for (const FACT_MEMBER* member : columns) {
     names.push_back(member == nullptr ? "?" : name_in_netlist(member->reg, '.'));
   }
@@ -77,7 +78,7 @@ SHOWN_MACHINE shown_machine(const FACTS& facts, const FACT& fact) {
   return machine;
 }
 
-// Codes by the bits that are shown; where several states share them, x marks what differs.
+// Codes by the displayed bits. When several states share these, x marks the bits that differ.
 void add_codes(const FACTS& facts, const FACT& fact, const std::vector<std::pair<std::uint32_t, bool>>& shown,
                SHOWN_MACHINE& machine) {
   for (const auto& [reference, transformed] : facts.codes_of(fact)) {
@@ -146,7 +147,7 @@ class GTKWAVE_FILES {
     return trace;
   }
 
-  // A vector is one trace if all its bits have the same sense.
+  // A vector is one trace if all its bits have the same polarity.
   void write_bus(const BUS& bus, const std::vector<std::string_view>& names) {
     std::string objects;
     std::optional<bool> inverse;
@@ -184,7 +185,7 @@ class GTKWAVE_FILES {
     }
   }
 
-  // Once, where its first register stands.
+  // Once, at the position of its first register.
   void write_machine(std::uint32_t number) {
     if (m_is_written[number]) {
       return;
@@ -209,10 +210,10 @@ class GTKWAVE_FILES {
     const std::string filter = fmt::format("{}/machine_{}.txt", m_options.folder, ++m_machines);
     std::string text = "# " + machine.label + "\n";
     for (const auto& [key, code] : machine.codes) {
-      text += key + " " + code + "\n";
+      text += fmt::format("{} {}\n", key, code);
     }
     write_file(filter, text);
-    // A trace of one bit has no braces of a vector.
+    // A trace of one bit has no braces.
     m_text +=
         fmt::format("@{:x}\n^1 {}\n{}{{{}}}{}\n", SHOW_BINARY | SHOW_TRANSLATED,
                     std::filesystem::absolute(filter).string(), shown.size() > 1 ? '#' : '+', machine.label, objects);
@@ -240,8 +241,8 @@ void export_gtkwave(const FACTS& facts, const std::string& name, const VIEWER_OP
   GTKWAVE_FILES(facts, options).write(file_name_of(label_of(name)));
 }
 
-// A mapping is for one variable of the viewer. So the bits are those of one vector of the netlist,
-// from the left; a machine whose registers are no such vector has no variable to map.
+// A mapping belongs to one variable of the viewer. So the bits are those of one vector of the
+// netlist, from the left. A machine whose registers are not such a vector has no variable to map.
 void export_surfer(const FACTS& facts, const VIEWER_OPTIONS& options) {
   make_folder(options.folder);
   std::size_t number = 0;

@@ -3,13 +3,15 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <utility>
 
+#include "model.h"
+
 namespace kptdb {
 
 namespace {
 
 bool fits(const KPT_REGISTER_TRANSFORMATION& map) {
   const KPT_STATE_TABLE table = map.get_state_table();
-  return map.get_number_of_indices(KPT_REFERENCE_SET) == table.get_state_reference_size() &&
+  return !has_void_table(map) && map.get_number_of_indices(KPT_REFERENCE_SET) == table.get_state_reference_size() &&
          map.get_number_of_indices(KPT_TRANSFORMED_SET) == table.get_state_transformed_size();
 }
 
@@ -36,7 +38,7 @@ FACT_KIND plain_kind(const FACT& fact, bool has_copy) {
   if (is_constant(reason)) {
     return CONSTANT_FACT;
   }
-  return has_copy ? PLAIN_FACT : reason == KPT_NO_FANOUT ? UNUSED_FACT : NO_FACT;
+  return has_copy ? PLAIN_FACT : fact.map.get_fate(0) == KPT_FATE_WITHOUT_FANOUT ? UNUSED_FACT : NO_FACT;
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
-// What a database says of every register, in the few words that waves, audits and exports need.
+// The facts of a database about every register, as waves, audits and exports need them.
 //
-// A fact is what one map says. A plain fact has one value; each of its registers carries that value
-// or its inverse. A fact about a state machine has a value for each column of either side, and a
-// list of the codes that the columns take together. Whatever a map does not say for certain is no
-// fact: a machine whose table does not have the size of its sides says nothing.
+// A fact is what one map says. A plain fact has one value, and each of its registers holds
+// this value or the inverse. A fact about a state machine has one value for each column of
+// both sides, and a list of the codes that the columns take together. What a map does not
+// say for certain is not a fact: a machine whose table does not fit its sides says nothing.
 //
-// Ownership: everything here points into a database and is good as long as that lives.
+// Ownership: everything here points into a database and is valid as long as the database exists.
 #ifndef KPTDB_FACTS_H
 #define KPTDB_FACTS_H
 
@@ -34,7 +34,7 @@ struct FACT {
   KPT_REGISTER_TRANSFORMATION map;
   FACT_KIND kind = NO_FACT;
   bool constant = false;  // the value, of a constant fact
-  /// A state machine that says nothing, since its table does not have the size of its sides.
+  /// A state machine that says nothing, because its table does not fit its sides.
   bool is_misfit = false;
   std::uint32_t first_member = 0;  // reference registers first, each side in order of columns
   std::uint32_t end_member = 0;
@@ -60,12 +60,12 @@ class FACTS {
   const std::vector<FACT>& all() const { return m_facts; }
   /// The reference registers, in the order of a saved file.
   const std::vector<SUBJECT>& subjects() const { return m_subjects; }
-  /// The transformed registers, likewise.
+  /// The transformed registers, in the same order.
   const std::vector<SUBJECT>& successors() const { return m_successors; }
   const FACT_MEMBER& member(std::size_t k) const { return m_members[k]; }
-  /// The fact about a register; one that says nothing for a register without a map.
+  /// The fact about a register. For a register without a map it says nothing.
   const FACT& fact_of(const SUBJECT& subject) const;
-  /// The transformed registers that carry the register's value or its inverse; none for the bit of a machine.
+  /// Visits the transformed registers that hold the register's value or the inverse; none for the bit of a machine.
   template <class VISITOR>
   void for_each_copy(const SUBJECT& subject, VISITOR visit) const {
     const FACT& fact = fact_of(subject);
@@ -78,7 +78,7 @@ class FACTS {
       }
     }
   }
-  /// The constant that the register is.
+  /// The value of a constant register.
   std::optional<bool> constant_of(const SUBJECT& subject) const;
   std::vector<CODE_PAIR> codes_of(const FACT& fact) const;
 
@@ -93,8 +93,8 @@ class FACTS {
   FACT m_none;
 };
 
-/// The name under which a dump or another tool knows a register: of a block instance its pin,
-/// "name<divider>pin".
+/// The name of a register in a dump or in another tool. For a block instance it
+/// is the pin, "name<divider>pin".
 std::string name_in_netlist(const KPT_REGISTER_KEYPOINT& reg, char divider);
 
 inline std::string_view name_of(const KPT_REGISTER_KEYPOINT& reg) { return reg.get_name(); }

@@ -13,7 +13,7 @@ namespace kptdb {
 
 namespace {
 
-// A number as the writer writes it, within what the library's ids and counts can be.
+// A number in the writer's form, in the range of the library's ids and counts.
 std::optional<int> number(std::string_view text) {
   int value = 0;
   const char* const end = text.data() + text.size();
@@ -47,7 +47,7 @@ void FILE_FINDINGS::on_key_point(const KEY_POINT& k) {
     return;
   }
   check_id(k);
-  // A length tells the name from the type behind it.
+  // A length separates the name from the type after it.
   const std::string_view name = k.name ? std::string_view(*k.name) : std::string_view();
   m_name = k.side == KPT_REFERENCE_SET ? 'r' : 't';
   m_name += std::to_string(name.size());
@@ -86,7 +86,7 @@ void FILE_FINDINGS::on_map(std::size_t line, std::string_view elim_type) {
   }
 }
 
-// The registers stand before the maps: a set behind them ends the load.
+// The registers come before the maps, because a set after them ends the load.
 void FILE_FINDINGS::on_entry(std::size_t line, KPT_SET_ENUM side, std::string_view text) {
   const std::optional<int> id = number(text);
   if (!id) {

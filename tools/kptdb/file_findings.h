@@ -1,4 +1,4 @@
-// What a careful reader would object to in the text of a database file, found while it is loaded.
+// The faults in the text of a database file, which are found while it is loaded.
 //
 // Ownership: owns its findings.
 #ifndef KPTDB_FILE_FINDINGS_H

@@ -87,7 +87,7 @@ void RESULT_FILE::open_temporary() {
     throw FAILURE(EXIT_FOUND, m_path + ": not written: it is not a regular file");
   }
   const bool is_packed = is_packed_name(m_path);
-  // Behind a symbolic link it is the file it leads to that is replaced.
+  // For a symbolic link, the file that it names is replaced.
   const std::unique_ptr<char, void (*)(void*)> real(exists ? ::realpath(m_path.c_str(), nullptr) : nullptr, std::free);
   m_path = real == nullptr ? m_path : real.get();
   m_temporary = m_path + ".XXXXXX";
@@ -96,7 +96,7 @@ void RESULT_FILE::open_temporary() {
     m_temporary.clear();
     fail();
   }
-  // mkstemp gives the file to its owner alone.
+  // Only the owner may read a file of mkstemp.
   const mode_t mask = ::umask(0);
   ::umask(mask);
   const mode_t mode = exists ? state.st_mode & 0777U : 0666U & ~mask;
@@ -110,7 +110,7 @@ void RESULT_FILE::open_temporary() {
   }
 }
 
-// The same text gives the same bytes: neither a name nor a time goes into the file.
+// The same text gives the same bytes, because the file contains neither a name nor a time.
 void RESULT_FILE::pack(int descriptor) {
   m_packed = gzdopen(descriptor, "wb");
   if (m_packed != nullptr) {
@@ -140,7 +140,7 @@ void RESULT_FILE::write(std::string_view text) {
   }
 }
 
-// What is not on the disk has not been written.
+// A file that is not on the disk counts as not written.
 bool RESULT_FILE::close() {
   if (m_packed != nullptr) {
     const int descriptor = ::open(m_temporary.c_str(), O_WRONLY | O_CLOEXEC);

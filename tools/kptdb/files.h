@@ -1,6 +1,6 @@
-// Files as the commands need them.
+// The files of the commands.
 //
-// Ownership: texts are values of the caller. Every failure is a FAILURE that names the file.
+// Ownership: the caller owns the texts. Every failure is a FAILURE that names the file.
 #ifndef KPTDB_FILES_H
 #define KPTDB_FILES_H
 
@@ -23,11 +23,11 @@ std::uint64_t file_size(const std::string& path);
 class LINE_READER {
  public:
   explicit LINE_READER(const std::string& path);
-  /// False at the end. A line longer than any event could be ends the command.
+  /// False at the end. A line that is too long for any event ends the command.
   bool next(std::string& line);
-  /// The number of the line last read, from 1.
+  /// The number of the last line that was read, from 1.
   std::size_t line_number() const { return m_line; }
-  /// How far reading has come in the file as it lies there.
+  /// The position in the file, which may be compressed.
   std::uint64_t bytes_read() const { return m_input.position(); }
 
  private:
@@ -36,26 +36,26 @@ class LINE_READER {
   std::string m_path;
   INPUT m_input;
   std::vector<char> m_block;
-  std::size_t m_at = 0;   // in the block
-  std::size_t m_end = 0;  // of what was read into it
+  std::size_t m_at = 0;   // position in the block
+  std::size_t m_end = 0;  // end of the bytes in it
   std::size_t m_line = 0;
 };
 
-/// Where a command's result goes: standard output, or a file that is there whole or not at all.
+/// The destination of a command's result: standard output, or a file that is written completely or not at all.
 class RESULT_FILE {
  public:
-  /// An empty path and "-" stand for standard output. A file whose name ends with ".gz" is packed.
+  /// An empty path and "-" mean standard output. A file whose name ends with ".gz" is compressed.
   explicit RESULT_FILE(const std::string& path);
-  /// For what is said beside a result that goes to `output`: standard output, unless the result has that.
+  /// For messages beside a result that goes to `output`: standard output, unless the result uses it.
   static RESULT_FILE beside(const std::string& output);
   ~RESULT_FILE();
   RESULT_FILE(const RESULT_FILE&) = delete;
   RESULT_FILE& operator=(const RESULT_FILE&) = delete;
 
   void write(std::string_view text);
-  /// Everything is written: gives the file its name.
+  /// Call it when everything is written: gives the file its name.
   void finish();
-  /// What messages call it.
+  /// Its name in messages.
   std::string shown() const { return m_path.empty() ? "standard output" : m_path; }
 
   /// Whether anything was written to standard output.
@@ -69,12 +69,12 @@ class RESULT_FILE {
   [[noreturn]] void fail() const;
 
   std::string m_path;       // empty for a stream
-  std::string m_temporary;  // empty once there is nothing to remove
+  std::string m_temporary;  // empty when there is nothing to remove
   std::FILE* m_file = nullptr;
   gzFile m_packed = nullptr;
 };
 
-/// A new folder that nobody else can read, and that goes with everything in it.
+/// A new private folder, which is removed with everything in it.
 class SCRATCH_FOLDER {
  public:
   SCRATCH_FOLDER();

@@ -27,7 +27,7 @@ std::vector<REGISTER> find_registers(const DATABASE& db, const std::string& name
   return result;
 }
 
-// Near is up to a third of the name; the first of the nearest.
+// A near name differs in at most a third of the name. Returns the first of the nearest.
 std::string close_name(const DATABASE& db, const std::string& name, const std::string& side) {
   std::string nearest;
   std::size_t distance = std::max<std::size_t>(2, name.size() / 3 + 1);

@@ -1,6 +1,6 @@
 // Finding registers by name.
 //
-// Ownership: as in model.h.
+// Ownership: like model.h.
 #ifndef KPTDB_FIND_H
 #define KPTDB_FIND_H
 
@@ -11,16 +11,16 @@
 
 namespace kptdb {
 
-/// The sides that an option names; both for none.
+/// The sides that an option names; both when it names none.
 std::vector<KPT_SET_ENUM> sides_named(const std::string& side);
 
 /// All registers of that name, signals and block instances. An empty side means both.
 std::vector<REGISTER> find_registers(const DATABASE& db, const std::string& name, const std::string& side);
 
-/// The name nearest to one that is not there, or nothing when none is near.
+/// The name nearest to an unknown one; empty when none is near.
 std::string close_name(const DATABASE& db, const std::string& name, const std::string& side);
 
-/// What to say of a name that is not there.
+/// The message for an unknown name.
 std::string not_found_text(const std::string& file, const std::string& name, const std::string& side,
                            const std::string& close);
 

@@ -12,10 +12,10 @@ namespace kptdb {
 
 namespace {
 
-// As many lines as a failing operation can have to say; a load has one for every odd table.
+// More lines than a failing operation issues; a load issues one for every odd table.
 constexpr std::size_t MOST_LINES = 100;
 
-// What a failure's line begins or ends with. All others announce or time what is being done.
+// The beginnings and ends of lines about failures. All other lines announce or time an operation.
 constexpr std::array<std::string_view, 2> BEGINNINGS{"Error: ", "Caught "};
 constexpr std::array<std::string_view, 2> ENDS{" does not exist in T", " already exists in T"};
 
@@ -24,7 +24,7 @@ bool tells_of_failure(std::string_view line) {
          std::any_of(ENDS.begin(), ENDS.end(), [&](auto text) { return line.ends_with(text); });
 }
 
-// Some of the library's lines carry the blanks of a longer text.
+// Some of the library's lines contain the blanks of a longer text.
 std::string on_one_line(std::string_view text) {
   std::string result;
   for (const char c : text) {

@@ -1,7 +1,7 @@
-// What the library says while it works, kept instead of shown.
+// The library's messages and lines, which are kept instead of shown.
 //
-// Ownership: while one lives, it has the reference host's sinks; they are the host's own again
-// afterwards. One at a time.
+// Ownership: while an object exists, it has the reference host's sinks, which the
+// host gets back afterwards. One at a time.
 #ifndef KPTDB_HOST_LINES_H
 #define KPTDB_HOST_LINES_H
 
@@ -17,10 +17,10 @@ class HOST_LINES {
   HOST_LINES(const HOST_LINES&) = delete;
   HOST_LINES& operator=(const HOST_LINES&) = delete;
 
-  /// Forgets the lines so far.
+  /// Deletes the lines so far.
   void clear();
-  /// The first error message, else the first debug line that tells of a failure, on one line;
-  /// empty when the library was silent.
+  /// The first error message or, when there is none, the first debug line about a
+  /// failure, on one line; empty when there is neither.
   std::string reason() const;
 
  private:

@@ -1,4 +1,4 @@
-// info: how many registers there are, and for how many there is an answer.
+// info: the number of registers, and the number of those with an answer.
 #include <fmt/format.h>
 
 #include <array>

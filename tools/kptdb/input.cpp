@@ -18,7 +18,7 @@ namespace {
 constexpr unsigned READ_BLOCK = 1U << 18;
 constexpr std::size_t BEGINNING = 64;
 
-// Standard input can be read once, by one input.
+// Only one input can read standard input, and only once.
 bool s_standard_input_is_taken = false;
 
 int open_descriptor(const std::string& path) {
@@ -31,7 +31,7 @@ int open_descriptor(const std::string& path) {
   return ::dup(STDIN_FILENO);
 }
 
-// Whether the file begins as gzip's do. One that cannot be sought begins like no file.
+// Whether the file begins like a gzip file. False for a file that cannot be sought.
 bool is_packed(int descriptor) {
   unsigned char magic[2] = {};
   return ::pread(descriptor, magic, sizeof magic, ::lseek(descriptor, 0, SEEK_CUR)) == sizeof magic &&

@@ -1,4 +1,4 @@
-// list: one line a register.
+// list: one line for each register.
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -27,7 +27,7 @@ bool is_under(std::string_view name, std::string_view prefix) {
            (name.size() > prefix.size() && SEPARATORS.find(name[prefix.size()]) != std::string_view::npos)));
 }
 
-// Composed maps list the passes of all stages, separated by commas.
+// A composed map lists the passes of all stages, separated by commas.
 bool is_by_pass(const KPT_REGISTER_TRANSFORMATION& map, std::string_view pass) {
   if (pass.empty()) {
     return true;
@@ -44,7 +44,7 @@ bool is_by_pass(const KPT_REGISTER_TRANSFORMATION& map, std::string_view pass) {
   return false;
 }
 
-// The registers that are asked for, each time that they are walked.
+// The registers that pass the filters. They may be walked several times.
 class WANTED {
  public:
   WANTED(const DATABASE& db, const LIST_OPTIONS& options) : m_db(db), m_options(options), m_names(options.names) {}
@@ -78,8 +78,8 @@ class WANTED {
   NAME_QUERY m_names;
 };
 
-// The registers across the maps, or why there are none. The registers of a group follow each other,
-// so the text of the last map is kept.
+// The registers on the other sides of the maps, or why there are none. Registers
+// of a group follow each other, so the text of the last map is kept.
 class PARTNERS {
  public:
   const std::string& in_short(const REGISTER& reg) {
@@ -124,7 +124,7 @@ JSON json_of_entry(const REGISTER& reg) {
   return result;
 }
 
-// One register at a time: a netlist has more of them than would be wise to hold as text.
+// One register at a time, because the text of all registers of a netlist is too large.
 std::size_t write_json(RESULT_FILE& out, const WANTED& wanted) {
   out.write("{\"format\": 1, \"registers\": [");
   std::size_t count = 0;
@@ -134,7 +134,7 @@ std::size_t write_json(RESULT_FILE& out, const WANTED& wanted) {
   return count;
 }
 
-// The columns before the last, which is as wide as it likes.
+// All columns but the last, whose width is not limited.
 using COLUMNS = std::array<std::string_view, 5>;
 
 COLUMNS columns_of(const REGISTER& reg, std::string& name) {
@@ -171,7 +171,7 @@ class LINES {
   std::string m_line;
 };
 
-// Walked twice: for the widths of the columns, and for the lines.
+// Walks twice: for the widths of the columns, and for the lines.
 std::size_t write_text(RESULT_FILE& out, const WANTED& wanted) {
   const COLUMNS header{"side", "kind", "status", "map", "register"};
   LINES lines(out);
@@ -193,7 +193,7 @@ std::size_t write_text(RESULT_FILE& out, const WANTED& wanted) {
 
 }  // namespace
 
-// Whoever asks for a name expects to see it; all other filters may leave nothing.
+// A given name is expected to exist; all other filters may leave nothing.
 EXIT_CODE run_list(const LIST_OPTIONS& options) {
   const DATABASE db = DATABASE::load(options.file);
   const WANTED wanted(db, options);

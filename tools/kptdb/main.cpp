@@ -234,6 +234,8 @@ struct COMMAND_LINE {
     c->add_option("--scope", audit.scope, "The scope of the source in its dump, as tb.dut");
     c->add_option("--netlist-scope", audit.transformed_scope, "The scope of the netlist (default: the same)");
     c->add_option("--divider", audit.divider, "What stands between the instances of a name (default: .)");
+    c->add_flag("--write", audit.write,
+                "Put what was found into the database: refuted, or claimed where nothing was said");
     add_json(c, audit.json);
   }
 
@@ -257,7 +259,7 @@ struct COMMAND_LINE {
   kptdb::EXPORT_OPTIONS export_;
 };
 
-// Whether a program reads standard output, and reads JSON there.
+// Whether a program reads JSON from standard output.
 bool wants_json(const std::vector<std::string>& arguments) {
   bool has_json = false;
   bool is_result_elsewhere = false;
@@ -271,7 +273,7 @@ bool wants_json(const std::vector<std::string>& arguments) {
   return has_json && !is_result_elsewhere;
 }
 
-// Says why a command failed: in words, and for a program that reads JSON as that.
+// Prints why a command failed: as text, and also as JSON for a program that reads it.
 int fail(kptdb::EXIT_CODE code, const std::string& text, const std::vector<std::string>& arguments) {
   kptdb::print_failure(text);
   if (wants_json(arguments) && !kptdb::RESULT_FILE::has_used_standard_output()) {

@@ -48,7 +48,7 @@ std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM si
 
 namespace {
 
-// 0, 1, or 2 for more. A group may hold all registers of a netlist, and each of them asks.
+// 0, 1, or 2 for more. A group may have all registers of a netlist, and this is called for each of them.
 unsigned none_one_or_many(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   unsigned found = 0;
   const std::size_t count = map.get_number_of_indices(side);
@@ -63,8 +63,8 @@ unsigned none_one_or_many(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM s
   return found;
 }
 
-// Which index of the reference side tells of the register. Of a machine, the first one may be
-// constant, and all others go together.
+// The index of the reference side that says what became of the register. In a
+// machine, the first index may be constant, and all others have the same fate.
 std::size_t telling_index(const REGISTER& reg) {
   if (reg.map.get_number_of_indices(reg.side) <= 1 && !reg.map.has_fsm()) {
     return 0;
@@ -90,7 +90,7 @@ std::string_view fate_word(const REGISTER& reg) {
   return fate == KPT_FATE_WITHOUT_FANOUT ? "without_fanout" : kpt_fate_word(fate);
 }
 
-// A state machine that lost one of its registers is still one: the elimination is a note on it.
+// A state machine that lost one of its registers is a state machine: the elimination only adds a note.
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map) {
   const unsigned r = none_one_or_many(map, KPT_REFERENCE_SET);
   const unsigned t = none_one_or_many(map, KPT_TRANSFORMED_SET);
@@ -112,6 +112,11 @@ STATUS status_of(const REGISTER& reg) {
   }
   const MAP_KIND kind = kind_of(reg.map);
   return kind == ELIMINATED_MAP ? ELIMINATED : kind == OPEN_MAP ? UNANSWERED : MAPPED;
+}
+
+bool has_void_table(const KPT_REGISTER_TRANSFORMATION& map) {
+  const KPT_STRING partial = map.get_attribute("partial");
+  return std::string_view(partial) == "table";
 }
 
 KPT_SET_ENUM other_side(KPT_SET_ENUM side) {

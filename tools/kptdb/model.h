@@ -1,6 +1,6 @@
-// What the commands say about a database: its registers, its maps, and what became of each.
+// The commands' view of a database: its registers, its maps, and what became of each.
 //
-// Ownership: everything here are handles of a DATABASE, good as long as that lives.
+// Ownership: everything here is a handle of a DATABASE, valid as long as the database exists.
 #ifndef KPTDB_MODEL_H
 #define KPTDB_MODEL_H
 
@@ -15,10 +15,10 @@ namespace kptdb {
 
 using JSON = nlohmann::ordered_json;
 
-/// What a map says. The kinds exclude each other.
+/// The kind of a map. A map has exactly one kind.
 enum MAP_KIND { ONE_TO_ONE, MANY_TO_MANY, STATE_MACHINE, ELIMINATED_MAP, OPEN_MAP };
 
-/// What is known of a register: where it went, why it went, or nothing.
+/// What is known of a register: its successors, why it was eliminated, or nothing.
 enum STATUS { MAPPED, ELIMINATED, UNANSWERED };
 
 /// A register and its map, which may be null.
@@ -28,7 +28,7 @@ struct REGISTER {
   KPT_REGISTER_TRANSFORMATION map;
 };
 
-/// Where a register stands in a side of a map.
+/// The position of a register on a side of a map.
 struct PLACE {
   bool found = false;
   std::size_t index = 0;
@@ -38,28 +38,32 @@ struct PLACE {
 std::string_view side_word(KPT_SET_ENUM side);
 std::string_view kind_word(MAP_KIND kind);
 std::string_view status_word(STATUS status);
-/// Empty for no elimination.
+/// Empty without an elimination.
 std::string_view reason_word(const KPT_REGISTER_TRANSFORMATION& map);
 /// "signal" or "instance".
 std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg);
 
-/// "constant", "machine", "mapped", "without_fanout" or "unknown": what became of a reference register,
-/// or of those that a transformed register stands for.
+/// "constant", "machine", "mapped", "without_fanout" or "unknown": what became of
+/// a reference register, or of those that a transformed register replaces.
 std::string_view fate_word(const REGISTER& reg);
 
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map);
 STATUS status_of(const REGISTER& reg);
 
+/// Whether the map says itself that its table is not to be read: events have left it with a column
+/// of a register that is gone.
+bool has_void_table(const KPT_REGISTER_TRANSFORMATION& map);
+
 KPT_SET_ENUM other_side(KPT_SET_ENUM side);
-/// How many registers a side lists, null ones left out.
+/// The number of registers of a side, without null ones.
 std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
-/// They themselves.
+/// These registers.
 std::vector<KPT_REGISTER_KEYPOINT> members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
-/// The first register of each index of a side, of either group; null for none.
+/// The first register of each index of a side, of either group; null when there is none.
 std::vector<KPT_REGISTER_KEYPOINT> columns(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
 PLACE place_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg);
 
-/// Calls visit(index, inverting, register) for every place of a side, the null ones too.
+/// Calls visit(index, inverting, register) for every position of a side, also for null ones.
 template <class VISIT>
 void for_each_place(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, VISIT visit) {
   const std::size_t count = map.get_number_of_indices(side);
@@ -72,7 +76,7 @@ void for_each_place(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, V
   }
 }
 
-/// The name, and of a block instance its entity and type; "(no register)" for null.
+/// The name, and for a block instance its entity and type; "(no register)" for null.
 std::string label(const KPT_REGISTER_KEYPOINT& reg);
 
 KPT_REGISTER_TRANSFORMATION map_of(const DATABASE& db, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg);
@@ -94,12 +98,12 @@ unsigned width_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side);
 /// A state's codes: character k is the bit of the side's column k + 1.
 std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned state);
 
-/// What every result in JSON begins with: the number of its format.
+/// The beginning of every result in JSON: the number of the format.
 JSON new_result();
 JSON json_of(const KPT_REGISTER_KEYPOINT& reg);
 JSON json_of(const REGISTER& reg);
 JSON json_of(const KPT_REGISTER_TRANSFORMATION& map);
-/// JSON as text. Bytes that are no UTF-8 are replaced, so that any database can be printed.
+/// JSON as text. Bytes that are not UTF-8 are replaced, so that any database can be printed.
 std::string json_text(const JSON& json, int indent = 2);
 
 }  // namespace kptdb

@@ -59,7 +59,7 @@ void NAME_QUERY::add(const std::string& name, const NAME_OPTIONS& options) {
       return;
     }
     if (options.is_glob || name.find_first_of("*?") != std::string::npos) {
-      // Whoever is called like the pattern matches it anyway.
+      // A register with the pattern as its name matches the pattern as well.
       m_exact.erase(text);
       m_patterns.push_back({m_names.size(), text, nullptr});
     }

@@ -1,5 +1,5 @@
-// Names as a question gives them: exact, with * and ?, as regular expressions, in any case, or in a
-// file of names.
+// The names that a command gets: exact, with * and ?, as regular expressions,
+// without regard to case, or in a file.
 //
 // Ownership: owns its texts and compiled expressions.
 #ifndef KPTDB_NAME_QUERY_H
@@ -20,19 +20,19 @@ struct NAME_OPTIONS {
   std::vector<std::string> names;
   std::string from;       // a file with a name on each line; "-" for standard input; empty: none
   bool is_regex = false;  // the names are extended regular expressions, which need not match all of a name
-  bool any_case = false;  // of ASCII letters
+  bool any_case = false;  // whether the case of ASCII letters is ignored
   bool is_glob = false;   // all names are patterns, also those without * and ?
 };
 
 class NAME_QUERY {
  public:
-  /// FAILURE for an expression that is none, and for a file that cannot be read.
+  /// FAILURE for a wrong expression, and for a file that cannot be read.
   explicit NAME_QUERY(const NAME_OPTIONS& options);
 
-  /// The names asked for, in their order, each once.
+  /// The given names, in order, each once.
   const std::vector<std::string>& names() const { return m_names; }
 
-  /// Calls visit(k) for every name asked for that the text matches: k is its place in `names`.
+  /// Calls visit(k) for every given name that the text matches; k is its position in `names`.
   template <class VISIT>
   void for_each_match(std::string_view text, VISIT visit) const {
     const std::string folded = m_any_case ? fold(text) : std::string();
@@ -71,7 +71,7 @@ class NAME_QUERY {
   bool m_any_case;
   std::vector<std::string> m_names;
   boost::unordered_flat_map<std::string, std::size_t, HASH, std::equal_to<>>
-      m_exact;  // folded where case does not matter
+      m_exact;  // in lower case when case is ignored
   std::vector<PATTERN> m_patterns;
 };
 

@@ -1,4 +1,4 @@
-// Texts that were seen, in little memory: a netlist has millions of names.
+// A set of texts that takes little memory, because a netlist has millions of names.
 //
 // Ownership: owns the texts.
 #ifndef KPTDB_NAME_TABLE_H
@@ -17,7 +17,7 @@ class NAME_TABLE {
   NAME_TABLE(const NAME_TABLE&) = delete;
   NAME_TABLE& operator=(const NAME_TABLE&) = delete;
 
-  /// False when the text is there already.
+  /// False when the set has the text already.
   bool insert(std::string_view text) {
     const PLACE place{m_texts.size(), text.size()};
     m_texts += text;

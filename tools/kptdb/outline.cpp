@@ -10,7 +10,7 @@ namespace {
 
 KPT_SET_ENUM side_named(std::string_view type) { return type == "reference" ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET; }
 
-// As the library takes it.
+// The number as the library reads it.
 std::uint64_t count_of(const std::string& text) { return static_cast<unsigned short>(gen_atoi(MEM_STRING(text))); }
 
 }  // namespace
@@ -25,8 +25,8 @@ void OUTLINE::on_map(std::size_t, std::string_view) {}
 void OUTLINE::on_entry(std::size_t, KPT_SET_ENUM, std::string_view) {}
 void OUTLINE::on_table(const TABLE&) {}
 
-// Goes by depth, as a load does: it looks at hardly any names. Of what an entity stands for, a load
-// reads texts and the values of tables.
+// Uses the depth, like a load, which looks at few names. In the content of an
+// entity, a load reads only texts and values of tables.
 void OUTLINE::start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line) {
   ++m_depth;
   if (m_references > 0 && !m_in_table) {

@@ -1,8 +1,8 @@
-// What stands where in a database file, also what a loaded database no longer knows: two registers
-// of one id, the line of a map. A load shows it the elements one after the other, and it keeps the
-// few facts by which a refusal is explained; who wants to know more derives from it.
+// The content of a database file with its lines, also what a loaded database does not show:
+// two registers of one id, or the line of a map. A load passes it the elements one after
+// the other. It keeps the few facts that explain a refusal. A derived class can keep more.
 //
-// Ownership: owns its texts. What a hook is handed is good during the call only.
+// Ownership: owns its texts. The arguments of a hook are valid only during the call.
 #ifndef KPTDB_OUTLINE_H
 #define KPTDB_OUTLINE_H
 
@@ -22,7 +22,7 @@ class OUTLINE : public KPT_FILE_VISITOR {
     KPT_SET_ENUM side = KPT_REFERENCE_SET;
     std::string id, type;
     std::optional<std::string> name, entity, reg_type;
-    /// Whether a load makes a register of it.
+    /// Whether a load makes a register from it.
     bool is_read() const { return type == "register" && entity.has_value() == reg_type.has_value(); }
   };
   struct TABLE {
@@ -32,13 +32,13 @@ class OUTLINE : public KPT_FILE_VISITOR {
     std::size_t values_listed = 0;
   };
 
-  /// Whether the file holds something else than a database. Databases whose root goes by another
-  /// name are read like any other; whatever has no set of registers either is something else.
+  /// Whether the file is not a database. A database whose root has another name is read
+  /// like any other. A file is something else when it also has no set of registers.
   bool is_something_else() const { return !m_root.empty() && m_root != "kpt_db" && !m_has_register_set; }
-  /// Where to look first when something follows the transformations: at an element that does not
-  /// belong, since whatever is no set of registers ends them.
+  /// The line to report when an element follows the transformations: that of an
+  /// unexpected element, because every element that is not a set of registers ends them.
   std::size_t line_behind_transformations() const;
-  /// The line of the table that claims most entries.
+  /// The line of the table that claims the most entries.
   std::size_t line_of_largest_table() const { return m_line_of_largest_table; }
 
   void start(std::string_view name, const KPT_ELEMENT_ATTRIBUTES& attributes, std::size_t line) final;
@@ -48,7 +48,7 @@ class OUTLINE : public KPT_FILE_VISITOR {
   void end_reference() final { --m_references; }
 
  protected:
-  /// An element that does not belong where it stands.
+  /// An element where it does not belong.
   virtual void on_unexpected(std::size_t line, std::string_view name);
   virtual void on_key_point(const KEY_POINT& key_point);
   virtual void on_map(std::size_t line, std::string_view elim_type);
@@ -69,7 +69,7 @@ class OUTLINE : public KPT_FILE_VISITOR {
   std::string m_root;
   bool m_has_register_set = false;
   std::size_t m_end_of_maps = 0;         // the line on which the first transformations end
-  std::size_t m_line_of_unexpected = 0;  // the first
+  std::size_t m_line_of_unexpected = 0;  // the first such line
   std::size_t m_line_of_largest_table = 1;
   std::uint64_t m_largest_table = 0;
 
@@ -82,7 +82,7 @@ class OUTLINE : public KPT_FILE_VISITOR {
   KPT_SET_ENUM m_side = KPT_REFERENCE_SET;
   KEY_POINT m_key_point;
   TABLE m_table;
-  std::string* m_field = nullptr;  // where text goes
+  std::string* m_field = nullptr;  // the text that is being read
 };
 
 }  // namespace kptdb

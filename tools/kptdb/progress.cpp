@@ -19,7 +19,7 @@ PROGRESS::MODE s_mode = PROGRESS::AUTO;
 
 bool is_wanted() { return s_mode == PROGRESS::ON || (s_mode == PROGRESS::AUTO && ::isatty(STDERR_FILENO) == 1); }
 
-// To the start of the line, and away with what stood there.
+// Goes to the start of the line and clears the line.
 void show(const std::string& text) {
   std::fprintf(stderr, "\r\033[K%s", text.c_str());
   std::fflush(stderr);
@@ -46,7 +46,7 @@ PROGRESS::~PROGRESS() {
   }
 }
 
-// The clock is asked now and then: for every 64 KB or 1,000 registers.
+// Reads the clock only for every 64 KB or 1,000 registers.
 void PROGRESS::look(std::uint64_t done) {
   m_next_look = done + (m_unit == BYTES ? 65536 : 1000);
   const auto now = CLOCK::now();

@@ -1,7 +1,7 @@
-// A line on standard error while the work takes long, for someone who sits at a terminal: how much of
-// it is done.
+// A line on standard error during long work on a terminal: how much is
+// done.
 //
-// Ownership: the line is taken away when its PROGRESS ends.
+// Ownership: the line is removed when its PROGRESS ends.
 #ifndef KPTDB_PROGRESS_H
 #define KPTDB_PROGRESS_H
 
@@ -17,8 +17,8 @@ namespace kptdb {
 class PROGRESS {
  public:
   enum UNIT : bool { BYTES, REGISTERS };
-  /// When lines are shown. OFF: never; AUTO: on a terminal, once the work has taken a second; ON: from
-  /// its first moment on, wherever standard error goes.
+  /// When lines are shown. OFF: never; AUTO: on a terminal, after the work has
+  /// taken a second; ON: from the beginning, wherever standard error goes.
   enum MODE : std::uint8_t { AUTO, ON, OFF };
   static void set_mode(MODE mode);
 
@@ -28,7 +28,7 @@ class PROGRESS {
   PROGRESS(const PROGRESS&) = delete;
   PROGRESS& operator=(const PROGRESS&) = delete;
 
-  /// So much is done. Costs next to nothing.
+  /// Reports how much is done. This takes almost no time.
   void at(std::uint64_t done) {
     if (m_is_wanted && done >= m_next_look) {
       look(done);

@@ -1,4 +1,4 @@
-// record: event files become a database file.
+// record: makes a database file from event files.
 #include <fmt/format.h>
 
 #include "commands.h"
@@ -16,7 +16,7 @@ namespace {
 struct REFUSAL {
   std::string file;
   std::size_t line;
-  std::string event;  // empty when the line is no event
+  std::string event;  // empty when the line is not an event
   std::string reason;
 };
 
@@ -24,7 +24,7 @@ struct RECORDING {
   std::size_t recorded = 0;
   std::vector<REFUSAL> refusals;
   bool is_readable = true;
-  bool is_complete = true;  // no file lacks the end that it has to have
+  bool is_complete = true;  // whether every file has the end that it has to have
 
   bool is_to_be_written(const RECORD_OPTIONS& options) const {
     return is_complete && (refusals.empty() || options.keep_going);
@@ -33,7 +33,7 @@ struct RECORDING {
   EXIT_CODE exit_code() const { return !is_readable ? EXIT_UNREADABLE : refusals.empty() ? EXIT_DONE : EXIT_FOUND; }
 };
 
-// The first file's own name without folders and without what follows its last dot.
+// The name of the first file, without folders and without the part after its last dot.
 std::string database_name(const RECORD_OPTIONS& options) {
   std::string name = options.name;
   const std::string& first = options.events.front();
@@ -62,7 +62,7 @@ class REPLAY {
  public:
   REPLAY(const KPT_KEYPOINTS_DB& db, const std::string& file) : m_file(file), m_reader(file), m_replay(db) {}
 
-  /// False when a line was refused and the command is to stop at it.
+  /// False when a line was refused and the command has to stop there.
   bool run(bool keep_going, RECORDING& recording) {
     PROGRESS progress("recording " + m_file, file_size(m_file));
     std::string line;
@@ -74,7 +74,7 @@ class REPLAY {
     }
     return true;
   }
-  /// Says so when the file lacks its end.
+  /// Reports when the file lacks its end.
   void expect_end(RECORDING& recording) {
     if (!m_replay.has_ended()) {
       recording.is_complete = false;

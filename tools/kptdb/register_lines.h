@@ -1,4 +1,4 @@
-// The lines of a file on which registers stand, by side and id.
+// The lines of the registers of a file, by side and id.
 //
 // Ownership: owns its lists.
 #ifndef KPTDB_REGISTER_LINES_H
@@ -29,7 +29,7 @@ class REGISTER_LINES {
     return found == lines.far.end() ? 0 : found->second;
   }
 
-  /// Notes the line of a register that is not there yet.
+  /// Adds the line of a new register.
   void add(KPT_SET_ENUM side, long id, std::size_t line) {
     SIDE& lines = m_sides.at(static_cast<std::size_t>(side));
     lines.first = lines.count++ == 0 ? id : lines.first;
@@ -48,7 +48,7 @@ class REGISTER_LINES {
   static constexpr std::uint64_t FEW = 1024;
   static constexpr std::uint64_t MOST_PLACES_FOR_ONE = 4;
 
-  // Ids mostly count up from the first one. Those that do not are kept apart.
+  // Most ids count up from the first one. All others are kept separately.
   struct SIDE {
     std::uint64_t place_of(long id) const { return static_cast<std::uint64_t>(id) - static_cast<std::uint64_t>(first); }
     long first = 0;

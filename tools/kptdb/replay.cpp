@@ -63,9 +63,9 @@ KPT_REGISTER_TRANSFORMATION map_of(const KPT_KEYPOINTS_DB& db, const std::string
   return db.get_transformed_register_transformation(name);
 }
 
-// A status is said of the first reference register: of one that has the inverse of the transformed
-// register it is the inverse of that one's value. Without a reference register it is said of the
-// first transformed one that stays.
+// A status is about the first reference register. When this register has the
+// inverse of the transformed one, its value is the inverse. Without a reference
+// register, the status is about the first transformed register that stays.
 KPT_ELIM_ENUM status_of(const KPT_REGISTER_TRANSFORMATION& map, const std::string& name, bool value) {
   bool is_inverted = true;
   std::size_t others = 0;
@@ -152,15 +152,15 @@ bool record(const KPT_KEYPOINTS_DB& db, const KNOWN_REGISTER& e) {
   return true;
 }
 
-// The end of a file is the reader's matter.
+// The reader handles the end of a file.
 bool record(const KPT_KEYPOINTS_DB&, const END&) { return true; }
 
 // ---- Which map an event speaks of ----
 
-// The maps that are there before the event; nothing can be asked of the register afterwards.
+// The maps before the event, because afterwards the register may have none.
 struct MAPS_BEFORE {
-  KPT_REGISTER_TRANSFORMATION map;       // it is changed
-  KPT_REGISTER_TRANSFORMATION absorbed;  // it becomes part of the other
+  KPT_REGISTER_TRANSFORMATION map;       // the map that is changed
+  KPT_REGISTER_TRANSFORMATION absorbed;  // the map that is absorbed
 };
 const KPT_REGISTER_TRANSFORMATION NO_MAP;
 
@@ -192,7 +192,7 @@ std::string text_of(const KPT_REGISTER_TRANSFORMATION& map, const char* name) {
   return map.is_null() ? std::string() : std::string(std::string_view(map.get_attribute(name)));
 }
 
-// Adds to a list what it does not list yet.
+// Adds an item to a list that does not contain it.
 void add_remark(const KPT_REGISTER_TRANSFORMATION& map, const char* name, std::string_view separator,
                 const std::string& remark) {
   const std::string before = text_of(map, name);
@@ -215,9 +215,9 @@ void add_remarks(const KPT_REGISTER_TRANSFORMATION& map, const REMARKS& remarks)
   }
 }
 
-// ---- Why, where the library is silent ----
-// All of this is asked after the refusal. A refused association has changed nothing, so whatever
-// exists then was there before.
+// ---- Why, when the library issues no line ----
+// All of this runs after the refusal. A refused association has changed nothing,
+// so everything that exists was there before.
 
 bool has_signal(const KPT_KEYPOINT_SET& set, const std::string& name) { return !set.get_register(name).is_null(); }
 
@@ -254,7 +254,7 @@ std::string why(const KPT_KEYPOINTS_DB& db, const ASSOCIATE_FSM& e) {
   return "the library gives no reason";
 }
 
-// What stands against an event on a transformed signal; empty when nothing is seen.
+// The reason against an event on a transformed signal; empty when none is found.
 std::string against(const KPT_KEYPOINTS_DB& db, const std::string& name) {
   if (!has_signal(db.get_transformed_set(), name)) {
     return fmt::format("there is no transformed signal register {}", name);
@@ -293,8 +293,8 @@ std::string why(const KPT_KEYPOINTS_DB&, const MAP&) { return {}; }
 std::string why(const KPT_KEYPOINTS_DB&, const KNOWN_REGISTER&) { return {}; }
 std::string why(const KPT_KEYPOINTS_DB&, const END&) { return {}; }
 
-// Whether it was recorded; its map then carries where it comes from. What was said of a map that is
-// absorbed is said of the one that has it.
+// Whether the event was recorded; its map then has its pass and note. The remarks
+// of an absorbed map go to the map that absorbs it.
 template <class WHAT>
 bool record_with_remarks(const KPT_KEYPOINTS_DB& db, const WHAT& what, const REMARKS& remarks) {
   const MAPS_BEFORE before = maps_before(db, what);

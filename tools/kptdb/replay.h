@@ -12,8 +12,8 @@
 
 namespace kptdb {
 
-/// Empty when the event was recorded, else why it was refused: the library's own line, or where
-/// that is silent what can be seen from outside.
+/// Empty when the event was recorded. Otherwise why it was refused: the library's
+/// own line or, when there is none, a reason that can be seen from outside.
 std::string replay(const KPT_KEYPOINTS_DB& db, const EVENT& event, HOST_LINES& lines);
 
 }  // namespace kptdb

@@ -1,4 +1,4 @@
-// report: one page, for a browser, that shows where the registers went.
+// report: one page for a browser, which shows what became of the registers.
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -25,7 +25,7 @@ std::string time_of_file(const std::string& path) {
   return problem ? "" : text_of_time(std::chrono::system_clock::to_time_t(std::chrono::file_clock::to_sys(time)));
 }
 
-// A build that has to give the same bytes again sets the time by the usual variable.
+// A build that must be reproducible sets the time with the usual variable.
 std::string now() {
   const char* fixed = std::getenv("SOURCE_DATE_EPOCH");
   return text_of_time(fixed == nullptr ? std::time(nullptr) : std::strtoll(fixed, nullptr, 10));
@@ -33,14 +33,14 @@ std::string now() {
 
 std::vector<std::string> texts_of(const KPT_STRING_VECTOR& lines) { return {lines.begin(), lines.end()}; }
 
-// What the stages say together, and how that went.
+// What the stages say together, and the messages of the composition.
 struct WHOLE {
   DATABASE db;
   std::vector<std::string> told, contradictions;
 };
 
-// Stages that contradict each other are shown without an answer for any register: the page says why.
-// Stages that do not follow each other are no design's, and refused.
+// When stages contradict each other, the page has no answer for any register and
+// says why. Stages that do not follow each other are refused.
 WHOLE whole_of(const std::vector<DATABASE>& databases) {
   KPT_KEYPOINTS_DB_LIST stages;
   for (const DATABASE& db : databases) {

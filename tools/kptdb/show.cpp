@@ -1,4 +1,4 @@
-// show: in words, what became of a register.
+// show: says in words what became of a register.
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -16,17 +16,17 @@ namespace kptdb {
 
 namespace {
 
-// Nobody reads further, and a table can have 65,535 states.
+// More states are not useful to read, and a table can have 65,535.
 constexpr unsigned MOST_STATES_SHOWN = 64;
 
-// The registers of one side of a map, seen from one register: those that carry its value, and
-// those that carry the inverse.
+// The registers of one side of a map, relative to one register: those that hold
+// its value, and those that hold the inverse.
 struct RELATIVES {
   std::vector<KPT_REGISTER_KEYPOINT> same;
   std::vector<KPT_REGISTER_KEYPOINT> inverse;
 };
 
-// What an index of a side lists, seen from a register of the one group or of the other.
+// The registers at an index of a side, relative to a register of one of the two groups.
 void add_relatives(RELATIVES& relatives, const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, std::size_t index,
                    bool inverting) {
   for (const bool inverse : {false, true}) {
@@ -36,7 +36,7 @@ void add_relatives(RELATIVES& relatives, const KPT_REGISTER_TRANSFORMATION& map,
   }
 }
 
-// On its own side a register has relatives at its own index alone.
+// On its own side, a register has relatives only at its own index.
 RELATIVES siblings(const REGISTER& reg, const PLACE& place) {
   RELATIVES result;
   add_relatives(result, reg.map, reg.side, place.index, place.inverting);
@@ -46,7 +46,7 @@ RELATIVES siblings(const REGISTER& reg, const PLACE& place) {
   return result;
 }
 
-// Across a state machine no single register carries the value of another: the table relates them.
+// In a state machine, no register of one side holds the value of a register of the other: the table relates them.
 RELATIVES partners(const REGISTER& reg, const PLACE& place) {
   RELATIVES result;
   const KPT_SET_ENUM across = other_side(reg.side);
@@ -75,9 +75,9 @@ JSON json_list(const std::vector<KPT_REGISTER_KEYPOINT>& keypoints) {
   return list;
 }
 
-// Whether the register moves with the representative of an index across the map, or against it;
-// empty when the map does not say. The map answers for the register's own representative, which a
-// register of the other group opposes.
+// Whether the register has the same value as the representative of an index on the other
+// side, or the inverse; empty when the map does not say. The map answers for the
+// representative of the register's own index; a register of the other group has the inverse.
 std::string_view unateness(const REGISTER& reg, const PLACE& place, std::size_t other) {
   const bool is_reference = reg.side == KPT_REFERENCE_SET;
   const auto r = static_cast<unsigned short>(is_reference ? place.index : other);
@@ -206,7 +206,7 @@ std::string text_of_answer(const REGISTER& reg) {
   return text + (fsm ? text_of_machine(reg.map) : text_of_unateness(reg, place));
 }
 
-// The registers of every name asked for, in the order of the names.
+// The registers of every given name, in the order of the names.
 std::vector<std::vector<REGISTER>> found_registers(const DATABASE& db, const NAME_QUERY& query,
                                                    const std::string& side) {
   std::vector<std::vector<REGISTER>> found(query.names().size());
@@ -225,7 +225,7 @@ struct MISSING {
   std::string close;
 };
 
-// To look for a close name means to look at all of them, so only the first few are looked for.
+// Finding a close name reads all names, so it is done only for the first few unknown names.
 std::vector<MISSING> missing_names(const DATABASE& db, const NAME_QUERY& query, const SHOW_OPTIONS& options,
                                    const std::vector<std::vector<REGISTER>>& found) {
   constexpr std::size_t MOST_LOOKED_FOR = 8;

@@ -6,7 +6,7 @@ namespace kptdb {
 
 namespace {
 
-constexpr int PATIENCE = 60'000;  // ms that another program may write the file before this gives up
+constexpr int PATIENCE = 60'000;  // ms to wait while another program writes the file
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// A database file of SQLite that is being written.
+// An SQLite file that is being written.
 //
 // Ownership: a file owns its connection and statements. Every failure is a FAILURE that names it.
 #ifndef KPTDB_SQLITE_FILE_H
@@ -28,11 +28,11 @@ class SQL_FILE {
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> m_db;
 };
 
-/// Inserts rows into a table. Texts are read during `end_row` only.
+/// Inserts rows into a table. Texts are read only during `end_row`.
 class SQL_INSERT {
  public:
   SQL_INSERT(SQL_FILE& file, const std::string& sql);
-  /// With a text for the first column of every row.
+  /// The text is the first column of every row.
   SQL_INSERT(SQL_FILE& file, const std::string& sql, const std::string& first);
   SQL_INSERT& text(std::string_view text);
   SQL_INSERT& number(std::int64_t number);

@@ -16,27 +16,27 @@ namespace kptdb {
 
 class STAGES {
  public:
-  /// Reads the files, first to last stage. FAILURE when one cannot be read.
+  /// Reads the files, from the first stage to the last. FAILURE when one cannot be read.
   explicit STAGES(const std::vector<std::string>& files);
 
   const std::list<DATABASE>& databases() const { return m_databases; }
-  /// What the stages say together, or nothing: the report then tells why.
+  /// What the stages say together; empty when they do not fit, and the report then says why.
   std::optional<DATABASE> try_composed(const KPT_COMPOSITION_OPTIONS& options, KPT_COMPOSITION_REPORT* report) const;
-  /// The same; FAILURE with the reasons when they say nothing together.
+  /// The same; FAILURE with the reasons when they do not fit.
   DATABASE composed(const KPT_COMPOSITION_OPTIONS& options, KPT_COMPOSITION_REPORT* report) const;
 
  private:
   std::list<DATABASE> m_databases;
 };
 
-/// What databases say together, or nothing: the report then tells why.
+/// What the databases say together; empty when they do not fit, and the report then says why.
 std::optional<DATABASE> compose(const KPT_KEYPOINTS_DB_LIST& stages, const std::string& name,
                                 const KPT_COMPOSITION_OPTIONS& options, KPT_COMPOSITION_REPORT* report);
 
-/// Lines of a report on one line, and as a list.
+/// The lines of a report, joined to one line.
 std::string joined(const KPT_STRING_VECTOR& lines);
 JSON listed(const KPT_STRING_VECTOR& lines);
-/// A line each: how the stages fit, then the warnings.
+/// One line for each: how the stages fit, and then the warnings.
 std::string report_text(const KPT_COMPOSITION_REPORT& report);
 
 }  // namespace kptdb

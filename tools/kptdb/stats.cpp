@@ -1,4 +1,4 @@
-// stats: what became of the registers of each instance, as a tree.
+// stats: counts what became of the registers of each instance, as a tree.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ using COUNTS = std::array<std::size_t, WORDS.size()>;  // by word
 
 std::size_t sum(const COUNTS& counts) { return std::accumulate(counts.begin(), counts.end(), std::size_t{0}); }
 
-// The instances of one side of a database. Counts of an instance take in what is below it.
+// The instances of one side of a database. The counts of an instance contain all instances below it.
 class TREE {
  public:
   TREE(const DATABASE& db, KPT_SET_ENUM side) : m_counts(1) {
@@ -34,7 +34,7 @@ class TREE {
     add_up();
   }
 
-  /// Calls visit(path, name, depth, counts), from the top down and by name; `depth` 0 is the whole.
+  /// Calls visit(path, name, depth, counts) from the top down, sorted by name; `depth` 0 is the whole design.
   template <class VISIT>
   void for_each(unsigned deepest, VISIT visit) const {
     struct OPEN {
@@ -65,7 +65,7 @@ class TREE {
     return name.substr(0, name.size() - (name.empty() ? 0 : 1));
   }
 
-  // Whatever stands in a scope comes after it.
+  // The content of a scope comes after the scope.
   void add_up() {
     const auto& all = m_scopes.all();
     m_below.resize(all.size());

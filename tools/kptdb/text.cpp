@@ -20,7 +20,7 @@ std::string printable(std::string_view text) {
   return result;
 }
 
-// On a mismatch the last star takes one character more; earlier stars need not be tried again.
+// On a mismatch, the last star takes one more character. Earlier stars need not be tried again.
 bool matches(std::string_view pattern, std::string_view text) {
   std::size_t p = 0;
   std::size_t t = 0;

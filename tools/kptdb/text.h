@@ -1,6 +1,6 @@
-// Text for people: names that are safe to show, tables, close names and patterns.
+// Texts for people: names that are safe to show, tables, close names and patterns.
 //
-// Ownership: everything is a value of the caller.
+// Ownership: the caller owns everything.
 #ifndef KPTDB_TEXT_H
 #define KPTDB_TEXT_H
 
@@ -10,15 +10,15 @@
 
 namespace kptdb {
 
-/// The text with control characters and bytes beyond ASCII as \xNN: a name from a file cannot
-/// steer the terminal it is shown on.
+/// The text with control characters and bytes beyond ASCII as \xNN, so that a
+/// name from a file cannot control the terminal.
 std::string printable(std::string_view text);
 
-/// Whether the whole of `text` matches `pattern`, where "*" stands for any text and "?" for any
-/// character. Brackets stand for themselves, since register names are full of them.
+/// Whether the whole of `text` matches `pattern`, in which "*" matches any text and "?"
+/// any character. A bracket matches itself, because register names have many brackets.
 bool matches(std::string_view pattern, std::string_view text);
 
-/// The number of single-character edits from one text to the other, or `limit` when that many or more.
+/// The number of single-character edits from one text to the other, but at most `limit`.
 std::size_t edit_distance(std::string_view a, std::string_view b, std::size_t limit);
 
 /// "1 register", "2 registers".

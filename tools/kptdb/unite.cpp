@@ -1,4 +1,4 @@
-// unite: successive stages become one database.
+// unite: makes one database of successive stages.
 #include <fmt/format.h>
 
 #include "answers.h"
@@ -25,8 +25,8 @@ void unite(const DATABASE& first, const DATABASE& next, const std::string& file)
   }
 }
 
-// How the stages fit, and where the union answers otherwise than they do together. A union is what
-// it is, whatever is found.
+// How the stages fit, and where the union's answers differ from what they say
+// together. The findings do not change the union.
 KPT_COMPOSITION_REPORT compared(const DATABASE& united, const STAGES& stages, bool keep_unrecorded) {
   KPT_COMPOSITION_REPORT report;
   const std::optional<DATABASE> exact = stages.try_composed({0.0, keep_unrecorded}, &report);

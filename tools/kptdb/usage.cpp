@@ -10,7 +10,7 @@ namespace kptdb {
 
 namespace {
 
-// Near is up to a third of the word; the first of the nearest.
+// A near word differs in at most a third of the word. Returns the first of the nearest.
 std::string nearest(const std::string& word, const std::vector<std::string>& all) {
   std::string result;
   std::size_t distance = std::max<std::size_t>(3, word.size() / 3 + 1);
@@ -75,7 +75,7 @@ std::vector<const CLI::App*> commands_of(const CLI::App& app) {
 
 EXIT_CODE print_help(const CLI::App& app, const std::string& command) {
   if (command.empty()) {
-    // The program's own help would be that of the command that asks for it.
+    // The program's own help would be the help of this command.
     fmt::print("{}", app.get_formatter()->make_help(&app, "kptdb", CLI::AppFormatMode::Normal));
     return EXIT_DONE;
   }

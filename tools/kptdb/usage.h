@@ -1,6 +1,6 @@
-// What is said to someone who mistypes, or asks how a command is used.
+// The messages for typing errors, and the help of commands.
 //
-// Ownership: reads the command line's description during a call.
+// Ownership: reads the description of the command line only during a call.
 #ifndef KPTDB_USAGE_H
 #define KPTDB_USAGE_H
 
@@ -12,16 +12,16 @@
 
 namespace kptdb {
 
-/// All commands, in the order in which they are listed.
+/// All commands, in the order of the list.
 std::vector<const CLI::App*> commands_of(const CLI::App& app);
 
-/// Prints the help of the program, or of a command. EXIT_WRONG_USE, with the nearest, for no command.
+/// Prints the help of the program or of a command. EXIT_WRONG_USE, with the nearest command, for an unknown one.
 EXIT_CODE print_help(const CLI::App& app, const std::string& command);
 
-/// The first argument where a command belongs, if it is none: what to say about it. Else empty.
+/// The message about the first argument when it should be a command and is not; otherwise empty.
 std::string unknown_command(const CLI::App& app, const std::vector<std::string>& arguments);
 
-/// What is wrong with a command line that was refused.
+/// The message for a command line that was refused.
 std::string told(const CLI::App& app, const CLI::ParseError& problem);
 
 }  // namespace kptdb

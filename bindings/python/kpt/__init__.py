@@ -306,10 +306,10 @@ def _record_batch(recorder, shown, batch):
 
 
 def _events(self):
-    """A list of dicts: the events from which kpt.record makes a database that answers every question in the same way.
+    """A list of dicts: events from which kpt.record builds a database that gives the same answers as this one.
 
-    The last one tells how many there are. json.dumps makes a line of an event file of each. Refused for a name that no
-    event can hold. Other threads run meanwhile.
+    The last event holds their number. json.dumps(event) is one line of an event file. Raises Refused if a name of the
+    database cannot be written in an event. Other threads run meanwhile.
     """
     return [_json.loads(line) for line in self._event_lines()]
 

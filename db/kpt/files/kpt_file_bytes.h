@@ -1,9 +1,9 @@
 // The bytes of a database file, block by block.
 //
-// Ownership: owns the open file. Who reads from it owns the blocks.
+// Ownership: owns the open file. The reader owns the blocks.
 //
-// Blocks and not a mapped file: a file that another process cuts short while it
-// is mapped ends the process that reads it.
+// Reads blocks and does not map the file: when another process truncates a mapped
+// file, the process that reads it crashes.
 #ifndef KPT_FILE_BYTES_H
 #define KPT_FILE_BYTES_H
 
@@ -14,10 +14,10 @@
 #include "db/kpt/kpt_bytes.h"
 #include "db/kpt/kpt_types.h"
 
-/// The path under which the host opens a file of that name.
+/// The path by which the host opens a file of that name.
 KPT_STRING kpt_path_to_open(std::string_view file_name);
 
-/// A file, opened by its name and by nothing but its name.
+/// A file that is opened by its name, which is never taken for a URL.
 class KPT_FILE_BYTES : public KPT_BYTES {
  public:
   explicit KPT_FILE_BYTES(const KPT_STRING& file_name);
@@ -25,7 +25,7 @@ class KPT_FILE_BYTES : public KPT_BYTES {
   KPT_FILE_BYTES(const KPT_FILE_BYTES&) = delete;
   KPT_FILE_BYTES& operator=(const KPT_FILE_BYTES&) = delete;
 
-  /// False for a folder too: it opens, and then nothing can be read.
+  /// False also for a folder, which could be opened but not read.
   bool is_open() const { return m_descriptor >= 0; }
 
   std::ptrdiff_t read(char* to, std::size_t size) override;

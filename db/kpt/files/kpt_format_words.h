@@ -48,7 +48,7 @@ inline constexpr char TRANSFORMED[] = "transformed";  // of a side; also an elem
 inline KPT_SET_ENUM side_named(std::string_view type) {
   return type == REFERENCE ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET;
 }
-/// Whatever is not the reference side is the transformed one.
+/// Every value but the reference side means the transformed side.
 inline const char* name_of(KPT_SET_ENUM side) { return side == KPT_REFERENCE_SET ? REFERENCE : TRANSFORMED; }
 
 }  // namespace kpt_words

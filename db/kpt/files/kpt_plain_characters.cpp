@@ -16,7 +16,7 @@ bool is_legal(std::uint32_t c) {
   return !is_control && !is_surrogate && c != 0xFFFE && c != 0xFFFF && c <= MOST;
 }
 
-// What stands between "&#" and ";".
+// Decodes the text between "&#" and ";".
 bool decode_number(std::string_view digits, std::uint32_t& c) {
   const bool is_hex = digits.starts_with('x');
   digits.remove_prefix(is_hex ? 1 : 0);

@@ -17,11 +17,11 @@ enum KIND : std::uint8_t {
   NAME_START = 1,
   IN_NAME = 2,
   BLANK = 4,
-  IN_TEXT = 8,    // as it is, in a text
-  IN_VALUE = 16,  // as it is, in the value of an attribute
+  IN_TEXT = 8,    // unchanged in a text
+  IN_VALUE = 16,  // unchanged in the value of an attribute
 };
 
-// A name with a colon is none here: what it means depends on namespaces.
+// A name with a colon is not plain, because its meaning depends on namespaces.
 inline constexpr std::array<std::uint8_t, 256> KINDS = [] {
   std::array<std::uint8_t, 256> kinds{};
   for (unsigned c = 0x20; c < 0x80; ++c) {
@@ -50,8 +50,8 @@ inline constexpr std::array<std::uint8_t, 256> KINDS = [] {
 
 inline bool is(char c, KIND kind) { return (KINDS[static_cast<unsigned char>(c)] & kind) != 0; }
 
-/// The first character from `p` on that is not of that kind. The bytes end with
-/// a null, which is of no kind.
+/// The first character from `p` on that is not of that kind. The bytes end with a
+/// null, which has no kind.
 inline const char* behind(const char* p, KIND kind) {
   while (is(*p, kind)) {
     ++p;
@@ -59,12 +59,12 @@ inline const char* behind(const char* p, KIND kind) {
   return p;
 }
 
-/// The same for texts, with 16 readable bytes behind the end.
+/// The same for texts, with 16 readable bytes after the end.
 inline const char* behind_text(const char* p) {
 #ifdef __x86_64__
   while (true) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    // Signed: bytes beyond ASCII are less too.
+    // The comparison is signed, so bytes beyond ASCII count as less, too.
     const __m128i low = _mm_cmplt_epi8(bytes, _mm_set1_epi8(' '));
     const __m128i blanks =
         _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\t')));
@@ -82,20 +82,20 @@ inline const char* behind_text(const char* p) {
 #endif
 }
 
-/// Writes a character in UTF-8 where there is room for four bytes; how many it takes.
+/// Writes a character in UTF-8 and returns its length. `out` has room for four bytes.
 std::size_t encode(std::uint32_t c, char* out);
 
-/// How many bytes the character of XML takes that `text` begins with, written as
-/// it is in UTF-8; 0 for none.
+/// The number of bytes of the UTF-8 character at the start of `text`; 0 when it
+/// is not a character of XML.
 std::size_t character_length(std::string_view text);
 
-/// A character beyond ASCII or a reference, at the begin of `text`: how many
-/// bytes it takes, 0 for none that is plain.
+/// The number of bytes of the character beyond ASCII, or of the reference, at the
+/// start of `text`; 0 when it is not plain.
 std::size_t utf8_length(std::string_view text);
-/// `out` has room for the four bytes that it stands for; `size` is their number.
+/// The reference's character is written to `out`, which has room for four bytes; `size` is their number.
 std::size_t reference_length(std::string_view text, char* out, std::size_t& size);
 
-/// As many bytes as tell everything about what begins at a place.
+/// This many bytes are enough to recognise what begins at a position.
 inline constexpr std::size_t LONGEST_CHARACTER = 16;
 
 }  // namespace kpt_plain

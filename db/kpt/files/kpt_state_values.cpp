@@ -6,19 +6,19 @@
 
 namespace {
 
-// Numbers of a file wrap into 16 bits.
+// The numbers of a file are taken modulo 65,536.
 bool is_one(int number) { return static_cast<unsigned short>(number) == 1; }
 
 bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-// Walks a text from its end to its front and knows at each place the number
-// that the text from there begins with: blanks, a sign, digits.
+// Walks a text from its end to its beginning. At each position it knows the
+// number with which the text from there begins: blanks, a sign, digits.
 class NUMBERS {
  public:
   explicit NUMBERS(const KPT_STRING& text) : m_text(text), m_at(text.size()) { become(m_at, '+', m_at); }
 
-  /// Of the text from `from` to `to`. No call goes further back than the next.
+  /// The number of the text from `from` to `to`. Each call begins at or before the previous call.
   int between(std::size_t from, std::size_t to) {
     while (m_at > from) {
       step();
@@ -27,7 +27,7 @@ class NUMBERS {
     if (m_digits >= end) {
       return 0;
     }
-    // What is longer than an int stays longer than one.
+    // A number with more digits than an int is cut, and still has more.
     constexpr std::size_t LONGER_THAN_AN_INT = 12;
     KPT_STRING number(1, m_sign);
     number.append(m_text, m_digits, std::min(end - m_digits, LONGER_THAN_AN_INT));
@@ -93,7 +93,7 @@ void KPT_STATE_VALUES::end() {
   m_text.clear();
 }
 
-// From the value that began last to the first.
+// From the value that began last to the value that began first.
 void KPT_STATE_VALUES::read_nest() {
   NUMBERS numbers(m_text);
   std::for_each(m_nest.rbegin(), m_nest.rend(), [&](const NESTED& value) {

@@ -1,11 +1,11 @@
 // The values of one side of one state of a state table, as a file lists them.
 //
-// Ownership: owns what it collects. Used again for state after state.
+// Ownership: owns the values that it collects. One object is used for all states, one after the other.
 //
-// A value is a column and a text whose number says whether the entry is true;
-// values may nest, and then the text of the inner one is text of the outer one
-// too. The numbers of a nest are read in one walk over its text, so that a deep
-// one costs what it weighs.
+// A value is a column and a text, whose number says whether the entry is true.
+// Values may be nested; the text of the inner one is then also text of the outer
+// one. The numbers of nested values are read in one walk over the text, so the
+// cost is linear in the text.
 #ifndef KPT_STATE_VALUES_H
 #define KPT_STATE_VALUES_H
 
@@ -23,14 +23,14 @@ class KPT_STATE_VALUES {
   };
   using VALUES = std::vector<VALUE, MEM_STL_ALLOCATOR<VALUE>>;
 
-  /// A value begins, within those that have begun and not ended.
+  /// A value begins inside the values that have not ended.
   void start(unsigned short column);
-  /// Text, of every value that has not ended.
+  /// Text of every value that has not ended.
   void text(std::string_view piece);
   /// The value that began last ends.
   void end();
 
-  /// All of them, in the order in which they began.
+  /// All values, in the order in which they began.
   const VALUES& values() const { return m_values; }
   void clear();
 

@@ -1,7 +1,7 @@
-// A part of a file that is looked at: bytes that lie one behind the other in
-// memory, with a null behind the last.
+// A part of a file that is being read: consecutive bytes in memory, with a null
+// after the last.
 //
-// Ownership: owns the memory. Pointers into it are good until `more`.
+// Ownership: owns the memory. Pointers into it are valid until `more`.
 #ifndef KPT_WINDOW_H
 #define KPT_WINDOW_H
 
@@ -14,7 +14,7 @@
 
 class KPT_WINDOW {
  public:
-  /// Bytes behind the end that may be read: nulls.
+  /// The number of bytes after the end that may be read; they are null.
   static constexpr std::size_t SLACK = 64;
 
   explicit KPT_WINDOW(KPT_BYTES& bytes)
@@ -23,8 +23,8 @@ class KPT_WINDOW {
   const char* begin() const { return m_buffer.data(); }
   const char* end() const { return m_end; }
 
-  /// Reads on. What is in the window from `keep` on stays in it, and `keep` is
-  /// set to where that now is. False, changing nothing, when there is no more.
+  /// Reads more. The bytes from `keep` on stay in the window, and `keep` is set
+  /// to their new position. At the end of the file: false, and nothing changes.
   bool more(const char*& keep) {
     const auto kept = static_cast<std::size_t>(m_end - keep);
     if (2 * kept > m_room) {
@@ -40,7 +40,7 @@ class KPT_WINDOW {
     std::memset(m_end, 0, SLACK);
     return count > 0;
   }
-  /// Whether reading failed: the end is none then.
+  /// Whether reading failed; the end is then not the end of the file.
   bool has_failed() const { return m_has_failed; }
 
  private:

@@ -16,17 +16,17 @@ using namespace XERCES_CPP_NAMESPACE;
 
 namespace {
 
-// A database file needs no entities at all. Those of a hand-written one are
-// few and short; together these bounds keep what a document can make of itself
-// to some megabytes, however it nests.
+// A database file needs no entities. A hand-written file has a few short ones.
+// Together these bounds limit what a document can expand to, however it nests
+// entities, to a few megabytes.
 constexpr XMLSize_t MOST_EXPANSIONS = 1000;
 constexpr XMLSize_t LONGEST_ENTITY = 4096;
-// Parameter entities are expanded without being counted, so they may hold
-// little, and no other.
+// Parameter entities are expanded without being counted, so they must be short
+// and must not refer to others.
 constexpr XMLSize_t LONGEST_PARAMETER_ENTITY = 16;
-// Nor are those of the default values of attributes counted.
+// Entities in default values of attributes are not counted either.
 constexpr XMLSize_t LONGEST_ENTITY_BEFORE_ATTRIBUTES = 16;
-// The parser recurses over the elements that an entity stands for.
+// The parser recurses over the elements that an entity contains.
 constexpr std::size_t MOST_EXPANDED_ELEMENTS = 1000;
 // Attributes that a document type adds to every element of a kind.
 constexpr std::size_t MOST_DEFAULT_CHARACTERS = std::size_t{1} << 20;
@@ -46,7 +46,7 @@ void tell_of_memory(const KPT_STRING& file_name) {
   } catch (const std::bad_alloc&) {
     kpt_tell_out_of_memory(file_name);
   } catch (...) {
-    // Nothing more is known of it.
+    // Nothing else is known of the exception.
   }
 }
 
@@ -99,7 +99,7 @@ void KPT_XML_GUARD::issue(const WARNING& warning) const {
                 warning.line, warning.column, warning.text.c_str());
 }
 
-// A warning is not counted by the parser and keeps no file from loading.
+// The parser does not count a warning, and a warning does not make a load fail.
 void KPT_XML_GUARD::error(XMLErrorReporter::ErrTypes type, const XMLCh* message, XMLFileLoc line, XMLFileLoc column) {
   KPT_STRING text;
   kpt_narrow(message, text);

@@ -1,10 +1,10 @@
-// What keeps xerces-c to the one file that it was given and to that file's
-// weight, and what its errors become. The parser of documents and the general
-// source of a load ask it alike, at the same events.
+// Lets xerces-c read only the given file and bounds the memory that the file can
+// take; also reports its errors. The parser of documents and the general source
+// of a load use it in the same way, at the same events.
 //
 // Ownership: owns its counts and the parser's security manager.
 //
-// A database file is data from elsewhere: external entities, external document
+// A database file may come from anywhere: external entities, external document
 // types and entities that expand beyond a bound are syntax errors like any
 // other.
 #ifndef KPT_XML_GUARD_H
@@ -27,7 +27,7 @@
 
 class KPT_XML_GUARD {
  public:
-  /// Thrown out of a parse that was stopped, after the message.
+  /// Thrown to stop a parse, after the message was posted.
   struct STOPPED {};
   using ATTRIBUTES = XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>;
   using LOCATOR = XERCES_CPP_NAMESPACE::Locator;
@@ -36,7 +36,7 @@ class KPT_XML_GUARD {
 
   void set_file_name(std::string_view file_name) { m_file_name = file_name; }
   XERCES_CPP_NAMESPACE::SecurityManager* security() { return &m_security; }
-  /// How often it stopped the parser, which does not count that.
+  /// How often it stopped the parser, which does not count this as an error.
   std::size_t stops() const { return m_stops; }
   /// The first error.
   const KPT_LOAD_PROBLEM& problem() const { return m_problem; }
@@ -44,10 +44,10 @@ class KPT_XML_GUARD {
   /// An error is posted as a message, a warning becomes a debug line.
   void error(XERCES_CPP_NAMESPACE::XMLErrorReporter::ErrTypes type, const XMLCh* message, XMLFileLoc line,
              XMLFileLoc column);
-  /// Issues the lines of all warnings once more.
+  /// Issues the lines of all warnings a second time.
   void repeat_warnings() const;
 
-  // The parser's events. Each stops it where a bound is passed.
+  // The parser's events. Each stops the parser when a bound is exceeded.
   [[noreturn]] void external_entity(const LOCATOR* place);
   void document_type(const XMLCh* public_id, const XMLCh* system_id, bool has_external_subset, const LOCATOR* place);
   void entity(const XERCES_CPP_NAMESPACE::DTDEntityDecl& entity, bool is_parameter_entity, const LOCATOR* place);
@@ -83,9 +83,9 @@ class KPT_XML_GUARD {
   std::size_t m_default_characters = 0;
 };
 
-/// Runs a parse, if xerces-c has started, and tells the host how it ended: a
-/// line for an exception, a message for memory that ended, and the line of the
-/// parse in any case, with the errors that were counted. Whether the file is
+/// Runs a parse if xerces-c has started, and reports its end to the host: a
+/// line for an exception, a message when memory ran out, and in any case the
+/// line of the parse with the number of errors. Returns whether the file is
 /// well-formed.
 bool kpt_parse_and_tell(const KPT_XML_PLATFORM& platform, const KPT_STRING& file_name,
                         const std::function<void()>& parse, const std::function<std::size_t()>& error_count);

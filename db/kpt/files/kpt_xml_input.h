@@ -1,5 +1,5 @@
-// Hands bytes to xerces-c, whose own sources take a name for a URL where it
-// looks like one.
+// Gives bytes to xerces-c, whose own sources take a name for a URL when it looks
+// like one.
 //
 // Ownership: none; the bytes outlive the parse.
 #ifndef KPT_XML_INPUT_H
@@ -11,7 +11,7 @@
 
 class KPT_XML_INPUT : public XERCES_CPP_NAMESPACE::InputSource {
  public:
-  /// The path is only shown, in messages. Null bytes are a file that cannot be
+  /// The path is only used in messages. Null bytes mean a file that cannot be
   /// opened, which the parser reports.
   KPT_XML_INPUT(const KPT_STRING& path, KPT_BYTES* bytes);
 

@@ -12,7 +12,7 @@ constexpr std::uint32_t BEYOND_ONE_UNIT = 0x10000;
 bool is_first_half(XMLCh unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool is_second_half(XMLCh unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-// The null behind the text is no second half.
+// The null after the text is not a second half.
 void append_utf8(const XMLCh* text, KPT_STRING& out) {
   std::array<char, 4> bytes;
   for (; *text != 0; ++text) {
@@ -27,7 +27,7 @@ void append_utf8(const XMLCh* text, KPT_STRING& out) {
   }
 }
 
-// Of a character that is known to be one.
+// The code of a character that is known to be valid.
 std::uint32_t decode(std::string_view character) {
   std::uint32_t c = static_cast<unsigned char>(character.front());
   c = character.size() == 1 ? c : c & (0x7FU >> character.size());

@@ -20,7 +20,7 @@ CLOCK_EDGE edge_of(const std::string& word) {
   return word == "falling" ? FALLING_EDGE : word == "both" ? BOTH_EDGES : RISING_EDGE;
 }
 
-// Dumps without a timescale count in the same unit.
+// Dumps without a timescale have the same unit.
 struct UNITS {
   std::uint64_t reference = 1;
   std::uint64_t transformed = 1;
@@ -43,7 +43,7 @@ std::string shown_time(FEMTOSECONDS time, const UNITS& units) {
 // False when the dump has no such signal.
 bool sample_at_clock(SAMPLER& sampler, const AUDIT_OPTIONS& options, char divider) {
   const VCD_NAMES names(sampler.reader(), "", divider);
-  // Paths of a dump have dots between them, whatever stands between the instances of a register.
+  // The parts of a dump's path are separated by dots, whatever separates the instances of a register.
   std::string path = options.clock;
   std::replace(path.begin(), path.end(), '.', divider);
   const VCD_BIT clock = names.find(path);
@@ -57,7 +57,7 @@ bool sample_at_clock(SAMPLER& sampler, const AUDIT_OPTIONS& options, char divide
   return clock.finding == FOUND;
 }
 
-// A dump of the netlist alone may lack the clock of the bench; the source's clock does for both.
+// A dump of only the netlist may lack the clock of the bench. The clock of the source is then used for both.
 void sample_at_clocks(SAMPLER& reference, SAMPLER& transformed, const AUDIT_OPTIONS& options, char divider) {
   if (!sample_at_clock(reference, options, divider)) {
     throw FAILURE(EXIT_WRONG_USE, fmt::format("{}: no signal {}", options.reference_dump, printable(options.clock)));
@@ -73,7 +73,7 @@ FEMTOSECONDS time_option(const std::string& text, const UNITS& units) {
   return *time;
 }
 
-// A time that a dump cannot tell apart is not one of its times.
+// A time between two units of a dump is not one of its times.
 std::uint64_t time_in(FEMTOSECONDS time, std::uint64_t unit) {
   const FEMTOSECONDS whole = time / unit;
   if (whole * unit != time || whole > ~std::uint64_t{0}) {
@@ -97,14 +97,14 @@ void sample_at_times(SAMPLER& reference, SAMPLER& transformed, const AUDIT_OPTIO
   transformed.sample_at(std::move(t));
 }
 
-// Answers with the number of moments. Dumps whose clocks run differently are of two stimuli.
+// Returns the number of moments. Dumps whose clocks differ come from two stimuli.
 std::size_t check_all(CLAIMS& claims, SAMPLER& reference, SAMPLER& transformed, const AUDIT_OPTIONS& options,
                       const UNITS& units) {
   const FEMTOSECONDS from = options.from.empty() ? FEMTOSECONDS{0} : time_option(options.from, units);
   std::size_t moments = 0;
   while (reference.next_sample()) {
     const FEMTOSECONDS r = FEMTOSECONDS{reference.time()} * units.reference;
-    // Values change at whole units: just before a time between two of them is just before the next.
+    // Values change at whole units, so just before a time between two units is just before the later unit.
     const auto before = static_cast<std::uint64_t>((r + units.transformed - 1) / units.transformed);
     if (!(transformed.has_moments() ? transformed.next_sample() : transformed.sample_before(before))) {
       break;
@@ -178,7 +178,7 @@ class REPORT {
   std::string name(std::uint32_t member) const {
     return printable(name_in_netlist(m_claims.facts().member(member).reg, m_options.divider.front()));
   }
-  // Of a machine, all its registers of that side.
+  // For a machine, all of its registers on that side.
   std::string names(const CLAIM& claim, bool transformed) const {
     const FACT& fact = m_claims.facts().all()[claim.fact];
     std::string text;
@@ -228,6 +228,20 @@ class REPORT {
   std::size_t m_weak = 0;
 };
 
+// A simulation can refute a claim but cannot prove it. A claim that held becomes "claimed" if it has
+// no status yet. A claim that was violated becomes "refuted". Other statuses do not change.
+void write_status(const DATABASE& db, const CLAIMS& claims, const std::string& file) {
+  for (const CLAIM& claim : claims.all()) {
+    const KPT_REGISTER_TRANSFORMATION& map = claims.facts().all()[claim.fact].map;
+    if (claim.is_violated) {
+      map.add_attribute("status", "refuted");
+    } else if (claim.is_checked && map.get_attribute("status").empty()) {
+      map.add_attribute("status", "claimed");
+    }
+  }
+  db.save(file);
+}
+
 void refuse_options_that_do_not_fit(const AUDIT_OPTIONS& options) {
   if (options.clock.empty() == options.at.empty()) {
     throw FAILURE(EXIT_WRONG_USE, "audit needs either --clock or --at");
@@ -261,6 +275,9 @@ EXIT_CODE run_audit(const AUDIT_OPTIONS& options) {
   std::fputs((options.json ? json_text(report.json()) + "\n" : report.text()).c_str(), stdout);
   if (!report.has_checked()) {
     throw FAILURE(EXIT_FOUND, "nothing was checked: no claim had known values at any moment");
+  }
+  if (options.write) {
+    write_status(db, claims, options.file);
   }
   return claims.violations().empty() ? EXIT_DONE : EXIT_FOUND;
 }

@@ -1,6 +1,6 @@
-// audit: what a database claims, checked against two simulations of one stimulus.
+// audit: checks the claims of a database against two simulations with the same stimulus.
 //
-// Ownership: options are read during the call only.
+// Ownership: options are read only during the call.
 #ifndef KPTDB_AUDIT_H
 #define KPTDB_AUDIT_H
 
@@ -22,6 +22,7 @@ struct AUDIT_OPTIONS {
   std::string scope;
   std::string transformed_scope;  // empty: the same
   std::string divider = ".";
+  bool write = false;  // the status of what was checked, into the database file
   bool json = false;
 };
 EXIT_CODE run_audit(const AUDIT_OPTIONS& options);

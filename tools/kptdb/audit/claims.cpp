@@ -10,7 +10,7 @@ char inverse_of(char value) { return value == '0' ? '1' : value == '1' ? '0' : v
 
 bool is_known(char value) { return value == '0' || value == '1'; }
 
-// The first of either side, or null.
+// The first member of a side, or null.
 template <class LIST>
 const typename LIST::value_type* first_of(const LIST& found, bool transformed) {
   for (const auto& member : found) {
@@ -88,18 +88,16 @@ void CLAIMS::claim_pairs(std::uint32_t fact, const std::vector<FOUND_MEMBER>& fo
   const FOUND_MEMBER* const r = first_of(found, false);
   const FOUND_MEMBER* const t = first_of(found, true);
   for (const FOUND_MEMBER& member : found) {
-    if (!member.bit.transformed) {
-      const FOUND_MEMBER* const other = t != nullptr ? t : r;
-      if (&member != other) {
-        claim_pair(fact, member, *other);
-      }
-    } else if (&member != t) {
-      claim_pair(fact, member, r != nullptr ? *r : *t);
+    const FOUND_MEMBER* const own = member.bit.transformed ? t : r;
+    const FOUND_MEMBER* const across = member.bit.transformed ? r : t;
+    const FOUND_MEMBER* const other = across != nullptr ? across : own;
+    if (other != nullptr && &member != other && &member != t) {
+      claim_pair(fact, member, *other);
     }
   }
 }
 
-// A column that no dump has leaves the others to be checked by the rest of the table.
+// When no dump has a column, the other columns are checked with the rest of the table.
 void CLAIMS::claim_codes(std::uint32_t fact, const std::vector<FOUND_MEMBER>& found) {
   CODES_CLAIM codes;
   std::vector<std::pair<bool, std::uint32_t>> columns;

@@ -1,8 +1,8 @@
 // The claims of a database as relations between bits of two dumps.
 //
-// A group of n registers takes n - 1 comparisons, not one for every pair: those of the source are
-// compared with the first one of the netlist, the others of the netlist with the first one of the
-// source.
+// A group of n registers takes n - 1 comparisons, not one for every pair. The
+// registers of the source are compared with the first one of the netlist, and the
+// other registers of the netlist with the first one of the source.
 //
 // Ownership: facts outlive the claims.
 #ifndef KPTDB_CLAIMS_H
@@ -42,7 +42,7 @@ struct CLAIM {
   CLAIM_BIT a;
   CLAIM_BIT b;
   std::uint32_t fact = 0;
-  std::uint32_t member = 0;  // whose claim it is
+  std::uint32_t member = 0;  // the member that the claim is about
   std::uint32_t other = 0;   // the member that it is compared with
   std::uint32_t machine = NO_BIT;
 
@@ -56,22 +56,22 @@ struct CLAIM {
 struct VIOLATION {
   std::uint32_t claim;
   std::uint64_t time;       // in units of the source's dump
-  std::string value;        // of the claim's register, or of the source's machine
+  std::string value;        // the value of the claim's register, or of the source's machine
   std::string other_value;  // empty for a constant
 };
 
 class CLAIMS {
  public:
   CLAIMS(const FACTS& facts, SAMPLER& reference, SAMPLER& transformed, char divider);
-  /// Looks the registers up, and follows those that the dumps have.
+  /// Looks up the registers, and follows those that the dumps have.
   void plan(const VCD_NAMES& reference, const VCD_NAMES& transformed);
-  /// Checks what has changed since the last moment.
+  /// Checks the values that have changed since the last moment.
   void check();
 
   const std::vector<CLAIM>& all() const { return m_claims; }
   const std::vector<VIOLATION>& violations() const { return m_violations; }
   const FACTS& facts() const { return m_facts; }
-  /// Registers of both sides that no dump has, or that stand for several signals of it.
+  /// The registers of both sides that no dump has, or whose name several signals have.
   std::size_t not_in_dumps() const { return m_not_found; }
   std::size_t ambiguous() const { return m_ambiguous; }
 

@@ -11,7 +11,7 @@ void SAMPLER::sample_at_edges(std::uint32_t followed_clock, CLOCK_EDGE edge) {
 
 void SAMPLER::sample_at(std::vector<std::uint64_t> times) { m_times = std::move(times); }
 
-// Only a change between 0 and 1 is an edge: what a clock was before its first value, nobody knows.
+// Only a change between 0 and 1 is an edge, because the value of a clock before its first value is unknown.
 bool SAMPLER::is_edge() const {
   const char before = m_settled[m_clock];
   const char after = m_reader.value(m_clock);

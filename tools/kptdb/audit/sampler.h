@@ -1,7 +1,7 @@
-// A dump seen at moments alone: just before each edge of a clock, or at given times.
+// The values of a dump at some moments only: just before each edge of a clock, or at given times.
 //
-// Just before an edge everything has settled, also in a simulation with delays: what the edge
-// itself starts is not seen before the next one.
+// Just before an edge everything has settled, also in a simulation with delays.
+// The changes that the edge itself starts are seen at the next edge.
 //
 // Ownership: a sampler owns its reader.
 #ifndef KPTDB_SAMPLER_H
@@ -26,7 +26,7 @@ class SAMPLER {
   /// In the units of the dump, sorted. The values are those after all changes of that time.
   void sample_at(std::vector<std::uint64_t> times);
 
-  /// Whether the moments are this sampler's own, by its clock or its times.
+  /// Whether this sampler has moments of its own, from its clock or its times.
   bool has_moments() const { return m_clock != NO_BIT || !m_times.empty(); }
 
   /// Goes to the next moment; false when the dump has no more.
@@ -35,9 +35,9 @@ class SAMPLER {
   bool sample_before(std::uint64_t time);
   /// In units of the dump.
   std::uint64_t time() const { return m_sample_time; }
-  /// At the moment: '0', '1', 'x' or 'z'.
+  /// The value at the moment: '0', '1', 'x' or 'z'.
   char value(std::uint32_t followed_bit) const { return m_settled[followed_bit]; }
-  /// The bits that changed since the moment before; before the first one, all that have a value.
+  /// The bits that changed since the previous moment; at the first moment, all that have a value.
   const std::vector<std::uint32_t>& touched() const { return m_touched; }
 
  private:

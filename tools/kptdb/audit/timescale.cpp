@@ -20,7 +20,7 @@ constexpr std::array<UNIT, 6> UNITS{{{"s", 1'000'000'000'000'000},
                                      {"ps", 1'000},
                                      {"fs", 1}}};
 
-// A number and what follows it, blanks between left out.
+// A number and the text after it, without the blanks between.
 std::optional<std::pair<std::uint64_t, std::string_view>> number_and_unit(std::string_view text) {
   std::uint64_t number = 0;
   const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);

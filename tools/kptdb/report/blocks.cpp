@@ -19,7 +19,7 @@ struct DEFLATE_END {
 
 char digit(unsigned value) { return "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"[value & 63U]; }
 
-// Three bytes as four digits; of fewer, zeros stand for those that are missing.
+// Writes three bytes as four digits; missing bytes count as zeros.
 void add_three(std::string& text, std::string_view three) {
   unsigned bits = 0;
   for (std::size_t k = 0; k < 3; ++k) {
@@ -58,7 +58,7 @@ void BLOCKS::write(std::string_view name, std::string_view bytes) {
   while (state != Z_STREAM_END) {
     if (stream.avail_in == 0 && !bytes.empty()) {
       const std::string_view piece = bytes.substr(0, PIECE);
-      // The library's interface takes its input without const, and only reads it.
+      // The library takes its input without const, and only reads it.
       stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(piece.data()));
       stream.avail_in = static_cast<uInt>(piece.size());
       bytes.remove_prefix(piece.size());

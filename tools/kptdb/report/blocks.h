@@ -1,7 +1,7 @@
-// The data of a report: blocks of bytes, compressed and in base64, so that no text of a database is
-// ever part of the page's markup. docs/report.md lists the blocks.
+// The data of a report: blocks of bytes, compressed and in base64, so that no text
+// of a database is part of the page's markup. docs/report.md lists the blocks.
 //
-// Ownership: a COLUMN owns its bytes; BLOCKS borrow the file for their life.
+// Ownership: a COLUMN owns its bytes; BLOCKS refer to the file, which outlives them.
 #ifndef KPTDB_REPORT_BLOCKS_H
 #define KPTDB_REPORT_BLOCKS_H
 
@@ -13,7 +13,7 @@
 
 namespace kptdb {
 
-/// Numbers of seven bits a byte, the least first; all bytes but the last have their highest bit set.
+/// Numbers with seven bits in each byte, the lowest bits first; all bytes but the last have their highest bit set.
 class COLUMN {
  public:
   void add(std::uint32_t number) {
@@ -23,7 +23,7 @@ class COLUMN {
     }
     m_bytes += static_cast<char>(number);
   }
-  /// A number that may be negative: twice its amount, less one below zero.
+  /// A number that may be negative: n is written as 2n, or as -2n - 1 below zero.
   void add_signed(std::int64_t number) { add(static_cast<std::uint32_t>(number < 0 ? -2 * number - 1 : 2 * number)); }
   void append(const COLUMN& other) { m_bytes += other.m_bytes; }
 
@@ -33,7 +33,7 @@ class COLUMN {
   std::string m_bytes;
 };
 
-/// Numbers that follow each other closely, each told by its distance from the one before.
+/// Numbers that are close to each other. Each is written as its distance from the one before.
 class STEPS {
  public:
   void add(std::uint32_t number) {
@@ -51,14 +51,14 @@ class STEPS {
 class BLOCKS {
  public:
   explicit BLOCKS(RESULT_FILE& out) : m_out(out) {}
-  /// The name is one of the report's own, never a text of a database.
+  /// The name is one of the report's own names, never a text of a database.
   void write(std::string_view name, std::string_view bytes);
 
  private:
   void write_encoded(std::string_view bytes, bool last);
 
   RESULT_FILE& m_out;
-  std::string m_rest;  // up to two bytes that wait for a third
+  std::string m_rest;  // up to two bytes, until there is a third
 };
 
 }  // namespace kptdb

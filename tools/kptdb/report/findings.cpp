@@ -59,7 +59,7 @@ void FINDINGS::look_at_codes(const STAGE_MAP& map, const NETLIST& source) {
   }
 }
 
-// A register that stands with its own inverse, and a machine that is in no state.
+// Finds a register that is in a group with its own inverse, and a machine that is in no state.
 void FINDINGS::look_at_groups(const STAGE_MAP& map, const NETLIST& source, const std::string& stage) {
   for (const std::vector<STAGE_PAIR>& side : map.sides) {
     for (const STAGE_PAIR& pair : side) {

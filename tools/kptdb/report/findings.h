@@ -1,4 +1,4 @@
-// What a report's reader should see first and a page cannot find by itself.
+// The findings that a reader should see first and that the page cannot find itself.
 //
 // Ownership: values only.
 #ifndef KPTDB_REPORT_FINDINGS_H

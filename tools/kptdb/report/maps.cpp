@@ -6,7 +6,7 @@ namespace kptdb {
 
 namespace {
 
-// A table that is larger is cut; the page says so.
+// A larger table is cut, and the page says so.
 constexpr unsigned MOST_STATES = 4096;
 constexpr unsigned MOST_BITS = 1U << 18U;
 
@@ -49,7 +49,7 @@ void MAP_COLUMN::add(const STAGE_MAP& map, std::uint32_t attributes) {
   }
 }
 
-// Members mostly follow each other, so each is told by its distance from the one behind the last.
+// Most members follow each other, so each is written as its distance from the register after the last member.
 void MAP_COLUMN::add_member(unsigned side, const STAGE_MEMBER& member) {
   const NETLIST& netlist = *m_netlists[side];
   const std::int64_t number = member.is_register ? netlist.find(member.key) : netlist.size();

@@ -1,4 +1,4 @@
-// The maps of a stage as numbers: what a report's page reads.
+// The maps of a stage as numbers, which the page reads.
 //
 // Ownership: views the two netlists, which outlive it.
 #ifndef KPTDB_REPORT_MAPS_H

@@ -1,6 +1,6 @@
-// The registers of one netlist of a report, numbered in the order in which they come.
+// The registers of one netlist of a report, numbered in the order in which they are added.
 //
-// Ownership: a NETLIST views the texts of the databases, which outlive it; it owns its columns.
+// Ownership: a NETLIST refers to texts of the databases, which outlive it. It owns its columns.
 #ifndef KPTDB_REPORT_NETLIST_H
 #define KPTDB_REPORT_NETLIST_H
 
@@ -14,7 +14,7 @@
 
 namespace kptdb {
 
-/// What tells a register from all others of its netlist. Entity and type are empty for a signal.
+/// The key that identifies a register in its netlist. Entity and type are empty for a signal.
 struct REGISTER_KEY {
   std::string_view name;
   std::string_view entity;
@@ -60,12 +60,12 @@ class NETLIST {
   struct ROW {
     REGISTER_KEY key;
     std::uint32_t attributes = 0;
-    std::uint32_t map_as_reference = NO_MAP;  // the map's number in its stage and 1
+    std::uint32_t map_as_reference = NO_MAP;  // the map's number in its stage, plus 1
     std::uint32_t map_as_transformed = NO_MAP;
   };
 
   void reserve(std::size_t count);
-  /// The number of the register, which is new or known by the stage before.
+  /// The number of the register, which may be new or known from the stage before.
   std::uint32_t add(const REGISTER_KEY& key);
   /// size() for a register that the netlist does not have.
   std::uint32_t find(const REGISTER_KEY& key) const;

@@ -14,7 +14,7 @@ namespace {
 // `kptdb diff` lists the others.
 constexpr std::size_t MOST_CHANGES = 10000;
 
-// Texts follow each other with a NUL behind each. No file holds a name with a NUL in it.
+// Appends a text with a NUL after it. No file holds a name with a NUL.
 void add_text(std::string& texts, std::string_view text) {
   for (const char c : text) {
     texts += c == '\0' ? ' ' : c;
@@ -45,7 +45,7 @@ REPORT_DATA::REPORT_DATA(std::vector<REPORT_STAGE> stages, const KPT_KEYPOINTS_D
   count_words();
 }
 
-// The whole has registers of the first and the last netlist.
+// The whole database has registers of the first and the last netlist.
 void REPORT_DATA::read_registers(const STAGE& stage, std::size_t number) {
   const bool is_whole = number == m_stages.size();
   for (unsigned side = 0; side < 2; ++side) {
@@ -62,7 +62,7 @@ void REPORT_DATA::read_registers(const STAGE& stage, std::size_t number) {
 
 namespace {
 
-// Calls visit(side, member) for the members that lead to this map when they are looked up.
+// Calls visit(side, member) for the members whose entries lead to this map.
 template <class VISIT>
 void for_each_found(const STAGE_MAP& map, VISIT visit) {
   for (unsigned side = 0; side < 2; ++side) {

@@ -1,6 +1,6 @@
 // The data of a report, gathered from the databases and written as blocks.
 //
-// Ownership: views the databases, which outlive it.
+// Ownership: refers to the databases, which outlive it.
 #ifndef KPTDB_REPORT_REPORT_DATA_H
 #define KPTDB_REPORT_REPORT_DATA_H
 
@@ -20,7 +20,7 @@
 
 namespace kptdb {
 
-/// A database of a report and where it comes from. Times are texts like 2026-11-21T16:09:00Z.
+/// A database of a report and its file. Times are texts like 2026-11-21T16:09:00Z.
 struct REPORT_STAGE {
   KPT_KEYPOINTS_DB db;
   std::string file;
@@ -35,15 +35,15 @@ struct REPORT_CHANGES {
 
 class REPORT_DATA {
  public:
-  /// `whole` says what the stages say together: a null handle for a single stage.
+  /// `whole` is the composition of the stages; a null handle for a single stage.
   REPORT_DATA(std::vector<REPORT_STAGE> stages, const KPT_KEYPOINTS_DB& whole);
 
   void set_title(const std::string& title) { m_title = title; }
-  /// What was told when the stages were put together.
+  /// The messages of the composition.
   void set_told(std::vector<std::string> told) { m_told = std::move(told); }
   void add_contradiction(const std::string& text) { m_findings.add({text, FINDINGS::NO_REGISTER}); }
   void set_changes(REPORT_CHANGES changes) { m_changes = std::move(changes); }
-  /// How many reference registers each word has.
+  /// The number of reference registers of each word.
   const std::array<std::size_t, REGISTER_WORDS.size()>& words() const { return m_word_counts; }
   void write(RESULT_FILE& out, const std::string& written, const std::string& tool) const;
 
@@ -62,7 +62,7 @@ class REPORT_DATA {
   std::vector<std::string> m_told;
   std::vector<REPORT_STAGE> m_stages;
   std::deque<NETLIST> m_netlists;  // one more than stages
-  std::deque<MAP_COLUMN> m_maps;   // one a stage, and one for them all together
+  std::deque<MAP_COLUMN> m_maps;   // one for each stage, and one for all together
   bool m_has_whole;
   std::array<std::vector<std::uint32_t>, 2> m_whole_of;  // the numbers of the first and the last netlist
   std::vector<REGISTER_FATE> m_fates;

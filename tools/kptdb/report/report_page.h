@@ -1,5 +1,5 @@
-// The page of a report, around its data. Made from the modules, the style and the template beside
-// this file when kptdb is built.
+// The page of a report, around its data. The build of kptdb makes it from the
+// modules, the style and the template beside this file.
 //
 // Ownership: the texts are part of the program.
 #ifndef KPTDB_REPORT_REPORT_PAGE_H

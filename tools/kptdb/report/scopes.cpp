@@ -4,10 +4,10 @@ namespace kptdb {
 
 namespace {
 
-// A name with more parts keeps the others in its last part, so that no name makes a deep tree.
+// A name with more parts keeps the remaining ones in its last part, so that no name makes a deep tree.
 constexpr std::size_t MOST_LEVELS = 32;
 
-// Where the separators of a name stand.
+// Visits the positions of a name's separators.
 template <class VISIT>
 void for_each_separator(std::string_view name, VISIT visit) {
   std::size_t depth = 0;

@@ -1,6 +1,6 @@
-// The hierarchy that the names of a netlist spell.
+// The hierarchy in the names of a netlist.
 //
-// Ownership: views the names, which outlive it.
+// Ownership: refers to the names, which outlive it.
 #ifndef KPTDB_REPORT_SCOPES_H
 #define KPTDB_REPORT_SCOPES_H
 
@@ -11,16 +11,16 @@
 
 namespace kptdb {
 
-/// Scopes, numbered so that each comes after the one it stands in. Scope 0 is the whole design.
+/// Scopes, numbered so that each comes after the scope that contains it. Scope 0 is the whole design.
 class SCOPES {
  public:
   struct SCOPE {
-    std::string_view name;  // with the separator behind it: the names of a path put together are its text
+    std::string_view name;  // with its separator; the joined names of a path are the path's text
     std::uint32_t parent = 0;
   };
 
   SCOPES() { m_all.push_back({}); }
-  /// The scope of a register. "." and "/" separate, but not within brackets and not at an end.
+  /// The scope of a register. "." and "/" separate scopes, but not within brackets and not at an end.
   std::uint32_t scope_of(std::string_view name);
   const std::vector<SCOPE>& all() const { return m_all; }
 
@@ -28,7 +28,7 @@ class SCOPES {
   std::vector<SCOPE> m_all;
   // By the text of the whole path.
   std::unordered_map<std::string_view, std::uint32_t> m_numbers;
-  std::string_view m_last_path;  // names of one scope mostly follow each other
+  std::string_view m_last_path;  // most names of one scope follow each other
   std::uint32_t m_last = 0;
 };
 

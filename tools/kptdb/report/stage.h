@@ -1,6 +1,6 @@
-// One database as a report reads it: registers, then maps, each once and in the database's order.
+// One database as a report reads it: first the registers, then the maps, each once and in the database's order.
 //
-// Ownership: a STAGE views a database, and what it hands out views its texts, which both outlive it.
+// Ownership: a STAGE refers to a database, and its results refer to the database's texts; both outlive it.
 #ifndef KPTDB_REPORT_STAGE_H
 #define KPTDB_REPORT_STAGE_H
 
@@ -13,13 +13,13 @@
 
 namespace kptdb {
 
-/// Why a map has no successor, as the page numbers it.
+/// Why a map has no successor, with the page's numbers.
 enum MAP_REASON : unsigned { NO_REASON, REASON_ZERO, REASON_ONE, REASON_NO_FANOUT, REASON_ELIMINATED };
 
 struct STAGE_MEMBER {
   REGISTER_KEY key;
-  bool is_register = true;  // false for an entry that names no register
-  bool is_found = false;    // whether the register, looked up, leads to this map
+  bool is_register = true;  // false for an id that no register has
+  bool is_found = false;    // whether the register's entry leads to this map
 };
 
 struct STAGE_PAIR {
@@ -46,7 +46,7 @@ class STAGE {
 
   std::size_t size(unsigned side) const;
   void for_each_register(unsigned side, const std::function<void(const REGISTER_KEY&, const ATTRIBUTES&)>& visit) const;
-  /// The map is good during the visit.
+  /// The map is valid only during the visit.
   void for_each_map(const std::function<void(const STAGE_MAP&)>& visit) const;
 
  private:

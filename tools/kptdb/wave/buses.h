@@ -23,8 +23,8 @@ struct BUS {
   std::string range() const;
 };
 
-/// In order of paths and names. Indices run down from left to right. A vector with a gap becomes
-/// several: nobody knows what stands in the gap.
+/// Sorted by paths and names. Indices run down from left to right. A vector with
+/// a gap becomes several vectors, because the bits in the gap are unknown.
 std::vector<BUS> join_buses(const std::vector<std::string_view>& names, char divider);
 
 }  // namespace kptdb

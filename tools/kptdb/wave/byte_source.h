@@ -1,4 +1,4 @@
-// The bytes of a file, of a pipe or of standard input, unpacked if they are packed by gzip.
+// The bytes of a file, a pipe or standard input, which are unpacked if gzip compressed them.
 //
 // Ownership: a source owns its file. Every failure is a FAILURE that names the file.
 #ifndef KPTDB_BYTE_SOURCE_H
@@ -13,9 +13,9 @@ namespace kptdb {
 
 class BYTE_SOURCE {
  public:
-  /// "-" stands for standard input.
+  /// "-" means standard input.
   explicit BYTE_SOURCE(const std::string& path);
-  /// Up to `size` bytes; 0 at the end alone.
+  /// Up to `size` bytes; 0 only at the end.
   std::size_t read(char* into, std::size_t size);
   const std::string& path() const { return m_path; }
 

@@ -1,7 +1,7 @@
-// What some columns of a state table say of others: the codes of a machine, looked up by the
-// columns that are known.
+// What some columns of a state table say of others: finds the codes of a machine
+// by the known columns.
 //
-// Ownership: a value of its user.
+// Ownership: plain values.
 #ifndef KPTDB_COLUMN_CODES_H
 #define KPTDB_COLUMN_CODES_H
 
@@ -20,10 +20,10 @@ class COLUMN_CODES {
   /// Codes of the source's columns by the given columns of the target's; columns count from 0.
   COLUMN_CODES(const std::vector<CODE_PAIR>& codes, const std::vector<std::uint32_t>& known_columns);
 
-  /// The reference code, x where several states share the given bits and differ; null for a code
-  /// that no state has.
+  /// The reference code, with x where several states have the given bits and
+  /// differ; null for a code that no state has.
   const std::string* reference_code(const std::string& known_bits) const;
-  /// All of them, in no order.
+  /// All codes, in no particular order.
   const auto& all() const { return m_codes; }
 
  private:

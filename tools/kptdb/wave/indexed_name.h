@@ -10,7 +10,7 @@
 
 namespace kptdb {
 
-/// "data[7]" as "data" and 7; nothing for a name without an index at its end.
+/// "data[7]" as "data" and 7; empty for a name without an index at its end.
 struct INDEXED_NAME {
   std::string_view base;
   std::int64_t index = 0;

@@ -11,7 +11,7 @@ namespace {
 
 bool read_number(std::string_view text, std::int64_t& value) {
   const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), value);
-  // Sums and differences of what is read have to stay within the type.
+  // Sums and differences of these numbers have to fit the type.
   return problem == std::errc() && end == text.data() + text.size() && value > -(std::int64_t{1} << 40) &&
          value < (std::int64_t{1} << 40);
 }
@@ -40,7 +40,7 @@ RANGE range_of(std::string_view text) {
   return range;
 }
 
-// Takes the mark of an escaped name off.
+// Removes the mark of an escaped name.
 bool unescape(std::string& name) {
   if (name.size() < 2 || name.front() != '\\') {
     return false;
@@ -84,7 +84,7 @@ bool VCD_READER::read_declaration(std::string_view keyword) {
     skip_to_end();
     return false;
   } else {
-    skip_to_end();  // $date, $version, $comment, and what some programs add
+    skip_to_end();  // $date, $version, $comment, and additions of some programs
   }
   return true;
 }
@@ -150,8 +150,8 @@ void VCD_READER::read_variable() {
   m_variables.push_back(std::move(variable));
 }
 
-// Simulators write "data [7:0]", "data[7:0]", "data [7]" and "data[7]". What is no range of this
-// width is part of the name: "\mem[3] [7:0]" is word 3 of a memory.
+// Simulators write "data [7:0]", "data[7:0]", "data [7]" and "data[7]". Anything but
+// a range of this width is part of the name: "\mem[3] [7:0]" is word 3 of a memory.
 void VCD_READER::read_reference(VCD_VARIABLE& variable, std::uint32_t width, std::vector<std::string> words) const {
   variable.name = words.front();
   RANGE range;

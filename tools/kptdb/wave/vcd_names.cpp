@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t SCOPES_SHOWN = 8;
 
-// A name as the index has it: the mark of an escaped name is none of it, wherever in the path it is.
+// A name as in the index: without the mark of an escaped name, wherever in the path the mark is.
 std::string plain_name(std::string_view name, char divider) {
   std::string plain;
   bool begins = true;
@@ -32,12 +32,12 @@ VCD_NAMES::VCD_NAMES(const VCD_READER& reader, const std::string& scope, char di
   index_variables(scope_of_path(scope));
 }
 
-// With dots between, and with the marks of escaped names if wanted.
+// The path with dots, and with the marks of escaped names if wanted.
 std::string VCD_NAMES::path_of_scope(std::uint32_t scope, bool with_marks) const {
   std::string path;
   for (; scope != 0; scope = m_reader.scopes()[scope].parent) {
     const VCD_SCOPE& here = m_reader.scopes()[scope];
-    path = (with_marks && here.is_escaped ? "\\" : "") + here.name + (path.empty() ? "" : "." + path);
+    path.insert(0, path.empty() ? "" : ".").insert(0, here.name).insert(0, with_marks && here.is_escaped ? "\\" : "");
   }
   return path;
 }
@@ -73,7 +73,7 @@ std::uint32_t VCD_NAMES::scope_of_path(const std::string& path) const {
 
 void VCD_NAMES::index_variables(std::uint32_t top) {
   const std::vector<VCD_SCOPE>& scopes = m_reader.scopes();
-  // What stands before the names of a scope. A parent comes before its children.
+  // The text before the names of a scope. A parent comes before its children.
   std::vector<std::string> prefix(scopes.size());
   std::vector<bool> is_below(scopes.size(), false);
   is_below[top] = true;
@@ -96,7 +96,7 @@ void VCD_NAMES::index_variables(std::uint32_t top) {
   }
 }
 
-// The variables of that name of which this is a bit: the one at the index, or the only one.
+// The variables of that name that contain this bit: the bit at the index, or the only one.
 void VCD_NAMES::look_at(std::string_view base, const std::int64_t* index, VCD_BIT& result) const {
   const auto found = m_first.find(base);
   for (std::uint32_t k = found == m_first.end() ? NO_BIT : found->second; k != NO_BIT; k = m_next[k]) {

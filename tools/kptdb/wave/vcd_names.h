@@ -1,8 +1,8 @@
 // Finds the bits of a dump by the names that registers have in a netlist.
 //
-// A netlist that was flattened bears the path of instances in its names, "\u1.u2.q ", another one
-// in its scopes; both are the name "u1.u2.q" here. A name that stands for two signals is ambiguous
-// and finds none: which of them the register is, nobody knows.
+// A flattened netlist has the path of instances in its names, "\u1.u2.q ", and any other
+// netlist in its scopes. Both are the name "u1.u2.q" here. A name that two signals have
+// is ambiguous and finds neither, because nobody knows which of them the register is.
 //
 // Ownership: the reader outlives the names.
 #ifndef KPTDB_VCD_NAMES_H
@@ -32,7 +32,7 @@ class VCD_NAMES {
   VCD_NAMES(const VCD_READER& reader, const std::string& scope, char divider);
 
   VCD_BIT find(std::string_view name) const;
-  /// How GTKWave calls the bit: "tb.dut.q", or "(3)tb.dut.data[7:0]", counted from the left.
+  /// GTKWave's name of the bit: "tb.dut.q", or "(3)tb.dut.data[7:0]", counted from the left.
   std::string viewer_name(const VCD_BIT& bit) const;
 
  private:
@@ -43,8 +43,8 @@ class VCD_NAMES {
 
   const VCD_READER& m_reader;
   char m_divider;
-  boost::unordered_flat_map<std::string, std::uint32_t, TEXT_HASH, std::equal_to<>> m_first;  // variable of a name
-  std::vector<std::uint32_t> m_next;                                                          // of the same name
+  boost::unordered_flat_map<std::string, std::uint32_t, TEXT_HASH, std::equal_to<>> m_first;  // variable by name
+  std::vector<std::uint32_t> m_next;                                                          // with the same name
 };
 
 }  // namespace kptdb

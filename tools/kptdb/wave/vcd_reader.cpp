@@ -9,12 +9,12 @@ namespace {
 
 constexpr std::size_t FIRST_BUFFER = 1U << 18;
 constexpr std::size_t LONGEST_TOKEN = 1U << 26;
-constexpr std::uint32_t NUMBERED_CODE = 4;  // longer codes are looked up by their text
+constexpr std::uint32_t NUMBERED_CODE = 4;  // longer codes are found by their text
 
 bool is_blank(char c) { return static_cast<unsigned char>(c) <= ' '; }
 
-// The value that a character of a dump stands for: '0', '1', 'x', 'z', or 0 for none. VHDL
-// simulators write their weak and unknown values too.
+// The value of a character of a dump: '0', '1', 'x', 'z', or 0 for none. VHDL
+// simulators also write their weak and unknown values.
 constexpr char value_of(char c) {
   switch (c) {
     case '0':
@@ -41,7 +41,7 @@ constexpr char value_of(char c) {
   }
 }
 
-// A code as a number, no two codes alike; NO_BIT for one that is too long, or is none.
+// A code as a number that no other code has; NO_BIT for a code that is too long, and for no code.
 std::uint32_t number_of(std::string_view code) {
   if (code.size() > NUMBERED_CODE) {
     return NO_BIT;
@@ -67,7 +67,7 @@ void VCD_READER::fail(const std::string& reason) const {
   throw FAILURE(EXIT_UNREADABLE, path() + ":" + std::to_string(m_line) + ": " + reason);
 }
 
-// Keeps what is not read yet, at the buffer's beginning. False at the end of the file.
+// Moves what is not read yet to the beginning of the buffer. False at the end of the file.
 bool VCD_READER::refill() {
   const std::size_t kept = m_end - m_at;
   std::copy(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_at), m_buffer.begin() + static_cast<std::ptrdiff_t>(m_end),
@@ -86,7 +86,7 @@ bool VCD_READER::refill() {
   return got > 0;
 }
 
-// The next word, good until the one after it; empty at the end.
+// The next word, which is valid until the word after it; empty at the end.
 std::string_view VCD_READER::token() {
   for (;; ++m_at) {
     if (m_at == m_end && !refill()) {
@@ -157,7 +157,7 @@ bool VCD_READER::end_step() {
   return true;
 }
 
-// Whether the time before it is over: a time may be given twice.
+// Whether a later time begins, because a time may be given twice.
 bool VCD_READER::begins_later_time(std::string_view digits) {
   std::uint64_t time = 0;
   for (const char c : digits) {
@@ -211,8 +211,8 @@ void VCD_READER::read_keyword(std::string_view keyword) {
   }
 }
 
-// A value that is shorter than its signal goes on to the left as its first bit says: x and z
-// repeat, 0 and 1 go on as 0.
+// A value that is shorter than its signal is extended to the left by its first
+// bit: x and z are repeated, 0 and 1 are extended by 0.
 void VCD_READER::change(std::string_view digits, std::uint32_t signal) {
   const SIGNAL& changed = m_signals[signal];
   if (digits.empty() || (digits.size() > changed.width && !changed.is_number)) {
@@ -255,7 +255,7 @@ std::uint32_t VCD_READER::signal_of(std::string_view code) const {
   return found->second;
 }
 
-// Simulators count their codes up, so that a table of numbers does for nearly all.
+// Simulators count their codes up, so a table of numbers is enough for nearly all.
 void VCD_READER::index_codes() {
   const std::size_t most = 4 * m_signals.size() + 4096;
   for (const auto& [code, signal] : m_signal_of_code) {

@@ -1,7 +1,7 @@
 // Reads a value-change dump, one time step after the other.
 //
-// The header is read at once; then the caller says which bits it wants to follow, and every step
-// brings their values up to date. The memory is that of the header, however long the dump is.
+// The header is read at once. Then the caller chooses the bits to follow, and every step
+// updates their values. Memory depends on the header, and not on the length of the dump.
 //
 // Ownership: a reader owns its file and all values. Every failure is a FAILURE with file and line.
 #ifndef KPTDB_VCD_READER_H
@@ -20,26 +20,26 @@ namespace kptdb {
 
 constexpr std::uint32_t NO_BIT = ~std::uint32_t{0};
 
-/// What stands behind the name of a variable: nothing, one bit of a vector, or a range.
+/// What follows the name of a variable: nothing, one bit of a vector, or a range.
 enum VCD_INDEX { NO_INDEX, BIT_INDEX, RANGE_INDEX };
 
-/// A variable: a name for a signal. Several may name one signal.
+/// A variable: a name of a signal. Several variables may name one signal.
 struct VCD_VARIABLE {
-  std::string name;  // without what stands behind it, and without the mark of an escaped name
+  std::string name;  // without the range, and without the mark of an escaped name
   std::uint32_t scope = 0;
   std::uint32_t signal = 0;
   std::int64_t msb = 0;  // of the first bit; greater or less than that of the last one
   std::int64_t lsb = 0;
   VCD_INDEX index = NO_INDEX;
   bool is_escaped = false;
-  bool is_integer = false;  // its range goes without saying
+  bool is_integer = false;  // its range is implied
   bool is_number = false;   // real, string or event: it has no bits
 };
 
 struct VCD_SCOPE {
   std::string name;  // without the mark of an escaped name
   std::string type;
-  std::uint32_t parent = 0;  // of the root, itself
+  std::uint32_t parent = 0;  // the root is its own parent
   bool is_escaped = false;
 };
 
@@ -57,22 +57,22 @@ class VCD_READER {
   const std::vector<VCD_SCOPE>& scopes() const { return m_scopes; }  // scope 0 is the root, above all
   const std::vector<VCD_VARIABLE>& variables() const { return m_variables; }
   std::uint32_t width_of_signal(std::uint32_t signal) const { return m_signals[signal].width; }
-  /// As it stands in the dump, "1 ns"; empty when there is none.
+  /// The timescale as the dump gives it, "1 ns"; empty when there is none.
   const std::string& timescale() const { return m_timescale; }
 
-  /// Follows the bit of a signal, counted from its first one; answers with its number.
+  /// Follows the bit of a signal, counted from its first bit, and returns the number of the followed bit.
   std::uint32_t follow(std::uint32_t signal, std::uint32_t bit);
   std::size_t followed() const { return m_values.size(); }
 
-  /// Reads on up to the end of the next time at which there is something; false at the end.
-  /// `changed` lists the followed bits that have another value than before.
+  /// Reads to the end of the next time with changes; false at the end. `changed`
+  /// lists the followed bits whose values have changed.
   bool next_step();
   std::uint64_t time() const { return m_step_time; }
   const std::vector<std::uint32_t>& changed() const { return m_changed; }
   /// '0', '1', 'x' or 'z'.
   char value(std::uint32_t followed_bit) const { return m_values[followed_bit]; }
 
-  /// The line that was read last, from 1.
+  /// The last line that was read, from 1.
   std::uint64_t line() const { return m_line; }
   std::uint64_t bytes() const { return m_bytes; }
   const std::string& path() const { return m_source.path(); }
@@ -84,8 +84,8 @@ class VCD_READER {
     bool is_number = false;
   };
   struct FOLLOWED_BIT {
-    std::uint32_t from_right;  // its place in the signal, from 0 for the last bit
-    std::uint32_t next;        // of the same signal
+    std::uint32_t from_right;  // its position in the signal, from 0 for the last bit
+    std::uint32_t next;        // the next followed bit of the same signal
   };
 
   std::string_view token();
@@ -125,7 +125,7 @@ class VCD_READER {
   std::vector<SIGNAL> m_signals;
   std::string m_timescale;
   boost::unordered_flat_map<std::string, std::uint32_t, TEXT_HASH, std::equal_to<>> m_signal_of_code;
-  std::vector<std::uint32_t> m_signal_of_number;  // codes that are small numbers, which nearly all are
+  std::vector<std::uint32_t> m_signal_of_number;  // for codes that are small numbers, as nearly all are
 
   std::vector<FOLLOWED_BIT> m_follow;
   std::vector<char> m_values;
@@ -136,7 +136,7 @@ class VCD_READER {
   std::uint64_t m_time = 0;  // of the values to come
   std::uint64_t m_step_time = 0;
   std::uint64_t m_next_time = 0;
-  bool m_is_open = false;  // m_time has begun, and no step has told of it yet
+  bool m_is_open = false;  // m_time has begun, and no step has reported it yet
 };
 
 }  // namespace kptdb

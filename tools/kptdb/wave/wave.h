@@ -1,6 +1,6 @@
-// wave: a dump of the transformed netlist as one of the reference netlist.
+// wave: turns a dump of the transformed netlist into a dump of the reference netlist.
 //
-// Ownership: options are read during the call only.
+// Ownership: options are read only during the call.
 #ifndef KPTDB_WAVE_H
 #define KPTDB_WAVE_H
 

@@ -33,7 +33,7 @@ std::vector<std::string_view> WAVE_TRANSLATOR::plan(const std::string& only, boo
       chosen.emplace_back(&subject, column);
     }
   }
-  m_bits.reserve(chosen.size());  // the names stay where they are
+  m_bits.reserve(chosen.size());  // so that the names are not moved
   std::vector<std::string_view> names;
   for (const auto& [subject, column] : chosen) {
     show(*subject, column, names);
@@ -52,7 +52,7 @@ void WAVE_TRANSLATOR::show(const SUBJECT& subject, std::uint32_t column, std::ve
   }
 }
 
-// The column that the register shows; NO_BIT when its value cannot be known.
+// The column whose value the register shows; NO_BIT when its value is not known.
 std::uint32_t WAVE_TRANSLATOR::column_for(const SUBJECT& subject) {
   const FACT& fact = m_facts.fact_of(subject);
   if (fact.kind == NO_FACT || fact.kind == UNUSED_FACT) {
@@ -131,7 +131,7 @@ std::uint32_t WAVE_TRANSLATOR::machine_columns(std::uint32_t number) {
   return first;
 }
 
-// Every column once, so that the first step writes all constants.
+// Settles every column once, so that the first step writes all constants.
 void WAVE_TRANSLATOR::finish_plan() {
   m_begin_of_bit.assign(m_reader.followed() + 1, 0);
   for (const COLUMN& column : m_columns) {
@@ -179,8 +179,8 @@ void WAVE_TRANSLATOR::translate(WAVE_WRITER& writer) {
   m_marked_machines.clear();
 }
 
-// The copies' value: that of those which are known, as long as they agree. Only a single copy hands
-// z on.
+// The value of the copies: that of the known ones, if they agree. Only a single
+// copy can give z.
 void WAVE_TRANSLATOR::settle_column(COLUMN& column, WAVE_WRITER& writer) {
   char value = column.constant == 0 ? 'x' : column.constant;
   bool disagrees = false;

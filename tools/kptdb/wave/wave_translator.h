@@ -1,8 +1,8 @@
 // Turns the values of a transformed netlist into those of the reference netlist.
 //
-// A column is what one value of a fact is: copies in the dump say what it is, and bits of the
-// output show it. The columns of a state machine's reference side have no copies; its table says
-// what they are.
+// A column is one value of a fact. Copies in the dump give the value, and bits of
+// the output show it. The columns of a state machine's reference side have no
+// copies; its table gives their values.
 //
 // Ownership: facts, reader, names and writer outlive the translator.
 #ifndef KPTDB_WAVE_TRANSLATOR_H
@@ -20,7 +20,7 @@
 
 namespace kptdb {
 
-/// Something that went wrong, how often, where and when first.
+/// A problem, how often it occurred, and where and when first.
 struct WAVE_EVENT {
   std::size_t count = 0;
   std::string name;
@@ -43,12 +43,12 @@ class WAVE_TRANSLATOR {
  public:
   WAVE_TRANSLATOR(const FACTS& facts, VCD_READER& reader, const VCD_NAMES& names, char divider);
 
-  /// Plans for the registers whose names match; with those of unknown value if wanted.
+  /// Plans the registers whose names match; also those of unknown value if wanted.
   std::vector<std::string_view> plan(const std::string& only, bool with_unknown);
-  /// After every step of the reader; before the first one, to write what never changes.
+  /// Call it after every step of the reader, and before the first step to write constants.
   void translate(WAVE_WRITER& writer);
   const WAVE_COUNTS& counts() const { return m_counts; }
-  /// The names of written registers; the plan's views point into it.
+  /// The number of written bits.
   std::size_t bits() const { return m_bits.size(); }
 
  private:

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t BLOCK = 1U << 16;
 
-// Counted up in the printable characters, as simulators do it.
+// Codes count up in the printable characters, as in simulators.
 void append_code(std::string& text, std::uint32_t variable) {
   do {
     text += static_cast<char>('!' + variable % 94);
@@ -19,7 +19,7 @@ void append_code(std::string& text, std::uint32_t variable) {
   } while (variable-- > 0);
 }
 
-// A dump has no way to write a blank within a name.
+// A dump cannot have a blank within a name.
 std::string dump_word(std::string_view name) {
   std::string word = printable(name);
   std::replace(word.begin(), word.end(), ' ', '_');

@@ -17,12 +17,12 @@ class WAVE_WRITER {
  public:
   WAVE_WRITER(RESULT_FILE& out, std::size_t bits);
 
-  /// One name for each bit, in scopes below `scope`, those of a vector joined. Before the first step.
+  /// One name for each bit, in scopes below `scope`; joins vectors. Call it before the first step.
   void write_header(const std::vector<std::string_view>& names, const std::string& scope, const std::string& timescale,
                     char divider);
   /// A new value, '0', '1', 'x' or 'z', written at the end of the step.
   void set(std::uint32_t bit, char value);
-  /// All values at first, then those that are new.
+  /// Writes all values at the first step, and later the new ones.
   void end_step(std::uint64_t time, bool is_last);
   std::size_t variables() const { return m_variables.size(); }
 
