@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include "yosys_version.h"
+
 namespace kpt_yosys {
 
 namespace {
@@ -148,7 +150,7 @@ void MODULE_VIEW::add_memory_flops(RTLIL::Cell* cell, const RTLIL::SigSpec& data
   // A constant of Yosys has no `empty` in all versions. NOLINTNEXTLINE(readability-container-size-empty)
   const int width = clocked.size() == 0 ? 0 : data.size() / clocked.size();
   for (int i = 0; i < data.size() && width > 0; ++i) {
-    if (clocked[i / width] == RTLIL::State::S1) {
+    if (bit_of(clocked, i / width) == RTLIL::State::S1) {
       add_flop(cell, i, data[i], RTLIL::SigBit());
     }
   }

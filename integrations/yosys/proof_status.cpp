@@ -5,6 +5,7 @@
 
 #include "module_view.h"
 #include "proof.h"
+#include "yosys_version.h"
 
 namespace kpt_yosys {
 
@@ -61,8 +62,8 @@ void STATUS_READER::read_initial_values() {
   for (const auto& [name, wire] : m_view.module()->wires_) {
     const auto init = wire->attributes.find(Yosys::ID::init);
     for (int i = 0; init != wire->attributes.end() && i < wire->width && i < init->second.size(); ++i) {
-      if (init->second[i] == State::S0 || init->second[i] == State::S1) {
-        m_initial[m_view.canonical(RTLIL::SigBit(wire, i))] = init->second[i];
+      if (bit_of(init->second, i) == State::S0 || bit_of(init->second, i) == State::S1) {
+        m_initial[m_view.canonical(RTLIL::SigBit(wire, i))] = bit_of(init->second, i);
       }
     }
   }

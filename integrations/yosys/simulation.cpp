@@ -5,6 +5,7 @@
 #include <map>
 
 #include "netlist_names.h"
+#include "yosys_version.h"
 
 namespace kpt_yosys {
 
@@ -29,8 +30,8 @@ SIMULATION::SIMULATION(RTLIL::Module* module) : m_sigmap(module), m_values(3) {
   for (const auto& [name, wire] : module->wires_) {
     const auto init = wire->attributes.find(Yosys::ID::init);
     for (int i = 0; init != wire->attributes.end() && i < wire->width && i < init->second.size(); ++i) {
-      if (init->second[i] == RTLIL::State::S0 || init->second[i] == RTLIL::State::S1) {
-        initial[m_sigmap(RTLIL::SigBit(wire, i))] = init->second[i];
+      if (bit_of(init->second, i) == RTLIL::State::S0 || bit_of(init->second, i) == RTLIL::State::S1) {
+        initial[m_sigmap(RTLIL::SigBit(wire, i))] = bit_of(init->second, i);
       }
     }
   }
@@ -167,16 +168,16 @@ void SIMULATION::add_storage(RTLIL::Cell* cell, const Yosys::dict<RTLIL::SigBit,
     bit.m_clock = ff.has_clk ? active(ff.sig_clk, i, ff.pol_clk) : ZERO;
     bit.m_enable = ff.has_ce ? active(ff.sig_ce, i, ff.pol_ce) : ONE;
     bit.m_reset = ff.has_srst ? active(ff.sig_srst, i, ff.pol_srst) : ZERO;
-    bit.m_reset_value = ff.has_srst ? constant(ff.val_srst[i]) : TERNARY{};
+    bit.m_reset_value = ff.has_srst ? constant(bit_of(ff.val_srst, i)) : TERNARY{};
     bit.m_load = ff.has_aload ? active(ff.sig_aload, i, ff.pol_aload) : ZERO;
     bit.m_load_data = ff.has_aload ? net_of(ff.sig_ad[i]) : NEVER_KNOWN;
     bit.m_clear = ff.has_sr ? active(ff.sig_clr, i, ff.pol_clr) : ZERO;
     bit.m_set = ff.has_sr ? active(ff.sig_set, i, ff.pol_set) : ZERO;
     if (ff.has_arst) {
       const int reset = active(ff.sig_arst, i, ff.pol_arst);
-      if (ff.val_arst[i] == RTLIL::State::S1) {
+      if (bit_of(ff.val_arst, i) == RTLIL::State::S1) {
         bit.m_set = reset;
-      } else if (ff.val_arst[i] == RTLIL::State::S0) {
+      } else if (bit_of(ff.val_arst, i) == RTLIL::State::S0) {
         bit.m_clear = reset;
       } else {
         bit.m_load = ff.has_aload ? NEVER_KNOWN : reset;  // loads a value that is never known

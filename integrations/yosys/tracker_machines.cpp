@@ -7,6 +7,7 @@
 #include "pass_kinds.h"
 #include "passes/fsm/fsmdata.h"
 #include "tracker.h"
+#include "yosys_version.h"
 
 namespace kpt_yosys {
 
@@ -24,8 +25,8 @@ std::vector<std::string> codes_of(RTLIL::Cell* cell) {
   std::vector<std::string> codes;
   for (const RTLIL::Const& state : data.state_table) {
     std::string code;
-    for (int i = 0; i < state.size(); ++i) {  // later versions of Yosys have another way to the bits
-      code += state[i] == RTLIL::State::S1 ? '1' : '0';
+    for (int i = 0; i < state.size(); ++i) {
+      code += bit_of(state, i) == RTLIL::State::S1 ? '1' : '0';
     }
     codes.push_back(std::move(code));
   }

@@ -1,5 +1,5 @@
 // What differs between the versions of Yosys that the plugin can be built for. The rest of the plugin
-// says what all of them understand: of a constant `size()` and `[]`, which is a vector in some only.
+// says what all of them understand.
 //
 // Ownership: types alone.
 #ifndef YOSYS_VERSION_H
@@ -16,6 +16,15 @@ PORT port_of(void (Yosys::RTLIL::Monitor::*)(Yosys::RTLIL::Cell*, PORT, const Yo
 
 /// How a monitor of connections is told of the port: by reference in earlier versions, by value in later ones.
 using CONNECTED_PORT = decltype(port_of(&Yosys::RTLIL::Monitor::notify_connect));
+
+// Declared alone: the type of the number of a constant's bit.
+template <class STATE, class NUMBER>
+NUMBER number_of(STATE (Yosys::RTLIL::Const::*)(NUMBER) const);
+
+/// A bit of a constant, whose bits are a vector in some versions only.
+inline Yosys::RTLIL::State bit_of(const Yosys::RTLIL::Const& constant, int bit) {
+  return constant[static_cast<decltype(number_of(&Yosys::RTLIL::Const::operator[]))>(bit)];
+}
 
 }  // namespace kpt_yosys
 

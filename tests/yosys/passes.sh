@@ -116,9 +116,10 @@ cat >unread.v <<'V'
 module unread(input clk, input d, output y);
   reg r;
   always @(posedge clk) r <= d;
-  wire never = r & 1'b0;
-  assign y = d | never;
+  wire zero = 1'b0;
+  assign y = d | (zero & r);
 endmodule
 V
-after unread.v 'shregmap -minlen 2; opt_expr; opt_clean'
+run log "read_verilog unread.v; hierarchy -top unread; proc -noopt; kpt_track; proc; opt_clean; kpt_stage
+         kpt_show -o shown"
 expect shown 'r no fanout'
