@@ -8,6 +8,7 @@
 #include <string>
 
 #include "db/kpt/kpt.h"
+#include "tests/composition/machine_tables.h"
 
 namespace {
 
@@ -67,13 +68,7 @@ TEST_F(ComposedStages, TurnAConstantThatALaterStageFoundBehindAnInversion) {
 }
 
 TEST_F(ComposedStages, LeadAMachineOfTheFirstStageToTheLastNetlist) {
-  KPT_STATE_TABLE table(3, 2, 2);
-  table.set_reference_entry(2, 1, true);
-  table.set_reference_entry(3, 2, true);
-  table.set_transformed_entry(2, 1, true);
-  table.set_transformed_entry(3, 1, true);
-  table.set_transformed_entry(3, 2, true);
-  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, table));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, kpt_test::count_to_three()));
   second->associate_registers_signal_to_signal("s1", "last1");
   second->associate_registers_signal_to_signal("s2", "last2");
   ASSERT_TRUE(compose());
@@ -86,13 +81,7 @@ TEST_F(ComposedStages, LeadAMachineOfTheFirstStageToTheLastNetlist) {
 TEST_F(ComposedStages, FeedAMachineOfTheSecondStageFromTheFirstNetlist) {
   first->associate_registers_signal_to_signal("q1", "r1");
   first->associate_registers_signal_to_signal("q2", "r2");
-  KPT_STATE_TABLE table(3, 2, 2);
-  table.set_reference_entry(2, 1, true);
-  table.set_reference_entry(3, 2, true);
-  table.set_transformed_entry(2, 1, true);
-  table.set_transformed_entry(3, 1, true);
-  table.set_transformed_entry(3, 2, true);
-  ASSERT_TRUE(second->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, table));
+  ASSERT_TRUE(second->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, kpt_test::count_to_three()));
   ASSERT_TRUE(compose());
   EXPECT_EQ(word("q1"), "machine");
   EXPECT_EQ(text(map("q1").get_reference(0).get_name()), "q1");
@@ -216,13 +205,7 @@ TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
 // When that register is removed and inverted replicas stay, the event does not
 // change the column, which is then the inverse of each replica.
 TEST_F(ComposedStages, SayNothingOfAMachineOfWhoseBitInvertedReplicasAloneStay) {
-  KPT_STATE_TABLE table(3, 2, 2);
-  table.set_reference_entry(2, 1, true);
-  table.set_reference_entry(3, 2, true);
-  table.set_transformed_entry(2, 1, true);
-  table.set_transformed_entry(3, 1, true);
-  table.set_transformed_entry(3, 2, true);
-  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, table));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, kpt_test::count_to_three()));
   ASSERT_TRUE(first->set_replicated_registers("s1", "copy"));
   ASSERT_TRUE(first->set_inverter_retimed_register("copy"));
   EXPECT_EQ(first->get_reference_register_transformation("r1").get_fate(0), KPT_FATE_MACHINE);

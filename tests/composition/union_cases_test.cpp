@@ -5,21 +5,11 @@
 #include <string>
 
 #include "db/kpt/kpt.h"
+#include "tests/composition/machine_tables.h"
 
 namespace {
 
 std::string text(const KPT_STRING& string) { return std::string(std::string_view(string)); }
-
-// Two bits that count to three, in the reference code and as 00, 10, 11.
-KPT_STATE_TABLE count_to_three() {
-  KPT_STATE_TABLE table(3, 2, 2);
-  table.set_reference_entry(2, 1, true);
-  table.set_reference_entry(3, 2, true);
-  table.set_transformed_entry(2, 1, true);
-  table.set_transformed_entry(3, 1, true);
-  table.set_transformed_entry(3, 2, true);
-  return table;
-}
 
 class UnionAndComposition : public testing::Test {
  protected:
@@ -74,7 +64,7 @@ TEST_F(UnionAndComposition, OfAConstantBehindAnInversionDifferInItsValue) {
 }
 
 TEST_F(UnionAndComposition, OfAMachineWhoseBitsAreRenamedDifferInTheLastNetlist) {
-  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, count_to_three()));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, kpt_test::count_to_three()));
   second->associate_registers_signal_to_signal("s1", "last1");
   second->associate_registers_signal_to_signal("s2", "last2");
   join();
@@ -87,7 +77,7 @@ TEST_F(UnionAndComposition, OfAMachineWhoseBitsAreRenamedDifferInTheLastNetlist)
 TEST_F(UnionAndComposition, OfAMachineOfRenamedRegistersDifferInTheFirstNetlist) {
   first->associate_registers_signal_to_signal("q1", "r1");
   first->associate_registers_signal_to_signal("q2", "r2");
-  ASSERT_TRUE(second->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, count_to_three()));
+  ASSERT_TRUE(second->associate_registers_fsm_signals({"r1", "r2"}, {"s1", "s2"}, kpt_test::count_to_three()));
   join();
   ASSERT_TRUE(united && composed);
   const KPT_REGISTER_TRANSFORMATION machine = first->get_transformed_register_transformation("s1");
@@ -123,8 +113,8 @@ TEST_F(UnionAndComposition, OfAConstantWhoseMapIsFusedDifferInWhetherItLives) {
 }
 
 TEST_F(UnionAndComposition, OfTwoMachinesThatShareARegisterDifferInThatTheUnionFails) {
-  ASSERT_TRUE(first->associate_registers_fsm_signals({"m1", "m2"}, {"s1", "s2"}, count_to_three()));
-  ASSERT_TRUE(first->associate_registers_fsm_signals({"n1", "n2"}, {"v1", "v2"}, count_to_three()));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"m1", "m2"}, {"s1", "s2"}, kpt_test::count_to_three()));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"n1", "n2"}, {"v1", "v2"}, kpt_test::count_to_three()));
   for (const char* const name : {"s1", "s2", "v1", "v2"}) {
     second->associate_registers_signal_to_signal(name, name);
   }

@@ -53,7 +53,8 @@ std::string told(const KPT_REGISTER_TRANSFORMATION& map) {
   std::ostringstream out;
   out << map.get_elimination() << (map.has_fsm() ? " machine " : " ") << table_of(map);
   for (const KPT_SET_ENUM side : SIDES) {
-    for (unsigned short k = 0; k < map.get_number_of_indices(side); ++k) {
+    for (std::size_t index = 0; index < map.get_number_of_indices(side); ++index) {
+      const auto k = static_cast<unsigned short>(index);
       out << "\n  " << (side == KPT_REFERENCE_SET ? "r" : "t") << k << " " << kpt_fate_word(map.get_fate(k));
       for (const bool inverted : {false, true}) {
         for (const KPT_REGISTER_KEYPOINT& reg : map.get_group(side, k, inverted)) {
