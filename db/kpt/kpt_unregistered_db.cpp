@@ -19,8 +19,8 @@ KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(std::string_view file_name, KPT_LO
   return KPT_UNREGISTERED_DB(KPT_FILE_LOADER::load(file_name, make, problem).release());
 }
 
-KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(KPT_BYTES& bytes, std::string_view shown_name,
-                                              KPT_LOAD_PROBLEM* problem, KPT_FILE_VISITOR* visitor) {
+KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(KPT_BYTES& bytes, std::string_view shown_name, KPT_LOAD_PROBLEM* problem,
+                                              KPT_FILE_VISITOR* visitor) {
   KPT_FILE_LOADER loader(bytes, shown_name);
   loader.set_visitor(visitor);
   return KPT_UNREGISTERED_DB(loader.load(make, problem).release());
