@@ -2,8 +2,11 @@
 // bring none, with knobs to watch and steer it.
 //
 // Ownership: a sink belongs to the host from the call that sets it until it is replaced; an empty
-// function restores the default. Texts handed to a sink live for the duration of the call. One
-// thread at a time, as for every service.
+// function restores the default. Texts handed to a sink live for the duration of the call.
+//
+// Threads: the services are safe in any thread, `trackers` too. Debug output, sinks and switches
+// are set while no other thread uses the library; a sink is called in the thread that has something
+// to say, so in several at once when databases are used in several.
 #ifndef KPT_HOST_H
 #define KPT_HOST_H
 

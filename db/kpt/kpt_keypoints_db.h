@@ -76,21 +76,26 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   KPT_KEYPOINT_SET get_reference_set() const;
   KPT_KEYPOINT_SET get_transformed_set() const;
 
-  /// Fills this database, which is empty, with what the stages say together,
-  /// first to last; they are left as they were. Exact where `unite` is not: see
-  /// KPT_COMPOSITION. False, writing nothing, when the database is not empty or
-  /// one of the stages, when two stages do not fit, or when they contradict
-  /// each other; `report`, unless null, and debug lines tell why.
+  /// Fills this database, which is empty, with what the stages say together, first to last; they are left as they were.
+  /// Exact where `unite` is not: see KPT_COMPOSITION. False, writing nothing, when the database is not empty or one of
+  /// the stages, when two stages do not fit, or when they contradict each other; `report`, unless null, and debug lines
+  /// tell why. Where memory ends the database may hold a part of the composition, and is good for nothing but to be
+  /// destroyed.
   bool compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options = {},
                KPT_COMPOSITION_REPORT* report = nullptr) const;
   /// Appends the database of the next stage, which is left as it was.
   bool unite(const KPT_KEYPOINTS_DB& other) const;
-  /// Writes the database file in place; false when it cannot be opened.
+  /// Writes the database file in place; false when it cannot be opened. True
+  /// also when the disk is full or writing fails otherwise: `save_atomically` is
+  /// the one that tells. A pipe that nobody reads is waited for, which a debug
+  /// line says beforehand.
   bool save(std::string_view file_name) const;
   /// Writes the database file beside its target and renames it, with references
   /// for what XML needs escaped, so that every name comes back; refuses texts
   /// that no file can hold (`kpt_file_can_hold`) and a database without a name,
-  /// with the message EKPT_TEXTS_CANNOT_BE_SAVED. On failure an earlier file is untouched and
+  /// with the message EKPT_TEXTS_CANNOT_BE_SAVED. The owner and the group of an
+  /// earlier file are kept where the process may, or the message
+  /// EKPT_OWNER_NOT_KEPT says so. On failure an earlier file is untouched and
   /// nothing else stays; a process that is killed may leave a file ".kpt-*",
   /// which a later save that replaces the target removes if it may write it.
   bool save_atomically(std::string_view file_name) const;

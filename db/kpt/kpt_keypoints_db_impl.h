@@ -39,8 +39,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   /// The id for a new register of that side: the counter's value, which is
   /// then raised by one. The first id of a process is 0.
-  static long get_next_r_id() { return s_r_id++; }
-  static long get_next_t_id() { return s_t_id++; }
+  /// Safe in any thread.
+  static long get_next_r_id();
+  static long get_next_t_id();
   /// Raises both counters beyond every id of this database: the next register
   /// of the process repeats none of them.
   void move_id_counters_past_own_ids();
@@ -75,9 +76,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   // What passes report. False when the event was refused; an association, an
   // elimination and an event on a register without a map are refused silently.
-  // Where memory ends, std::bad_alloc leaves, nothing has changed, and the event
-  // can be reported again; but a merge with a state machine may be recorded
-  // with its table as it was.
+  // Where memory ends, std::bad_alloc leaves, nothing has changed, and the event can be reported again; but a merge
+  // with a state machine may be recorded with its table as it was.
 
   /// A register kept 1:1. False, changing nothing, when either register exists.
   bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name);
@@ -154,6 +154,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   /// The next id of each side. Loading raises a counter to the highest signal
   /// id that it reads, not past it: the next register then repeats that id.
+  /// The library reads and changes them as atomics; who else does is alone.
   static long s_r_id;
   static long s_t_id;
 
@@ -163,6 +164,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_SET_IMPL& set_of(KPT_SET_ENUM set) {
     return set == KPT_REFERENCE_SET ? m_reference_set : m_transformed_set;
   }
+  static long& id_counter(KPT_SET_ENUM set) { return set == KPT_REFERENCE_SET ? s_r_id : s_t_id; }
   KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts);
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);

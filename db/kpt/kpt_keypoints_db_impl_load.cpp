@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "db/kpt/kpt_elim_words.h"
+#include "db/kpt/kpt_id_counter.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
@@ -111,8 +112,7 @@ bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT
   add_to_register_set(set, id, name.get_text_content());
   // To the id itself, not past it, and for signals alone: the ids that a flow
   // sees after a load depend on it.
-  long& counter = set == KPT_REFERENCE_SET ? s_r_id : s_t_id;
-  counter = std::max(counter, id);
+  kpt_id_counter::raise(id_counter(set), id);
   return has_name;
 }
 
