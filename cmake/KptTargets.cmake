@@ -27,12 +27,24 @@ endif()
 
 set(KPT_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all)
 
+# What runs at users' reads files that strangers wrote. The checks of the C library need optimisation,
+# and the sanitizers have checks of their own in their place.
+set(KPT_HARDENING "")
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$" AND NOT KPT_SANITIZE AND NOT KPT_SANITIZE_THREADS)
+  set(KPT_HARDENING -fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+endif()
+
 function(kpt_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_20)
-  target_compile_options(${target} PRIVATE ${KPT_WARNINGS})
+  target_compile_options(${target} PRIVATE ${KPT_WARNINGS} ${KPT_HARDENING})
+  target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
   if(KPT_SANITIZE)
     target_compile_options(${target} PRIVATE ${KPT_SANITIZERS} -fno-omit-frame-pointer)
     target_link_options(${target} PRIVATE ${KPT_SANITIZERS})
+  endif()
+  if(KPT_SANITIZE_THREADS)
+    target_compile_options(${target} PRIVATE -fsanitize=thread -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=thread)
   endif()
   if(KPT_BUILD_FUZZ)
     # Tells the fuzzer which paths an input took. Its targets link the fuzzer itself.

@@ -5,6 +5,7 @@
 #ifndef H_MEM_ALLOC_SYS_H
 #define H_MEM_ALLOC_SYS_H
 
+#include <atomic>
 #include <cstddef>
 #include <limits>
 #include <new>
@@ -72,8 +73,9 @@ class KPT_HOST_API MEM_STL_ALLOCATOR {
   /// The tracker of T. The first use sets its m_type.
   static MEM_TRACKER_THUNK* tracker() noexcept {
     MEM_TRACKER_THUNK& thunk = MEM_TRACKER_TEMPLATE_KPT<T, 1255, 1>::s_thunk;
-    if (thunk.m_type == nullptr) {
-      thunk.m_type = &typeid(T);
+    const std::atomic_ref type(thunk.m_type);  // every thread binds it to the same
+    if (type.load(std::memory_order_relaxed) == nullptr) {
+      type.store(&typeid(T), std::memory_order_relaxed);
     }
     return &thunk;
   }

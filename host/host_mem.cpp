@@ -1,8 +1,10 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 
 #include "h/mem_alloc_sys.h"
 #include "host/kpt_host.h"
@@ -10,11 +12,17 @@
 
 namespace {
 
+// Protects the list of trackers.
+constinit std::mutex s_lock;
+
 // Never destroyed: static objects of other libraries allocate and free until the process ends.
 std::vector<MEM_TRACKER_THUNK*>& known_thunks() {
   static auto* const thunks = new std::vector<MEM_TRACKER_THUNK*>;
   return *thunks;
 }
+
+// Other threads may be charging it.
+unsigned long read(unsigned long& counter) { return std::atomic_ref(counter).load(std::memory_order_relaxed); }
 
 const void* library_of(const void* address) {
   Dl_info info{};
@@ -32,12 +40,17 @@ std::string readable_name(const std::type_info& type) {
 
 // A tracker without any counted block is seen for the first time.
 void* MEM_MANAGER::new_wrapper(unsigned long size, MEM_TRACKER_THUNK* thunk, const char*) {
-  const bool is_new = thunk->m_peak_blocks == 0;
-  if (is_new) {
-    known_thunks().reserve(known_thunks().size() + 1);  // before the block exists, because a failure here would lose it
+  const auto is_new = [&] { return read(thunk->m_peak_blocks) == 0; };
+  if (!is_new()) {
+    return kpt_services::allocate_block(size, thunk);
+  }
+  const std::lock_guard lock(s_lock);
+  const bool is_first = is_new();  // of the threads that have come here
+  if (is_first) {
+    known_thunks().reserve(known_thunks().size() + 1);  // before the block is there, which would be lost
   }
   void* const block = kpt_services::allocate_block(size, thunk);
-  if (is_new) {
+  if (is_first) {
     known_thunks().push_back(thunk);
   }
   return block;
@@ -51,6 +64,7 @@ MEM_INITIALIZER::MEM_INITIALIZER(const char*) {}
 // more before, its trackers count as new.
 MEM_INITIALIZER::~MEM_INITIALIZER() {
   const void* const leaving = library_of(this);
+  const std::lock_guard lock(s_lock);
   std::erase_if(known_thunks(), [leaving](MEM_TRACKER_THUNK* thunk) {
     const bool leaves = leaving != nullptr && library_of(thunk) == leaving;
     if (leaves) {
@@ -62,9 +76,10 @@ MEM_INITIALIZER::~MEM_INITIALIZER() {
 
 std::vector<kpt_host::TRACKER> kpt_host::trackers() {
   std::vector<TRACKER> result;
-  for (const MEM_TRACKER_THUNK* thunk : known_thunks()) {
-    result.push_back({readable_name(*thunk->m_type), thunk->m_live_bytes, thunk->m_live_blocks, thunk->m_peak_bytes,
-                      thunk->m_peak_blocks});
+  const std::lock_guard lock(s_lock);
+  for (MEM_TRACKER_THUNK* thunk : known_thunks()) {
+    result.push_back({readable_name(*thunk->m_type), read(thunk->m_live_bytes), read(thunk->m_live_blocks),
+                      read(thunk->m_peak_bytes), read(thunk->m_peak_blocks)});
   }
   return result;
 }

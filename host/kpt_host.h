@@ -3,7 +3,10 @@
 //
 // Ownership: the host owns a sink from the call that sets it until another call replaces it. An
 // empty function restores the default. The texts that a sink gets are valid only during the call.
-// One thread at a time may call, as for every service.
+//
+// Threads: the services are safe in any thread, `trackers` too. Debug output, sinks and switches
+// are set while no other thread uses the library; a sink is called in the thread that has something
+// to say, so in several at once when databases are used in several.
 #ifndef KPT_HOST_H
 #define KPT_HOST_H
 

@@ -3,7 +3,13 @@
 // header of the XML parser.
 //
 // Ownership: the manager owns the databases. Handles own nothing, except that
-// a KPT_STATE_TABLE owns a copy of a table. One thread at a time may call.
+// a KPT_STATE_TABLE owns a copy of a table.
+//
+// Threads: different databases may be used in different threads at once, the
+// manager in any. One database, with its handles, registers and maps, is for one
+// thread at a time; so are two that are united, and those that a composition
+// reads. The ids of registers come from counters of the process, so the ids of
+// databases that are recorded at once interleave.
 //
 // When memory runs out, loading and saving return null or false and post the
 // message EKPT_OUT_OF_MEMORY. Every other operation throws std::bad_alloc, and

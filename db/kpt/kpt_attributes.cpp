@@ -2,11 +2,23 @@
 
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <functional>
 
 #include "db/kpt/containers/kpt_zeroed.h"
+#include "db/kpt/kpt_register_texts.h"
+
+namespace {
+
+// Files name attributes, and names of one value of the names' own hash are easily made.
+struct SALTED_HASH {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view name) const { return KPT_REGISTER_TEXTS(name).hash; }
+};
+
+}  // namespace
 
 struct KPT_ATTRIBUTES::STORE : KPT_ZEROED {
-  boost::unordered_flat_map<KPT_STRING, KPT_STRING, STL_CASE_SENSITIVE_HASH_COMPARE, STL_CASE_SENSITIVE_HASH_COMPARE,
+  boost::unordered_flat_map<KPT_STRING, KPT_STRING, SALTED_HASH, std::equal_to<>,
                             MEM_STL_ALLOCATOR<std::pair<const KPT_STRING, KPT_STRING>>>
       texts;
 };

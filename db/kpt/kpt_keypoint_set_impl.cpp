@@ -1,6 +1,9 @@
 #include "db/kpt/kpt_keypoint_set_impl.h"
 
+#include <atomic>
+
 #include "db/kpt/files/kpt_format_words.h"
+#include "db/kpt/kpt_id_counter.h"
 #include "db/kpt/kpt_xml_writer.h"
 
 namespace {
@@ -8,9 +11,9 @@ namespace {
 // Numbers of sets begin at 1, because 0 means that a keypoint is in no set. Two bits hold the side.
 std::uint32_t next_set_number() {
   constexpr std::uint32_t END = UINT32_MAX >> 2U;
-  static std::uint32_t s_last = 0;
-  s_last = s_last + 1 == END ? 1 : s_last + 1;
-  return s_last << 2U;
+  static std::atomic<std::uint64_t> s_made = 0;
+  const std::uint64_t number = s_made.fetch_add(1, std::memory_order_relaxed) % (END - 1) + 1;
+  return static_cast<std::uint32_t>(number) << 2U;
 }
 
 }  // namespace
@@ -208,7 +211,7 @@ bool KPT_KEYPOINT_SET_IMPL::make_union(KPT_KEYPOINT_SET_IMPL& other, long& next_
     const KPT_REGISTER_TEXTS texts = other.texts_of(*keypoint, as_signal);
     KPT_REGISTER_KEYPOINT_IMPL* namesake = get_register(texts);
     if (namesake == nullptr) {
-      namesake = add_register(++next_id, texts);
+      namesake = add_register(kpt_id_counter::take_next(next_id), texts);
     }
     if (namesakes != nullptr && keypoint->register_is_signal() == as_signal) {
       namesakes->at(KPT_KEYPOINT::slot_of(keypoint)) = namesake;

@@ -1,7 +1,6 @@
 #include "db/kpt/kpt_keypoints_db.h"
 
 #include <cassert>
-#include <utility>
 
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
@@ -161,7 +160,12 @@ KPT_KEYPOINT_SET KPT_KEYPOINTS_DB::get_set(KPT_SET_ENUM side) const {
 void KPT_KEYPOINTS_DB::move_id_counters_past_own_ids() const { impl().move_id_counters_past_own_ids(); }
 
 bool KPT_KEYPOINTS_DB::delete_keypoints_db() {
-  KPT_KEYPOINTS_DB_IMPL* db = std::exchange(m_impl, nullptr);
+  KPT_KEYPOINTS_DB_IMPL* const db = m_impl;
   delete db;
+  // The manager has done so already when this is its entry, at which other
+  // threads may be looking.
+  if (m_impl != nullptr) {
+    m_impl = nullptr;
+  }
   return db != nullptr;
 }

@@ -91,16 +91,22 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// KPT_COMPOSITION. False, and nothing is written, when the database is not
   /// empty or is one of the stages, or when stages do not fit or contradict each
   /// other. `report`, unless it is null, and debug lines say why.
+  /// When memory runs out, the database may have a part of the composition, and
+  /// can only be destroyed.
   bool compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options = {},
                KPT_COMPOSITION_REPORT* report = nullptr) const;
   /// Appends the next stage, which does not change. What this database then says can be false.
   bool unite(const KPT_KEYPOINTS_DB& other) const;
-  /// Writes the database file in place; false when it cannot be opened.
+  /// Writes the database file in place; false when it cannot be opened. True
+  /// also when the disk is full or writing fails otherwise: `save_atomically` is
+  /// the one that tells. A pipe that nobody reads is waited for, which a debug
+  /// line says beforehand.
   bool save(std::string_view file_name) const;
   /// Writes a new file and puts it in the place of the target. Escapes what XML
   /// needs escaped, so that every name can be read back. Refuses texts that no
   /// file can hold (`kpt_file_can_hold`) and a database without a name, with the
-  /// message EKPT_TEXTS_CANNOT_BE_SAVED. On failure an earlier file is unchanged,
+  /// message EKPT_TEXTS_CANNOT_BE_SAVED. Keeps the owner and the group of an earlier
+  /// file, or says with the message EKPT_OWNER_NOT_KEPT that it cannot. On failure an earlier file is unchanged,
   /// and no other file is left. A killed process may leave a file ".kpt-*", which
   /// a later save that replaces the target removes if it may write it.
   bool save_atomically(std::string_view file_name) const;

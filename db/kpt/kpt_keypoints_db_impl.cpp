@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "db/kpt/kpt_id_counter.h"
 #include "db/kpt/kpt_state_table.h"
 #include "db/kpt/kpt_state_table_impl.h"
 
@@ -12,6 +13,10 @@ long KPT_KEYPOINTS_DB_IMPL::s_t_id = 0;
 
 KPT_KEYPOINTS_DB_IMPL::KPT_KEYPOINTS_DB_IMPL(std::string_view name)
     : m_reference_set(KPT_REFERENCE_SET), m_transformed_set(KPT_TRANSFORMED_SET), m_db_name(name) {}
+
+long KPT_KEYPOINTS_DB_IMPL::get_next_r_id() { return kpt_id_counter::take(s_r_id); }
+
+long KPT_KEYPOINTS_DB_IMPL::get_next_t_id() { return kpt_id_counter::take(s_t_id); }
 
 KPT_KEYPOINTS_DB_IMPL::~KPT_KEYPOINTS_DB_IMPL() {
   if (m_forget != nullptr) {
@@ -83,10 +88,10 @@ KPT_TRANSFORMATION_IMPL* KPT_KEYPOINTS_DB_IMPL::get_transformed_register_transfo
 
 void KPT_KEYPOINTS_DB_IMPL::move_id_counters_past_own_ids() {
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
-    long& counter = side == KPT_REFERENCE_SET ? s_r_id : s_t_id;
+    long& counter = id_counter(side);
     set_of(side).for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
       const long id = keypoint->get_kpid();
-      counter = std::max(counter, id == std::numeric_limits<long>::max() ? id : id + 1);
+      kpt_id_counter::raise(counter, id == std::numeric_limits<long>::max() ? id : id + 1);
       return true;
     });
   }

@@ -37,12 +37,13 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINTS_DB_IMPL(const KPT_KEYPOINTS_DB_IMPL&) = delete;
   KPT_KEYPOINTS_DB_IMPL& operator=(const KPT_KEYPOINTS_DB_IMPL&) = delete;
 
-  /// The id for a new register of the side. It is the value of the counter,
-  /// which is then raised by one. The first id of a process is 0.
-  static long get_next_r_id() { return s_r_id++; }
-  static long get_next_t_id() { return s_t_id++; }
-  /// Raises both counters past every id of this database, so that the next
-  /// register of the process repeats none of them.
+  /// The id for a new register of that side: the counter's value, which is
+  /// then raised by one. The first id of a process is 0.
+  /// Safe in any thread.
+  static long get_next_r_id();
+  static long get_next_t_id();
+  /// Raises both counters beyond every id of this database: the next register
+  /// of the process repeats none of them.
   void move_id_counters_past_own_ids();
 
   const KPT_STRING& get_db_name() const { return m_db_name; }
@@ -160,6 +161,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
 
   /// The next id of each side. Loading raises a counter to the highest signal
   /// id that it reads, but not past it, so the next register repeats that id.
+  /// The library reads and changes them as atomics. Other code may change them
+  /// only while no other thread uses the library.
   static long s_r_id;
   static long s_t_id;
 
@@ -169,6 +172,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_KEYPOINT_SET_IMPL& set_of(KPT_SET_ENUM set) {
     return set == KPT_REFERENCE_SET ? m_reference_set : m_transformed_set;
   }
+  static long& id_counter(KPT_SET_ENUM set) { return set == KPT_REFERENCE_SET ? s_r_id : s_t_id; }
   KPT_REGISTER_KEYPOINT_IMPL* create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts);
   bool associate(const KPT_REGISTER_TEXTS& r, const KPT_REGISTER_TEXTS& t);
   bool any_signal_exists(KPT_SET_ENUM set, const KPT_STRING_VECTOR& names);

@@ -2,6 +2,7 @@
 // keypoints and the debug line of each event. The transformation set changes
 // the maps.
 #include "db/kpt/containers/kpt_undo.h"
+#include "db/kpt/kpt_id_counter.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_texts.h"
 #include "db/kpt/kpt_state_table.h"
@@ -35,9 +36,11 @@ class LINE_NAME {
 }  // namespace
 
 KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, const KPT_REGISTER_TEXTS& texts) {
-  long& counter = set == KPT_REFERENCE_SET ? s_r_id : s_t_id;
-  KPT_REGISTER_KEYPOINT_IMPL* created = set_of(set).add_register(counter, texts);
-  ++counter;
+  long& counter = id_counter(set);
+  const long id = kpt_id_counter::take(counter);
+  KPT_UNDO undo([&] { kpt_id_counter::give_back(counter, id); });
+  KPT_REGISTER_KEYPOINT_IMPL* const created = set_of(set).add_register(id, texts);
+  undo.keep();
   return created;
 }
 
@@ -46,8 +49,9 @@ KPT_REGISTER_KEYPOINT_IMPL* KPT_KEYPOINTS_DB_IMPL::create(KPT_SET_ENUM set, cons
 void KPT_KEYPOINTS_DB_IMPL::take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created) {
   for (std::size_t k = created.size(); k > 0; --k) {
     auto& keypoint = static_cast<KPT_REGISTER_KEYPOINT_IMPL&>(*created[k - 1]);
+    const long id = keypoint.get_kpid();
     set_of(set).take_back(keypoint);
-    (set == KPT_REFERENCE_SET ? s_r_id : s_t_id) = keypoint.get_kpid();
+    kpt_id_counter::give_back(id_counter(set), id);
   }
 }
 

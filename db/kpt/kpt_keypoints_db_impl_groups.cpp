@@ -37,7 +37,7 @@ bool are_new(const KPT_GROUPS_SIDE& side, const KPT_KEYPOINT_SET_IMPL& set) {
   using KEY = std::pair<bool, KPT_STRINGPAIR_HASH_COMPARE::TEXTS>;
   struct HASH {
     std::size_t operator()(const KEY& key) const {
-      return boost::hash<KPT_STRINGPAIR_HASH_COMPARE::TEXTS>()(key.second);
+      return KPT_REGISTER_TEXTS(key.second.first, {}, key.second.second).hash;
     }
   };
   boost::unordered_flat_set<KEY, HASH, std::equal_to<>, MEM_STL_ALLOCATOR<KEY>> named;

@@ -5,6 +5,7 @@
 
 #include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_elim_words.h"
+#include "db/kpt/kpt_id_counter.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
@@ -108,8 +109,7 @@ bool KPT_KEYPOINTS_DB_IMPL::parse_one_keypoint(KPT_SET_ENUM set, KPT_XML_ELEMENT
   add_to_register_set(set, id, name.get_text_content());
   // Only to the id itself, not past it, and only for signals: the ids that a flow
   // gets after a load depend on this.
-  long& counter = set == KPT_REFERENCE_SET ? s_r_id : s_t_id;
-  counter = std::max(counter, id);
+  kpt_id_counter::raise(id_counter(set), id);
   return has_name;
 }
 

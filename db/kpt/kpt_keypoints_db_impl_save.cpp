@@ -110,6 +110,16 @@ class TEXT_CHECK {
   KPT_STRING m_file_name;
 };
 
+// The file is in its place by now, so the message alone may be lost.
+void tell_of_owner(const KPT_STRING& file_name) {
+  try {
+    const std::unique_ptr<MSG_E> message(MSG_KPT::E::OWNER_NOT_KEPT(file_name.c_str()));
+    message->post();
+  } catch (const std::bad_alloc&) {
+    // There is nothing that could still be told.
+  }
+}
+
 bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
   KPT_FILE_REPLACEMENT file(file_name);
   KPT_XML_WRITER writer(file_name);
@@ -119,6 +129,8 @@ bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
   saved = writer.finish_file() && saved && file.replace_target();
   if (!saved) {
     kpt_msg_debug("Error: cannot write %s", file_name.c_str());
+  } else if (!file.keeps_owner()) {
+    tell_of_owner(file_name);
   }
   return saved;
 }

@@ -3,12 +3,22 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <new>
 
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_unregistered_db.h"
 #include "db/kpt/load/kpt_file_loader.h"
 #include "db/kpt/msg_kpt.h"
+
+namespace {
+
+// Over the list of databases and its entries, not over the databases: nothing
+// that takes long, and nothing of the host's but memory, is called under it.
+// Without an end of its own, it serves static objects that end after the manager.
+constinit std::mutex s_registry;
+
+}  // namespace
 
 // Static objects that were made before the manager are destroyed after it, and
 // may ask it for a database. They find an empty manager at the same address. It
@@ -36,7 +46,9 @@ KPT_KEYPOINTS_MANAGER::~KPT_KEYPOINTS_MANAGER() {
 }
 
 void KPT_KEYPOINTS_MANAGER::forget(const KPT_KEYPOINTS_DB_IMPL* db) {
-  for (KPT_KEYPOINTS_DB& entry : get_instance()->m_databases) {
+  KPT_KEYPOINTS_MANAGER* const manager = get_instance();
+  const std::lock_guard lock(s_registry);
+  for (KPT_KEYPOINTS_DB& entry : manager->m_databases) {
     if (entry.m_impl == db) {
       entry.m_impl = nullptr;
     }
@@ -63,22 +75,31 @@ bool KPT_KEYPOINTS_MANAGER::record_new_db(KPT_KEYPOINTS_DB_IMPL* db) {
   if (db == nullptr) {
     return false;
   }
-  m_databases.emplace_back(db);
-  db->m_forget = &KPT_KEYPOINTS_MANAGER::forget;
+  const std::lock_guard lock(s_registry);
+  append(db);
   return true;
 }
 
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::append(KPT_KEYPOINTS_DB_IMPL* db) {
+  m_databases.emplace_back(db);
+  db->m_forget = &KPT_KEYPOINTS_MANAGER::forget;
+  return &m_databases.back();
+}
+
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::get_keypoints_db(std::string_view name) {
+  const std::lock_guard lock(s_registry);
   const auto found = find(name);
   return found == m_databases.end() ? nullptr : &*found;
 }
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::record_db(KPT_UNREGISTERED_DB&& db) {
-  if (!record_new_db(db.get().m_impl)) {
+  if (db.is_null()) {
     return nullptr;
   }
+  const std::lock_guard lock(s_registry);
+  KPT_KEYPOINTS_DB* const entry = append(db.get().m_impl);
   db.release();
-  return &m_databases.back();
+  return entry;
 }
 
 KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::load_db(std::string_view file_name) {
@@ -103,17 +124,27 @@ KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::loaded(std::string_view file_name, KPT_
   };
   KPT_FILE_LOADER loader(file_name);
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = loader.read(create) ? loader.finish() : nullptr;
-  if (db == nullptr) {
-    problem = loader.problem();
-    if (problem.is_none()) {
-      kpt_msg_debug("DB called %s already exists\n", loader.name().c_str());
-      problem.note({KPT_LOAD_PROBLEM::NAME_IS_TAKEN, "a database of this name exists already"});
-    }
+  KPT_KEYPOINTS_DB* const entry = db != nullptr ? append_if_new(db) : nullptr;
+  if (entry != nullptr) {
+    return entry;
+  }
+  problem = loader.problem();
+  if (problem.is_none()) {
+    kpt_msg_debug("DB called %s already exists\n", loader.name().c_str());
+    problem.note({KPT_LOAD_PROBLEM::NAME_IS_TAKEN, "a database of this name exists already"});
+  }
+  return nullptr;
+}
+
+// Another thread may have taken the name while the file was read.
+KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::append_if_new(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL>& db) {
+  const std::lock_guard lock(s_registry);
+  if (find(db->get_db_name()) != m_databases.end()) {
     return nullptr;
   }
-  record_new_db(db.get());
+  KPT_KEYPOINTS_DB* const entry = append(db.get());
   static_cast<void>(db.release());  // the list has it now
-  return &m_databases.back();
+  return entry;
 }
 
 const KPT_KEYPOINTS_DB* KPT_KEYPOINTS_MANAGER::find_to_save(std::string_view name) {
@@ -135,11 +166,14 @@ bool KPT_KEYPOINTS_MANAGER::save_db_atomically(std::string_view name, std::strin
 }
 
 bool KPT_KEYPOINTS_MANAGER::destroy_keypoints_db(std::string_view name) {
-  const auto found = find(name);
-  if (found == m_databases.end()) {
-    return false;
+  DATABASES leaving;
+  {
+    const std::lock_guard lock(s_registry);
+    const auto found = find(name);
+    if (found == m_databases.end()) {
+      return false;
+    }
+    leaving.splice(leaving.end(), m_databases, found);
   }
-  found->delete_keypoints_db();
-  m_databases.erase(found);
-  return true;
+  return leaving.front().delete_keypoints_db();
 }

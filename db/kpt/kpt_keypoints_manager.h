@@ -11,10 +11,14 @@
 // later, such as the destructor of a static object that was made before the
 // manager, finds the manager at the same address, empty and usable. A database
 // that is recorded then is destroyed only by `destroy_keypoints_db`.
+//
+// Every function may be called in any thread. A database under a name that only
+// one thread uses belongs to that thread.
 #ifndef KPT_KEYPOINTS_MANAGER_H
 #define KPT_KEYPOINTS_MANAGER_H
 
 #include <list>
+#include <memory>
 #include <string_view>
 
 #include "db/kpt/kpt_keypoints_db.h"
@@ -66,7 +70,11 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   ~KPT_KEYPOINTS_MANAGER();
   // The database is being destroyed: its entries become null.
   static void forget(const KPT_KEYPOINTS_DB_IMPL* db);
+  // Of these the caller holds the registry's lock.
   DATABASES::iterator find(std::string_view name);
+  KPT_KEYPOINTS_DB* append(KPT_KEYPOINTS_DB_IMPL* db);
+  // The database is the list's then; null, leaving it, when its name is taken.
+  KPT_KEYPOINTS_DB* append_if_new(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL>& db);
   KPT_KEYPOINTS_DB* loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
   const KPT_KEYPOINTS_DB* find_to_save(std::string_view name);
 

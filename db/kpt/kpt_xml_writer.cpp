@@ -2,6 +2,7 @@
 #include "db/kpt/files/kpt_format_words.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <new>
 
+#include "db/kpt/msg_kpt.h"
 #include "h/gen_sys.h"
 
 namespace {
@@ -67,6 +69,10 @@ bool KPT_XML_WRITER::STREAM::open(const KPT_STRING& file_name) {
   }
   if (file_name.find('\0') != KPT_STRING::npos) {
     return false;
+  }
+  struct stat state {};
+  if (::stat(file_name.c_str(), &state) == 0 && S_ISFIFO(state.st_mode)) {
+    kpt_msg_debug("Info: %s is a pipe: saving waits until it is read", file_name.c_str());
   }
   int descriptor = -1;
   do {

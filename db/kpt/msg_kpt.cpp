@@ -48,6 +48,15 @@ MSG_E* TEXTS_CANNOT_BE_SAVED(const char* file, const char* owner) {
   return message.release();
 }
 
+MSG_E* OWNER_NOT_KEPT(const char* file) {
+  std::unique_ptr<MSG_E> message(new MSG_E(nullptr));
+  message->fill_args(
+      "Keypoint Database %1!s! is saved, but the owner or the group of the earlier file could not be kept"
+      "/EKPT_OWNER_NOT_KEPT",
+      1, file);
+  return message.release();
+}
+
 }  // namespace E
 
 MSG_D* DEBUG_MSG(const char* format, ...) {

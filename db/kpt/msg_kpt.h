@@ -31,6 +31,9 @@ KPT_EXPORT MSG_E* OUT_OF_MEMORY(const char* file);
 /// register. A byte of a name that cannot be shown is written as \xNN.
 KPT_EXPORT MSG_E* TEXTS_CANNOT_BE_SAVED(const char* file, const char* owner);
 
+/// "Keypoint Database FILE is saved, but the owner or the group of the earlier file could not be kept".
+KPT_EXPORT MSG_E* OWNER_NOT_KEPT(const char* file);
+
 }  // namespace E
 
 /// A debug message with a printf format, filed under "KPT".

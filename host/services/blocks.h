@@ -9,6 +9,9 @@
 
 namespace kpt_services {
 
+// Safe in any thread. The counters of a tracker are atomic, each by itself, once
+// there are several threads.
+
 /// Like MEM_MANAGER::new_wrapper.
 void* allocate_block(unsigned long size, MEM_TRACKER_THUNK* thunk);
 /// Like MEM_MANAGER::delete_wrapper.

@@ -327,7 +327,7 @@ TEST_F(AttributesInAFile, ChangeNothingElse) {
 }
 
 TEST_F(AttributesInAFile, AreRefusedWhenAFileCannotHoldThem) {
-  db->get_reference_register_transformation("q").add_attribute("note", "a < b");
+  db->get_reference_register_transformation("q").add_attribute("note", "a \x01 b");
   EXPECT_FALSE(db.save_atomically(file));
 }
 

@@ -7,6 +7,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <filesystem>
+
 #include "db/kpt/kpt_held_text.h"
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
@@ -93,6 +96,82 @@ TEST_F(SaveAtomically, GivesTheNewFileThePermissionsOfTheEarlierOne) {
   struct stat state {};
   ASSERT_EQ(::stat(m_path.c_str(), &state), 0);
   EXPECT_EQ(state.st_mode & 0777U, 0640U);
+}
+
+// A group of the process's own other than that of its files; any for a privileged process.
+gid_t other_group() {
+  if (::geteuid() == 0) {
+    return 23456;
+  }
+  std::vector<gid_t> groups(64);
+  groups.resize(static_cast<std::size_t>(std::max(::getgroups(64, groups.data()), 0)));
+  const auto other = std::find_if(groups.begin(), groups.end(), [](gid_t group) { return group != ::getegid(); });
+  return other == groups.end() ? ::getegid() : *other;
+}
+
+TEST_F(SaveAtomically, GivesTheNewFileTheOwnerAndTheGroupOfTheEarlierOne) {
+  const uid_t owner = ::geteuid() == 0 ? 12345 : ::geteuid();
+  ASSERT_EQ(::chown(m_path.c_str(), owner, other_group()), 0);
+  ASSERT_EQ(::chmod(m_path.c_str(), 0660), 0);
+  const HOST_LINES lines;
+  EXPECT_TRUE(small_database()->save_atomically(m_path));
+  struct stat state {};
+  ASSERT_EQ(::stat(m_path.c_str(), &state), 0);
+  EXPECT_EQ(state.st_uid, owner);
+  EXPECT_EQ(state.st_gid, other_group());
+  EXPECT_EQ(state.st_mode & 0777U, 0660U);
+  EXPECT_THAT(lines.errors(), testing::IsEmpty());
+}
+
+// What the earlier group might do is not for the members of another one.
+TEST_F(SaveAtomically, SaysWhenTheOwnerAndTheGroupCannotBeKept) {
+  ASSERT_EQ(::chmod(m_path.c_str(), 0664), 0);
+  SYSTEM_CALLS calls;
+  calls.pretend_another_owner();
+  const HOST_LINES lines;
+  EXPECT_TRUE(small_database()->save_atomically(m_path));
+  EXPECT_THAT(calls.names(),
+              ElementsAre("fchown", "fchown", "fchmod", "write", "fsync", "linkat", "renameat", "fsync"));
+  EXPECT_EQ(read_file(m_path), saved(*small_database()));
+  EXPECT_THAT(lines.errors(),
+              ElementsAre("Keypoint Database " + m_path +
+                          " is saved, but the owner or the group of the earlier file could not be kept"));
+  EXPECT_THAT(lines.error_tags(), ElementsAre("EKPT_OWNER_NOT_KEPT"));
+  struct stat state {};
+  ASSERT_EQ(::stat(m_path.c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 0777U, 0644U);
+}
+
+// A rename would not ask.
+TEST_F(SaveAtomically, RefusesAFileThatMayNotBeWrittenAsSaveDoes) {
+  ASSERT_EQ(::chmod(m_folder.path().c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(m_path.c_str(), 0444), 0);
+  const auto body = [](const std::string& path) {
+    const uid_t nobody = 65534;
+    if (::geteuid() == 0 && ::setuid(nobody) != 0) {
+      return 2;
+    }
+    return small_database()->save_atomically(path) || small_database()->save(path) ? 1 : 0;
+  };
+  EXPECT_EQ(in_child(body, m_path), 0);
+  EXPECT_EQ(read_file(m_path), EARLIER);
+  EXPECT_THAT(m_folder.names(), ElementsAre("db.xml"));
+}
+
+TEST_F(SaveAtomically, LeavesTheEarlierFileToItsOtherNames) {
+  ASSERT_EQ(::link(m_path.c_str(), m_folder.file("other.xml").c_str()), 0);
+  EXPECT_TRUE(small_database()->save_atomically(m_path));
+  EXPECT_EQ(read_file(m_path), saved(*small_database()));
+  EXPECT_EQ(read_file(m_folder.file("other.xml")), EARLIER);
+}
+
+TEST_F(SaveAtomically, FailsOnAPipeAndKeepsIt) {
+  const std::string pipe = m_folder.file("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_FALSE(small_database()->save_atomically(pipe));
+  struct stat state {};
+  ASSERT_EQ(::stat(pipe.c_str(), &state), 0);
+  EXPECT_TRUE(S_ISFIFO(state.st_mode));
 }
 
 TEST_F(SaveAtomically, ReplacesTheFileBehindALinkAndKeepsTheLink) {
@@ -286,6 +365,96 @@ TEST_P(SaveAtomicallyBroken, LeavesAloneWhatAnotherProcessHasUnderWay) {
   ::close(file);
   EXPECT_EQ(read_file(theirs), their_bytes);
   EXPECT_EQ(m_folder.names(), both);
+}
+
+// ---- Every system call, each with every error that a disk has ----
+
+std::size_t open_descriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+// The system calls of a save, with the n-th broken.
+class SAVE_WITH_TROUBLE {
+ public:
+  SAVE_WITH_TROUBLE(bool atomically, bool nameless, const std::string& path, SYSTEM_CALLS::TROUBLE trouble, unsigned at,
+                    int error) {
+    const DATABASE db = small_database();
+    SYSTEM_CALLS watched(trouble, at, error);
+    watched.watch_all();
+    if (!nameless) {
+      watched.refuse_nameless_files();
+    }
+    m_saved = atomically ? db->save_atomically(path) : db->save(path);
+    m_calls = static_cast<unsigned>(watched.names().size());
+    m_broken = at < m_calls ? watched.names()[at] : "nothing";
+  }
+  bool saved() const { return m_saved; }
+  unsigned calls() const { return m_calls; }
+  const std::string& broken() const { return m_broken; }
+
+ private:
+  bool m_saved;
+  unsigned m_calls;
+  std::string m_broken;
+};
+
+TEST_P(SaveAtomicallyBroken, IsWholeOrNotAtAllWhicheverSystemCallFails) {
+  const std::string after = saved(*small_database());
+  const std::size_t descriptors = open_descriptors();
+  for (const int error : {EIO, ENOSPC, EINTR, EACCES}) {
+    for (unsigned at = 0;; ++at) {
+      write_file(m_path, EARLIER);
+      const SAVE_WITH_TROUBLE save(true, !GetParam(), m_path, SYSTEM_CALLS::FAILURE, at, error);
+      const std::string where = save.broken() + " " + std::to_string(at) + " error " + std::to_string(error);
+      ASSERT_EQ(read_file(m_path), save.saved() ? after : EARLIER) << where;
+      ASSERT_THAT(m_folder.names(), ElementsAre("db.xml")) << where;
+      ASSERT_EQ(open_descriptors(), descriptors) << where;
+      if (at >= save.calls()) {
+        EXPECT_TRUE(save.saved());
+        EXPECT_GT(at, 10U);
+        break;
+      }
+    }
+  }
+}
+
+TEST_P(SaveAtomicallyBroken, IsWholeOrNotAtAllWhicheverSystemCallItIsKilledBefore) {
+  const std::string after = saved(*small_database());
+  int result = -SIGKILL;
+  for (unsigned at = 0; result == -SIGKILL; ++at) {
+    write_file(m_path, EARLIER);
+    const auto body = [](const std::string& argument) {
+      const auto killed_at = static_cast<unsigned>(argument.front());
+      return SAVE_WITH_TROUBLE(true, !GetParam(), argument.substr(1), SYSTEM_CALLS::KILL, killed_at, 0).saved() ? 0 : 1;
+    };
+    result = in_child(body, std::string(1, static_cast<char>(at)) + m_path);
+    const std::string text = read_file(m_path);
+    ASSERT_TRUE(text == EARLIER || text == after) << at;
+    ASSERT_TRUE(small_database()->save_atomically(m_path)) << at;  // which removes what is left
+    ASSERT_THAT(m_folder.names(), ElementsAre("db.xml")) << at;
+  }
+  EXPECT_EQ(result, 0);
+}
+
+// In place: what cannot be opened is left alone; what cannot be written is lost, and not told.
+TEST_F(SaveAtomically, HasAPlainCounterpartThatGoesOnWhateverFails) {
+  const std::string after = saved(*small_database());
+  const std::size_t descriptors = open_descriptors();
+  for (const int error : {EIO, ENOSPC, EINTR, EACCES}) {
+    for (unsigned at = 0;; ++at) {
+      write_file(m_path, EARLIER);
+      const SAVE_WITH_TROUBLE save(false, true, m_path, SYSTEM_CALLS::FAILURE, at, error);
+      const bool is_interrupted = error == EINTR;
+      const std::string text = read_file(m_path);
+      ASSERT_EQ(save.saved(), save.broken() != "open" || is_interrupted) << save.broken() << error;
+      ASSERT_EQ(text, !save.saved() ? EARLIER : save.broken() == "write" && !is_interrupted ? "" : after);
+      ASSERT_EQ(open_descriptors(), descriptors);
+      if (at >= save.calls()) {
+        break;
+      }
+    }
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(WhereEveryFileHasAName, SaveAtomicallyBroken, testing::Bool());

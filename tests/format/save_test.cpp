@@ -1,5 +1,9 @@
 // Saving in place.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <thread>
 
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
@@ -30,6 +34,28 @@ TEST(Save, TakesThePlaceOfAnEarlierFile) {
   const DATABASE db = new_database("empty");
   EXPECT_TRUE(db->save(path));
   EXPECT_EQ(read_file(path), read_file(data_file("empty.xml")));
+}
+
+TEST(Save, SaysThatItWaitsForThePipeToBeRead) {
+  const FOLDER folder;
+  const std::string pipe = folder.file("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const DATABASE db = new_database("empty");
+  std::string read;
+  std::thread reader([&] { read = read_file(pipe); });
+  const HOST_LINES lines;
+  EXPECT_TRUE(db->save(pipe));
+  reader.join();
+  EXPECT_EQ(read, read_file(data_file("empty.xml")));
+  EXPECT_THAT(lines.debug(), testing::ElementsAre("Info: " + pipe + " is a pipe: saving waits until it is read"));
+}
+
+TEST(Save, WritesIntoEveryNameOfAFile) {
+  const FOLDER folder;
+  const std::string path = folder.file_of("earlier");
+  ASSERT_EQ(::link(path.c_str(), folder.file("other.xml").c_str()), 0);
+  EXPECT_TRUE(new_database("empty")->save(path));
+  EXPECT_EQ(read_file(folder.file("other.xml")), read_file(data_file("empty.xml")));
 }
 
 // Nothing is escaped. The opposite is save_atomically, which escapes.

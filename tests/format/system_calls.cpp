@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,11 +16,15 @@ kpt_test::SYSTEM_CALLS* s_watcher = nullptr;
 
 bool breaks(const char* name) { return s_watcher != nullptr && s_watcher->breaks(name); }
 
+bool breaks_too(const char* name) { return s_watcher != nullptr && s_watcher->breaks_too(name); }
+
 }  // namespace
 
 namespace kpt_test {
 
-SYSTEM_CALLS::SYSTEM_CALLS(TROUBLE trouble, unsigned at) : m_trouble(trouble), m_at(at) { s_watcher = this; }
+SYSTEM_CALLS::SYSTEM_CALLS(TROUBLE trouble, unsigned at, int error) : m_trouble(trouble), m_at(at), m_error(error) {
+  s_watcher = this;
+}
 
 SYSTEM_CALLS::~SYSTEM_CALLS() { s_watcher = nullptr; }
 
@@ -31,7 +36,7 @@ bool SYSTEM_CALLS::breaks(const char* name) {
   if (m_trouble == KILL) {
     ::kill(::getpid(), SIGKILL);
   }
-  errno = EIO;
+  errno = m_error;
   return true;
 }
 
@@ -66,6 +71,27 @@ KPT_BEFORE_THE_C_LIBRARY int fchmod(int descriptor, mode_t mode) noexcept {
   return breaks("fchmod") ? -1 : static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
 }
 
+KPT_BEFORE_THE_C_LIBRARY int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
+  if (s_watcher != nullptr && s_watcher->has_another_owner()) {
+    breaks("fchown");
+    errno = EPERM;
+    return -1;
+  }
+  return breaks("fchown") ? -1 : static_cast<int>(::syscall(SYS_fchown, descriptor, owner, group));
+}
+
+KPT_BEFORE_THE_C_LIBRARY int fstatat(int folder, const char* path, struct stat* state, int flags) noexcept {
+  if (breaks_too("fstatat")) {
+    return -1;
+  }
+  const int result = static_cast<int>(::syscall(SYS_newfstatat, folder, path, state, flags));
+  if (result == 0 && s_watcher != nullptr && s_watcher->has_another_owner()) {
+    state->st_uid += 1;
+    state->st_gid += 1;
+  }
+  return result;
+}
+
 KPT_BEFORE_THE_C_LIBRARY int linkat(int from_folder, const char* from, int to_folder, const char* to,
                                     int flags) noexcept {
   return breaks("linkat") ? -1 : static_cast<int>(::syscall(SYS_linkat, from_folder, from, to_folder, to, flags));
@@ -84,7 +110,51 @@ KPT_BEFORE_THE_C_LIBRARY int openat(int folder, const char* path, int flags, ...
   va_start(arguments, flags);
   const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
-  return static_cast<int>(::syscall(SYS_openat, folder, path, flags, mode));
+  return breaks_too("openat") ? -1 : static_cast<int>(::syscall(SYS_openat, folder, path, flags, mode));
+}
+
+KPT_BEFORE_THE_C_LIBRARY int open(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  return breaks_too("open") ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+KPT_BEFORE_THE_C_LIBRARY int fcntl(int descriptor, int command, ...) {
+  va_list arguments;
+  va_start(arguments, command);
+  const long argument = va_arg(arguments, long);
+  va_end(arguments);
+  return breaks_too("fcntl") ? -1 : static_cast<int>(::syscall(SYS_fcntl, descriptor, command, argument));
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"  // of the structure of that name
+KPT_BEFORE_THE_C_LIBRARY int flock(int descriptor, int operation) noexcept {
+  return breaks_too("flock") ? -1 : static_cast<int>(::syscall(SYS_flock, descriptor, operation));
+}
+#pragma GCC diagnostic pop
+
+KPT_BEFORE_THE_C_LIBRARY int access(const char* path, int mode) noexcept {
+  return breaks_too("access") ? -1 : static_cast<int>(::syscall(SYS_faccessat, AT_FDCWD, path, mode));
+}
+
+KPT_BEFORE_THE_C_LIBRARY int fstat(int descriptor, struct stat* state) noexcept {
+  return breaks_too("fstat") ? -1 : static_cast<int>(::syscall(SYS_fstat, descriptor, state));
+}
+
+KPT_BEFORE_THE_C_LIBRARY int unlinkat(int folder, const char* path, int flags) noexcept {
+  return breaks_too("unlinkat") ? -1 : static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
+}
+
+// The descriptor is free then, too, whatever is answered.
+KPT_BEFORE_THE_C_LIBRARY int close(int descriptor) {
+  const bool is_broken = breaks_too("close");
+  const int error = errno;
+  const int result = static_cast<int>(::syscall(SYS_close, descriptor));
+  errno = is_broken ? error : errno;
+  return is_broken ? -1 : result;
 }
 
 }  // extern "C"

@@ -4,35 +4,52 @@
 #ifndef TESTS_FORMAT_SYSTEM_CALLS_H
 #define TESTS_FORMAT_SYSTEM_CALLS_H
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
 namespace kpt_test {
 
-/// While it exists, it notes the calls of write, fsync, fchmod, linkat and
+/// While it exists, it notes the calls of write, fsync, fchmod, fchown, linkat and
 /// renameat in order, and the k-th of them (from 0) fails as requested.
 class SYSTEM_CALLS {
  public:
   enum TROUBLE { NONE, FAILURE, KILL };
 
-  explicit SYSTEM_CALLS(TROUBLE trouble = NONE, unsigned at = 0);
+  explicit SYSTEM_CALLS(TROUBLE trouble = NONE, unsigned at = 0, int error = EIO);
   ~SYSTEM_CALLS();
   SYSTEM_CALLS(const SYSTEM_CALLS&) = delete;
   SYSTEM_CALLS& operator=(const SYSTEM_CALLS&) = delete;
 
   const std::vector<std::string>& names() const { return m_names; }
 
+  /// From now on every system call by which files are looked at, opened, locked
+  /// and closed is noted, and may go wrong, as well.
+  void watch_all() { m_watches_all = true; }
+
+  // For the calls themselves.
+
   /// Whether this call has to fail. For the calls themselves.
   bool breaks(const char* name);
+  /// The same of a call that is noted with all others only.
+  bool breaks_too(const char* name) { return m_watches_all && breaks(name); }
 
   /// From now on, file systems have no files without a name.
   void refuse_nameless_files() { m_refuses_nameless = true; }
   bool refuses_nameless_files() const { return m_refuses_nameless; }
 
+  /// From now on files that are asked for by name are another owner's and
+  /// group's, and no file can be given to them.
+  void pretend_another_owner() { m_has_another_owner = true; }
+  bool has_another_owner() const { return m_has_another_owner; }
+
  private:
   TROUBLE m_trouble;
   unsigned m_at;
+  int m_error;
+  bool m_watches_all = false;
   bool m_refuses_nameless = false;
+  bool m_has_another_owner = false;
   std::vector<std::string> m_names;
 };
 

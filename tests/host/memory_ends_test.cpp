@@ -53,7 +53,13 @@ void fill(DB& db) {
   db.associate_registers_fsm_signals({"s[0]", "s[1]"}, {"h[0]", "h[1]"}, two_states());
 }
 
-std::unique_ptr<DB> s_second;  // the second stage of a union
+std::unique_ptr<DB> s_first;   // of a composition
+std::unique_ptr<DB> s_second;  // of a composition or a union
+
+void forget_stages() {
+  s_first.reset();
+  s_second.reset();
+}
 
 // Registers whose entry leads to a map that does not list them.
 std::string faults_of(const KPT_TRANSFORMATION_SET_IMPL& maps, const KPT_KEYPOINT_SET_IMPL& registers,
@@ -146,7 +152,7 @@ class MemoryEnds : public testing::TestWithParam<OPERATION> {
         ASSERT_EQ(faults_of(*db), "") << n;
         if (!s_has_failed) {
           std::printf("%-40s %4ld allocations, %ld of them with a change behind\n", GetParam().name, n, changed);
-          s_second.reset();
+          forget_stages();
           return;
         }
         const std::string after = state_of(*db);
@@ -157,7 +163,7 @@ class MemoryEnds : public testing::TestWithParam<OPERATION> {
           ASSERT_EQ(state_of(*db), done) << n;
         }
       }
-      s_second.reset();
+      forget_stages();
       ASSERT_EQ(record().live_blocks, blocks) << n;
     }
   }
@@ -167,7 +173,7 @@ class MemoryEnds : public testing::TestWithParam<OPERATION> {
     const std::unique_ptr<DB> db = prepared(GetParam());
     act_with(GetParam(), *db, allocations);
     std::string state = state_of(*db);
-    s_second.reset();
+    forget_stages();
     return state;
   }
 };
@@ -194,6 +200,27 @@ void two_stages(DB& db) {
   s_second->set_merged_registers("q", "what it became in the end");
 }
 
+// The stages of a composition, whose result is to be empty.
+void two_stages_apart(DB& db) {
+  s_first = std::make_unique<DB>("first");
+  two_stages(*s_first);
+  static_cast<void>(db);
+}
+
+bool associate_groups(DB& db) {
+  const auto group = [](const char* name) { return KPT_REGISTER_NAME(std::string_view(name)); };
+  const KPT_GROUPS_SIDE r{KPT_GROUPS{{group("a register of a group")}, {group("its inverse with a long name")}}};
+  const KPT_GROUPS_SIDE t{KPT_GROUPS{{KPT_REGISTER_NAME("an instance with a long name", "entity", "dff")}, {}}};
+  return !KPT_KEYPOINTS_DB(&db).associate_groups(r, t).is_null();
+}
+
+bool associate_groups_of_a_machine(DB& db) {
+  const auto bit = [](const char* name) { return KPT_GROUPS{{KPT_REGISTER_NAME(std::string_view(name))}, {}}; };
+  const KPT_GROUPS_SIDE r{bit("the first bit of a machine"), bit("the second bit of a machine")};
+  const KPT_GROUPS_SIDE t{bit("the first bit of its code"), bit("the second bit of its code")};
+  return !KPT_KEYPOINTS_DB(&db).associate_groups(r, t, two_states()).is_null();
+}
+
 INSTANTIATE_TEST_SUITE_P(
     , MemoryEnds,
     testing::Values(
@@ -211,6 +238,20 @@ INSTANTIATE_TEST_SUITE_P(
                     return db.associate_registers_fsm_signals({"m[0]", "m[1]", "m[1]"}, {"n[0]", "n[1]"}, two_states());
                   },
                   true},
+        OPERATION{"associate_groups", fill, associate_groups, true},
+        OPERATION{"associate_groups_of_a_machine", fill, associate_groups_of_a_machine, true},
+        OPERATION{
+            "compose", two_stages_apart,
+            [](DB& db) {
+              return KPT_KEYPOINTS_DB(&db).compose({KPT_KEYPOINTS_DB(s_first.get()), KPT_KEYPOINTS_DB(s_second.get())});
+            },
+            false},
+        OPERATION{"add_attributes", fill,
+                  [](DB& db) {
+                    return db.get_reference_set()->get_register("b")->add_attribute("a name that is long", "a value") &&
+                           db.get_reference_register_transformation("b")->add_attribute("another that is long", "v");
+                  },
+                  false},
         OPERATION{"replicate", fill,
                   [](DB& db) { return db.set_replicated_registers("y", "a replica with a long name"); }, true},
         OPERATION{"replicate_of_a_machine", fill, [](DB& db) { return db.set_replicated_registers("h[0]", "copy"); },

@@ -10,6 +10,9 @@ for package in libkpt0 yosys-plugin-kpt; do
   dpkg-deb --extract debs/"$package"_*.deb root
 done
 
+# As packaged, after the symbols are stripped.
+"${0%/*}/../install/elf_is_hardened" $(find root -type f -name '*.so*') || fail "what is packaged is not hardened"
+
 # Yosys looks for plugins below the folder of its program.
 mkdir -p root/usr/bin
 cp "$(command -v yosys)" root/usr/bin/yosys

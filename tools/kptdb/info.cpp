@@ -3,6 +3,7 @@
 
 #include <array>
 #include <map>
+#include <unordered_map>
 
 #include "commands.h"
 #include "coverage.h"
@@ -29,9 +30,15 @@ struct MAP_COUNTS {
 
 SIDE_COUNTS count_side(const DATABASE& db, KPT_SET_ENUM side) {
   SIDE_COUNTS counts;
+  // One status for each map, whose members it counts: one map may have all registers.
+  std::unordered_map<KPT_REGISTER_TRANSFORMATION, STATUS> known;
   for_each_register(db, side, [&](const REGISTER& reg) {
     ++(reg.keypoint.is_signal() ? counts.signals : counts.instances);
-    ++counts.by_status.at(status_of(reg));
+    const auto [status, is_new] = known.try_emplace(reg.map, UNANSWERED);
+    if (is_new) {
+      status->second = status_of(reg);
+    }
+    ++counts.by_status.at(status->second);
   });
   return counts;
 }

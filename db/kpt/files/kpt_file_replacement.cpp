@@ -58,7 +58,7 @@ int KPT_FILE_REPLACEMENT::open() {
   if (file < 0) {
     file = open_named();
   }
-  if (file >= 0 && m_earlier_mode.has_value() && ::fchmod(file, *m_earlier_mode) != 0) {
+  if (file >= 0 && m_earlier.has_value() && !take_over_rights(file)) {
     close_and_forget(file);
   }
   return file;
@@ -101,15 +101,36 @@ bool KPT_FILE_REPLACEMENT::open_folder() {
   return m_folder >= 0 && !m_leaf.empty();
 }
 
-// A device or a folder of that name is not to be lost, and the new file gets
-// the permissions of the earlier one.
+// A device or a folder of that name is not to be lost, and neither is a file
+// that the process may not write, which a rename does not ask for.
 bool KPT_FILE_REPLACEMENT::may_replace() {
   struct stat state {};
   if (::fstatat(m_folder, m_leaf.c_str(), &state, AT_SYMLINK_NOFOLLOW) != 0) {
     return errno == ENOENT;
   }
-  m_earlier_mode = state.st_mode & PERMISSIONS;
-  return S_ISREG(state.st_mode);
+  m_earlier = {state.st_mode & PERMISSIONS, state.st_uid, state.st_gid};
+  return S_ISREG(state.st_mode) && ::faccessat(m_folder, m_leaf.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+// Where the group is another one, it gets no more than all others have: its
+// permissions were meant for the members of the earlier one.
+bool KPT_FILE_REPLACEMENT::take_over_rights(int file) {
+  constexpr uid_t SAME_OWNER = static_cast<uid_t>(-1);
+  constexpr unsigned GROUP_SHIFT = 3;
+  struct stat state {};
+  if (::fstat(file, &state) != 0) {
+    return false;
+  }
+  bool keeps_group = state.st_gid == m_earlier->group;
+  m_keeps_owner = state.st_uid == m_earlier->owner && keeps_group;
+  if (!m_keeps_owner) {
+    m_keeps_owner = ::fchown(file, m_earlier->owner, m_earlier->group) == 0;
+    keeps_group = keeps_group || m_keeps_owner || ::fchown(file, SAME_OWNER, m_earlier->group) == 0;
+    m_keeps_owner = m_keeps_owner || (keeps_group && state.st_uid == m_earlier->owner);
+  }
+  const mode_t mode = m_earlier->mode;
+  const mode_t group = mode & S_IRWXG & (keeps_group ? S_IRWXG : (mode & S_IRWXO) << GROUP_SHIFT);
+  return ::fchmod(file, (mode & ~static_cast<mode_t>(S_IRWXG)) | group) == 0;
 }
 
 // The lock is also the descriptor by which the closed file is found again.
@@ -181,7 +202,7 @@ bool KPT_FILE_REPLACEMENT::has_own_name() const {
 
 // Where there is nothing to replace, a file without a name needs no other than its last.
 bool KPT_FILE_REPLACEMENT::take_free_name() const {
-  return m_temporary.empty() && !m_earlier_mode.has_value() && link_locked(m_leaf.c_str()) == 0;
+  return m_temporary.empty() && !m_earlier.has_value() && link_locked(m_leaf.c_str()) == 0;
 }
 
 bool KPT_FILE_REPLACEMENT::rename_over_target() {

@@ -33,11 +33,16 @@ class KPT_FILE_REPLACEMENT {
   /// Gives the new file, which is written, synced and closed, its target's
   /// name. False when the target is still what it was.
   bool replace_target();
+  /// Whether the new file has the owner and the group of the earlier one; true
+  /// when there was none. Only a privileged process can give a file away, and
+  /// others can give it to groups of theirs alone.
+  bool keeps_owner() const { return m_keeps_owner; }
 
  private:
   bool follow_link();
   bool open_folder();
   bool may_replace();
+  bool take_over_rights(int file);
   int open_nameless();
   int open_named();
   int create(const char* name);
@@ -57,7 +62,14 @@ class KPT_FILE_REPLACEMENT {
   KPT_STRING m_temporary;  // empty while the new file has no name
   int m_folder = -1;
   int m_lock = -1;
-  std::optional<mode_t> m_earlier_mode;
+  bool m_keeps_owner = true;
+  // Of the file that is replaced.
+  struct RIGHTS {
+    mode_t mode;
+    uid_t owner;
+    gid_t group;
+  };
+  std::optional<RIGHTS> m_earlier;
 };
 
 #endif

@@ -38,6 +38,7 @@ void* KPT_XML_MEMORY::allocate(XMLSize_t size) {
   } catch (const std::bad_alloc&) {
     throw OutOfMemoryException();
   }
+  const std::lock_guard lock(m_lock);
   *block = {m_blocks, nullptr};
   if (m_blocks != nullptr) {
     m_blocks->previous = block;
@@ -51,11 +52,18 @@ void KPT_XML_MEMORY::deallocate(void* memory) {
     return;
   }
   BLOCK* const block = static_cast<BLOCK*>(memory) - 1;
-  if (block->next != nullptr) {
-    block->next->previous = block->previous;
+  {
+    const std::lock_guard lock(m_lock);
+    unlink(*block);
   }
-  (block->previous == nullptr ? m_blocks : block->previous->next) = block->next;
   give_back(block);
+}
+
+void KPT_XML_MEMORY::unlink(const BLOCK& block) noexcept {
+  if (block.next != nullptr) {
+    block.next->previous = block.previous;
+  }
+  (block.previous == nullptr ? m_blocks : block.previous->next) = block.next;
 }
 
 MemoryManager* KPT_XML_MEMORY::getExceptionMemoryManager() { return XMLPlatformUtils::fgMemoryManager; }
@@ -69,6 +77,7 @@ void KPT_XML_MEMORY::provide(std::size_t bytes) {
 // Null when too little is left.
 void* KPT_XML_MEMORY::cut(std::size_t bytes) noexcept {
   constexpr std::size_t STEP = alignof(std::max_align_t);
+  const std::lock_guard lock(m_lock);
   const std::size_t left = m_provided - m_cut;
   const std::size_t steps = bytes / STEP + 1;
   if (steps > left / STEP) {

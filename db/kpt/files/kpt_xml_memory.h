@@ -7,6 +7,7 @@
 #define KPT_XML_MEMORY_H
 
 #include <cstddef>
+#include <mutex>
 #include <xercesc/framework/MemoryManager.hpp>
 
 #include "db/kpt/kpt_types.h"
@@ -36,11 +37,13 @@ class KPT_EXPORT KPT_XML_MEMORY : public XERCES_CPP_NAMESPACE::MemoryManager {
     BLOCK* previous;
   };
 
+  void unlink(const BLOCK& block) noexcept;
   static void* take(std::size_t bytes);
   static void give_back(void* memory) noexcept;
   void* cut(std::size_t bytes) noexcept;
   bool was_provided(const void* block) const noexcept;
 
+  std::mutex m_lock;  // parsers of several threads share it
   BLOCK* m_blocks = nullptr;
   std::byte* m_provision = nullptr;
   std::size_t m_provided = 0;

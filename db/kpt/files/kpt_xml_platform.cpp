@@ -1,5 +1,6 @@
 #include "db/kpt/files/kpt_xml_platform.h"
 
+#include <mutex>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
@@ -45,6 +46,8 @@ PanicHandler& panic_handler() {
   return s_handler;
 }
 
+// Over the parser's starts and ends, which count themselves without one.
+constinit std::mutex s_lock;
 bool s_is_half_started = false;
 
 // The parser counts a start before it makes it, so a second call would take it
@@ -85,6 +88,7 @@ void start() {
 
 KPT_XML_PLATFORM::KPT_XML_PLATFORM() {
   try {
+    const std::lock_guard lock(s_lock);
     start();
     m_started = true;
   } catch (const std::bad_alloc&) {
@@ -103,6 +107,7 @@ KPT_XML_PLATFORM::~KPT_XML_PLATFORM() {
   if (!m_started) {
     return;
   }
+  const std::lock_guard lock(s_lock);
   XMLPlatformUtils::Terminate();
   if (XMLPlatformUtils::fgMemoryManager == nullptr) {
     memory().release();

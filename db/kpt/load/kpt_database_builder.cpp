@@ -6,6 +6,7 @@
 
 #include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/kpt_elim_words.h"
+#include "db/kpt/kpt_id_counter.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "h/gen_sys.h"
 
@@ -25,8 +26,8 @@ KPT_DATABASE_BUILDER::KPT_DATABASE_BUILDER(CREATE create, KPT_LOAD_LINES& lines)
 // gets after a load depend on this.
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_DATABASE_BUILDER::take() {
   if (m_db != nullptr) {
-    KPT_KEYPOINTS_DB_IMPL::s_r_id = std::max(KPT_KEYPOINTS_DB_IMPL::s_r_id, m_highest_ids[KPT_REFERENCE_SET]);
-    KPT_KEYPOINTS_DB_IMPL::s_t_id = std::max(KPT_KEYPOINTS_DB_IMPL::s_t_id, m_highest_ids[KPT_TRANSFORMED_SET]);
+    kpt_id_counter::raise(KPT_KEYPOINTS_DB_IMPL::s_r_id, m_highest_ids[KPT_REFERENCE_SET]);
+    kpt_id_counter::raise(KPT_KEYPOINTS_DB_IMPL::s_t_id, m_highest_ids[KPT_TRANSFORMED_SET]);
   }
   return m_has_more ? nullptr : std::move(m_db);
 }
@@ -289,7 +290,7 @@ void KPT_DATABASE_BUILDER::start_table(const KPT_ELEMENT_ATTRIBUTES& attributes)
 KPT_DATABASE_BUILDER::ROLE KPT_DATABASE_BUILDER::start_state(const KPT_ELEMENT_ATTRIBUTES& attributes) {
   m_state_is_read = m_part_is_table && m_states_left > 0;
   if (m_part_is_side) {
-    m_sides[m_side].push_back(NI_PAIR());
+    m_sides[m_side].emplace_back();
     m_has_noninverts = false;
     m_has_inverts = false;
   }
