@@ -1,4 +1,4 @@
-// How a database becomes a file.
+// Saves a database to a file.
 #include <algorithm>
 #include <memory>
 #include <new>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// A part is left out once one before it failed, but the root is always closed.
+// When a part fails, the later parts are left out, but the root is closed in any case.
 bool write_database(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_WRITER& writer) {
   writer.write_db_start_xml(db.get_db_name());
   const bool saved = db.get_reference_set()->save_keypoint_set(KPT_REFERENCE_SET, writer) &&
@@ -24,7 +24,7 @@ bool write_database(KPT_KEYPOINTS_DB_IMPL& db, KPT_XML_WRITER& writer) {
   return saved;
 }
 
-// A name that no file can hold may hold what a log cannot show either.
+// A name that no file can hold may have characters that a log cannot show.
 KPT_STRING shown(std::string_view text) {
   KPT_STRING result;
   while (!text.empty()) {
@@ -41,7 +41,7 @@ KPT_STRING shown(std::string_view text) {
   return result;
 }
 
-// Looks for a text that no file can hold, and tells of the first.
+// Searches for a text that no file can hold, and reports the first one.
 class TEXT_CHECK {
  public:
   explicit TEXT_CHECK(std::string_view file_name) : m_file_name(file_name) {}

@@ -64,9 +64,9 @@ int KPT_FILE_REPLACEMENT::open() {
   return file;
 }
 
-// Once the new file has its target's name there is no way back, so no later
-// failure is reported: a file system that cannot sync the folder keeps the new
-// name or the earlier one when the power fails.
+// When the new file has the target's name, nothing can be undone, so no later
+// failure is reported. If the folder cannot be synced, the target is the new or
+// the earlier file after a power failure.
 bool KPT_FILE_REPLACEMENT::replace_target() {
   if (!take_free_name() && !rename_over_target()) {
     return false;
@@ -75,8 +75,8 @@ bool KPT_FILE_REPLACEMENT::replace_target() {
   return true;
 }
 
-// Of a symbolic link, the file that it leads to is replaced: a plain save
-// writes there, too.
+// For a symbolic link, the file that it names is replaced, because a plain save
+// also writes there.
 bool KPT_FILE_REPLACEMENT::follow_link() {
   if (m_target.find('\0') != KPT_STRING::npos) {
     return false;
@@ -133,7 +133,7 @@ bool KPT_FILE_REPLACEMENT::take_over_rights(int file) {
   return ::fchmod(file, (mode & ~static_cast<mode_t>(S_IRWXG)) | group) == 0;
 }
 
-// The lock is also the descriptor by which the closed file is found again.
+// The descriptor of the lock is also used to find the closed file again.
 int KPT_FILE_REPLACEMENT::open_nameless() {
   int file = retried([&] { return ::openat(m_folder, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, NEW_FILE); });
   if (file >= 0 && (!lock(file) || ::access(path_of_locked().c_str(), F_OK) != 0)) {
@@ -143,9 +143,9 @@ int KPT_FILE_REPLACEMENT::open_nameless() {
   return file;
 }
 
-// Calls `make` with the target's temporary names until one is free. They are
-// made of a number that stands for the target, whose name may leave no room
-// for more. A negative result is a failure.
+// Calls `make` with the target's temporary names until one is free. A name is
+// made from a number and not from the target's name, which may be too long to be
+// extended. A negative result is a failure.
 template <class MAKE>
 int KPT_FILE_REPLACEMENT::with_temporary_name(MAKE make) {
   const KPT_STRING stem = ".kpt-" + decimal(kpt_hash_bytes(0, m_leaf)) + "-";
@@ -171,8 +171,8 @@ int KPT_FILE_REPLACEMENT::open_named() {
   return with_temporary_name([&](const char* name) { return create(name); });
 }
 
-// Before it is locked the new file may be taken for an abandoned one: then
-// its name counts as in use.
+// Before the new file is locked, another process may take it for an abandoned
+// one. Then its name counts as in use.
 int KPT_FILE_REPLACEMENT::create(const char* name) {
   int file = retried([&] { return ::openat(m_folder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE); });
   if (file >= 0 && !(lock(file) && leads_to(name, m_lock))) {
@@ -183,7 +183,7 @@ int KPT_FILE_REPLACEMENT::create(const char* name) {
   return file;
 }
 
-// Where a file system knows no locks, none is found unlocked either.
+// On a file system without locks, no file is found unlocked.
 bool KPT_FILE_REPLACEMENT::lock(int file) {
   m_lock = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
   return m_lock >= 0 && (::flock(m_lock, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK);
@@ -200,7 +200,7 @@ bool KPT_FILE_REPLACEMENT::has_own_name() const {
   return !m_temporary.empty() && leads_to(m_temporary.c_str(), m_lock);
 }
 
-// Where there is nothing to replace, a file without a name needs no other than its last.
+// When there is nothing to replace, a file without a name gets its final name at once.
 bool KPT_FILE_REPLACEMENT::take_free_name() const {
   return m_temporary.empty() && !m_earlier.has_value() && link_locked(m_leaf.c_str()) == 0;
 }
@@ -223,7 +223,7 @@ int KPT_FILE_REPLACEMENT::link_locked(const char* name) const {
 
 KPT_STRING KPT_FILE_REPLACEMENT::path_of_locked() const { return "/proc/self/fd/" + gen_itoa(m_lock, 10); }
 
-// Who holds the lock is the only one who may remove the name or pass it on.
+// Only the holder of the lock may remove the name or use it for another file.
 bool KPT_FILE_REPLACEMENT::remove_abandoned(const char* name) const {
   int file = ::openat(m_folder, name, O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   const bool removed =

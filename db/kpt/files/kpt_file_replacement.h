@@ -1,16 +1,16 @@
-// A file that is written out of sight and takes its target's place at the end.
-// Where the file system can hold a file without a name it has none until then,
-// so that nothing stays behind however the process ends. Elsewhere, and for the
-// moment in which it replaces a target, it has a temporary name, one of a few
-// that belong to the target.
+// A new file that replaces its target at the end. Until then it has no
+// name, if the file system allows that, so nothing is left however the
+// process ends. On other file systems, and at the moment in which it
+// replaces a target, it has one of a few temporary names that belong to the
+// target.
 //
-// The new file is locked as long as the object lives. A file of a temporary
-// name that nobody locks was left by a process that was killed: whoever comes
-// upon it removes it, if it may be opened to see to the lock.
+// The new file is locked as long as the object exists. A temporary file without a
+// lock was left by a process that was killed. A later save that finds it removes
+// it, if it may open the file to check the lock.
 //
-// Ownership: owns the folder's descriptor and the lock, and removes the new
-// file unless `replace_target` succeeded. The descriptor that `open` returns is
-// the caller's.
+// Ownership: owns the folder's descriptor and the lock, and removes the new file
+// unless `replace_target` succeeded. The caller owns the descriptor that `open`
+// returns.
 #ifndef KPT_FILE_REPLACEMENT_H
 #define KPT_FILE_REPLACEMENT_H
 
@@ -30,8 +30,8 @@ class KPT_FILE_REPLACEMENT {
 
   /// The new file, or -1.
   int open();
-  /// Gives the new file, which is written, synced and closed, its target's
-  /// name. False when the target is still what it was.
+  /// Gives the new file, which is written, synced and closed, the target's name.
+  /// False when the target is unchanged.
   bool replace_target();
   /// Whether the new file has the owner and the group of the earlier one; true
   /// when there was none. Only a privileged process can give a file away, and

@@ -11,7 +11,7 @@ using namespace XERCES_CPP_NAMESPACE;
 
 namespace {
 
-// What the host's trackers know the parser's memory by.
+// The type by which the host's trackers count the parser's memory.
 struct KPT_XML_BYTES {
   std::byte byte;
 };
@@ -74,7 +74,7 @@ void KPT_XML_MEMORY::provide(std::size_t bytes) {
   m_cut = 0;
 }
 
-// Null when too little is left.
+// Null when there is too little memory left.
 void* KPT_XML_MEMORY::cut(std::size_t bytes) noexcept {
   constexpr std::size_t STEP = alignof(std::max_align_t);
   const std::lock_guard lock(m_lock);

@@ -1,8 +1,8 @@
-// Memory of the host for xerces-c, which all goes back in the end: what its
-// constructors have taken when one of them fails is known to nobody else.
+// Memory of the host for xerces-c. All of it is freed at the end, because no one
+// else knows the blocks of a constructor that failed.
 //
-// Ownership: owns every block that it gave and that was not given back; they go
-// with it, or with `release`. What lives in them must be gone by then.
+// Ownership: owns every block that was allocated and not freed. Its destructor or
+// `release` frees them; the objects in them must be destroyed before.
 #ifndef KPT_XML_MEMORY_H
 #define KPT_XML_MEMORY_H
 
@@ -22,13 +22,13 @@ class KPT_EXPORT KPT_XML_MEMORY : public XERCES_CPP_NAMESPACE::MemoryManager {
   // From the parser. Throws its OutOfMemoryException when the host has none.
   void* allocate(XMLSize_t size) override;
   void deallocate(void* block) override;
-  /// That of the process, since an exception outlives the parser that throws it.
+  /// The memory manager of the process, because an exception outlives the parser that throws it.
   XERCES_CPP_NAMESPACE::MemoryManager* getExceptionMemoryManager() override;
 
-  /// Takes so many bytes at once, from which blocks are then cut while they
-  /// last: the next allocations cannot fail. Throws std::bad_alloc.
+  /// Allocates this many bytes at once. Later blocks are taken from them while
+  /// they last, so these allocations cannot fail. Throws std::bad_alloc.
   void provide(std::size_t bytes);
-  /// Gives everything back.
+  /// Frees everything.
   void release() noexcept;
 
  private:

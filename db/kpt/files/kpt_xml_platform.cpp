@@ -15,8 +15,8 @@ using namespace XERCES_CPP_NAMESPACE;
 
 namespace {
 
-// A start takes some 730,000 bytes, and one that runs out of them half-way
-// leaves the parser in a state in which it can neither be used nor ended.
+// A start takes about 730,000 bytes. When memory runs out during a start, the
+// parser can be neither used nor terminated.
 constexpr std::size_t BYTES_OF_A_START = std::size_t{1} << 20;
 
 struct PANIC {};
@@ -35,7 +35,7 @@ class STATIC_DATA : public XMLInitializer {
   static void initialize() { initializeStaticData(); }
 };
 
-// Both are in the parser's use beyond the last static object of ours.
+// The parser uses both after our last static object is destroyed.
 KPT_XML_MEMORY& memory() {
   static auto& s_memory = *new KPT_XML_MEMORY;
   return s_memory;
@@ -50,9 +50,9 @@ PanicHandler& panic_handler() {
 constinit std::mutex s_lock;
 bool s_is_half_started = false;
 
-// The parser counts a start before it makes it, so a second call would take it
-// for started. A start that failed before its last part has done much is
-// completed, now or by the next one; later it can be taken back.
+// The parser counts a start before it makes it, so a second call would think that
+// it is started. A start that failed before its last part did much is completed,
+// now or by the next start. After that, it can be undone.
 void complete_start() {
   if (DOMImplementation::getImplementation() == nullptr) {
     STATIC_DATA::initialize();
@@ -96,7 +96,7 @@ KPT_XML_PLATFORM::KPT_XML_PLATFORM() {
   } catch (const TAKEN_BACK&) {
     m_ran_out_of_memory = true;
   } catch (...) {
-    // The parser lacks something else; told below.
+    // The parser lacks something else, which is reported below.
   }
   if (!m_started) {
     kpt_msg_debug("Error: the XML parser cannot be initialised");

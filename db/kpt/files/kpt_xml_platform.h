@@ -1,7 +1,7 @@
 // Keeps xerces-c started.
 //
-// Ownership: holds one start of xerces-c, which counts them, while it lives and
-// the start succeeded.
+// Ownership: xerces-c counts its starts. An object holds one start while it
+// exists, if the start succeeded.
 #ifndef KPT_XML_PLATFORM_H
 #define KPT_XML_PLATFORM_H
 
@@ -14,9 +14,9 @@ class KPT_EXPORT KPT_XML_PLATFORM {
   KPT_XML_PLATFORM(const KPT_XML_PLATFORM&) = delete;
   KPT_XML_PLATFORM& operator=(const KPT_XML_PLATFORM&) = delete;
 
-  /// Nothing may be parsed when the start failed.
+  /// When the start failed, nothing may be parsed.
   bool is_started() const { return m_started; }
-  /// Whether it was for want of memory.
+  /// Whether the start failed because memory ran out.
   bool ran_out_of_memory() const { return m_ran_out_of_memory; }
 
  private:
