@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 #include <unordered_set>
 
-#include "db/kpt/kpt_held_text.h"
 #include "text.h"
 
 namespace kptdb {

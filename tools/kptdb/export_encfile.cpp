@@ -5,7 +5,6 @@
 #include <optional>
 #include <set>
 
-#include "db/kpt/kpt_held_text.h"
 #include "export.h"
 #include "model.h"
 #include "text.h"
