@@ -39,12 +39,12 @@ CLI::App* add_command(CLI::App& app, RUN& run, const char* name, const char* tex
 void add_json(CLI::App* command, bool& json) { command->add_flag("--json", json, "Print JSON for programs"); }
 
 void add_file(CLI::App* command, std::string& file) {
-  command->add_option("FILE", file, "A database file, packed or not; - for standard input")->required();
+  command->add_option("FILE", file, "A database file, compressed with gzip or not; - for standard input")->required();
 }
 
 void add_names(CLI::App* command, kptdb::NAME_OPTIONS& names) {
   command->add_flag("-E,--regex", names.is_regex, "The names are extended regular expressions");
-  command->add_flag("-i,--ignore-case", names.any_case, "Take capital and small letters for the same");
+  command->add_flag("-i,--ignore-case", names.any_case, "Ignore the case of letters");
   command->add_option("--names-from", names.from, "A file with a name on each line; - for standard input");
 }
 
@@ -56,13 +56,13 @@ void add_fail_under(CLI::App* command, std::optional<double>& percent) {
 }
 
 void add_share(CLI::App* command, double& share) {
-  command->add_option("--share", share, "How much of what a stage starts from the one before must know")
+  command->add_option("--share", share, "The share of a stage's first registers that the stage before it has to know")
       ->check(CLI::Range(0.0, 1.0))
       ->capture_default_str();
 }
 
 void add_keep_unrecorded(CLI::App* command, bool& keep) {
-  command->add_flag("--keep-unrecorded", keep, "Take registers that a stage does not mention for unchanged");
+  command->add_flag("--keep-unrecorded", keep, "Treat registers that a stage does not mention as unchanged");
 }
 
 struct COMMAND_LINE {
@@ -212,7 +212,8 @@ struct COMMAND_LINE {
     CLI::App* c = add_command(app, run, "wave", "Show a dump of the netlist under the names of the source", wave,
                               kptdb::run_wave);
     add_file(c, wave.file);
-    c->add_option("DUMP", wave.dump, "A value-change dump of the netlist, packed or not; - for standard input")
+    c->add_option("DUMP", wave.dump,
+                  "A value-change dump of the netlist, compressed with gzip or not; - for standard input")
         ->required();
     c->add_option("-o,--output", wave.output, "The dump to write (default: standard output)");
     c->add_option("--scope", wave.scope, "The scope of the netlist in the dump, as tb.dut");
