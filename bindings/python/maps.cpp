@@ -204,11 +204,11 @@ MAP find(const OWNER& db, const py::object& key) {
   if (found.is_null()) {
     raise("UnknownRegister", py::cast(db).attr("reference"), key);
   }
-  const KPT_REGISTER_TRANSFORMATION map = handle.get_reference_register_transformation(found);
-  if (map.is_null()) {
+  const std::uint32_t number = handle.get_transformation_set().get_number_of_map(KPT_REFERENCE_SET, found);
+  if (number == 0) {
     raise_gone("the reference register " + parsed.label() + " has no map");
   }
-  return {db, map.get_number(), found, KPT_REFERENCE_SET};
+  return {db, number, found, KPT_REFERENCE_SET};
 }
 
 // db[key] without pybind11's dispatcher, which takes longer than the look-up.
@@ -225,8 +225,8 @@ py::object find_or(const OWNER& db, const py::object& key, const py::object& oth
   const KEY parsed(key);
   const KPT_KEYPOINTS_DB& handle = db->use();
   const KPT_REGISTER_KEYPOINT found = parsed.find_in(handle.get_reference_set());
-  const KPT_REGISTER_TRANSFORMATION map = handle.get_reference_register_transformation(found);
-  return map.is_null() ? otherwise : py::cast(MAP{db, map.get_number(), found, KPT_REFERENCE_SET});
+  const std::uint32_t number = handle.get_transformation_set().get_number_of_map(KPT_REFERENCE_SET, found);
+  return number == 0 ? otherwise : py::cast(MAP{db, number, found, KPT_REFERENCE_SET});
 }
 
 MAPS_WALK walk_over(const MAPS& maps) {

@@ -51,6 +51,7 @@ class KPT_EXPORT KPT_REGISTER_KEYPOINT {
 
  private:
   friend class KPT_KEYPOINTS_DB;
+  friend class KPT_TRANSFORMATION_SET;
   friend struct std::hash<KPT_REGISTER_KEYPOINT>;
 
   KPT_REGISTER_KEYPOINT_IMPL* m_impl;

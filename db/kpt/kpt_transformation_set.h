@@ -53,6 +53,10 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET {
   /// null handle when it was deleted or absorbed: for clients that keep maps
   /// while the database changes.
   KPT_REGISTER_TRANSFORMATION get_map(std::uint32_t number) const;
+  /// The number of the map that has the register on that side, without reading the map; 0 when there is none,
+  /// for a null handle and for a register of another database. Any value but the transformed side means the
+  /// reference side.
+  std::uint32_t get_number_of_map(KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& keypoint) const;
 
   /// A handle for every map, in order of creation.
   KPT_REGISTER_TRANSFORMATION_LIST get_list_of_register_transformations() const;

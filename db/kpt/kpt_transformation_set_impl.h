@@ -77,6 +77,12 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
     return m_maps.at(index(side).find(slot));
   }
 
+  /// The position of that map, without reading the map; 0 for null.
+  std::uint32_t get_position_of_map(KPT_SET_ENUM side, const KPT_KEYPOINT* k) const {
+    const std::uint32_t position = index(side).find(KPT_KEYPOINT::slot_of(k));
+    return m_maps.at(position) == nullptr ? 0 : position;
+  }
+
   /// Points the transformed entry of `replica` to `m`. The map is not touched. Always true.
   bool record_replicated_keypoint_map(KPT_KEYPOINT* replica, KPT_TRANSFORMATION_IMPL* m);
   /// Allocates memory for that entry, so that setting it cannot fail.

@@ -153,6 +153,26 @@ TEST_F(Handles, NumbersThatNoMapHasFindNone) {
   EXPECT_TRUE(db->get_transformation_set().get_map(std::numeric_limits<std::uint32_t>::max()).is_null());
 }
 
+TEST_F(Handles, NumberOfTheMapOfARegisterIsAskedForBySide) {
+  db->associate_registers_signal_to_signal("a", "x");
+  db->associate_registers_signal_to_signal("b", "b");
+  EXPECT_EQ(db->get_transformation_set().get_number_of_map(KPT_REFERENCE_SET, r("b")), 2U);
+  EXPECT_EQ(db->get_transformation_set().get_number_of_map(KPT_TRANSFORMED_SET, t("b")), 2U);
+  EXPECT_EQ(db->get_transformation_set().get_number_of_map(KPT_TRANSFORMED_SET, r("b")), 0U);
+}
+
+TEST_F(Handles, NumberOfTheMapIsNoneForARegisterWithoutAMap) {
+  const DATABASE other;
+  db->associate_registers_signal_to_signal("a", "x");
+  db->associate_registers_signal_to_signal("b", "y");
+  other->associate_registers_signal_to_signal("a", "x");
+  db->set_eliminated_register_stuck_at_zero("x");
+  const KPT_TRANSFORMATION_SET maps = db->get_transformation_set();
+  EXPECT_EQ(maps.get_number_of_map(KPT_TRANSFORMED_SET, t("x")), 0U);
+  EXPECT_EQ(maps.get_number_of_map(KPT_REFERENCE_SET, KPT_REGISTER_KEYPOINT()), 0U);
+  EXPECT_EQ(maps.get_number_of_map(KPT_REFERENCE_SET, other->get_reference_set().get_register("a")), 0U);
+}
+
 TEST_F(Handles, NumberOfAnAbsorbedMapIsNeverGivenOutAgain) {
   db->associate_registers_signal_to_signal("a", "x");
   db->associate_registers_signal_to_signal("b", "y");

@@ -2,37 +2,22 @@
 #include <gtest/gtest.h>
 
 #include "db/kpt/kpt_keypoint_set_impl.h"
-#include "db/kpt/kpt_state_table_impl.h"
-#include "db/kpt/kpt_transformation_impl.h"
 #include "tests/support/host_lines.h"
-#include "tests/support/maps.h"
-#include "tests/support/state_table_text.h"
+#include "tests/support/map_fixture.h"
 
 namespace {
 
 using kpt_test::HOST_LINES;
-using kpt_test::make_table;
 using kpt_test::REFUSED_R_WRITE;
 using kpt_test::REFUSED_T_WRITE;
-using kpt_test::REGISTERS;
 using kpt_test::STATES;
 using kpt_test::states_of;
 using kpt_test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using MAP = KPT_TRANSFORMATION_IMPL;
-
-class TransformationComposition : public testing::Test {
+class TransformationComposition : public kpt_test::MAP_TEST {
  protected:
-  MAP plain(const char* r, const char* t, KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) {
-    return MAP(k.side(r), k.side(t), status);
-  }
-  MAP fsm(const char* r, const char* t, const STATES& states, KPT_ELIM_ENUM status = KPT_NOT_ELIMINATED) {
-    return MAP(k.side(r), k.side(t), make_table(states), status);
-  }
-
-  REGISTERS k;
   HOST_LINES lines;
 };
 

@@ -1,37 +1,24 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "db/kpt/kpt_state_table_impl.h"
-#include "db/kpt/kpt_transformation_impl.h"
 #include "tests/support/host_lines.h"
-#include "tests/support/maps.h"
-#include "tests/support/state_table_text.h"
+#include "tests/support/map_fixture.h"
 
 namespace {
 
 using kpt_test::HOST_LINES;
-using kpt_test::make_table;
 using kpt_test::REFUSED_READ;
-using kpt_test::REGISTERS;
 using kpt_test::STATES;
 using kpt_test::states_of;
 using kpt_test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using MAP = KPT_TRANSFORMATION_IMPL;
-
 constexpr char NOT_RETIMED[] = "Error: Could not find retimed_kp in t_vector";
 constexpr char NOT_FOUND[] = "Error: Couldn't find index in t_vector";
 
-class TransformationEdits : public testing::Test {
+class TransformationEdits : public kpt_test::MAP_TEST {
  protected:
-  MAP plain(const char* r, const char* t) { return MAP(k.side(r), k.side(t), KPT_NOT_ELIMINATED); }
-  MAP fsm(const char* r, const char* t, const STATES& states) {
-    return MAP(k.side(r), k.side(t), make_table(states), KPT_NOT_ELIMINATED);
-  }
-
-  REGISTERS k;
   HOST_LINES lines;
 };
 

@@ -4,37 +4,23 @@
 #include <limits>
 #include <utility>
 
-#include "db/kpt/kpt_state_table_impl.h"
-#include "db/kpt/kpt_transformation_impl.h"
 #include "tests/support/host_lines.h"
-#include "tests/support/maps.h"
-#include "tests/support/state_table_text.h"
+#include "tests/support/map_fixture.h"
 
 namespace {
 
 using kpt_test::HOST_LINES;
 using kpt_test::make_table;
-using kpt_test::REGISTERS;
 using kpt_test::STATES;
 using kpt_test::states_of;
 using kpt_test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using MAP = KPT_TRANSFORMATION_IMPL;
-
 const STATES IDENTITY{"0 0", "1 1"};
 constexpr unsigned long BEYOND[] = {1, 2, 65535, 65536, std::numeric_limits<unsigned long>::max()};
 
-class TransformationStructure : public testing::Test {
- protected:
-  MAP plain(const char* r, const char* t) { return MAP(k.side(r), k.side(t), KPT_NOT_ELIMINATED); }
-  MAP fsm(const char* r, const char* t, const STATES& states) {
-    return MAP(k.side(r), k.side(t), make_table(states), KPT_NOT_ELIMINATED);
-  }
-
-  REGISTERS k;
-};
+class TransformationStructure : public kpt_test::MAP_TEST {};
 
 // --- construction ---
 
