@@ -16,8 +16,8 @@
 // Every symbol of the host is visible, because all libraries of a process call the same host.
 #define KPT_HOST_API __attribute__((visibility("default")))
 
-/// The account of one allocated type. All members are zero before the type's first allocation, for
-/// which the caller sets m_type. Only the host uses the counters.
+/// The account of one allocated type. All members are zero at first. The caller sets m_type before
+/// the type's first allocation. Only the host uses the counters.
 struct KPT_HOST_API MEM_TRACKER_THUNK {
   const std::type_info* m_type;
   unsigned long m_live_bytes;
@@ -73,7 +73,7 @@ class KPT_HOST_API MEM_STL_ALLOCATOR {
   /// The tracker of T. The first use sets its m_type.
   static MEM_TRACKER_THUNK* tracker() noexcept {
     MEM_TRACKER_THUNK& thunk = MEM_TRACKER_TEMPLATE_KPT<T, 1255, 1>::s_thunk;
-    const std::atomic_ref type(thunk.m_type);  // every thread binds it to the same
+    const std::atomic_ref type(thunk.m_type);  // every thread stores the same value
     if (type.load(std::memory_order_relaxed) == nullptr) {
       type.store(&typeid(T), std::memory_order_relaxed);
     }

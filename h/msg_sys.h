@@ -27,8 +27,8 @@ enum MSG_SEVERITY : unsigned int {
 inline constexpr std::array<const char*, 6> MSG_SEVERITY_NAMES{"Error", "Info",       "Warning",
                                                                "Debug", "Extra Info", "Critical Warning"};
 
-/// A message: a text, which is filled once, and the tag under which it is filed. Filling and posting
-/// report no failure: a host that cannot deliver a message drops it.
+/// A message: a text, which is filled once, and the tag under which the text is filed. Filling and
+/// posting report no failure: a host that cannot deliver a message drops it.
 class KPT_HOST_API MSG_BASE {
  public:
   /// The message is posted to `report`, which has to outlive it.

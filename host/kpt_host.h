@@ -4,9 +4,9 @@
 // Ownership: the host owns a sink from the call that sets it until another call replaces it. An
 // empty function restores the default. The texts that a sink gets are valid only during the call.
 //
-// Threads: the services are safe in any thread, `trackers` too. Debug output, sinks and switches
-// are set while no other thread uses the library; a sink is called in the thread that has something
-// to say, so in several at once when databases are used in several.
+// Threads: the services and `trackers` are safe in any thread. Debug output, sinks and switches may
+// be set only while no other thread uses the library. A sink is called in the thread that issues the
+// message. So it may be called in several threads at once when several threads use databases.
 #ifndef KPT_HOST_H
 #define KPT_HOST_H
 

@@ -161,8 +161,9 @@ void bind_bulk(DATABASE_CLASS& database) {
       .def("associate_many", &associate_many, py::arg("reference"), py::arg("transformed"),
            "associate_many($self, reference, transformed)\n--\n\n"
            "Associates the signals of two sequences, name by name, while other threads run.\n\n"
-           "Returns how many there were. The first pair that is refused ends it: Refused, whose index counts the\n"
-           "pairs before it, which stay recorded. ValueError when the lengths differ; then nothing is recorded.")
+           "Returns the number of pairs. The first pair that is refused raises Refused. The pairs before it stay\n"
+           "recorded, and `index` of the exception is their number. Raises ValueError, and records nothing, when the\n"
+           "lengths differ.")
       .def("_records", &records, py::arg("side"));
 }
 

@@ -204,28 +204,30 @@ void bind_associations(DATABASE_CLASS& database) {
            note_argument(),
            "associate($self, reference, transformed, *, pass_=\"\", note=\"\")\n--\n\n"
            "A reference register became a transformed register.\n\n"
-           "`pass_` and `note` tell where this and the other events come from: they become attributes of the map.\n\n"
-           "Each register is a signal's name, or a tuple of a block instance's name, entity and type, or a Register of "
-           "any\n"
-           "database, whose name counts. Both are new: Refused, changing nothing, when either exists.")
+           "Neither register may exist; otherwise it raises Refused and changes nothing. A register is given by the\n"
+           "name of a signal, by a tuple of the name, entity and type of a block instance, or by a Register of any\n"
+           "database, which stands for its name.\n\n"
+           "Every event takes `pass_`, the pass that caused it, and `note`, a text for people. They become attributes\n"
+           "of the map.")
       .def("associate_fsm", &associate_fsm, py::arg("reference"), py::arg("transformed"), py::arg("states"),
            py::kw_only(), pass_argument(), note_argument(),
            "associate_fsm($self, reference, transformed, states, *, pass_=\"\", note=\"\")\n--\n\n"
            "A state machine was re-encoded.\n\n"
-           "`reference` and `transformed` list the signals before and after, all of them new; `states` is a\n"
-           "StateTable or pairs of codes such as (\"00\", \"100\"): character k is the bit of the k-th name.\n"
-           "ValueError for what is no table of these registers; Refused, changing nothing, when one exists.")
+           "`reference` and `transformed` list the signals before and after. None of them may exist. `states` is a\n"
+           "StateTable, or pairs of codes such as (\"00\", \"100\"): character k is the bit of the k-th name. Raises\n"
+           "ValueError when the codes do not fit the registers. Raises Refused, and changes nothing, when a register\n"
+           "exists.")
       .def("associate_map", &associate_map, py::arg("reference"), py::arg("transformed"), py::kw_only(),
            py::arg("states") = py::none(), py::arg("constant") = py::none(), py::arg("no_fanout") = false,
            pass_argument(), note_argument(),
            "associate_map($self, reference, transformed, *, states=None, constant=None, no_fanout=False, "
            "pass_=\"\", note=\"\")\n--\n\n"
-           "A map of any shape, in one step: signals and block instances, all of them new.\n\n"
-           "Each side lists its indices, and each index is a pair of lists: the registers that carry its value, and\n"
-           "those that carry the inverse. With `states` it is a state machine, and index k is column k; without, a\n"
-           "side has at most one index. `constant` is the value, 0 or 1, of the first reference register;\n"
-           "`no_fanout` tells that they drive nothing. Returns the Map. Refused, changing nothing, with the\n"
-           "library's reason.");
+           "Records a map of any shape. It lists signals and block instances, none of which may exist.\n\n"
+           "Each side is a list of indices. Each index is a pair of lists: the registers that hold its value, and\n"
+           "those that hold the inverse. With `states` the map is a state machine, and index k is column k. Without\n"
+           "`states`, a side has at most one index. `constant` is the value, 0 or 1, of the first reference register.\n"
+           "`no_fanout` says that the reference registers drive nothing. Returns the Map. Raises Refused with the\n"
+           "library's reason, and then changes nothing.");
 }
 
 }  // namespace
@@ -236,13 +238,13 @@ void bind_events(DATABASE_CLASS& database) {
       .def("replicate", &replicate, py::arg("register"), py::arg("replica"), py::kw_only(), pass_argument(),
            note_argument(),
            "replicate($self, register, replica, *, pass_=\"\", note=\"\")\n--\n\n"
-           "A transformed register was duplicated; the replica is new.\n\n"
-           "This event and those that follow name transformed signals, by a str or a Register; what the library\n"
-           "does not take raises Refused with its own line.")
+           "A transformed register was duplicated. The replica must not exist yet.\n\n"
+           "This event, `merge`, `retime_inverter` and `eliminate` name transformed signals, by a str or a Register.\n"
+           "An event that the library refuses raises Refused with the library's line.")
       .def("merge", &merge, py::arg("kept"), py::arg("merged"), py::kw_only(), pass_argument(), note_argument(),
            "merge($self, kept, merged, *, pass_=\"\", note=\"\")\n--\n\n"
-           "Two transformed registers were found equivalent, and `merged` is gone. Its map is absorbed: handles to\n"
-           "it raise Gone.")
+           "Two transformed registers were found equivalent, and `merged` is gone.\n\n"
+           "The map of `kept` absorbs the map of `merged`. Handles to the absorbed map then raise Gone.")
       .def("retime_inverter", &retime_inverter, py::arg("register"), py::kw_only(), pass_argument(), note_argument(),
            "retime_inverter($self, register, *, pass_=\"\", note=\"\")\n--\n\n"
            "An inverter moved across a transformed register, which now holds the inverse.")
@@ -250,10 +252,10 @@ void bind_events(DATABASE_CLASS& database) {
            py::arg("value") = py::none(), pass_argument(), note_argument(),
            "eliminate($self, register, reason=None, *, value=None, pass_=\"\", note=\"\")\n--\n\n"
            "A transformed register is gone: it is \"stuck_at_zero\", \"stuck_at_one\", or has \"no_fanout\".\n\n"
-           "Those are recorded as they are, of the reference register. `value`, 0 or 1, tells instead what the\n"
-           "transformed register itself is, which may be the inverse of it.\n"
-           "The map of its reference register then tells so. ValueError for another word; the library refuses\n"
-           "\"eliminated\", which gives no reason.");
+           "The reason is recorded unchanged, and is about the reference register. Instead of a reason, `value`, 0\n"
+           "or 1, gives the value of the transformed register itself, which may be the inverse of the reference\n"
+           "register. Then the map of the reference register says what became of it. Raises ValueError for any other\n"
+           "word. The library refuses \"eliminated\", which gives no reason.");
 }
 
 }  // namespace kpt_python

@@ -229,11 +229,11 @@ void bind_files(py::module_& module, DATABASE_CLASS& database) {
       .def("_event_lines", &event_lines)
       .def("unite", &unite, py::arg("other"),
            "unite($self, other)\n--\n\n"
-           "Appends the database of the next stage, which is left as it was: afterwards the maps run from this\n"
-           "one's reference registers to the transformed ones of `other`.\n\n"
-           "This is the union that flows are built on, with its approximations; kpt.compose is exact. Other threads\n"
-           "run meanwhile. Handles to absorbed maps raise Gone. Refused, with the database changed in part, where\n"
-           "the library gives up.");
+           "Appends the database of the next stage, which does not change. The maps then lead from the reference\n"
+           "registers of this database to the transformed registers of `other`.\n\n"
+           "The answers of a united database can be false; kpt.compose is exact. Other Python threads run during the\n"
+           "call. Handles to absorbed maps raise Gone. Raises Refused when the library cannot unite the databases;\n"
+           "this database may then have changed in part.");
 }
 
 }  // namespace kpt_python

@@ -1,4 +1,4 @@
-# The types of the package kpt; its docstrings say what everything means.
+# The types of the package kpt. The docstrings of the package describe everything.
 from collections.abc import Iterable, Iterator, Mapping, MutableMapping
 from os import PathLike
 from typing import Any, Literal, Protocol, TypeAlias, TypeVar, Union, overload

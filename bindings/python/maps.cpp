@@ -127,15 +127,15 @@ std::string in_words(const MAP& map) {
 
 void bind_groups(py::module_& module) {
   py::class_<GROUP> type(module, "Group",
-                         "One index of one side of a Map: the registers that carry one value.\n\n"
-                         "It is what the map listed when it was asked.");
+                         "One index of one side of a Map: registers that hold its value or the inverse.\n\n"
+                         "It does not change when the map changes.");
   refuse_new(type);
   type.def_property_readonly(
           "same", [](const GROUP& group) { return to_tuple(group.db, group.same); },
-          "A tuple of the Registers that carry the value as it is.")
+          "A tuple of the Registers that hold the value of the index.")
       .def_property_readonly(
           "inverse", [](const GROUP& group) { return to_tuple(group.db, group.inverse); },
-          "A tuple of the Registers that carry its inverse.")
+          "A tuple of the Registers that hold the inverse of the value.")
       .def("__len__", [](const GROUP& group) { return group.same.size() + group.inverse.size(); })
       .def("__repr__", [](const GROUP& group) {
         return "<kpt.Group: " + std::to_string(group.same.size()) + " same, " + std::to_string(group.inverse.size()) +
@@ -146,55 +146,56 @@ void bind_groups(py::module_& module) {
 void bind_structure(py::class_<MAP>& type) {
   type.def_property_readonly(
           "number", [](const MAP& map) { return map.get().get_number(); },
-          "Its number in the database, from 1 in order of creation. No later map gets it.")
+          "The map's number in the database, from 1 in order of creation. No other map gets this number.")
       .def_property_readonly("register", &seen_from,
-                             "The Register that it is seen from; None for a map without registers.")
-      .def_property_readonly("is_gone", &is_gone, "Whether it was absorbed or deleted. Never raises.")
+                             "The Register from which the map is seen; None for a map without registers.")
+      .def_property_readonly("is_gone", &is_gone, "Whether the map was absorbed or deleted. Never raises.")
       .def_property_readonly(
           "reference", [](const MAP& map) { return groups_of(map, KPT_REFERENCE_SET); },
-          "A tuple of Groups: the reference registers, index by index. Index k is column k of the state table.")
+          "A tuple of Groups, one for each index of the reference side. Index k is column k of the state table.")
       .def_property_readonly(
           "transformed", [](const MAP& map) { return groups_of(map, KPT_TRANSFORMED_SET); },
-          "The same for the transformed registers.")
+          "A tuple of Groups, one for each index of the transformed side.")
       .def_property_readonly(
           "is_fsm", [](const MAP& map) { return map.get().has_fsm(); },
-          "Whether its registers are those of a re-encoded state machine.")
-      .def_property_readonly("fsm", &table,
-                             "The StateTable of a state machine. None for other maps, and where the table has not the\n"
-                             "size of the sides, so that it says nothing of them.")
+          "Whether the map is that of a re-encoded state machine.")
+      .def_property_readonly(
+          "fsm", &table,
+          "The StateTable of a state machine. None for other maps, and for a table whose size differs\n"
+          "from the map's number of indices: such a table says nothing about the registers.")
       .def_property_readonly(
           "elimination", &elimination,
           "Why registers of the map were removed, as recorded: \"stuck_at_zero\", \"stuck_at_one\",\n"
-          "\"no_fanout\", \"eliminated\"; None when they were not.");
+          "\"no_fanout\" or \"eliminated\"; None when no register was removed.");
 }
 
 void bind_answers(py::class_<MAP>& type) {
   type.def_property_readonly(
           "equivalents", [](const MAP& map) { return registers_across(map, false); },
-          "A tuple of the Registers of the other netlist that carry the register's value; its representative is\n"
-          "first. Empty for the bit of a state machine, of which the table tells.")
+          "A tuple of the Registers of the other netlist that hold the register's value. If the representative holds\n"
+          "it, it is the first. Empty for a bit of a state machine: see `fsm`.")
       .def_property_readonly(
           "inverted_equivalents", [](const MAP& map) { return registers_across(map, true); },
-          "The same for those that carry the inverse of its value.")
+          "A tuple of the Registers of the other netlist that hold the inverse of the register's value.")
       .def_property_readonly(
           "twins", [](const MAP& map) { return registers_beside(map, false); },
-          "A tuple of the other Registers of its own netlist that carry the register's value.")
+          "A tuple of the other Registers of the register's own netlist that hold its value.")
       .def_property_readonly(
           "inverted_twins", [](const MAP& map) { return registers_beside(map, true); },
-          "The same for those that carry the inverse of its value.")
+          "A tuple of the Registers of the register's own netlist that hold the inverse of its value.")
       .def_property_readonly(
           "inverted", [](const MAP& map) { return ask(map, is_inverted); },
-          "Whether the representative of the other netlist carries the inverse of the register's value. None when\n"
-          "there is none, and for the bit of a state machine.")
+          "Whether the representative in the other netlist holds the inverse of the register's value. None when\n"
+          "there is no representative, and for a bit of a state machine.")
       .def_property_readonly("constant", &constant,
-                             "0 or 1 for a register that always has this value; None when no such value is known.")
+                             "The value, 0 or 1, of a register that is constant; None when no constant is known.")
       .def_property_readonly(
           "no_fanout", [](const MAP& map) { return fate(map) == KPT_FATE_WITHOUT_FANOUT; },
           "Whether the register is gone because it drives nothing.")
       .def_property_readonly(
           "fate", [](const MAP& map) { return fate_word(fate(map)); },
           "What became of the register: \"mapped\", \"machine\", \"constant\", \"without_fanout\" or \"unknown\".\n"
-          "Of a transformed register, the same words say where it comes from.");
+          "For a transformed register, the same words say where it comes from.");
 }
 
 MAP find(const OWNER& db, const py::object& key) {
@@ -250,8 +251,9 @@ MAP next(MAPS_WALK& walk) {
 
 void bind_set(py::module_& module) {
   py::class_<MAPS> maps(module, "Maps",
-                        "The maps of a database: len(), and a walk in order of creation, on which maps may come and\n"
-                        "go; those added meanwhile are not met.");
+                        "The maps of a database, in order of creation.\n\n"
+                        "len() counts the maps, and a loop visits them. Maps may be added and deleted during a loop,\n"
+                        "which does not visit the added ones.");
   refuse_new(maps);
   maps.def("__len__", [](const MAPS& set) { return set.get().size(); })
       .def("__iter__", &walk_over)
@@ -259,7 +261,7 @@ void bind_set(py::module_& module) {
         return set.db->is_published() ? std::string("<kpt.Maps of a published database>")
                                       : "<kpt.Maps: " + std::to_string(set.get().size()) + ">";
       });
-  py::class_<MAPS_WALK> walk(module, "MapIterator", "A walk over maps.");
+  py::class_<MAPS_WALK> walk(module, "MapIterator", "An iterator over maps.");
   refuse_new(walk);
   walk.def("__iter__", [](const py::object& self) { return self; }).def("__next__", &next);
 }
@@ -271,10 +273,10 @@ void bind_maps(py::module_& module) {
   py::class_<MAP> type(
       module, "Map",
       "What became of registers: groups of reference registers, and groups of transformed ones.\n\n"
-      "A map is seen from a register: what it answers of values is meant against that register's own. It keeps its\n"
-      "database alive. Events delete maps and absorb them in others: everything but is_gone then raises Gone, and\n"
-      "asking the database for the register again gives the map that has it now. Two are equal when they are the\n"
-      "same map, whatever they are seen from.");
+      "A map is seen from one register: words such as equivalent and inverted compare with the value of that\n"
+      "register. A map keeps its database alive. An event may delete a map, or let another map absorb it. Everything\n"
+      "but is_gone then raises Gone. To get the present map of the register, ask the database again. Two maps are\n"
+      "equal when they are the same map, even if they are seen from different registers.");
   refuse_new(type);
   bind_structure(type);
   bind_answers(type);
@@ -295,9 +297,8 @@ void bind_map_look_ups(DATABASE_CLASS& database) {
           "__getitem__", &find,
           "__getitem__($self, key)\n--\n\n"
           "The Map of a reference register: by the name of a signal, by the name, entity and type of a block instance\n"
-          "in a tuple, or by a Register of any database. UnknownRegister, a KeyError, for what is not there; Gone for "
-          "a\n"
-          "register without a map.")
+          "in a tuple, or by a Register of any database. Raises UnknownRegister, a KeyError, when there is no such\n"
+          "register, and Gone when the register has no map.")
       .def("get", &find_or, py::arg("key"), py::arg("default") = py::none(),
            "get($self, key, default=None)\n--\n\n"
            "The Map of a reference register, or `default` when the register is unknown or has no map.")

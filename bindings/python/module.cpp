@@ -19,18 +19,18 @@ void bind_database(DATABASE_CLASS& type) {
   // Not a constructor: __new__ has made the object, so a derived class cannot leave it unmade.
   type.attr("__init__") = py::cpp_function(
       [](OWNER& db, const py::object& name) { db.init(TEXT(name, "a database's name").view()); }, py::name("init"),
-      py::is_method(type), py::arg("name"), "init($self, name)\n--\n\nAn empty database; any name will do.");
+      py::is_method(type), py::arg("name"), "init($self, name)\n--\n\nMakes an empty database. Any name is accepted.");
   type.def_property_readonly(
           "name", [](const OWNER& db) { return to_python(db->use().get_name()); }, "Its name, a str.")
       .def(
           "publish", [](const OWNER& db) { db->publish(); },
           "publish($self)\n--\n\n"
           "Hands the database over to the registry of the process, where C++ code finds it by its name.\n\n"
-          "It is then no longer Python's: this object and all handles from it raise Gone. Refused when the registry\n"
-          "has a database of that name.")
+          "Python no longer owns the database: this object and all handles from it then raise Gone. Raises Refused\n"
+          "when the registry has a database of that name.")
       .def_property_readonly(
           "is_published", [](const OWNER& db) { return db->is_published(); },
-          "Whether it was handed over. Never raises.")
+          "Whether `publish` has handed the database over. Never raises.")
       .def("__repr__", [](const OWNER& db) {
         if (db->is_published()) {
           return py::str("<kpt.Database: published>");
@@ -68,12 +68,11 @@ PYBIND11_MODULE(_kpt, module) {
   DATABASE_CLASS database(
       module, "Database",
       "Database(name)\n--\n\n"
-      "What became of the registers of one design, from the netlist as it was written, the reference, to the netlist\n"
-      "after optimisation.\n\n"
-      "Python owns it, and it lives as long as there is a handle to anything in it. The events (associate, merge and "
-      "so\n"
-      "on) record; db[key] is the Map of a reference register. `in`, len() and a walk speak of the reference\n"
-      "registers. Threads may share it: a call waits until another thread's long one is done.");
+      "What became of the registers of one design, from the reference netlist, which is the design as written, to the\n"
+      "transformed netlist, which is the design after optimisation.\n\n"
+      "The database exists as long as there is a handle to anything in it. Events such as associate and merge record\n"
+      "what a flow did. db[key] is the Map of a reference register. `in`, len() and a loop are about the reference\n"
+      "registers. Threads may share a database: a call waits until another thread's call has ended.");
   kpt_python::bind_database(database);
   kpt_python::bind_look_ups(database);
   kpt_python::bind_map_look_ups(database);
@@ -83,6 +82,6 @@ PYBIND11_MODULE(_kpt, module) {
 
   module.def("trackers", &kpt_python::trackers,
              "trackers()\n--\n\n"
-             "What the library's memory goes to: by the C++ type, its live bytes, live blocks and peak bytes.");
+             "The memory of the library: a dict from each C++ type to its live bytes, live blocks and peak bytes.");
   module.attr("__version__") = KPT_VERSION;
 }

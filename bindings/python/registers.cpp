@@ -128,18 +128,18 @@ void bind_register(py::module_& module) {
   py::class_<REGISTER> type(
       module, "Register",
       "A register of one netlist of a database.\n\n"
-      "It keeps its database alive. Its name, id and side can be read as long as there is a handle to it; what\n"
-      "the database says of it raises Gone once it has left the database. Two are equal when they are the same\n"
+      "A register keeps its database alive. When a register has left the database, its name, id and side can\n"
+      "still be read, but its map and attributes raise Gone. Two registers are equal when they are the same\n"
       "register of the same database.");
   refuse_new(type);
   type.def_property_readonly(
           "name", [](const REGISTER& reg) { return to_python(used(reg).get_name()); }, "Its name, a str.")
       .def_property_readonly(
           "id", [](const REGISTER& reg) { return used(reg).get_id(); },
-          "The number by which a database file tells the registers of a side apart.")
+          "The number that identifies the register among those of its side in a database file.")
       .def_property_readonly(
           "side", [](const REGISTER& reg) { return side_word(side_of(used(reg))); },
-          "The netlist that it was recorded to: \"reference\" or \"transformed\".")
+          "The netlist of the register: \"reference\" or \"transformed\".")
       .def_property_readonly(
           "entity", [](const REGISTER& reg) { return to_python(used(reg).get_entity_name()); },
           "The entity of a block instance; empty for a signal.")
@@ -148,17 +148,17 @@ void bind_register(py::module_& module) {
           "The register type of a block instance; empty for a signal.")
       .def_property_readonly(
           "is_signal", [](const REGISTER& reg) { return used(reg).is_signal(); },
-          "Whether it is a signal, and not a block instance.")
+          "Whether the register is a signal, not a block instance.")
       .def_property_readonly(
           "key", &key_of,
-          "What finds it in its netlist: the name of a signal, or the name, entity and type of a block instance.")
+          "The key of the register in its netlist: a signal's name, or a block instance's name, entity and type.")
       .def_property_readonly("is_present", &REGISTER::is_present,
-                             "Whether its netlist still has it: a union deletes the registers that no map lists.")
-      .def_property_readonly("has_map", &has_map, "Whether a map tells of it.")
+                             "Whether its netlist still has the register. A union deletes registers that no map lists.")
+      .def_property_readonly("has_map", &has_map, "Whether the register has a map.")
       .def_property_readonly(
           "map", &map_of,
-          "The Map that tells of it, seen from it. Gone when there is none: it was eliminated or merged into another,\n"
-          "or never had one.")
+          "The Map of the register, seen from the register. Raises Gone when the register has no map: it was\n"
+          "eliminated, was merged into another register, or never had a map.")
       .def("__eq__", [](const REGISTER& a,
                         const py::object& b) { return py::isinstance<REGISTER>(b) && a == b.cast<const REGISTER&>(); })
       .def("__hash__", [](const REGISTER& reg) { return std::hash<KPT_REGISTER_KEYPOINT>()(reg.keypoint); })
@@ -176,10 +176,10 @@ void bind_set(py::module_& module) {
   py::class_<SET> type(
       module, "Registers",
       "The registers of one netlist of a database.\n\n"
-      "registers[key] is a Register, found by the name of a signal, by the name, entity and type of a\n"
-      "block instance in a tuple, or by a Register of any database; UnknownRegister, a KeyError, when\n"
-      "it is not there. `in`, len() and a walk do what they do for a set: the walk meets signals\n"
-      "first, then block instances, each in order of creation, and not those added meanwhile.");
+      "registers[key] is a Register. The key is the name of a signal, the name, entity and type of a block\n"
+      "instance in a tuple, or a Register of any database. It raises UnknownRegister, a KeyError, when there is\n"
+      "no such register. `in`, len() and a loop work as for a set. A loop visits signals first, then block\n"
+      "instances, each in order of creation. It does not visit registers that are added during the loop.");
   refuse_new(type);
   type.def("__getitem__", &find)
       .def("__contains__", &contains)
@@ -189,7 +189,7 @@ void bind_set(py::module_& module) {
              return SET_WALK{set, set.get().begin()};
            })
       .def("get", &find_or, py::arg("key"), py::arg("default") = py::none(),
-           "get($self, key, default=None)\n--\n\nThe Register, or `default` when it is not there.")
+           "get($self, key, default=None)\n--\n\nThe Register, or `default` when there is none.")
       .def_property_readonly(
           "side", [](const SET& set) { return side_word(set.side); }, "\"reference\" or \"transformed\".")
       .def("_nearest", &nearest)
@@ -200,7 +200,7 @@ void bind_set(py::module_& module) {
         return "<kpt.Registers: " + std::to_string(set.get().size()) + " " + side_word(set.side) + ">";
       });
 
-  py::class_<SET_WALK> walk(module, "RegisterIterator", "A walk over registers.");
+  py::class_<SET_WALK> walk(module, "RegisterIterator", "An iterator over registers.");
   refuse_new(walk);
   walk.def("__iter__", [](const py::object& self) { return self; }).def("__next__", &next);
 }
@@ -219,13 +219,13 @@ void bind_look_ups(DATABASE_CLASS& database) {
           [](const OWNER& db) {
             return SET{db, KPT_REFERENCE_SET};
           },
-          "The Registers of the netlist as it was written.")
+          "The Registers of the reference netlist, which is the design as written.")
       .def_property_readonly(
           "transformed",
           [](const OWNER& db) {
             return SET{db, KPT_TRANSFORMED_SET};
           },
-          "The Registers of the netlist after optimisation.");
+          "The Registers of the transformed netlist, which is the design after optimisation.");
 }
 
 }  // namespace kpt_python

@@ -149,9 +149,9 @@ void bind_state_table(py::module_& module) {
   py::class_<BITS> side(
       module, "Bits", py::buffer_protocol(),
       "One side of a StateTable: a bit for each state and each column.\n\n"
-      "`bits[state, column]` is 0 or 1; both count from 0, and negative numbers from the end.\n"
-      "A buffer of bytes of the shape (states, columns), so numpy.asarray(bits) takes it without a copy.\n"
-      "IndexError beyond the table.");
+      "`bits[state, column]` is 0 or 1. State and column count from 0, and negative numbers count from the end.\n"
+      "Raises IndexError beyond the table. It is a buffer of bytes of the shape (states, columns), so\n"
+      "numpy.asarray(bits) reads it without a copy.");
   refuse_new(side);
   side.def("__getitem__", &get_bit)
       .def("__len__", &BITS::states)
@@ -165,14 +165,14 @@ void bind_state_table(py::module_& module) {
       module, "StateTable",
       "StateTable(codes)\n--\n\n"
       "What a state machine's registers hold, state by state, before and after it was re-encoded.\n\n"
-      "Made of pairs of codes, or got from a map. Character k of a code is the bit of the k-th index of\n"
-      "that side of the map. A table never changes. ValueError for codes that are no table: it has 1 to\n"
-      "65535 states and as many registers a side.");
+      "A table is made from pairs of codes, or comes from a map. Character k of a code is the bit of index k of\n"
+      "that side of the map. A table never changes. Raises ValueError when the codes are not a table. A table\n"
+      "has 1 to 65535 states, and 1 to 65535 registers on each side.");
   make_in_new(type, new_table);
   type.def(py::init([](const py::object& codes) { return to_table(codes); }), py::arg("codes"))
       .def_property_readonly("codes", &TABLE::codes,
-                             "A list of pairs, a state each: the code of the reference registers, and that of the\n"
-                             "transformed ones.")
+                             "A list with one pair for each state: the code of the reference registers and the code\n"
+                             "of the transformed registers.")
       .def_property_readonly(
           "reference", [](const TABLE& table) { return table.side(KPT_REFERENCE_SET); },
           "The Bits of the reference registers.")

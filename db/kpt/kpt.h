@@ -5,11 +5,11 @@
 // Ownership: the manager owns the databases. Handles own nothing, except that
 // a KPT_STATE_TABLE owns a copy of a table.
 //
-// Threads: different databases may be used in different threads at once, the
-// manager in any. One database, with its handles, registers and maps, is for one
-// thread at a time; so are two that are united, and those that a composition
-// reads. The ids of registers come from counters of the process, so the ids of
-// databases that are recorded at once interleave.
+// Threads: the manager may be called in any thread, and different databases may
+// be used in different threads at once. Only one thread at a time may use a database
+// with its handles, registers and maps, or the databases of a union or a composition.
+// Register ids come from counters of the process. So databases that are recorded
+// at the same time share one sequence of ids.
 //
 // When memory runs out, loading and saving return null or false and post the
 // message EKPT_OUT_OF_MEMORY. Every other operation throws std::bad_alloc, and

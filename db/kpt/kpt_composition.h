@@ -16,8 +16,8 @@
 // does not show everything that its registers became has the attribute
 // "partial", which the next composition reads.
 //
-// Ownership: refers to the stages, which do not change and outlive it. Owns its
-// texts.
+// Ownership: refers to the stages, which do not change and have to outlive it.
+// Owns its texts.
 //
 // Cost: nearly linear in the registers of all stages. A join of tables has at
 // most 65,535 rows and columns.
@@ -29,9 +29,9 @@
 #include "db/kpt/kpt_types.h"
 
 struct KPT_COMPOSITION_OPTIONS {
-  /// The least share, 0 to 1, of a stage's first registers that the stage before
-  /// has to know. So stages that are swapped or repeated are refused. It does not
-  /// change the result otherwise.
+  /// The least share, 0 to 1, of a stage's reference registers that the stage before
+  /// has to know. This bound refuses stages that are swapped or repeated. It does
+  /// not change the result otherwise.
   double least_share = 0.5;
   /// For hosts that record only changes: a stage does not change a register that
   /// it does not mention, and a register that no earlier stage mentions is a

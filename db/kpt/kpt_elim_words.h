@@ -1,4 +1,4 @@
-// The words of a database file for why the registers of a map were eliminated.
+// The words by which a database file says why the registers of a map were eliminated.
 //
 // Ownership: none.
 #ifndef KPT_ELIM_WORDS_H

@@ -6,8 +6,8 @@
 
 #include "db/kpt/kpt_types.h"
 
-/// An earlier value takes precedence: a register that is constant, and of which
-/// a copy lives, counts as constant.
+/// An earlier value in this list takes precedence: a register that is constant
+/// counts as constant even if a copy of it still exists.
 enum KPT_FATE_ENUM : int {
   KPT_FATE_CONSTANT = 0,
   KPT_FATE_MACHINE = 1,

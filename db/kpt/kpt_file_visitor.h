@@ -1,6 +1,6 @@
 // Gets the elements of a database file, with their lines, while a load reads
-// them: for programs that report on the file itself, also on what the database
-// does not show. Clients derive a class from it.
+// them. It is for programs that report on the file itself, and on elements that
+// the database does not show. Clients derive a class from it.
 //
 // Ownership: the caller owns the visitor, which has to outlive the load.
 // Arguments are valid only during a call.
@@ -13,10 +13,10 @@
 #include "db/kpt/kpt_element_attributes.h"
 #include "kpt_export.h"
 
-/// Every start has an end, also in a file that a load refuses. In a file that is
-/// not well-formed, the visitor gets what precedes the error. It gets no comments
-/// and no instructions. A line, counted from 1, is the line on which the tag
-/// ends. A visitor must not throw.
+/// Every call of `start` has a call of `end`, also in a file that a load refuses. In
+/// a file that is not well-formed, the visitor gets what precedes the error. It gets
+/// no comments and no processing instructions. A line, counted from 1, is the line
+/// on which the tag ends. A visitor must not throw.
 class KPT_EXPORT KPT_FILE_VISITOR {
  public:
   virtual ~KPT_FILE_VISITOR() = default;

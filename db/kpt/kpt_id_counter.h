@@ -1,5 +1,5 @@
-// The steps of an id counter. Databases in different threads count on the same
-// counters, and each id is handed out once.
+// The steps of an id counter. Databases in different threads use the same
+// counters, and each id is given to one register only.
 //
 // Ownership: none; the counter is the caller's.
 #ifndef KPT_ID_COUNTER_H
@@ -11,14 +11,14 @@
 
 namespace kpt_id_counter {
 
-/// The counter's value, which is then raised by one.
+/// Returns the counter's value, and then raises the counter by one.
 inline long take(long& counter) { return std::atomic_ref<long>(counter).fetch_add(1, std::memory_order_relaxed); }
 
-/// The counter is raised by one, and its new value taken.
+/// Raises the counter by one and returns its new value.
 inline long take_next(long& counter) { return take(counter) + 1; }
 
-/// Takes back the last `take`. An id that another thread has gone past since
-/// stays unused.
+/// Undoes the last `take`. When another thread has taken a later id since, the
+/// id stays unused.
 inline void give_back(long& counter, long id) {
   long behind = id + 1;
   std::atomic_ref<long>(counter).compare_exchange_strong(behind, id, std::memory_order_relaxed);

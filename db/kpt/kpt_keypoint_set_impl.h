@@ -62,8 +62,8 @@ class KPT_EXPORT KPT_KEYPOINT_SET_IMPL : public KPT_ZEROED {
   /// The same for a register of `other`; that set knows its hash.
   KPT_REGISTER_KEYPOINT_IMPL* get_namesake(const KPT_REGISTER_KEYPOINT_IMPL& keypoint,
                                            const KPT_KEYPOINT_SET_IMPL& other) const;
-  /// Prefetches the memory in which the namesakes of the registers after this
-  /// one are looked up. For walks over `other` that call `get_namesake`.
+  /// Prefetches the memory that the look-ups for the registers after this one will
+  /// read. For walks over `other` that call `get_namesake`.
   void fetch_namesakes_behind(const KPT_REGISTER_KEYPOINT_IMPL& keypoint, const KPT_KEYPOINT_SET_IMPL& other) const;
 
   /// The texts of a register of this set, with its hash where it is known.

@@ -24,11 +24,11 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
  public:
   explicit KPT_KEYPOINTS_DB(KPT_KEYPOINTS_DB_IMPL* db = nullptr) : m_impl(db) {}
 
-  // Recording. Each operation returns whether the event was recorded. Where a
-  // refusal has a reason, a debug line under the tag "KPT" says it.
+  // Recording. Each operation returns whether the event was recorded. For some
+  // refusals, a debug line under the tag "KPT" gives the reason.
 
   /// A register that was kept 1:1. Each side is a signal, or a block instance with
-  /// its entity and type. When either register exists: false, and nothing changes.
+  /// its entity and type. When either register already exists: false, and nothing changes.
   bool associate_registers_signal_to_signal(std::string_view r_name, std::string_view t_name) const;
   bool associate_registers_signal_to_instance(std::string_view r_name, std::string_view t_name,
                                               std::string_view t_entity, std::string_view t_register_type) const;
@@ -69,7 +69,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// Issues "%s does not exist in T", "%s already exists in T", or on success
   /// "Replicated register: %s is a replicate of %s".
   bool set_replicated_registers(std::string_view t_name, std::string_view replica_name) const;
-  /// Issues "Error: Can't find %s in T set", or "Merged registers: %s <- %s" whatever the result.
+  /// Issues "Error: Can't find %s in T set", or "Merged registers: %s <- %s" even when the merge is refused.
   bool set_merged_registers(std::string_view kept_name, std::string_view merged_name) const;
   /// Issues "Error: Can't find %s in T set", or "Inverter retimed register %s".
   bool set_inverter_retimed_register(std::string_view t_name) const;
@@ -98,9 +98,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// Appends the next stage, which does not change. What this database then says can be false.
   bool unite(const KPT_KEYPOINTS_DB& other) const;
   /// Writes the database file in place; false when it cannot be opened. True
-  /// also when the disk is full or writing fails otherwise: `save_atomically` is
-  /// the one that tells. A pipe that nobody reads is waited for, which a debug
-  /// line says beforehand.
+  /// also when the disk is full or writing fails otherwise; `save_atomically`
+  /// returns false in such a case. It waits until a pipe is read, and a debug line
+  /// says so beforehand.
   bool save(std::string_view file_name) const;
   /// Writes a new file and puts it in the place of the target. Escapes what XML
   /// needs escaped, so that every name can be read back. Refuses texts that no

@@ -12,8 +12,8 @@
 // manager, finds the manager at the same address, empty and usable. A database
 // that is recorded then is destroyed only by `destroy_keypoints_db`.
 //
-// Every function may be called in any thread. A database under a name that only
-// one thread uses belongs to that thread.
+// Every function may be called in any thread. Threads that use databases of
+// different names do not disturb each other.
 #ifndef KPT_KEYPOINTS_MANAGER_H
 #define KPT_KEYPOINTS_MANAGER_H
 
@@ -36,7 +36,7 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   /// that name: an earlier one when there is one. Flows that open their database
   /// twice rely on getting the first.
   KPT_KEYPOINTS_DB* create_keypoints_db(std::string_view name);
-  /// A database that the caller owns, who then records or deletes it.
+  /// A database that the caller owns. The caller then records or deletes it.
   KPT_KEYPOINTS_DB_IMPL* create_keypoints_db_impl(std::string_view name);
   /// Records the database; the manager then owns it. False for null.
   bool record_new_db(KPT_KEYPOINTS_DB_IMPL* db);
@@ -50,11 +50,11 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   /// is too little memory. Null with the line "DB called %s already exists\n"
   /// when a database of its name is recorded.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name);
-  /// The same. When the result is null, `problem` has the first reason.
+  /// The same. When the result is null, `problem` says why: the first problem.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
   /// False, with the line "database named %s doesn't exist", for an unknown name.
   bool save_db(std::string_view name, std::string_view file_name);
-  /// The same by KPT_KEYPOINTS_DB::save_atomically: the file is either complete
+  /// The same with KPT_KEYPOINTS_DB::save_atomically: the file is either complete
   /// or not written, and it can be read back without loss.
   bool save_db_atomically(std::string_view name, std::string_view file_name);
   /// Destroys the first database of that name. False for an unknown name.
@@ -68,12 +68,12 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
 
   KPT_KEYPOINTS_MANAGER();
   ~KPT_KEYPOINTS_MANAGER();
-  // The database is being destroyed: its entries become null.
+  // Called while the database is destroyed: its entries become null.
   static void forget(const KPT_KEYPOINTS_DB_IMPL* db);
-  // Of these the caller holds the registry's lock.
+  // Callers of these functions hold the registry's lock.
   DATABASES::iterator find(std::string_view name);
   KPT_KEYPOINTS_DB* append(KPT_KEYPOINTS_DB_IMPL* db);
-  // The database is the list's then; null, leaving it, when its name is taken.
+  // The list then owns the database. When the name is taken: null, and the caller still owns it.
   KPT_KEYPOINTS_DB* append_if_new(std::unique_ptr<KPT_KEYPOINTS_DB_IMPL>& db);
   KPT_KEYPOINTS_DB* loaded(std::string_view file_name, KPT_LOAD_PROBLEM& problem);
   const KPT_KEYPOINTS_DB* find_to_save(std::string_view name);

@@ -54,8 +54,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
                                    KPT_ELIM_ENUM elim);
   KPT_TRANSFORMATION_IMPL* add_map(const NI_PAIR_VECTOR& r, const NI_PAIR_VECTOR& t, KPT_ELIM_ENUM elim);
   KPT_TRANSFORMATION_IMPL* add_map(NI_PAIR_VECTOR&& r, NI_PAIR_VECTOR&& t, KPT_ELIM_ENUM elim);
-  /// A copy of any map. All keypoints of the copy are entered. An empty NI pair
-  /// of it issues that side's "Info" line twice.
+  /// A copy of any map. All keypoints of the copy are entered. For an empty NI pair
+  /// of the copy, the "Info" line of its side is issued twice.
   KPT_TRANSFORMATION_IMPL* add_map(const KPT_TRANSFORMATION_IMPL& m);
 
   /// Points the entry of every keypoint in `v` to `m`: in the transformed index
@@ -91,8 +91,8 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   /// The last map whose transformed side names the registers of `m`'s reference side, or null.
   KPT_TRANSFORMATION_IMPL* find_eq_transformation_in_set(const KPT_TRANSFORMATION_IMPL& m) const;
 
-  /// Records that `merged` was merged into `orig`. The source has the refusals
-  /// and their lines. False when either has no map.
+  /// Records that `merged` was merged into `orig`. The source file lists the refusals
+  /// and their debug lines. False when either register has no map.
   bool merge_keypoints(KPT_REGISTER_KEYPOINT_IMPL* orig, KPT_REGISTER_KEYPOINT_IMPL* merged);
   /// Removes `k` from one group of the map's transformed side and from the
   /// transformed index. False when it was not in the group, or had no entry.

@@ -3,7 +3,7 @@
 // Ownership: a wrapper owns nothing. Every node, and every cursor over children,
 // belongs to the parser's document and is destroyed with it. Wrappers are copied
 // by value. A copy made after `get_first_child` shares the cursor: a step of one
-// is a step of the other, until either calls `get_first_child` again.
+// wrapper moves the other as well, until either calls `get_first_child` again.
 //
 // Flags: an operation that takes `bool* ok` does nothing and returns a null
 // wrapper when the flag is false. It clears the flag when it fails, and never

@@ -54,7 +54,7 @@ class KPT_EXPORT KPT_XML_PARSER_WRAPPER : public KESTOV_DOM_PARSER {
   ~KPT_XML_PARSER_WRAPPER() override;
 
   void set_file_name(std::string_view file_name);
-  /// The errors that the parser counted, and one more when it was stopped.
+  /// The number of errors that the parser counted, and one more when it was stopped.
   std::size_t error_count() const;
   /// The first error.
   const KPT_LOAD_PROBLEM& problem() const;

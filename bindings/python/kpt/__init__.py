@@ -19,7 +19,7 @@ A consumer asks for a register:
 
 Names are str. Bytes of a file that are not UTF-8 become lone surrogates, and the same bytes are written. A database
 exists as long as any handle to it. Only one thread at a time runs inside the library. Loading, saving, uniting,
-composing and calls for many registers let other Python threads run meanwhile.
+composing and calls for many registers let other Python threads run during the call.
 """
 import gzip as _gzip
 import json as _json
@@ -43,13 +43,13 @@ _GZIP = b"\x1f\x8b"
 
 
 class KptWarning(UserWarning):
-    """Something odd that is not a failure: an element that does not belong in a file, a fact that a composition loses."""
+    """A problem that is not a failure: an unexpected element in a file, or a fact that a composition loses."""
 
 
 class Attributes(_MutableMapping):
     """The attributes of a Register or a Map: a mapping from str to str. Changes go to the database.
 
-    save() keeps them. The tools use the names pass, stage, status and note. Raises Gone like its owner.
+    save() keeps them. The tools use the names pass, stage, status and note. Raises Gone when its owner does.
     """
 
     def __init__(self, owner):
@@ -81,9 +81,10 @@ class Attributes(_MutableMapping):
 def load(source):
     """The Database in a file.
 
-    source: a path, or a file object that is open for reading bytes. Either may be compressed by gzip, which the content
-    shows. Other threads run meanwhile. FormatError, with the position, for a file that is not a database file; OSError
-    when it cannot be opened or read. Elements that do not belong are skipped with a KptWarning.
+    source: a path, or a file object that is open for reading bytes. Either may be compressed by gzip, which is
+    recognised by the content. Other Python threads run during the call. Raises FormatError, with the position, for a
+    file that is not a database file, and OSError when the file cannot be opened or read. Issues a KptWarning for
+    unexpected elements below the root, which the library reads as transformations.
     """
     if hasattr(source, "read"):
         return _load_stream(source, str(getattr(source, "name", "<stream>")))
@@ -162,8 +163,8 @@ def _warned(db, unexpected, shown):
 def _save(self, path):
     """Writes the database file completely or not at all: an earlier file stays until the new one is on the disk.
 
-    A path that ends in .gz makes a file compressed by gzip. Other threads run meanwhile. Refused for a name that no
-    file can hold; OSError when the file cannot be written.
+    A path that ends in .gz makes a file compressed by gzip. Other Python threads run during the call. Raises Refused
+    for a name that no file can hold, and OSError when the file cannot be written.
     """
     path = _os.fsdecode(path)
     if "\0" in path:
@@ -221,8 +222,8 @@ def compose(stages, name=None, *, least_share=0.5, keeps_unrecorded=False):
     least_share: the least share, 0 to 1, of a stage's first registers that the stage before has to know.
     keeps_unrecorded: whether a stage does not change a register that it does not mention.
 
-    Refused, with the reason, when two stages do not fit or contradict each other. A KptWarning for each fact that the
-    stages say and the composition leaves out. Other threads run meanwhile.
+    Raises Refused, with the reason, when two stages do not fit or contradict each other. Issues a KptWarning for each
+    fact that the stages say and the composition leaves out. Other Python threads run during the call.
     """
     stages = list(stages)
     if name is None:
@@ -242,7 +243,8 @@ def record(events, name=None):
     events: a path, whose file may be compressed by gzip; or an iterable of lines, str or bytes, or of events as dicts.
     name: the name of the database, by default that of the file without its endings.
 
-    The first refused line raises Refused, and the first line that is not an event FormatError, both with the position.
+    The first refused line raises Refused, and the first line that is not an event raises FormatError. Both exceptions
+    have the position.
     """
     if name is None:
         if not isinstance(events, (str, bytes, _os.PathLike)):
@@ -308,8 +310,8 @@ def _record_batch(recorder, shown, batch):
 def _events(self):
     """A list of dicts: events from which kpt.record builds a database that gives the same answers as this one.
 
-    The last event holds their number. json.dumps(event) is one line of an event file. Raises Refused if a name of the
-    database cannot be written in an event. Other threads run meanwhile.
+    The last event has the number of the others. json.dumps(event) is one line of an event file. Raises Refused if a
+    name of the database cannot be written in an event. Other Python threads run during the call.
     """
     return [_json.loads(line) for line in self._event_lines()]
 
@@ -332,7 +334,7 @@ def _to_records(self, side="reference", *, numpy=None):
     counterpart: the name of the register's representative in the other netlist; empty when there is none.
     inverted, constant: 0 or 1, as in Map; -1 when that is not known.
 
-    Other threads run meanwhile.
+    Other Python threads run during the call.
     """
     records = self._records(side)
     if numpy is None:
@@ -364,7 +366,7 @@ def _adopt():
         function.__qualname__ = f"Database.{name}"
         setattr(Database, name, function)
     for owner in (Map, Register):
-        owner.attributes = property(Attributes, doc="Its Attributes: a mapping from str to str that writes through.")
+        owner.attributes = property(Attributes, doc="The Attributes of this object. Changes go to the database.")
 
 
 _adopt()

@@ -7,7 +7,7 @@
 // 65,535 rows and columns and set only the last bit. The first words are in one
 // vector, as long as enough of them are in use. Words far behind go to a hash
 // table. The first 64 bits need no allocation.
-// The owner knows the length of the table. A bit beyond what is kept is false.
+// The owner knows the length of the table. A bit beyond the stored words is false.
 #ifndef KPT_BIT_TABLE_H
 #define KPT_BIT_TABLE_H
 

@@ -1,5 +1,5 @@
-// Takes a change back unless the change is kept: for operations that may run out
-// of memory when they are half done.
+// Undoes a change unless the change is kept: for operations that may run out of
+// memory when they are half done.
 //
 // Ownership: owns the function; everything that the function refers to has to outlive the object.
 #ifndef KPT_UNDO_H

@@ -1,5 +1,5 @@
-// Memory of the host for xerces-c. All of it is freed at the end, because no one
-// else knows the blocks of a constructor that failed.
+// Memory of the host for xerces-c. It frees all its blocks at the end, because
+// nothing else knows the blocks of a constructor that failed.
 //
 // Ownership: owns every block that was allocated and not freed. Its destructor or
 // `release` frees them; the objects in them must be destroyed before.
