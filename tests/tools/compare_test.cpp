@@ -61,7 +61,7 @@ TEST_F(Diff, SeesEliminationsPolarityAndStates) {
                       R"({"event":"retime_inverter","register":"y"})"
                       "\n");
   const std::string out = kptdb({"diff", "a.xml", "b.xml"}).out;
-  EXPECT_THAT(out, HasSubstr("~ reference register a: 1:1 with x -> eliminated no_fanout\n"));
+  EXPECT_THAT(out, HasSubstr("~ reference register a: 1:1 with x -> without fanout\n"));
   EXPECT_THAT(out, HasSubstr("~ reference register b: 1:1 with y -> 1:1 with ~y\n"));
   EXPECT_THAT(out, HasSubstr("~ reference register p: fsm with s, with other relatives or another state table\n"));
   const JSON json = JSON::parse(kptdb({"diff", "a.xml", "b.xml", "--json"}).out);

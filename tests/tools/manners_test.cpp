@@ -104,10 +104,10 @@ TEST_F(Manners, JsonTellsOfFailuresToo) {
   EXPECT_EQ(JSON::parse(kptdb({"list", "d.xml", "--name", "none", "--json"}).out)["registers"].size(), 0U);
 }
 
-TEST_F(Manners, InfoSaysWhatOpenAndUnansweredMean) {
+TEST_F(Manners, InfoSaysWhatOpenAndUnknownMean) {
   const std::string text = good({"info", "d.xml"});
   EXPECT_THAT(text, HasSubstr("open: the map lists registers of one side alone and gives no reason\n"));
-  EXPECT_THAT(text, HasSubstr("unanswered: no map, or an open one, lists the register\n"));
+  EXPECT_THAT(text, HasSubstr("\nunknown: the database does not say what became of the register\n"));
 }
 
 TEST_F(Manners, CompletionsKnowEveryCommandAndOption) {
@@ -123,8 +123,8 @@ TEST_F(Manners, CompletionsWorkInBash) {
   write("complete",
         "source <(\"$KPTDB\" completion bash)\n"
         "try() { COMP_WORDS=(kptdb \"$@\"); COMP_CWORD=$#; COMPREPLY=(); _kptdb; echo \"${COMPREPLY[@]}\"; }\n"
-        "try s; try list --fa; try list --fate w; try help sh; try --col\n");
-  EXPECT_EQ(shell("export KPTDB; bash complete").out, "show stats\n--fate\nwithout_fanout\nshow\n--color\n");
+        "try s; try list --fa; try list --fate w; try list --status u; try help sh; try --col\n");
+  EXPECT_EQ(shell("export KPTDB; bash complete").out, "show stats\n--fate\nwithout_fanout\nunknown\nshow\n--color\n");
 }
 
 }  // namespace

@@ -78,7 +78,7 @@ TEST_F(Names, ListSaysWhenNoNameMatches) {
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "kptdb: d.xml: no register matches none*\n");
-  EXPECT_EQ(kptdb({"list", "d.xml", "--status", "unanswered"}).exit_code, 0);
+  EXPECT_EQ(kptdb({"list", "d.xml", "--fate", "unknown"}).exit_code, 0);
 }
 
 TEST_F(Names, ListTakesExpressionsAndAnyCase) {
@@ -111,9 +111,9 @@ TEST_F(Names, ListFiltersByPass) {
 
 TEST_F(Names, StatsCountByInstanceAsATree) {
   EXPECT_EQ(good({"stats", "d.xml"}),
-            "instance  registers  mapped  machine  constant  unused  unknown  answered\n"
-            "(all)     8          4       2        1         1       0        100.0%\n"
-            "  u1      1          1       0        0         0       0        100.0%\n");
+            "instance  registers  mapped  machine  constant  without fanout  unknown  answered\n"
+            "(all)     8          4       2        1         1               0        100.0%\n"
+            "  u1      1          1       0        0         0               0        100.0%\n");
 }
 
 TEST_F(Names, StatsGoAsDeepAsAsked) {

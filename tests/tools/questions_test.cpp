@@ -32,7 +32,7 @@ TEST_F(Questions, InfoCountsRegistersMapsAndAnswers) {
   EXPECT_EQ(info["maps"]["eliminated"]["stuck_at_zero"], 1);
   EXPECT_EQ(info["maps"]["eliminated"]["no_fanout"], 1);
   EXPECT_EQ(info["maps"]["eliminated"]["stuck_at_one"], 0);
-  EXPECT_EQ(info["coverage"], JSON::parse(R"({"mapped":6,"eliminated":2,"unanswered":0})"));
+  EXPECT_EQ(info["coverage"], JSON::parse(R"({"mapped":4,"machine":2,"constant":1,"without_fanout":1,"unknown":0})"));
   EXPECT_FALSE(info.contains("memory"));
 }
 
@@ -41,7 +41,10 @@ TEST_F(Questions, InfoIsATableForPeople) {
   EXPECT_THAT(text, HasSubstr("database design\n"));
   EXPECT_THAT(text, ContainsRegex("reference +7 +1 +8\n"));
   EXPECT_THAT(text, ContainsRegex("eliminated stuck_at_zero +1\n"));
-  EXPECT_THAT(text, ContainsRegex("mapped +6 +75.0%\n"));
+  EXPECT_THAT(
+      text,
+      ContainsRegex(
+          "mapped +4 +50.0%\nmachine +2 +25.0%\nconstant +1 +12.5%\nwithout fanout +1 +12.5%\nunknown +0 +0.0%\n"));
   EXPECT_THAT(text, Not(HasSubstr("peak")));
 }
 
@@ -77,9 +80,33 @@ TEST_F(Questions, ShowTellsOfMergedRegisters) {
 }
 
 TEST_F(Questions, ShowTellsWhyARegisterWent) {
-  EXPECT_EQ(answer("zero")["status"], "eliminated");
+  EXPECT_EQ(answer("zero")["fate"], "constant");
   EXPECT_EQ(answer("zero")["map"]["elimination"], "stuck_at_zero");
-  EXPECT_THAT(good({"show", "d.xml", "spare"}), HasSubstr("eliminated: no_fanout\n"));
+  EXPECT_THAT(good({"show", "d.xml", "spare"}), HasSubstr("\n  without fanout\n"));
+}
+
+TEST_F(Questions, AConstantIsTheValueOfTheRegisterItself) {
+  record("m.xml",
+         R"({"event":"map","reference":[{"same":["p"],"inverse":["q"]}],"transformed":[],"status":"stuck_at_one"})"
+         "\n");
+  EXPECT_THAT(good({"show", "m.xml", "p"}), HasSubstr("\n  constant 1\n"));
+  EXPECT_THAT(good({"show", "m.xml", "q"}), HasSubstr("\n  constant 0\n"));
+  EXPECT_THAT(good({"list", "m.xml"}), ContainsRegex(" p +always 1\n.* q +always 0\n"));
+}
+
+TEST_F(Questions, ShowSaysWhyARegisterIsUnknown) {
+  std::string text = read("d.xml");
+  const std::string status = "elim_type=\"no_fanout\"";
+  ASSERT_NE(text.find(status), std::string::npos);
+  write("open.xml", std::string(text).replace(text.find(status), status.size(), "elim_type=\"not_eliminated\""));
+  EXPECT_THAT(good({"show", "open.xml", "spare"}),
+              HasSubstr("\n  unknown: its map lists no transformed register and gives no reason\n"));
+  write("bare.xml", std::string(text).replace(text.find(status), status.size(), "elim_type=\"eliminated\""));
+  EXPECT_THAT(good({"show", "bare.xml", "spare"}),
+              HasSubstr("\n  unknown: it was eliminated, and no reason is given\n"));
+  write("lost.xml", text.insert(text.find("</key_points_set>"),
+                                "<key_point id=\"90\" type=\"register\"><name>lost</name></key_point>\n"));
+  EXPECT_THAT(good({"show", "lost.xml", "lost"}), HasSubstr("\n  unknown: no map lists it\n"));
 }
 
 TEST_F(Questions, ShowHasTheStateTableAsATable) {
@@ -111,7 +138,7 @@ TEST_F(Questions, ShowNamesARegisterThatIsClose) {
             JSON::parse(R"({"format":1,"registers":[],"missing":[{"name":"conut[0]","close":"count[0]"}]})"));
 }
 
-TEST_F(Questions, ListFiltersBySideKindStatusAndName) {
+TEST_F(Questions, ListFiltersBySideKindFateAndName) {
   const auto count = [&](std::vector<std::string> filters) {
     filters.insert(filters.begin(), {"list", "d.xml"});
     return json(filters)["registers"].size();
@@ -119,16 +146,16 @@ TEST_F(Questions, ListFiltersBySideKindStatusAndName) {
   EXPECT_EQ(count({}), 15U);
   EXPECT_EQ(count({"--side", "reference"}), 8U);
   EXPECT_EQ(count({"--kind", "instance"}), 2U);
-  EXPECT_EQ(count({"--status", "eliminated"}), 2U);
-  EXPECT_EQ(count({"--status", "unanswered"}), 0U);
+  EXPECT_EQ(count({"--fate", "constant"}), 1U);
+  EXPECT_EQ(count({"--status", "unknown"}), 0U);
   EXPECT_EQ(count({"--name", "count*"}), 5U);
   EXPECT_EQ(count({"--name", "count[?]"}), 2U);
-  EXPECT_EQ(count({"--name", "*[0]", "--side", "reference", "--status", "mapped"}), 2U);
+  EXPECT_EQ(count({"--name", "*[0]", "--side", "reference", "--status", "mapped"}), 1U);
 }
 
 TEST_F(Questions, ListIsATableForPeople) {
   EXPECT_THAT(good({"list", "d.xml", "--name", "zero"}),
-              ContainsRegex("reference +signal +eliminated +eliminated +zero +stuck_at_zero\n"));
+              ContainsRegex("reference +signal +constant +eliminated +zero +always 0\n"));
   EXPECT_THAT(good({"list", "d.xml", "--name", "count[0]"}), HasSubstr("count_reg[0], count_dup\n"));
 }
 
@@ -146,7 +173,7 @@ TEST_F(Questions, WrongUseIs2) {
                                              {"info", "d.xml", "--loud"},
                                              {"show", "d.xml"},
                                              {"show", "d.xml", "x", "--side", "left"},
-                                             {"list", "d.xml", "--status", "lost"},
+                                             {"list", "d.xml", "--fate", "lost"},
                                              {"diff", "d.xml"},
                                              {"unite", "d.xml", "-o", "x.xml"},
                                              {"unite", "d.xml", "d.xml"},

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "model.h"
+#include "fates.h"
 #include "text.h"
 
 namespace kptdb {
@@ -171,10 +171,7 @@ class ANSWERS {
     if (map.has_fsm() || !(map.is_stuck_at_zero() || map.is_stuck_at_one())) {
       return "";
     }
-    const bool has_reference = !members(map, KPT_REFERENCE_SET).empty();
-    const KPT_SET_ENUM told = has_reference ? KPT_REFERENCE_SET : KPT_TRANSFORMED_SET;
-    const bool of_inverse = map.get_group(told, 0, false).size() == 0;
-    return map.is_stuck_at_one() != (of_inverse != place.inverting) ? " 1" : " 0";
+    return constant_at(map, place.inverting) ? " 1" : " 0";
   }
 
   const KPT_KEYPOINTS_DB& m_db;

@@ -44,7 +44,6 @@ struct LIST_OPTIONS {
   std::string file;
   std::string side;
   std::string kind;
-  std::string status;
   std::string fate;
   std::string under;  // an instance in the hierarchy
   std::string pass;

@@ -86,9 +86,10 @@ std::string bash_script(const CLI::App& app) {
     const std::string words = words_after(app, *command);
     options += fmt::format("    {}) options='{}'; words='{}' ;;\n", command->get_name(), names_of(all), words);
     for (const COMPLETED_OPTION& option : all) {
-      if (!option.choices.empty()) {
-        values += fmt::format("    {} {}) words='{}' ;;\n", command->get_name(), option.names.back(),
-                              fmt::join(option.choices, " "));
+      for (const std::string& name : option.names) {
+        values += option.choices.empty() ? ""
+                                         : fmt::format("    {} {}) words='{}' ;;\n", command->get_name(), name,
+                                                       fmt::join(option.choices, " "));
       }
     }
   }

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "model.h"
+#include "fates.h"
 
 namespace kptdb {
 
@@ -17,8 +17,9 @@ EXIT_CODE judge_coverage(const DATABASE& db, const std::string& file, std::optio
   }
   const std::size_t all = db.registers(KPT_REFERENCE_SET).size();
   std::size_t answered = 0;
+  FATES fates;
   for_each_register(db, KPT_REFERENCE_SET,
-                    [&](const REGISTER& reg) { answered += status_of(reg) == UNANSWERED ? 0U : 1U; });
+                    [&](const REGISTER& reg) { answered += fates.of(reg).word == KPT_FATE_UNKNOWN ? 0U : 1U; });
   if (static_cast<double>(answered) * 100.0 >= *fail_under * static_cast<double>(all)) {
     return EXIT_DONE;
   }

@@ -16,7 +16,7 @@ namespace kptdb {
 std::string percent(std::size_t part, std::size_t whole);
 
 /// EXIT_FOUND, with a message on standard error, when less than the given percentage of the reference
-/// registers is mapped or eliminated. EXIT_DONE otherwise, without a bound, and without registers.
+/// registers is known. EXIT_DONE otherwise, without a bound, and without registers.
 EXIT_CODE judge_coverage(const DATABASE& db, const std::string& file, std::optional<double> fail_under);
 
 }  // namespace kptdb

@@ -10,8 +10,8 @@
 #include "colour.h"
 #include "commands.h"
 #include "diff.h"
+#include "fates.h"
 #include "files.h"
-#include "model.h"
 #include "progress.h"
 #include "text.h"
 
@@ -241,8 +241,7 @@ std::string in_short(const REGISTER& reg) {
   for_each_place(reg.map, other_side(reg.side), [&](std::size_t, bool inverse, const KPT_REGISTER_KEYPOINT& other) {
     names.push_back(fmt::format("{}{}", inverse != inverting ? "~" : "", label(other)));
   });
-  std::string text(kind_word(kind_of(reg.map)));
-  text += reason_word(reg.map).empty() ? "" : fmt::format(" {}", reason_word(reg.map));
+  std::string text(reason_word(reg.map).empty() ? kind_word(kind_of(reg.map)) : fate_text(FATES().of(reg)));
   return names.empty() ? text : fmt::format("{} with {}", text, fmt::join(names, ", "));
 }
 

@@ -4,7 +4,7 @@
 #include <fmt/format.h>
 
 #include "export_facts.h"
-#include "model.h"
+#include "fates.h"
 #include "text.h"
 
 namespace kptdb {
@@ -29,7 +29,8 @@ class JSON_LIST {
 void export_json(const DATABASE& db, RESULT_FILE& out) {
   out.write("{\"format\": 1,\n\"name\": " + json_text(JSON(db.name())));
   JSON_LIST registers(out, "registers");
-  for_each_register(db, [&](const REGISTER& reg) { registers.add(json_of(reg)); });
+  FATES fates;
+  for_each_register(db, [&](const REGISTER& reg) { registers.add(json_of(reg, fates.of(reg))); });
   registers.close();
   JSON_LIST maps(out, "maps");
   for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {

@@ -3,13 +3,12 @@
 
 #include <array>
 #include <map>
-#include <unordered_map>
 
 #include "commands.h"
 #include "coverage.h"
+#include "fates.h"
 #include "files.h"
 #include "host/kpt_host.h"
-#include "model.h"
 #include "text.h"
 
 namespace kptdb {
@@ -19,7 +18,7 @@ namespace {
 struct SIDE_COUNTS {
   std::size_t signals = 0;
   std::size_t instances = 0;
-  std::array<std::size_t, 3> by_status{};  // indexed by STATUS
+  FATE_COUNTS by_fate{};
 };
 
 struct MAP_COUNTS {
@@ -30,15 +29,10 @@ struct MAP_COUNTS {
 
 SIDE_COUNTS count_side(const DATABASE& db, KPT_SET_ENUM side) {
   SIDE_COUNTS counts;
-  // One status for each map, whose members it counts: one map may have all registers.
-  std::unordered_map<KPT_REGISTER_TRANSFORMATION, STATUS> known;
+  FATES fates;
   for_each_register(db, side, [&](const REGISTER& reg) {
     ++(reg.keypoint.is_signal() ? counts.signals : counts.instances);
-    const auto [status, is_new] = known.try_emplace(reg.map, UNANSWERED);
-    if (is_new) {
-      status->second = status_of(reg);
-    }
-    ++counts.by_status.at(status->second);
+    ++counts.by_fate.at(fates.of(reg).word);
   });
   return counts;
 }
@@ -109,11 +103,11 @@ std::string text_of_maps(const MAP_COUNTS& counts) {
 
 std::string text_of_coverage(const SIDE_COUNTS& r) {
   TEXT_TABLE table({"coverage of the reference", "registers", "share"});
-  for (const STATUS status : {MAPPED, ELIMINATED, UNANSWERED}) {
-    const std::size_t count = r.by_status.at(status);
-    table.add({std::string(status_word(status)), std::to_string(count), percent(count, r.signals + r.instances)});
+  for (const KPT_FATE_ENUM fate : ALL_FATES) {
+    const std::size_t count = r.by_fate.at(fate);
+    table.add({kpt_fate_word(fate), std::to_string(count), percent(count, r.signals + r.instances)});
   }
-  return table.text() + "unanswered: no map, or an open one, lists the register\n";
+  return table.text() + "unknown: the database does not say what became of the register\n";
 }
 
 std::string text_of_memory() {
@@ -138,8 +132,8 @@ EXIT_CODE run_info(const INFO_OPTIONS& options) {
     result["name"] = db.name();
     result["registers"] = {{"reference", json_of(r)}, {"transformed", json_of(t)}};
     result["maps"] = json_of(maps);
-    for (const STATUS status : {MAPPED, ELIMINATED, UNANSWERED}) {
-      result["coverage"][std::string(status_word(status))] = r.by_status.at(status);
+    for (const KPT_FATE_ENUM fate : ALL_FATES) {
+      result["coverage"][std::string(fate_word(fate))] = r.by_fate.at(fate);
     }
     if (options.memory) {
       result["memory"] = json_of_memory();

@@ -6,9 +6,9 @@
 #include <array>
 
 #include "commands.h"
+#include "fates.h"
 #include "files.h"
 #include "find.h"
-#include "model.h"
 #include "name_query.h"
 #include "text.h"
 
@@ -54,23 +54,24 @@ class WANTED {
 
   template <class VISIT>
   void for_each(VISIT visit) const {
+    FATES fates;
     for (const KPT_SET_ENUM side : sides_named(m_options.side)) {
       for_each_register(m_db, side, [&](const REGISTER& reg) {
-        if (includes(reg)) {
-          visit(reg);
+        if (includes(reg, fates)) {
+          visit(reg, fates);
         }
       });
     }
   }
 
  private:
-  bool includes(const REGISTER& reg) const {
+  bool includes(const REGISTER& reg, FATES& fates) const {
     const std::string_view kind = register_kind_word(reg.keypoint);
     const std::string_view name = reg.keypoint.get_name();
     return (m_options.kind.empty() || m_options.kind == kind) && is_under(name, m_options.under) &&
            (m_names.names().empty() || m_names.matches_any(name)) &&
-           (m_options.status.empty() || m_options.status == status_word(status_of(reg))) &&
-           (m_options.fate.empty() || m_options.fate == fate_word(reg)) && is_by_pass(reg.map, m_options.pass);
+           (m_options.fate.empty() || m_options.fate == fate_word(fates.of(reg).word)) &&
+           is_by_pass(reg.map, m_options.pass);
   }
 
   const DATABASE& m_db;
@@ -78,8 +79,8 @@ class WANTED {
   NAME_QUERY m_names;
 };
 
-// The registers on the other sides of the maps, or why there are none. Registers
-// of a group follow each other, so the text of the last map is kept.
+// The registers on the other sides of the maps. Registers of a group follow each
+// other, so the text of the last map is kept.
 class PARTNERS {
  public:
   const std::string& in_short(const REGISTER& reg) {
@@ -101,7 +102,7 @@ class PARTNERS {
     if (others.size() > MOST_PARTNERS_SHOWN) {
       names.push_back(fmt::format("and {} more", others.size() - MOST_PARTNERS_SHOWN));
     }
-    return names.empty() ? std::string(reason_word(reg.map)) : fmt::format("{}", fmt::join(names, ", "));
+    return fmt::format("{}", fmt::join(names, ", "));
   }
 
   KPT_REGISTER_TRANSFORMATION m_map;
@@ -109,8 +110,8 @@ class PARTNERS {
   std::string m_text;
 };
 
-JSON json_of_entry(const REGISTER& reg) {
-  JSON result = json_of(reg);
+JSON json_of_entry(const REGISTER& reg, const FATE& fate) {
+  JSON result = json_of(reg, fate);
   JSON partners = JSON::array();
   if (!reg.map.is_null()) {
     result["map"] = kind_word(kind_of(reg.map));
@@ -128,8 +129,9 @@ JSON json_of_entry(const REGISTER& reg) {
 std::size_t write_json(RESULT_FILE& out, const WANTED& wanted) {
   out.write("{\"format\": 1, \"registers\": [");
   std::size_t count = 0;
-  wanted.for_each(
-      [&](const REGISTER& reg) { out.write((count++ == 0 ? "\n  " : ",\n  ") + json_text(json_of_entry(reg), -1)); });
+  wanted.for_each([&](const REGISTER& reg, FATES& fates) {
+    out.write((count++ == 0 ? "\n  " : ",\n  ") + json_text(json_of_entry(reg, fates.of(reg)), -1));
+  });
   out.write("\n]}\n");
   return count;
 }
@@ -137,9 +139,9 @@ std::size_t write_json(RESULT_FILE& out, const WANTED& wanted) {
 // All columns but the last, whose width is not limited.
 using COLUMNS = std::array<std::string_view, 5>;
 
-COLUMNS columns_of(const REGISTER& reg, std::string& name) {
+COLUMNS columns_of(const REGISTER& reg, const FATE& fate, std::string& name) {
   name = label(reg.keypoint);
-  return {side_word(reg.side), register_kind_word(reg.keypoint), status_word(status_of(reg)),
+  return {side_word(reg.side), register_kind_word(reg.keypoint), fate_word(fate.word),
           reg.map.is_null() ? "-" : kind_word(kind_of(reg.map)), name};
 }
 
@@ -173,13 +175,13 @@ class LINES {
 
 // Walks twice: for the widths of the columns, and for the lines.
 std::size_t write_text(RESULT_FILE& out, const WANTED& wanted) {
-  const COLUMNS header{"side", "kind", "status", "map", "register"};
+  const COLUMNS header{"side", "kind", "fate", "map", "register"};
   LINES lines(out);
   std::string name;
   std::size_t count = 0;
   lines.widen(header);
-  wanted.for_each([&](const REGISTER& reg) {
-    lines.widen(columns_of(reg, name));
+  wanted.for_each([&](const REGISTER& reg, FATES& fates) {
+    lines.widen(columns_of(reg, fates.of(reg), name));
     ++count;
   });
   if (count == 0 && wanted.has_names()) {
@@ -187,7 +189,12 @@ std::size_t write_text(RESULT_FILE& out, const WANTED& wanted) {
   }
   lines.write(header, "across");
   PARTNERS partners;
-  wanted.for_each([&](const REGISTER& reg) { lines.write(columns_of(reg, name), partners.in_short(reg)); });
+  wanted.for_each([&](const REGISTER& reg, FATES& fates) {
+    const FATE fate = fates.of(reg);
+    const std::string& names = partners.in_short(reg);
+    const bool is_constant = fate.word == KPT_FATE_CONSTANT && names.empty();
+    lines.write(columns_of(reg, fate, name), is_constant ? fate.value ? "always 1" : "always 0" : names);
+  });
   return count;
 }
 

@@ -132,9 +132,7 @@ struct COMMAND_LINE {
     add_file(c, list.file);
     c->add_option("--side", list.side, "Only this side")->check(SIDES);
     c->add_option("--kind", list.kind, "Only this kind")->check(CLI::IsMember({"signal", "instance"}));
-    c->add_option("--status", list.status, "Only this status")
-        ->check(CLI::IsMember({"mapped", "eliminated", "unanswered"}));
-    c->add_option("--fate", list.fate, "Only registers that became this")
+    c->add_option("--fate,--status", list.fate, "Only registers that became this")
         ->check(CLI::IsMember({"mapped", "machine", "constant", "without_fanout", "unknown"}));
     list.names.is_glob = true;
     c->add_option("--name", list.names.names, "Only names that match: * is any text, ? any character")->take_all();

@@ -26,10 +26,6 @@ std::string_view kind_word(MAP_KIND kind) {
   return "open";
 }
 
-std::string_view status_word(STATUS status) {
-  return status == MAPPED ? "mapped" : status == ELIMINATED ? "eliminated" : "unanswered";
-}
-
 std::string_view reason_word(const KPT_REGISTER_TRANSFORMATION& map) {
   const KPT_ELIM_ENUM reason = map.get_elimination();
   return reason == KPT_NOT_ELIMINATED ? std::string_view() : kpt_elim_word(reason);
@@ -63,32 +59,9 @@ unsigned none_one_or_many(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM s
   return found;
 }
 
-// The index of the reference side that says what became of the register. In a
-// machine, the first index may be constant, and all others have the same fate.
-std::size_t telling_index(const REGISTER& reg) {
-  if (reg.map.get_number_of_indices(reg.side) <= 1 && !reg.map.has_fsm()) {
-    return 0;
-  }
-  if (!reg.map.has_fsm()) {
-    return place_of(reg.map, reg.side, reg.keypoint).index;
-  }
-  const auto is_in = [&](const KPT_REGISTER_GROUP& group) {
-    return std::find(group.begin(), group.end(), reg.keypoint) != group.end();
-  };
-  const bool is_first = reg.side == KPT_REFERENCE_SET &&
-                        (is_in(reg.map.get_group(reg.side, 0, false)) || is_in(reg.map.get_group(reg.side, 0, true)));
-  return is_first ? 0 : reg.map.get_number_of_indices(KPT_REFERENCE_SET) - 1;
-}
-
 }  // namespace
 
-std::string_view fate_word(const REGISTER& reg) {
-  if (reg.map.is_null() || reg.map.get_number_of_indices(KPT_REFERENCE_SET) == 0) {
-    return "unknown";
-  }
-  const KPT_FATE_ENUM fate = reg.map.get_fate(static_cast<unsigned short>(telling_index(reg)));
-  return fate == KPT_FATE_WITHOUT_FANOUT ? "without_fanout" : kpt_fate_word(fate);
-}
+bool has_members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) { return none_one_or_many(map, side) > 0; }
 
 // A state machine that lost one of its registers is a state machine: the elimination only adds a note.
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map) {
@@ -104,14 +77,6 @@ MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map) {
     return OPEN_MAP;
   }
   return r == 1 && t == 1 ? ONE_TO_ONE : MANY_TO_MANY;
-}
-
-STATUS status_of(const REGISTER& reg) {
-  if (reg.map.is_null()) {
-    return UNANSWERED;
-  }
-  const MAP_KIND kind = kind_of(reg.map);
-  return kind == ELIMINATED_MAP ? ELIMINATED : kind == OPEN_MAP ? UNANSWERED : MAPPED;
 }
 
 bool has_void_table(const KPT_REGISTER_TRANSFORMATION& map) {
@@ -201,17 +166,6 @@ JSON json_of(const KPT_REGISTER_KEYPOINT& reg) {
     result["entity"] = std::string_view(reg.get_entity_name());
     result["type"] = std::string_view(reg.get_type());
   }
-  return result;
-}
-
-JSON json_of(const REGISTER& reg) {
-  JSON result;
-  result["side"] = side_word(reg.side);
-  result["id"] = reg.keypoint.get_id();
-  result["kind"] = register_kind_word(reg.keypoint);
-  result.update(json_of(reg.keypoint));
-  result["status"] = status_word(status_of(reg));
-  result["fate"] = fate_word(reg);
   return result;
 }
 

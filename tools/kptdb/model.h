@@ -1,4 +1,4 @@
-// The commands' view of a database: its registers, its maps, and what became of each.
+// The commands' view of a database: its registers and its maps.
 //
 // Ownership: everything here is a handle of a DATABASE, valid as long as the database exists.
 #ifndef KPTDB_MODEL_H
@@ -18,9 +18,6 @@ using JSON = nlohmann::ordered_json;
 /// The kind of a map. A map has exactly one kind.
 enum MAP_KIND { ONE_TO_ONE, MANY_TO_MANY, STATE_MACHINE, ELIMINATED_MAP, OPEN_MAP };
 
-/// What is known of a register: its successors, why it was eliminated, or nothing.
-enum STATUS { MAPPED, ELIMINATED, UNANSWERED };
-
 /// A register and its map, which may be null.
 struct REGISTER {
   KPT_SET_ENUM side;
@@ -37,18 +34,12 @@ struct PLACE {
 
 std::string_view side_word(KPT_SET_ENUM side);
 std::string_view kind_word(MAP_KIND kind);
-std::string_view status_word(STATUS status);
 /// Empty without an elimination.
 std::string_view reason_word(const KPT_REGISTER_TRANSFORMATION& map);
 /// "signal" or "instance".
 std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg);
 
-/// "constant", "machine", "mapped", "without_fanout" or "unknown": what became of
-/// a reference register, or of those that a transformed register replaces.
-std::string_view fate_word(const REGISTER& reg);
-
 MAP_KIND kind_of(const KPT_REGISTER_TRANSFORMATION& map);
-STATUS status_of(const REGISTER& reg);
 
 /// Whether the map says itself that its table is not to be read: events have left it with a column
 /// of a register that is gone.
@@ -57,6 +48,8 @@ bool has_void_table(const KPT_REGISTER_TRANSFORMATION& map);
 KPT_SET_ENUM other_side(KPT_SET_ENUM side);
 /// The number of registers of a side, without null ones.
 std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
+/// Whether there is one.
+bool has_members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
 /// These registers.
 std::vector<KPT_REGISTER_KEYPOINT> members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side);
 /// The first register of each index of a side, of either group; null when there is none.
@@ -101,7 +94,6 @@ std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned st
 /// The beginning of every result in JSON: the number of the format.
 JSON new_result();
 JSON json_of(const KPT_REGISTER_KEYPOINT& reg);
-JSON json_of(const REGISTER& reg);
 JSON json_of(const KPT_REGISTER_TRANSFORMATION& map);
 /// JSON as text. Bytes that are not UTF-8 are replaced, so that any database can be printed.
 std::string json_text(const JSON& json, int indent = 2);

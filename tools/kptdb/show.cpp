@@ -6,9 +6,9 @@
 
 #include "colour.h"
 #include "commands.h"
+#include "fates.h"
 #include "files.h"
 #include "find.h"
-#include "model.h"
 #include "name_query.h"
 #include "text.h"
 
@@ -102,7 +102,7 @@ JSON json_of_unateness(const REGISTER& reg, const PLACE& place) {
 }
 
 JSON json_of_answer(const REGISTER& reg) {
-  JSON result = json_of(reg);
+  JSON result = json_of(reg, FATES().of(reg));
   if (reg.map.is_null()) {
     result["map"] = nullptr;
     return result;
@@ -129,26 +129,35 @@ void add_line(std::string& text, std::string_view what, const std::vector<KPT_RE
   }
 }
 
-std::string verdict(const REGISTER& reg) {
+std::string why_unknown(const REGISTER& reg) {
   if (reg.map.is_null()) {
-    return "  no map says what became of it\n";
+    return "no map lists it";
   }
-  const std::string_view reason = reason_word(reg.map);
-  switch (kind_of(reg.map)) {
-    case STATE_MACHINE:
-      return reason.empty()
-                 ? "  a register of a re-encoded state machine\n"
-                 : fmt::format("  a register of a re-encoded state machine that lost a register: {}\n", reason);
-    case ELIMINATED_MAP:
-      return fmt::format("  eliminated: {}\n", reason == "eliminated" ? "no reason given" : reason);
-    case OPEN_MAP:
-      return fmt::format("  its map lists no {} register and gives no reason\n", side_word(other_side(reg.side)));
-    case ONE_TO_ONE:
-      return "  kept one to one\n";
-    case MANY_TO_MANY:
-      break;
+  if (reg.map.has_fsm()) {
+    return "its state table does not fit its registers";
   }
-  return "  kept in a group\n";
+  if (reason_word(reg.map) == "eliminated") {
+    return "it was eliminated, and no reason is given";
+  }
+  return reason_word(reg.map).empty() && !has_members(reg.map, other_side(reg.side))
+             ? fmt::format("its map lists no {} register and gives no reason", side_word(other_side(reg.side)))
+             : "its map does not say";
+}
+
+std::string verdict(const REGISTER& reg) {
+  const FATE fate = FATES().of(reg);
+  const bool is_machine = !reg.map.is_null() && kind_of(reg.map) == STATE_MACHINE;
+  switch (fate.word) {
+    case KPT_FATE_MACHINE:
+      return reason_word(reg.map).empty() ? "a register of a re-encoded state machine"
+                                          : "a register of a re-encoded state machine that lost a register";
+    case KPT_FATE_MAPPED:
+      return kind_of(reg.map) == ONE_TO_ONE ? "kept one to one" : "kept in a group";
+    case KPT_FATE_UNKNOWN:
+      return "unknown: " + why_unknown(reg);
+    default:
+      return fate_text(fate) + (is_machine ? ", in a re-encoded state machine" : "");
+  }
 }
 
 std::string text_of_states(const KPT_REGISTER_TRANSFORMATION& map) {
@@ -189,8 +198,7 @@ std::string text_of_unateness(const REGISTER& reg, const PLACE& place) {
 std::string text_of_answer(const REGISTER& reg) {
   std::string text = painted(
       fmt::format("{} register {}, id {}", side_word(reg.side), label(reg.keypoint), reg.keypoint.get_id()), BOLD);
-  text += '\n';
-  text += verdict(reg);
+  text += "\n  " + verdict(reg) + "\n";
   const PLACE place = reg.map.is_null() ? PLACE() : place_of(reg.map, reg.side, reg.keypoint);
   if (!place.found) {
     return text;

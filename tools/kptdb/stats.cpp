@@ -7,9 +7,9 @@
 
 #include "commands.h"
 #include "coverage.h"
+#include "fates.h"
 #include "files.h"
 #include "find.h"
-#include "model.h"
 #include "report/scopes.h"
 #include "text.h"
 
@@ -17,19 +17,17 @@ namespace kptdb {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> WORDS{"mapped", "machine", "constant", "without_fanout", "unknown"};
-using COUNTS = std::array<std::size_t, WORDS.size()>;  // by word
-
-std::size_t sum(const COUNTS& counts) { return std::accumulate(counts.begin(), counts.end(), std::size_t{0}); }
+std::size_t sum(const FATE_COUNTS& counts) { return std::accumulate(counts.begin(), counts.end(), std::size_t{0}); }
 
 // The instances of one side of a database. The counts of an instance contain all instances below it.
 class TREE {
  public:
   TREE(const DATABASE& db, KPT_SET_ENUM side) : m_counts(1) {
+    FATES fates;
     for_each_register(db, side, [&](const REGISTER& reg) {
       const std::uint32_t scope = m_scopes.scope_of(std::string_view(reg.keypoint.get_name()));
       m_counts.resize(m_scopes.all().size());
-      ++m_counts[scope].at(number_of(fate_word(reg)));
+      ++m_counts[scope].at(fates.of(reg).word);
     });
     add_up();
   }
@@ -58,9 +56,6 @@ class TREE {
   }
 
  private:
-  static std::size_t number_of(std::string_view word) {
-    return static_cast<std::size_t>(std::find(WORDS.begin(), WORDS.end(), word) - WORDS.begin());
-  }
   static std::string_view without_separator(std::string_view name) {
     return name.substr(0, name.size() - (name.empty() ? 0 : 1));
   }
@@ -70,8 +65,8 @@ class TREE {
     const auto& all = m_scopes.all();
     m_below.resize(all.size());
     for (auto k = static_cast<std::uint32_t>(all.size()) - 1; k > 0; --k) {
-      for (std::size_t word = 0; word < WORDS.size(); ++word) {
-        m_counts[all[k].parent][word] += m_counts[k][word];
+      for (const KPT_FATE_ENUM fate : ALL_FATES) {
+        m_counts[all[k].parent].at(fate) += m_counts[k].at(fate);
       }
       m_below[all[k].parent].push_back(k);
     }
@@ -82,21 +77,22 @@ class TREE {
   }
 
   SCOPES m_scopes;
-  std::vector<COUNTS> m_counts;                     // by scope
+  std::vector<FATE_COUNTS> m_counts;                // by scope
   std::vector<std::vector<std::uint32_t>> m_below;  // by scope
 };
 
 std::string path_of(std::string_view path) { return std::string(path.substr(0, path.size() - (path.empty() ? 0 : 1))); }
 
 std::string text_of(const TREE& tree, const STATS_OPTIONS& options) {
-  TEXT_TABLE table({"instance", "registers", "mapped", "machine", "constant", "unused", "unknown", "answered"});
-  tree.for_each(options.depth, [&](const std::string&, std::string_view name, unsigned depth, const COUNTS& counts) {
+  TEXT_TABLE table({"instance", "registers", "mapped", "machine", "constant", "without fanout", "unknown", "answered"});
+  tree.for_each(options.depth, [&](const std::string&, std::string_view name, unsigned depth,
+                                   const FATE_COUNTS& counts) {
     std::vector<std::string> row{std::string(2 * std::size_t{depth}, ' ') + (depth == 0 ? "(all)" : printable(name)),
                                  std::to_string(sum(counts))};
-    for (const std::size_t count : counts) {
-      row.push_back(std::to_string(count));
+    for (const KPT_FATE_ENUM fate : ALL_FATES) {
+      row.push_back(std::to_string(counts.at(fate)));
     }
-    row.push_back(percent(sum(counts) - counts.back(), sum(counts)));
+    row.push_back(percent(sum(counts) - counts.at(KPT_FATE_UNKNOWN), sum(counts)));
     table.add(std::move(row));
   });
   return table.text();
@@ -107,16 +103,17 @@ JSON json_of(const TREE& tree, const STATS_OPTIONS& options, const DATABASE& db)
   result["name"] = db.name();
   result["side"] = options.side;
   result["instances"] = JSON::array();
-  tree.for_each(options.depth, [&](const std::string& path, std::string_view, unsigned depth, const COUNTS& counts) {
-    JSON entry;
-    entry["path"] = path_of(path);
-    entry["depth"] = depth;
-    entry["registers"] = sum(counts);
-    for (std::size_t word = 0; word < WORDS.size(); ++word) {
-      entry[std::string(WORDS[word])] = counts[word];
-    }
-    result["instances"].push_back(std::move(entry));
-  });
+  tree.for_each(options.depth,
+                [&](const std::string& path, std::string_view, unsigned depth, const FATE_COUNTS& counts) {
+                  JSON entry;
+                  entry["path"] = path_of(path);
+                  entry["depth"] = depth;
+                  entry["registers"] = sum(counts);
+                  for (const KPT_FATE_ENUM fate : ALL_FATES) {
+                    entry[std::string(fate_word(fate))] = counts.at(fate);
+                  }
+                  result["instances"].push_back(std::move(entry));
+                });
   return result;
 }
 
