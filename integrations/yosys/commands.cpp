@@ -87,13 +87,13 @@ void audit(RTLIL::Design* design, const kpt_yosys::AUDIT::EFFORT& effort) {
   const kpt_yosys::AUDIT::FINDINGS findings = kpt_yosys::current_audit()->check(tracker, effort);
   for (const int point : findings.m_false_points) {
     const std::string name = tracker.points()[static_cast<std::size_t>(point)].m_name;
-    Yosys::log_warning("Register %s does otherwise since %s: what was seen of it is not recorded.\n", name.c_str(),
-                       tracker.refuse(point).c_str());
+    Yosys::log_warning("The audit refutes the fact about register %s that dates from %s. It is not recorded.\n",
+                       name.c_str(), tracker.refuse(point).c_str());
   }
   for (const int machine : findings.m_false_machines) {
     const std::string name = tracker.machines()[static_cast<std::size_t>(machine)].m_name;
-    Yosys::log_warning("State machine %s does otherwise since %s: what was seen of it is not recorded.\n", name.c_str(),
-                       tracker.refuse_machine(machine).c_str());
+    Yosys::log_warning("The audit refutes the fact about state machine %s that dates from %s. It is not recorded.\n",
+                       name.c_str(), tracker.refuse_machine(machine).c_str());
   }
   Yosys::log("Audit: %zu facts hold in %d runs of %d cycles, %zu have no values there, %zu are false.\n",
              findings.m_held, effort.m_runs, effort.m_cycles, findings.m_unseen,

@@ -37,13 +37,26 @@ void SIDE_BY_SIDE::change_data(const std::vector<HABIT>& habits, bool settled) {
   }
 }
 
-void SIDE_BY_SIDE::change_clocks() {
-  for (const auto& [name, net] : m_reference.inputs()) {
-    if (is_clock(name)) {
-      const std::uint64_t turns = m_reference.clocks().size() > 1 ? m_random() | m_random() : ~std::uint64_t{0};
-      const TERNARY was = m_reference.value(net);
-      drive(name, in_runs(turns, ~was, was));
+// Turns every clock once, in each run in a random order of the clocks: half of them before the others.
+void SIDE_BY_SIDE::change_clocks(const std::function<void()>& look) {
+  const bool single = m_reference.clocks().size() < 2;
+  std::vector<std::uint64_t> early;
+  for (std::size_t i = 0; i < m_reference.inputs().size(); ++i) {
+    early.push_back(single ? ~std::uint64_t{0} : m_random());
+  }
+  for (const bool late : {false, true}) {
+    if (late && single) {
+      return;
     }
+    for (std::size_t i = 0; i < early.size(); ++i) {
+      const auto& [name, net] = m_reference.inputs()[i];
+      if (is_clock(name)) {
+        const TERNARY was = m_reference.value(net);
+        drive(name, in_runs(late ? ~early[i] : early[i], ~was, was));
+      }
+    }
+    settle();
+    look();
   }
 }
 
@@ -70,17 +83,16 @@ void SIDE_BY_SIDE::run(int runs, int cycles, const std::function<void()>& look) 
     change_data(habits, false);
     m_reference.begin();
     m_present.begin();
-    // Inputs stay the same for both edges of the clock: only an asynchronous
-    // register would see a reset between two edges.
+    // Inputs stay the same for both edges of each clock, from power-up on. Otherwise only an
+    // asynchronous register would see a reset that is active between two edges.
     for (int cycle = 0; cycle < cycles; ++cycle) {
-      change_data(habits, cycle >= CYCLES_UNTIL_HABITS);
+      if (cycle > 0) {
+        change_data(habits, cycle >= CYCLES_UNTIL_HABITS);
+      }
       settle();
       look();
-      for (int edge = 0; edge < 2; ++edge) {
-        change_clocks();
-        settle();
-        look();
-      }
+      change_clocks(look);
+      change_clocks(look);
     }
   }
 }

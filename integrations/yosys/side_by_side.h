@@ -23,7 +23,8 @@ class SIDE_BY_SIDE {
   const SIMULATION& reference() const { return m_reference; }
   const SIMULATION& present() const { return m_present; }
 
-  /// Calls `look` each time that both have settled, three times in each cycle; 64 runs at a time.
+  /// Calls `look` each time that both have settled: three times in each cycle, five times if there
+  /// are several clocks. 64 runs at a time.
   void run(int runs, int cycles, const std::function<void()>& look);
 
  private:
@@ -35,7 +36,7 @@ class SIDE_BY_SIDE {
 
   void drive(const std::string& name, TERNARY value);
   void change_data(const std::vector<HABIT>& habits, bool settled);
-  void change_clocks();
+  void change_clocks(const std::function<void()>& look);
   void settle();
   bool is_clock(const std::string& name) const;
 

@@ -13,6 +13,8 @@ import collections
 import os
 import random
 import re
+import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -36,17 +38,36 @@ class Totals:
                    self.designs, self.checked, self.silent, self.nothing, self.broken, sum(self.ended.values()), self.false)
 
 
+MOST_SECONDS = 100  # of processor time for a flow; most take less than one
+
+
+class TookTooLong(RuntimeError):
+    pass
+
+
 def yosys(folder, script, log, plugin=()):
     """Runs the lines of a script with the output in folder/<log>. False when they end with an error."""
     with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
         file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
     done = subprocess.run(["yosys", *plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
-                          timeout=900, check=False)
+                          check=False,
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (MOST_SECONDS, MOST_SECONDS + 9)))
     with open(folder + "/" + log, "w", encoding="utf-8") as file:
         file.write(done.stdout + done.stderr)
+    if done.returncode == -signal.SIGXCPU:
+        raise TookTooLong("Yosys took more than %d seconds of processor time" % MOST_SECONDS)
     if done.returncode not in (0, 1):
         raise RuntimeError("Yosys ended with %d: %s" % (done.returncode, done.stderr[-300:]))
     return done.returncode == 0
+
+
+def takes_too_long_alone(folder, steps):
+    """Whether Yosys takes too long without the plugin: the combinations of large machines explode."""
+    try:
+        yosys(folder, ["read_verilog source.v", "hierarchy -top top"] + steps, "alone.log")
+        return False
+    except TookTooLong:
+        return True
 
 
 def record(folder, plugin, steps, audits):
@@ -79,15 +100,21 @@ def hunt(seed, folder, options, totals):
         file.write(source)
     totals.designs += 1
     steps = flows.flow(dice, options.cells + "/cells.lib")
-    if not record(folder, options.plugin, steps, dice.random() < 0.3):
-        totals.ended[reason_of_end(folder)] += 1
+    try:
+        if not record(folder, options.plugin, steps, dice.random() < 0.3):
+            totals.ended[reason_of_end(folder)] += 1
+            return []
+    except TookTooLong as reason:
+        if not takes_too_long_alone(folder, steps):
+            raise
+        totals.ended[str(reason)] += 1
         return []
     found = claims.claims(folder + "/kpt.xml")
     models = [options.cells + "/cells.v"]
     outcome = simulation.simulate(folder, source, found, seed, models)
     with open(folder + "/yosys.log", encoding="utf-8") as log:
         false = outcome.false + [claims.Claim("refused: " + line.strip(), [], []) for line in log
-                                 if "does otherwise" in line]
+                                 if "The audit refutes" in line]
     if outcome.broken or (false and is_netlist_wrong(folder, source, seed, models)):
         totals.broken += 1
         return []
