@@ -137,6 +137,13 @@ TEST_F(ComposedStages, HandOnPassesAndTheLeastCertainStatus) {
   EXPECT_EQ(text(map("q").get_attribute("status")), "claimed");
 }
 
+TEST_F(ComposedStages, TakeAFactWithoutAStatusForClaimed) {
+  first->associate_groups({group({"q"})}, {group({"q"})}).add_attribute("status", "proved");
+  second->associate_registers_signal_to_signal("q", "last");
+  ASSERT_TRUE(compose());
+  EXPECT_EQ(text(map("q").get_attribute("status")), "claimed");
+}
+
 TEST_F(ComposedStages, TakeRegistersThatAreNotMentionedForKeptWhenToldTo) {
   first->associate_registers_signal_to_signal("a", "b");
   second->associate_registers_signal_to_signal("c", "d");

@@ -123,6 +123,16 @@ TEST_F(SaveAtomically, GivesTheNewFileTheOwnerAndTheGroupOfTheEarlierOne) {
   EXPECT_THAT(lines.errors(), testing::IsEmpty());
 }
 
+// A file system that takes no byte would keep the save from ending.
+TEST_F(SaveAtomically, FailsWhenAWriteWritesNothing) {
+  {
+    const SYSTEM_CALLS calls(SYSTEM_CALLS::NOTHING_WRITTEN);
+    EXPECT_FALSE(small_database()->save_atomically(m_folder.file("new.xml")));
+    EXPECT_THAT(calls.names(), ElementsAre("write"));
+  }
+  EXPECT_THAT(m_folder.names(), ElementsAre("db.xml"));
+}
+
 // What the earlier group might do is not for the members of another one.
 TEST_F(SaveAtomically, SaysWhenTheOwnerAndTheGroupCannotBeKept) {
   ASSERT_EQ(::chmod(m_path.c_str(), 0664), 0);

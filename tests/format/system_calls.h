@@ -14,7 +14,7 @@ namespace kpt_test {
 /// renameat in order, and the k-th of them (from 0) fails as requested.
 class SYSTEM_CALLS {
  public:
-  enum TROUBLE { NONE, FAILURE, KILL };
+  enum TROUBLE { NONE, FAILURE, NOTHING_WRITTEN, KILL };
 
   explicit SYSTEM_CALLS(TROUBLE trouble = NONE, unsigned at = 0, int error = EIO);
   ~SYSTEM_CALLS();
@@ -31,7 +31,9 @@ class SYSTEM_CALLS {
 
   /// Whether this call has to fail. For the calls themselves.
   bool breaks(const char* name);
-  /// The same of a call that is noted with all others only.
+  /// What a write returns that goes wrong: that it failed, or that it wrote no byte.
+  long written() const { return m_trouble == NOTHING_WRITTEN ? 0 : -1; }
+  /// Whether a call has to fail that is noted with all others only.
   bool breaks_too(const char* name) { return m_watches_all && breaks(name); }
 
   /// From now on, file systems have no files without a name.
