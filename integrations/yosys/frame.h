@@ -42,6 +42,7 @@ class FRAME {
     }
   }
 
+  VALUE net(int net) { return value(net); }
   /// The register's clock.
   VALUE clock(std::size_t i) { return value(m_netlist.storage()[i].m_clock); }
   VALUE output(std::size_t i) { return kept(m_netlist.storage()[i], m_held[i]); }

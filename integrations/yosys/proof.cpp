@@ -41,8 +41,6 @@ class NETS {
     return find(keypoint.is_signal() ? name : name + "." + to_string(keypoint.get_type()), bit);
   }
 
-  RTLIL::SigBit canonical(RTLIL::SigBit bit) const { return m_sigmap(bit); }
-
   struct DRIVER {
     RTLIL::Cell* m_cell = nullptr;
     RTLIL::IdString m_port;
@@ -114,6 +112,8 @@ class PROOF {
   void tie_gold(const MEMBER& member);
   void miss(const NETS& nets, const char* what, const std::string& name);
   void hide_names();
+  static void part_outputs(RTLIL::Module* module);
+  static void part_output(RTLIL::Module* module, RTLIL::Wire* wire);
 
   const KPT_KEYPOINTS_DB& m_db;
   NETS m_gold;
@@ -128,8 +128,10 @@ PROOF_SUMMARY PROOF::run() {
     apply(map);
   }
   hide_names();
-  m_gold.module()->fixup_ports();
-  m_gate.module()->fixup_ports();
+  for (RTLIL::Module* const module : {m_gold.module(), m_gate.module()}) {
+    part_outputs(module);
+    module->fixup_ports();
+  }
   return m_summary;
 }
 
@@ -233,13 +235,13 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
 }
 
 // Makes the flip-flop that drives `bit` drive `driven` instead, from which `bit` gets its value,
-// because equiv_make looks at the net of the driver. Without a flip-flop there is only the value.
+// because equiv_make looks at the net of the driver. Without a flip-flop there is only the value. Both
+// nets stay apart, because equiv_make takes all names of a net of one module for one net of the other.
 void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted) {
   RTLIL::Module* const module = nets.module();
   const NETS::DRIVER driver = nets.register_of(bit);
   if (driver.m_cell == nullptr) {
-    inverted ? static_cast<void>(module->addNotGate(NEW_ID, bit, driven))
-             : module->connect(nets.canonical(bit), driven);
+    inverted ? module->addNotGate(NEW_ID, bit, driven) : module->addBufGate(NEW_ID, bit, driven);
     return;
   }
   RTLIL::SigSpec output = driver.m_cell->getPort(driver.m_port);
@@ -251,7 +253,7 @@ void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven,
     module->addNotGate(NEW_ID, held, driven);
     module->addNotGate(NEW_ID, driven, before);
   } else {
-    module->connect(nets.canonical(before), driven);
+    module->addBufGate(NEW_ID, driven, before);
   }
 }
 
@@ -326,6 +328,44 @@ void PROOF::hide_names() {
       m_gate.module()->rename(same, NEW_ID);
       ++m_summary.m_hidden;
     }
+  }
+}
+
+// An output that shares its net with another name gets a net of its own. Otherwise equiv_make would
+// take both names for one value in the other module too, where they may be different functions, and
+// would compare the output with itself.
+void PROOF::part_outputs(RTLIL::Module* module) {
+  const Yosys::SigMap sigmap(module);
+  Yosys::dict<RTLIL::SigBit, int> names;
+  for (const auto& [name, wire] : module->wires_) {
+    for (int i = 0; name.isPublic() && i < wire->width; ++i) {
+      ++names[sigmap(RTLIL::SigBit(wire, i))];
+    }
+  }
+  for (const RTLIL::IdString& port : std::vector<RTLIL::IdString>(module->ports)) {
+    RTLIL::Wire* const wire = module->wire(port);
+    bool shares = false;
+    for (int i = 0; i < wire->width; ++i) {
+      shares = shares || names[sigmap(RTLIL::SigBit(wire, i))] > 1;
+    }
+    if (shares && wire->port_output && !wire->port_input) {
+      part_output(module, wire);
+    }
+  }
+}
+
+void PROOF::part_output(RTLIL::Module* module, RTLIL::Wire* wire) {
+  const RTLIL::IdString name = wire->name;
+  module->rename(wire, NEW_ID);
+  RTLIL::Wire* const output = module->addWire(name, wire->width);
+  output->start_offset = wire->start_offset;
+  output->upto = wire->upto;
+  output->port_id = wire->port_id;
+  output->port_output = true;
+  wire->port_id = 0;
+  wire->port_output = false;
+  for (int i = 0; i < wire->width; ++i) {
+    module->addBufGate(NEW_ID, RTLIL::SigBit(wire, i), RTLIL::SigBit(output, i));
   }
 }
 

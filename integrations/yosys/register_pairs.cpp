@@ -5,7 +5,9 @@
 #include <set>
 
 #include "frame.h"
-#include "kernel/satgen.h"
+#include "literals.h"
+#include "net_classes.h"
+#include "words.h"
 
 namespace kpt_yosys {
 
@@ -16,35 +18,6 @@ constexpr int CYCLES = 48;
 constexpr std::size_t MOST_NODES = 200000;
 constexpr std::size_t MOST_PAIRS = 4000000;
 constexpr int MOST_SECONDS = 30;  // for one question: a netlist with a large multiplier is given up
-
-// Each bit of a word is a separate value.
-struct WORDS {
-  using VALUE = std::uint64_t;
-  std::mt19937_64 m_random;
-
-  static VALUE zero() { return 0; }
-  static VALUE one() { return ~std::uint64_t{0}; }
-  VALUE any() { return m_random(); }
-  static VALUE inverse(VALUE a) { return ~a; }
-  static VALUE both(VALUE a, VALUE b) { return a & b; }
-  static VALUE differ(VALUE a, VALUE b) { return a ^ b; }
-  static VALUE either(VALUE a, VALUE b) { return a | b; }
-  static VALUE chosen(VALUE select, VALUE one, VALUE zero) { return (select & one) | (~select & zero); }
-};
-
-struct LITERALS {
-  using VALUE = int;
-  ezSAT& m_solver;
-
-  static VALUE zero() { return ezSAT::CONST_FALSE; }
-  static VALUE one() { return ezSAT::CONST_TRUE; }
-  VALUE any() { return m_solver.frozen_literal(); }
-  VALUE inverse(VALUE a) { return m_solver.NOT(a); }
-  VALUE both(VALUE a, VALUE b) { return m_solver.AND(a, b); }
-  VALUE differ(VALUE a, VALUE b) { return m_solver.XOR(a, b); }
-  VALUE either(VALUE a, VALUE b) { return m_solver.OR(a, b); }
-  VALUE chosen(VALUE select, VALUE one, VALUE zero) { return m_solver.ITE(select, one, zero); }
-};
 
 // Classes of registers that hold the same value or the inverse.
 class CLASSES {
@@ -316,11 +289,30 @@ std::vector<PAIR> REGISTER_PAIRS::proven() {
       return {};
     }
     if (chosen) {
-      return m_candidates;
+      break;
     }
     choose_one_each();
     chosen = true;
   }
+  add_by_nets();
+  return m_candidates;
+}
+
+// Registers that are left may be equal in all states that occur, if not in all states.
+void REGISTER_PAIRS::add_by_nets() {
+  std::vector<PAIR> found = std::move(m_candidates);
+  m_known.insert(m_known.end(), found.begin(), found.end());
+  std::set<int> settled;
+  for (const PAIR& pair : m_known) {
+    settled.insert(pair.m_before);
+  }
+  if (settled.size() < before().storage().size()) {
+    m_candidates = NET_CLASSES(m_both, m_known).pairs();
+    std::erase_if(m_candidates, [&](const PAIR& pair) { return settled.contains(pair.m_before); });
+    choose_one_each();
+    found.insert(found.end(), m_candidates.begin(), m_candidates.end());
+  }
+  m_candidates = std::move(found);
 }
 
 }  // namespace kpt_yosys

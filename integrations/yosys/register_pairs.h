@@ -34,6 +34,7 @@ class REGISTER_PAIRS {
   void find_candidates();
   bool starts_alike(const PAIR& pair) const;
   void choose_one_each();
+  void add_by_nets();
   bool drop_what_fails();
   void drop(const std::vector<char>& fails);
   bool fails_at_random(std::uint64_t seed, std::vector<char>& fails) const;

@@ -37,6 +37,24 @@ refused 'There is no module gold' "kpt_prove gold gate"
 refused 'There is no keypoint database called kpt' "$sources; kpt_prove gold gate"
 refused 'There is a module equiv already' "$sources; kpt_load kpt.xml; read_verilog $KPT_RTL/cells.v; kpt_prove gold gate; kpt_prove gold gate"
 
+# In the netlist, an output is a register itself; in the source it is a choice among equal values.
+cat >choice.v <<'V'
+module choice(input clk, input [1:0] s, input [3:0] d, output reg [3:0] y, output [3:0] same);
+  reg [3:0] r;
+  always @(posedge clk) r <= r ^ d;
+  always @* case (s)
+    2'd0: y = r;
+    2'd1: y = {2{r[1:0]}};
+    default: y = {d[1:0], r[1:0]};
+  endcase
+  assign same = r;
+endmodule
+V
+run log "read_verilog choice.v; hierarchy -top choice; proc; kpt_track -top choice; synth -flatten -top choice
+         rename -hide w:*; kpt_stage; kpt_save kpt.xml; write_rtlil gate.il"
+run log "read_verilog choice.v; proc; rename choice gold; read_rtlil gate.il; rename choice gate; kpt_load kpt.xml
+         kpt_prove -assert gold gate"
+
 # What the source leaves open, synthesis chooses; settled before, it has nothing to choose.
 cat >open.v <<'V'
 module open(input clk, input [1:0] s, input [1:0] wa, input we, input d, output reg q, output m);
