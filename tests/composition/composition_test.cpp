@@ -137,6 +137,14 @@ TEST_F(ComposedStages, HandOnPassesAndTheLeastCertainStatus) {
   EXPECT_EQ(text(map("q").get_attribute("status")), "claimed");
 }
 
+TEST_F(ComposedStages, HaveNoStatusWhereNoFactHasOne) {
+  first->associate_groups({group({"q"})}, {group({"q"})}).add_attribute("pass", "opt_dff");
+  second->associate_registers_signal_to_signal("q", "last");
+  ASSERT_TRUE(compose());
+  EXPECT_EQ(text(map("q").get_attribute("pass")), "opt_dff");
+  EXPECT_EQ(text(map("q").get_attribute("status")), "");
+}
+
 TEST_F(ComposedStages, TakeAFactWithoutAStatusForClaimed) {
   first->associate_groups({group({"q"})}, {group({"q"})}).add_attribute("status", "proved");
   second->associate_registers_signal_to_signal("q", "last");
