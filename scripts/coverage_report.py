@@ -1,5 +1,11 @@
 #!/usr/bin/env python3
-"""Prints the share of executed lines of each source, from the counts of a build folder."""
+"""Prints the share of executed lines and taken branches of each source, from the counts of a build folder.
+
+  coverage_report.py BUILD [PREFIX]   with a prefix: only sources below it, and the lines with a branch never taken
+
+A branch that an exception takes is not counted, and neither is the other branch of the same call: it is no decision
+of the source. The instances of a template and the objects that share a header count as one.
+"""
 import collections
 import json
 import pathlib
@@ -10,38 +16,74 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("db", "host", "tools", "integrations")
 
 
-def executed_lines(build):
-    """The lines of each source that hold code, and whether any of its objects executed them."""
-    lines = collections.defaultdict(dict)
+class Source:
+    """The lines of a source that hold code, and its branches, by line and place: whether anything executed them."""
+
+    def __init__(self):
+        self.lines = collections.defaultdict(bool)
+        self.branches = collections.defaultdict(bool)
+
+    def add(self, line):
+        number = line["line_number"]
+        self.lines[number] |= line["count"] > 0
+        for place, taken in enumerate(decisions(line.get("branches", []))):
+            self.branches[number, place] |= taken
+
+
+def decisions(branches):
+    """Whether each branch that is no exception's was taken. A call that may throw has two branches, its own first."""
+    kept = []
+    for branch in branches:
+        if not branch["throw"]:
+            kept.append(branch["count"] > 0)
+        elif kept:
+            kept.pop()
+    return kept
+
+
+def read(build, prefix):
+    sources = collections.defaultdict(Source)
     for counts in sorted(build.rglob("*.gcda")):
-        run = subprocess.run(["gcov", "--json-format", "--stdout", str(counts)], cwd=build, capture_output=True,
-                             text=True, check=True)
+        run = subprocess.run(["gcov", "--json-format", "--branch-probabilities", "--stdout", str(counts)], cwd=build,
+                             capture_output=True, text=True, check=True)
         for unit in map(json.loads, run.stdout.splitlines()):
             for file in unit["files"]:
                 path = (pathlib.Path(unit["current_working_directory"]) / file["file"]).resolve()
-                if ROOT in path.parents and path.relative_to(ROOT).parts[0] in FOLDERS:
-                    known = lines[path.relative_to(ROOT)]
+                if ROOT not in path.parents:
+                    continue
+                path = path.relative_to(ROOT)
+                if path.parts[0] in FOLDERS and str(path).startswith(prefix):
                     for line in file["lines"]:
-                        number = line["line_number"]
-                        known[number] = known.get(number, False) or line["count"] > 0
-    return lines
+                        sources[path].add(line)
+    return sources
 
 
-def row(name, executed, total):
-    print(f"{100 * executed / total:6.1f}%  {executed:6} of {total:6}  {name}")
+def row(name, sources):
+    cells = []
+    for kind in ("lines", "branches"):
+        known = [executed for source in sources for executed in getattr(source, kind).values()]
+        share = 100 * sum(known) / len(known) if known else 100
+        cells.append(f"{share:6.1f}%  {sum(known):6} of {len(known):6}")
+    print("   ".join(cells), "", name)
 
 
 def main():
-    lines = executed_lines(pathlib.Path(sys.argv[1]).resolve())
-    folders = collections.defaultdict(lambda: [0, 0])
-    for path in sorted(path for path in lines if lines[path]):
-        executed, total = sum(lines[path].values()), len(lines[path])
-        row(path, executed, total)
-        folders[path.parent][0] += executed
-        folders[path.parent][1] += total
+    prefix = sys.argv[2] if len(sys.argv) > 2 else ""
+    sources = read(pathlib.Path(sys.argv[1]).resolve(), prefix)
+    folders = collections.defaultdict(list)
+    print("lines                      branches")
+    for path, source in sorted(sources.items()):
+        row(path, [source])
+        folders[path.parent].append(source)
     print()
-    for folder, (executed, total) in sorted(folders.items()):
-        row(f"{folder}/", executed, total)
+    for folder, held in sorted(folders.items()):
+        row(f"{folder}/", held)
+    if prefix:
+        print()
+        row(prefix, sources.values())
+        for path, source in sorted(sources.items()):
+            missed = sorted({number for (number, _), taken in source.branches.items() if not taken})
+            print(*(f"{path}:{number}" for number in missed), sep="\n")
 
 
 if __name__ == "__main__":
