@@ -301,7 +301,8 @@ void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
       gate_code.insert(0, table.get_transformed_entry(row, static_cast<unsigned short>(i + 1)) == 1 ? "1" : "0");
     }
     if (codes.emplace(gate_code, gold_code).first->second != gold_code) {
-      Yosys::log_warning("The code of a state machine does not tell its states apart; it is left alone.\n");
+      Yosys::log_warning(
+          "Two states of a state machine have the same code in the netlist, so the proof leaves the machine out.\n");
       return;
     }
   }
