@@ -19,7 +19,7 @@ void demand_tracking(RTLIL::Design* design) {
     Yosys::log_cmd_error("No registers are being followed: use kpt_track.\n");
   }
   if (kpt_yosys::is_away()) {
-    Yosys::log_cmd_error("The design that is followed is put aside: bring it back by design -pop or -load.\n");
+    Yosys::log_cmd_error("The design that is followed is stored away: restore it with design -pop or -load.\n");
   }
   if (!tracker->started()) {
     Yosys::log_cmd_error("No registers are being followed: %s.\n", tracker->why_not_started(design).c_str());
@@ -95,7 +95,7 @@ void audit(RTLIL::Design* design, const kpt_yosys::AUDIT::EFFORT& effort) {
     Yosys::log_warning("The audit refutes the fact about state machine %s that dates from %s. It is not recorded.\n",
                        name.c_str(), tracker.refuse_machine(machine).c_str());
   }
-  Yosys::log("Audit: %zu facts hold in %d runs of %d cycles, %zu have no values there, %zu are false.\n",
+  Yosys::log("Audit: %zu facts hold in %d runs of %d cycles, %zu have no known values, %zu are false.\n",
              findings.m_held, effort.m_runs, effort.m_cycles, findings.m_unseen,
              findings.m_false_points.size() + findings.m_false_machines.size());
 }
@@ -121,7 +121,7 @@ struct KPT_AUDIT : Yosys::Pass {
     extra_args(args, at, design, false);
     demand_tracking(design);
     if (kpt_yosys::current_audit() == nullptr) {
-      Yosys::log_cmd_error("No reference is kept: use kpt_track -audit.\n");
+      Yosys::log_cmd_error("There is no reference netlist: use kpt_track -audit.\n");
     }
     const kpt_yosys::AUDIT::EFFORT effort{std::max(std::atoi(runs.c_str()), 1), std::max(std::atoi(cycles.c_str()), 1)};
     guarded([&] { audit(design, effort); });
@@ -136,8 +136,9 @@ void see_to_names(RTLIL::Design* design, bool give) {
     kpt_yosys::give_lasting_names(tracker);
     tracker.boundary(design, "rename");
   } else if (count > 0) {
-    Yosys::log_warning("%zu registers have private names, which write_verilog gives anew: see kpt_stage -names.\n",
-                       count);
+    Yosys::log_warning(
+        "%zu registers have private names, which write_verilog replaces: kpt_stage -names gives lasting ones.\n",
+        count);
   }
 }
 

@@ -42,7 +42,7 @@ struct KPT_APPLY : Yosys::Pass {
     if (!codes.flush()) {
       Yosys::log_cmd_error("Cannot write %s.\n", file.c_str());
     }
-    Yosys::log("Matched %zu registers, %zu constants and %zu state machines; %zu drive nothing, %zu are missing.\n",
+    Yosys::log("Matched %zu registers, %zu constants and %zu state machines; %zu have no fanout, %zu are missing.\n",
                done.m_registers, done.m_constants, done.m_machines, done.m_no_fanout, done.m_missing);
   }
 } kpt_apply;

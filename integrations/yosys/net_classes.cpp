@@ -18,7 +18,7 @@ constexpr int MOST_QUESTIONS = 2000;
 constexpr int MOST_SECONDS = 30;  // for one question
 constexpr int RUNS = 128;
 constexpr int CYCLES = 48;
-constexpr int CYCLES_AFTER = 16;
+constexpr int CYCLES_AFTER = 160;
 
 // Both netlists at one moment, with the same inputs.
 template <class ALGEBRA>

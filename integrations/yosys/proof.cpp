@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "kernel/ffinit.h"
 #include "kernel/sigtools.h"
 #include "netlist_names.h"
 
@@ -18,7 +19,7 @@ std::string to_string(const KPT_STRING& text) { return {text.data(), text.size()
 // The nets of a module by their names in a database, and their drivers.
 class NETS {
  public:
-  explicit NETS(RTLIL::Module* module) : m_module(module), m_sigmap(module) {
+  explicit NETS(RTLIL::Module* module) : m_module(module), m_sigmap(module), m_initial(&m_sigmap, module) {
     for (const auto& [name, wire] : module->wires_) {
       for (int bit = 0; bit < wire->width; ++bit) {
         m_bits.emplace(text_of(*wire, bit), RTLIL::SigBit(wire, bit));
@@ -39,6 +40,15 @@ class NETS {
     }
     const std::string name = to_string(keypoint.get_name());
     return find(keypoint.is_signal() ? name : name + "." + to_string(keypoint.get_type()), bit);
+  }
+
+  /// `to` powers up as `from` did, which loses its power-up value.
+  void move_power_up_value(RTLIL::SigBit from, RTLIL::SigBit to) {
+    const RTLIL::State value = m_initial(from);
+    m_initial.remove_init(from);
+    if (value != RTLIL::State::Sx) {
+      m_initial.set_init(to, value);
+    }
   }
 
   struct DRIVER {
@@ -81,6 +91,7 @@ class NETS {
 
   RTLIL::Module* m_module;
   Yosys::SigMap m_sigmap;
+  Yosys::FfInitVals m_initial;
   std::unordered_map<std::string, RTLIL::SigBit> m_bits;
   Yosys::dict<RTLIL::SigBit, DRIVER> m_registers;
 };
@@ -104,7 +115,7 @@ class PROOF {
   void add_member(std::vector<MEMBER>& members, const KPT_REGISTER_KEYPOINT& keypoint, bool inverted);
   void apply_constant(const std::vector<MEMBER>& members, bool value);
   void apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<MEMBER>& members);
-  static void take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted);
+  static void take_over(NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted);
   void apply_machine(const KPT_REGISTER_TRANSFORMATION& map);
   void apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
                           const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes);
@@ -237,7 +248,7 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
 // Makes the flip-flop that drives `bit` drive `driven` instead, from which `bit` gets its value,
 // because equiv_make looks at the net of the driver. Without a flip-flop there is only the value. Both
 // nets stay apart, because equiv_make takes all names of a net of one module for one net of the other.
-void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted) {
+void PROOF::take_over(NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven, bool inverted) {
   RTLIL::Module* const module = nets.module();
   const NETS::DRIVER driver = nets.register_of(bit);
   if (driver.m_cell == nullptr) {
@@ -249,6 +260,7 @@ void PROOF::take_over(const NETS& nets, RTLIL::SigBit bit, RTLIL::SigBit driven,
   const RTLIL::SigBit held = inverted ? RTLIL::SigBit(module->addWire(NEW_ID)) : driven;
   output[driver.m_index] = held;
   driver.m_cell->setPort(driver.m_port, output);
+  nets.move_power_up_value(before, held);
   if (inverted) {
     module->addNotGate(NEW_ID, held, driven);
     module->addNotGate(NEW_ID, driven, before);
@@ -289,7 +301,8 @@ void PROOF::apply_machine(const KPT_REGISTER_TRANSFORMATION& map) {
       gate_code.insert(0, table.get_transformed_entry(row, static_cast<unsigned short>(i + 1)) == 1 ? "1" : "0");
     }
     if (codes.emplace(gate_code, gold_code).first->second != gold_code) {
-      Yosys::log_warning("The code of a state machine does not tell its states apart; it is left alone.\n");
+      Yosys::log_warning(
+          "Two states of a state machine have the same code in the netlist, so the proof leaves the machine out.\n");
       return;
     }
   }

@@ -401,7 +401,7 @@ void print(const TOTALS& totals, const std::string& name) {
   Yosys::log("State machines: %zu. New registers: %zu. Facts not recorded: %zu.\n", totals.m_machines, totals.m_new,
              totals.m_not_recorded);
   if (totals.m_front_end > 0) {
-    Yosys::log("Left out, as made by the front end for writes to memories and selected bits: %zu.\n",
+    Yosys::log("Not counted, because reading Verilog made them for writes to memories and selected bits: %zu.\n",
                totals.m_front_end);
   }
   for (const auto& [pass, count] : totals.m_unknown_after) {

@@ -58,7 +58,7 @@ void track(RTLIL::Design* design, ACTION action) {
   try {
     action(now);
   } catch (const std::exception& failure) {
-    Yosys::log_warning("tracking of registers ended: %s\n", failure.what());
+    Yosys::log_warning("tracking of registers ends: %s\n", failure.what());
     stop_tracking();
   }
   now.m_seconds += all_cpu_seconds() - begin;

@@ -60,7 +60,7 @@ SHELF::OUTCOME SHELF::bring(std::optional<TRACKING> kept, const std::string& wha
 
 SHELF::OUTCOME SHELF::replaced(const std::string& what) const {
   if (is_empty()) {
-    throw std::runtime_error(what + " took the design that was followed, and no copy is left");
+    throw std::runtime_error(what + " replaced the design that is followed, and no copy of it is saved");
   }
   return OUTCOME::AWAY;
 }

@@ -131,7 +131,7 @@ void TRACKER::boundary(RTLIL::Design* design, const std::string& pass) {
 
 std::string TRACKER::why_not_started(RTLIL::Design* design) const {
   if (find_top(design, "") != nullptr) {
-    return "processes are left";
+    return "the design still has processes";
   }
   return m_now.m_top.empty() ? "the design has no top module" : "there is no module " + m_now.m_top;
 }

@@ -21,7 +21,7 @@ V
 start='read_verilog two.v; proc; opt_clean'
 run log "$start; kpt_track -audit; techmap; techmap -map wrong.v; kpt_stage; kpt_show -o shown"
 expect log 'Warning: The audit refutes the fact about register p that dates from techmap. It is not recorded.' \
-  'Audit: 1 facts hold in 256 runs of 64 cycles, 0 have no values there, 1 are false.' '1 unknown'
+  'Audit: 1 facts hold in 256 runs of 64 cycles, 0 have no known values, 1 are false.' '1 unknown'
 expect shown 'q = q'
 [ "$(wc -l <shown)" -eq 1 ] || fail "recorded all the same: $(cat shown)"
 
@@ -31,20 +31,20 @@ expect shown 'p = p' 'q = q'
 
 # As a command, with its own number of runs; facts without a known value are counted.
 run log "$start; kpt_track -audit; techmap; kpt_audit -runs 64 -cycles 10; kpt_stage"
-expect log 'Audit: 2 facts hold in 64 runs of 10 cycles, 0 have no values there, 0 are false.'
+expect log 'Audit: 2 facts hold in 64 runs of 10 cycles, 0 have no known values, 0 are false.'
 cat >never.v <<'V'
 module never(input clk, input d, output reg y);
   always @(posedge clk) y <= y ^ d;
 endmodule
 V
 run log "read_verilog never.v; proc; kpt_track -audit; techmap; kpt_stage"
-expect log 'Audit: 0 facts hold in 256 runs of 64 cycles, 1 have no values there, 0 are false.' \
+expect log 'Audit: 0 facts hold in 256 runs of 64 cycles, 1 have no known values, 0 are false.' \
   '1 kept under their name'
-refused 'No reference is kept: use kpt_track -audit' "$start; kpt_track; kpt_audit"
+refused 'There is no reference netlist: use kpt_track -audit' "$start; kpt_track; kpt_audit"
 
 # Facts of all kinds hold: the machine and its codes, constants, merged and inverted registers.
 run log "read_verilog $source; kpt_track -top $top -audit; synth -flatten -top $top; zinit; opt; kpt_stage"
-grep -q '^Audit: 2[0-9] facts hold in 256 runs of 64 cycles, 0 have no values there, 0 are false\.$' log ||
+grep -q '^Audit: 2[0-9] facts hold in 256 runs of 64 cycles, 0 have no known values, 0 are false\.$' log ||
   { grep Audit log; fail "facts do not hold"; }
 expect log 'State machines: 1. New registers: 0. Facts not recorded: 0.'
 
@@ -58,7 +58,7 @@ module pulse(input clk, input other, input arst, input d, output reg q, output r
 endmodule
 V
 run log "read_verilog pulse.v; proc; kpt_track -audit; zinit -all; async2sync; kpt_stage"
-expect log 'Audit: 2 facts hold in 256 runs of 64 cycles, 0 have no values there, 0 are false.'
+expect log 'Audit: 2 facts hold in 256 runs of 64 cycles, 0 have no known values, 0 are false.'
 
 # The next stage has a reference of its own.
 run log "read_verilog $source; kpt_track -top $top -audit; synth -flatten -top $top -run :fine

@@ -28,7 +28,7 @@ for flow in 'proc; memory' 'proc; flatten; memory' 'proc; memory -nomap; flatten
   run log "$start; $flow; opt_clean; kpt_stage; kpt_show -o shown"
   expect log '14 of 14 reference registers accounted for' \
     'State machines: 0. New registers: 0. Facts not recorded: 0.' \
-    'Audit: 14 facts hold in 256 runs of 64 cycles, 0 have no values there, 0 are false.'
+    'Audit: 14 facts hold in 256 runs of 64 cycles, 0 have no known values, 0 are false.'
   expect shown 'u.m[4][0] = u.m[4][0]' 'u.m[7][2] = u.m[7][2]' 'flags[0] = flags[0]'
 done
 

@@ -91,7 +91,7 @@ endmodule
 V
 after address.v 'opt; memory_dff; opt_clean'
 expect log '3 unknown' '0 without fanout' '35 of 35 reference registers accounted for' \
-  'Left out, as made by the front end for writes to memories and selected bits: 11.'
+  'Not counted, because reading Verilog made them for writes to memories and selected bits: 11.'
 
 # A bit that nothing reads is without fanout, also when another pass than opt_clean removes it.
 cat >narrow.v <<'V'

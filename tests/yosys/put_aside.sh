@@ -38,18 +38,18 @@ as_before 'rename pair another; design -save kept; design -load kept; opt'
 run log "$start; techmap; design -save kept; abc -dff; opt_clean; design -load kept; kpt_stage; kpt_show -o shown"
 expect shown 'p = p' 'q = q'
 
-refused 'The design that is followed is put aside: bring it back by design -pop or -load' \
+refused 'The design that is followed is stored away: restore it with design -pop or -load' \
   "$start; design -push; read_verilog other.v; proc; kpt_stage"
-refused 'The design that is followed is put aside: bring it back by design -pop or -load' \
+refused 'The design that is followed is stored away: restore it with design -pop or -load' \
   "$start; design -save kept; design -reset; read_verilog pair.v; proc; kpt_stage"
 
 # ends message passes: tracking ends with that message, and nothing can be recorded.
 ends() {
   refused 'No registers are being followed: use kpt_track' "$2; kpt_stage"
-  grep -qx "Warning: tracking of registers ended: $1" refused.log || { cat refused.log; fail "not told: $1"; }
+  grep -qx "Warning: tracking of registers ends: $1" refused.log || { cat refused.log; fail "not told: $1"; }
 }
 
-taken='took the design that was followed, and no copy is left'
+taken='replaced the design that is followed, and no copy of it is saved'
 ends "design -reset $taken" "$start; design -reset; read_verilog other.v; proc"
 ends "design -load $taken" "read_verilog pair.v; proc; design -save early; kpt_track; opt; design -load early"
 ends "design -pop $taken" \

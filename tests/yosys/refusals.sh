@@ -11,7 +11,7 @@ named() {
 named "$(printf 'a\351b')" >name.v
 
 refused 'No registers are being followed: use kpt_track' "kpt_stage"
-refused 'No registers are being followed: processes are left' "read_verilog $source; kpt_track -top $top; kpt_stage"
+refused 'No registers are being followed: the design still has processes' "read_verilog $source; kpt_track -top $top; kpt_stage"
 refused 'No registers are being followed: the design has no top module' "kpt_track; kpt_stage"
 refused 'There is no module nope' "read_verilog $source; kpt_track -top nope"
 refused 'There is no keypoint database called kpt' "kpt_save kpt.xml"

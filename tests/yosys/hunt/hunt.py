@@ -38,7 +38,7 @@ class Totals:
                    self.designs, self.checked, self.silent, self.nothing, self.broken, sum(self.ended.values()), self.false)
 
 
-MOST_SECONDS = 100  # of processor time for a flow; most take less than one
+MOST_SECONDS = 20  # of processor time for a flow; most take less than one
 
 
 class TookTooLong(RuntimeError):
