@@ -28,12 +28,6 @@ KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::create_map(A&&... argument
 // For the copy of a set, which a union makes.
 template KPT_TRANSFORMATION_IMPL* KPT_TRANSFORMATION_SET_IMPL::create_map(const KPT_TRANSFORMATION_IMPL&);
 
-// Enters everything that the map lists.
-void KPT_TRANSFORMATION_SET_IMPL::reenter(KPT_TRANSFORMATION_IMPL* map) {
-  make_keypoint_mapping_hash_entries(KPT_REFERENCE_SET, map->r_vec(), map);
-  make_keypoint_mapping_hash_entries(KPT_TRANSFORMED_SET, map->t_vec(), map);
-}
-
 // Requires that memory for the entries was reserved.
 void KPT_TRANSFORMATION_SET_IMPL::enter(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v,
                                         const KPT_TRANSFORMATION_IMPL& map) {

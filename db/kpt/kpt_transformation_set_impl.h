@@ -142,7 +142,6 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   void discard(KPT_TRANSFORMATION_IMPL* map);
   void make_entry_room(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v);
   void make_entry_room(const KPT_TRANSFORMATION_IMPL& map);
-  void reenter(KPT_TRANSFORMATION_IMPL* map);
   void enter(KPT_SET_ENUM side, const NI_PAIR_VECTOR& v, const KPT_TRANSFORMATION_IMPL& map);
   void enter_whole(const KPT_TRANSFORMATION_IMPL& map) {
     enter(KPT_REFERENCE_SET, map.r_vec(), map);
