@@ -94,9 +94,9 @@ def test_a_database_comes_back_from_its_events(db):
 def test_the_end_of_a_file_counts_its_events(db):
     end = {"event": "end", "events": len(EVENTS)}
     assert db.record([*EVENTS, end]) == len(EVENTS)
-    with pytest.raises(kpt.FormatError, match="the end tells of 5 events, and 0 stand before it"):
+    with pytest.raises(kpt.FormatError, match="the end event counts 5 events, but the file has 0"):
         db.record([end])
-    with pytest.raises(kpt.FormatError, match="<events>:2: the file goes on behind its end"):
+    with pytest.raises(kpt.FormatError, match="<events>:2: there is a line after the end event"):
         db.record([{"event": "end", "events": 0}, EVENTS[0]])
 
 

@@ -95,13 +95,13 @@ class Check : public TOOL_TEST {
   }
   void expect_no_finding(const std::string& event) const {
     record("d.xml", event + "\n");
-    EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
+    EXPECT_EQ(good({"check", "d.xml"}), "d.xml: no findings\n");
   }
 };
 
 TEST_F(Check, HasNothingAgainstAGoodFile) {
   record("d.xml", DESIGN);
-  EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "d.xml"}), "d.xml: no findings\n");
   EXPECT_EQ(JSON::parse(good({"check", "d.xml", "--json"})), JSON::parse(R"({"format":1,"findings":[]})"));
 }
 

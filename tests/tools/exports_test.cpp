@@ -110,9 +110,34 @@ TEST_F(ExportFacts, SqliteAnswersWithOneRowARegister) {
       "design|a|mapped||t|inverse|1\ndesign|b|mapped||u|same|2\ndesign|c|constant|1|||0\ndesign|d|without_fanout||||0\n"
       "design|s[0]|machine||||0\ndesign|s[1]|machine||||0\n");
   EXPECT_EQ(sql("SELECT reference, transformed FROM states ORDER BY state;"), "00|100\n01|010\n10|001\n");
-  EXPECT_EQ(sql("PRAGMA user_version;"), "1\n");
-  EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE design = 'design' AND name = 'a';"),
+  EXPECT_EQ(sql("PRAGMA user_version;"), "2\n");
+  for (const char* which : {"design = 'design' AND name = 'a'", "name = 'a'"}) {
+    EXPECT_THAT(sql(std::string("EXPLAIN QUERY PLAN SELECT * FROM answers WHERE ") + which + ";"),
+                Not(HasSubstr("SCAN")));
+  }
+}
+
+TEST_F(ExportFacts, SqliteListsTheMembersOfAMap) {
+  record("d.xml", kept("a", "t") + kept("b", "u") + MACHINE +
+                      "{\"event\":\"retime_inverter\",\"register\":\"u\"}\n"
+                      "{\"event\":\"replicate\",\"register\":\"u\",\"replica\":\"u2\"}\n");
+  good({"export", "d.xml", "--format", "sqlite", "-o", "d.db"});
+  EXPECT_EQ(sql("SELECT m.map, m.side, m.place, r.name, m.column_, m.inverse FROM members m JOIN registers r ON "
+                "r.design = m.design AND r.side = m.side AND r.register = m.register ORDER BY 1, 2, 3;"),
+            "0|0|0|a|0|0\n0|1|0|t|0|0\n1|0|0|b|0|0\n1|1|0|u|0|1\n1|1|1|u2|0|1\n"
+            "2|0|0|s[1]|0|0\n2|0|1|s[0]|1|0\n2|1|0|h[0]|0|0\n2|1|1|h[1]|1|0\n2|1|2|h[2]|2|0\n");
+  EXPECT_THAT(sql("EXPLAIN QUERY PLAN SELECT * FROM members WHERE design = 'design' AND map = 1;"),
               Not(HasSubstr("SCAN")));
+}
+
+TEST_F(ExportFacts, SqliteHasEveryRegisterOfALongList) {
+  std::string events;
+  for (int k = 0; k < 100; ++k) {
+    events += kept("r" + std::to_string(k), "t" + std::to_string(k));
+  }
+  record("d.xml", events);
+  good({"export", "d.xml", "--format", "sqlite", "-o", "d.db"});
+  EXPECT_EQ(sql("SELECT count(*) FROM answers WHERE successor = 't' || substr(name, 2) AND sense = 'same';"), "100\n");
 }
 
 TEST_F(ExportFacts, SqliteReplacesAFileWhole) {
@@ -126,6 +151,13 @@ TEST_F(ExportFacts, SqliteReplacesAFileWhole) {
 TEST_F(ExportFacts, RefusesOptionsThatDoNotFit) {
   record("d.xml", kept("a", "t"));
   EXPECT_THAT(kptdb({"export", "d.xml", "--format", "sqlite"}).err, HasSubstr("--format sqlite needs -o"));
+  for (const char* format : {"sqlite", "surfer"}) {
+    EXPECT_THAT(kptdb({"export", "d.xml", "--format", format, "-o", "-"}).err,
+                HasSubstr(std::string("--format ") + format + " needs -o and the name of a "));
+  }
+  EXPECT_THAT(kptdb({"export", "d.xml", "--format", "gtkwave", "--dump", "g.vcd", "-o", "-"}).err,
+              HasSubstr("--format gtkwave needs -o and the name of a folder"));
+  EXPECT_EQ(shell("ls ./- 2>&1").exit_code, 2);
   EXPECT_THAT(kptdb({"export", "d.xml", "--format", "gtkwave", "-o", "v"}).err, HasSubstr("needs --dump"));
   EXPECT_THAT(kptdb({"export", "d.xml", "--format", "tcl", "--append"}).err, HasSubstr("need --format sqlite"));
   EXPECT_THAT(kptdb({"export", "d.xml", "--format", "tcl", "--scope", "x"}).err, HasSubstr("need --format gtkwave"));

@@ -163,7 +163,7 @@ TEST_F(Hostile, AnotherEncodingIsRead) {
   }
   write("x.xml", wide);
   EXPECT_EQ(kptdb({"info", "x.xml"}).exit_code, 0);
-  EXPECT_EQ(good({"check", "x.xml"}), "x.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "x.xml"}), "x.xml: no findings\n");
 }
 
 TEST_F(Hostile, NamesThatWouldSteerATerminalAreShownEscaped) {

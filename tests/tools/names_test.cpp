@@ -106,7 +106,7 @@ TEST_F(Names, ListFiltersByPass) {
   write("d.xml", text.insert(text.find(map) + map.size(), "<attribute name=\"pass\" value=\"opt_dff, opt_clean\"/>"));
   EXPECT_THAT(listed({"--pass", "opt_clean"}), ElementsAre("zero"));
   EXPECT_THAT(listed({"--pass", "opt"}), ElementsAre());
-  EXPECT_EQ(good({"check", "d.xml"}), "d.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "d.xml"}), "d.xml: no findings\n");
 }
 
 TEST_F(Names, StatsCountByInstanceAsATree) {

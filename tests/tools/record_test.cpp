@@ -49,7 +49,7 @@ TEST_F(Record, KeepsNamesThatXmlNeedsEscaped) {
   good({"record", "odd.jsonl", "-o", "odd.xml"});
   EXPECT_THAT(read("odd.xml"), HasSubstr("<name>count&lt;3></name>"));
   EXPECT_THAT(read("odd.xml"), HasSubstr("<name>&quot;\xC3\xA9&quot; &amp; ]]&gt;</name>"));
-  EXPECT_EQ(good({"check", "odd.xml"}), "odd.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "odd.xml"}), "odd.xml: no findings\n");
 }
 
 TEST_F(Record, NeedsANameForStandardInput) {
@@ -66,7 +66,7 @@ TEST_F(Record, PassesOverBlankLinesAndCarriageReturns) {
 TEST_F(Record, MakesAnEmptyDatabaseOfNoEvents) {
   write("e.jsonl", "");
   EXPECT_EQ(good({"record", "e.jsonl", "-o", "e.xml"}), "e.xml: 0 events recorded\n");
-  EXPECT_EQ(good({"check", "e.xml"}), "e.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "e.xml"}), "e.xml: no findings\n");
 }
 
 // When the library gives a reason, its own words are printed.
@@ -252,6 +252,28 @@ TEST_F(Record, TurnsTheValueOfARegisterThatHasTheInverse) {
   EXPECT_THAT(good({"show", "both.xml", "p"}), HasSubstr("constant 0"));
 }
 
+TEST_F(Record, TellsOfATableThatContradictsItself) {
+  const std::string map = R"({"event":"map","reference":[{"same":["a"]}],"transformed":[{"same":["p"]}],)"
+                          R"("states":[["0","0"],["0","1"]])";
+  write("new.jsonl", map + "}\n");
+  const RUN_RESULT fresh = kptdb({"record", "new.jsonl", "-o", "m.xml"});
+  EXPECT_EQ(fresh.exit_code, 1);
+  EXPECT_THAT(fresh.err, HasSubstr("the reference code 0 faces the transformed codes 0 and 1\n"));
+  write("old.jsonl", map + ",\"as_it_is\":true}\n");
+  const RUN_RESULT taken_over = kptdb({"record", "old.jsonl", "-o", "m.xml"});
+  EXPECT_EQ(taken_over.exit_code, 0);
+  EXPECT_EQ(taken_over.err, "kptdb: old.jsonl:1: warning: the reference code 0 faces the transformed codes 0 and 1\n");
+}
+
+TEST_F(Record, NamesThePackedFileLikeThePlainOne) {
+  write("a.jsonl", R"({"event":"associate","reference":"p","transformed":"q"})"
+                   "\n");
+  EXPECT_EQ(shell("gzip -k a.jsonl").exit_code, 0);
+  good({"record", "a.jsonl", "-o", "plain.xml"});
+  good({"record", "a.jsonl.gz", "-o", "packed.xml"});
+  EXPECT_EQ(read("packed.xml"), read("plain.xml"));
+}
+
 TEST_F(Record, RefusesTheValueOfABitOfAMachine) {
   const RUN_RESULT result = kptdb({"record", "-", "--name", "x", "-o", "x.xml"},
                                   std::string(DESIGN) + R"({"event":"eliminate","register":"s[0]","value":0})" + "\n");
@@ -314,7 +336,7 @@ TEST_F(Record, RefusesAnIncompleteFileWhenToldTo) {
 
 TEST_F(Record, HoldsAFileToItsEnd) {
   EXPECT_THAT(refusal(R"({"event":"end","events":2})", 3),
-              HasSubstr("the end tells of 2 events, and 1 stands before it"));
+              HasSubstr("the end event counts 2 events, but the file has 1"));
   EXPECT_THAT(refusal(R"({"event":"end"})", 3), HasSubstr("\"events\" is missing"));
   EXPECT_THAT(refusal(R"({"event":"end","events":-1})", 3), HasSubstr("\"events\" is not a number of events"));
   write("e.jsonl", R"({"event":"end","events":0})"
@@ -323,7 +345,7 @@ TEST_F(Record, HoldsAFileToItsEnd) {
                    "\n");
   const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml"});
   EXPECT_EQ(result.exit_code, 3);
-  EXPECT_EQ(result.err, "kptdb: e.jsonl:3: the file goes on behind its end\n");
+  EXPECT_EQ(result.err, "kptdb: e.jsonl:3: there is a line after the end event\n");
 }
 
 TEST_F(Record, RefusesAKeyThatStandsThereTwice) {

@@ -25,7 +25,7 @@ TEST_F(Unite, SpansAllStages) {
             "stage 3 starts from 1 registers, 1 of them known to stage 2\n"
             "all.xml: 3 stages united, 1 reference register\n");
   EXPECT_THAT(good({"show", "all.xml", "a"}), HasSubstr("transformed with the same value: d\n"));
-  EXPECT_EQ(good({"check", "all.xml"}), "all.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "all.xml"}), "all.xml: no findings\n");
 }
 
 TEST_F(Unite, SaysSoAsJson) {
@@ -42,7 +42,7 @@ TEST_F(Unite, GivesNewRegistersNewIds) {
   record("1.xml", associate("a", "b") + associate("p", "q"));
   record("2.xml", associate("b", "c") + associate("new1", "n1") + associate("new2", "n2"));
   good({"unite", "1.xml", "2.xml", "-o", "all.xml"});
-  EXPECT_EQ(good({"check", "all.xml"}), "all.xml: nothing to object to\n");
+  EXPECT_EQ(good({"check", "all.xml"}), "all.xml: no findings\n");
   EXPECT_THAT(good({"show", "all.xml", "new1"}), HasSubstr("same value: n1\n"));
   EXPECT_THAT(good({"show", "all.xml", "p"}), HasSubstr("same value: q\n"));
 }

@@ -218,7 +218,7 @@ EXIT_CODE run_check(const CHECK_OPTIONS& options) {
   if (options.json) {
     out.write(json_text(json_of(options.file, findings)) + "\n");
   } else if (findings.empty()) {
-    out.write(options.file + ": nothing to object to\n");
+    out.write(options.file + ": no findings\n");
   } else {
     for (const FINDING& f : findings) {
       out.write(fmt::format("{}:{}: {} [{}] {}\n", options.file, f.line,

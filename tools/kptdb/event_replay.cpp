@@ -8,13 +8,32 @@
 
 namespace kptdb {
 
+namespace {
+
+// A map that is taken over as it is may contradict itself: it is recorded, because another database has it.
+std::string contradiction_taken_over(const EVENT& event) {
+  const MAP* const map = std::get_if<MAP>(&event.what);
+  return map == nullptr || !map->as_it_is || !map->table ? std::string() : contradiction_in(map->table->states);
+}
+
+// The table of a new machine.
+std::string contradiction_in_new(const EVENT& event) {
+  if (const auto* const machine = std::get_if<ASSOCIATE_FSM>(&event.what)) {
+    return contradiction_in(machine->states);
+  }
+  const MAP* const map = std::get_if<MAP>(&event.what);
+  return map == nullptr || map->as_it_is || !map->table ? std::string() : contradiction_in(map->table->states);
+}
+
+}  // namespace
+
 std::string record_event(const KPT_KEYPOINTS_DB& db, const EVENT& event, HOST_LINES& lines) {
-  const auto* machine = std::get_if<ASSOCIATE_FSM>(&event.what);
-  const std::string reason = machine == nullptr ? std::string() : contradiction_in(machine->states);
+  const std::string reason = contradiction_in_new(event);
   return reason.empty() ? replay(db, event, lines) : reason;
 }
 
 std::optional<EVENT_REPLAY::REFUSAL> EVENT_REPLAY::take(std::string_view line, HOST_LINES& host_lines) {
+  m_warning.clear();
   try {
     const EVENT event = parse_event(line);
     refuse_behind_end();
@@ -23,6 +42,7 @@ std::optional<EVENT_REPLAY::REFUSAL> EVENT_REPLAY::take(std::string_view line, H
       return std::nullopt;
     }
     ++m_events;
+    m_warning = contradiction_taken_over(event);
     const std::string reason = record_event(m_db, event, host_lines);
     if (!reason.empty()) {
       return REFUSAL{describe(event), reason};
@@ -37,14 +57,14 @@ std::optional<EVENT_REPLAY::REFUSAL> EVENT_REPLAY::take(std::string_view line, H
 void EVENT_REPLAY::take_end(const END& end) {
   m_has_ended = true;
   if (end.events != m_events) {
-    throw EVENT_ERROR(fmt::format("the end tells of {}, and {} before it", counted(end.events, "event"),
-                                  m_events == 1 ? "1 stands" : fmt::format("{} stand", m_events)));
+    throw EVENT_ERROR(
+        fmt::format("the end event counts {}, but the file has {}", counted(end.events, "event"), m_events));
   }
 }
 
 void EVENT_REPLAY::refuse_behind_end() const {
   if (m_has_ended) {
-    throw EVENT_ERROR("the file goes on behind its end");
+    throw EVENT_ERROR("there is a line after the end event");
   }
 }
 

@@ -30,6 +30,8 @@ class EVENT_REPLAY {
 
   /// Records the event of a line that is not blank.
   std::optional<REFUSAL> take(std::string_view line, HOST_LINES& host_lines);
+  /// What is doubtful about the line that was taken last; empty when nothing is.
+  const std::string& warning() const { return m_warning; }
   std::size_t recorded() const { return m_recorded; }
   /// Whether the file's end has been read; nothing may follow it.
   bool has_ended() const { return m_has_ended; }
@@ -42,6 +44,7 @@ class EVENT_REPLAY {
   std::uint64_t m_events = 0;
   std::size_t m_recorded = 0;
   bool m_has_ended = false;
+  std::string m_warning;
 };
 
 }  // namespace kptdb

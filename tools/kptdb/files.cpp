@@ -80,6 +80,9 @@ RESULT_FILE RESULT_FILE::beside(const std::string& output) { return RESULT_FILE(
 
 bool RESULT_FILE::has_used_standard_output() { return s_has_used_standard_output; }
 
+// The library replaces database files under stricter rules: the bytes are on the disk before it returns, and the
+// rights of the group are kept. Its class is private, as is all of the library that clients do not need, and a
+// result that a command can write again needs less.
 void RESULT_FILE::open_temporary() {
   struct stat state {};
   const bool exists = ::stat(m_path.c_str(), &state) == 0;

@@ -154,7 +154,7 @@ struct COMMAND_LINE {
     c->add_option("B", diff.second, "A database file")->required();
     add_json(c, diff.json);
 
-    c = add_command(app, run, "check", "Find what a careful reader would object to", check, kptdb::run_check);
+    c = add_command(app, run, "check", "Find errors and doubtful facts in a database file", check, kptdb::run_check);
     add_file(c, check.file);
     add_fail_under(c, check.fail_under);
     add_json(c, check.json);

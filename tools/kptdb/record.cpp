@@ -5,6 +5,7 @@
 #include "database.h"
 #include "event_replay.h"
 #include "files.h"
+#include "input.h"
 #include "model.h"
 #include "progress.h"
 #include "text.h"
@@ -33,7 +34,7 @@ struct RECORDING {
   EXIT_CODE exit_code() const { return !is_readable ? EXIT_UNREADABLE : refusals.empty() ? EXIT_DONE : EXIT_FOUND; }
 };
 
-// The name of the first file, without folders and without the part after its last dot.
+// The name of the first file, without folders, without ".gz" and without the part after its last dot.
 std::string database_name(const RECORD_OPTIONS& options) {
   std::string name = options.name;
   const std::string& first = options.events.front();
@@ -42,6 +43,7 @@ std::string database_name(const RECORD_OPTIONS& options) {
   }
   if (name.empty()) {
     name = first.substr(first.rfind('/') + 1);
+    name.resize(name.size() - (is_packed_name(name) ? std::string_view(".gz").size() : 0));
     name = name.substr(0, name.rfind('.'));
   }
   if (name.empty() || !kpt_file_can_hold(name)) {
@@ -93,6 +95,9 @@ class REPLAY {
   bool take(const std::string& line, RECORDING& recording) {
     const std::size_t before = m_replay.recorded();
     const std::optional<EVENT_REPLAY::REFUSAL> refusal = m_replay.take(line, m_lines);
+    if (!m_replay.warning().empty() && !refusal) {
+      fmt::print(stderr, "kptdb: {}:{}: warning: {}\n", m_file, m_reader.line_number(), m_replay.warning());
+    }
     recording.recorded += m_replay.recorded() - before;
     return refusal ? refuse(recording, refusal->event, refusal->reason) : true;
   }

@@ -6,6 +6,7 @@ namespace kptdb {
 
 namespace {
 
+constexpr std::size_t ROWS_AT_ONCE = 32;
 constexpr int PATIENCE = 60'000;  // ms to wait while another program writes the file
 
 }  // namespace
@@ -30,54 +31,96 @@ void SQL_FILE::run(const std::string& sql) {
   }
 }
 
-std::int64_t SQL_FILE::number(const std::string& sql) {
-  sqlite3_stmt* statement = nullptr;
-  if (sqlite3_prepare_v2(m_db.get(), sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
-    fail();
-  }
-  const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> owner(statement, sqlite3_finalize);
-  if (sqlite3_step(statement) != SQLITE_ROW) {
-    fail();
-  }
-  return sqlite3_column_int64(statement, 0);
-}
-
-SQL_INSERT::SQL_INSERT(SQL_FILE& file, const std::string& sql) : m_file(file), m_statement(nullptr, sqlite3_finalize) {
-  sqlite3_stmt* statement = nullptr;
-  check(sqlite3_prepare_v2(file.m_db.get(), sql.c_str(), -1, &statement, nullptr));
-  m_statement.reset(statement);
-}
-
-SQL_INSERT::SQL_INSERT(SQL_FILE& file, const std::string& sql, const std::string& first) : SQL_INSERT(file, sql) {
-  check(sqlite3_bind_text(m_statement.get(), 1, first.data(), static_cast<int>(first.size()), SQLITE_TRANSIENT));
-  m_column = m_kept = 1;
-}
-
-void SQL_INSERT::check(int code) const {
+void SQL_FILE::check(int code) const {
   if (code != SQLITE_OK && code != SQLITE_DONE) {
-    m_file.fail();
+    fail();
   }
+}
+
+std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> SQL_FILE::prepared(const std::string& sql) const {
+  sqlite3_stmt* statement = nullptr;
+  check(sqlite3_prepare_v2(m_db.get(), sql.c_str(), -1, &statement, nullptr));
+  return {statement, sqlite3_finalize};
+}
+
+void SQL_FILE::run_with(const std::string& sql, const std::string& text) {
+  const auto statement = prepared(sql);
+  check(sqlite3_bind_text(statement.get(), 1, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
+  check(sqlite3_step(statement.get()));
+}
+
+std::int64_t SQL_FILE::number(const std::string& sql) {
+  const auto statement = prepared(sql);
+  if (sqlite3_step(statement.get()) != SQLITE_ROW) {
+    fail();
+  }
+  return sqlite3_column_int64(statement.get(), 0);
+}
+
+SQL_INSERT::SQL_INSERT(SQL_FILE& file, std::string table, std::size_t columns, const std::string& first)
+    : m_file(file),
+      m_table(std::move(table)),
+      m_columns(columns - 1),
+      m_first(first),
+      m_many(statement_for(ROWS_AT_ONCE)) {
+  m_cells.reserve(m_columns * ROWS_AT_ONCE);
+}
+
+// Parameter 1 is the first column of all rows.
+SQL_INSERT::STATEMENT SQL_INSERT::statement_for(std::size_t rows) const {
+  std::string row = "(?1";
+  for (std::size_t k = 0; k < m_columns; ++k) {
+    row += ",?";
+  }
+  row += ')';
+  std::string sql = "INSERT INTO " + m_table + " VALUES" + row;
+  for (std::size_t k = 1; k < rows; ++k) {
+    sql += ',' + row;
+  }
+  STATEMENT statement = m_file.prepared(sql);
+  m_file.check(sqlite3_bind_text(statement.get(), 1, m_first.data(), static_cast<int>(m_first.size()), SQLITE_STATIC));
+  return statement;
 }
 
 SQL_INSERT& SQL_INSERT::text(std::string_view text) {
-  check(sqlite3_bind_text(m_statement.get(), ++m_column, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
+  m_cells.push_back({CELL::TEXT, 0, text});
   return *this;
 }
 
 SQL_INSERT& SQL_INSERT::number(std::int64_t number) {
-  check(sqlite3_bind_int64(m_statement.get(), ++m_column, number));
+  m_cells.push_back({CELL::NUMBER, number, {}});
   return *this;
 }
 
 SQL_INSERT& SQL_INSERT::null() {
-  check(sqlite3_bind_null(m_statement.get(), ++m_column));
+  m_cells.push_back({CELL::NOTHING, 0, {}});
   return *this;
 }
 
 void SQL_INSERT::end_row() {
-  check(sqlite3_step(m_statement.get()));
-  check(sqlite3_reset(m_statement.get()));
-  m_column = m_kept;
+  if (m_cells.size() == m_columns * ROWS_AT_ONCE) {
+    insert(m_many.get());
+  }
+}
+
+void SQL_INSERT::finish() {
+  if (!m_cells.empty()) {
+    insert(statement_for(m_cells.size() / m_columns).get());
+  }
+}
+
+void SQL_INSERT::insert(sqlite3_stmt* statement) {
+  int parameter = 1;
+  for (const CELL& cell : m_cells) {
+    ++parameter;
+    m_file.check(cell.kind == CELL::NUMBER ? sqlite3_bind_int64(statement, parameter, cell.number)
+                 : cell.kind == CELL::TEXT ? sqlite3_bind_text(statement, parameter, cell.text.data(),
+                                                               static_cast<int>(cell.text.size()), SQLITE_STATIC)
+                                           : sqlite3_bind_null(statement, parameter));
+  }
+  m_cells.clear();
+  m_file.check(sqlite3_step(statement));
+  m_file.check(sqlite3_reset(statement));
 }
 
 }  // namespace kptdb
