@@ -1,6 +1,8 @@
 // The commands that prove netlists with a keypoint database.
 #include <cstdio>
 #include <fstream>
+#include <initializer_list>
+#include <string_view>
 
 #include "command_support.h"
 #include "proof.h"
@@ -92,6 +94,16 @@ struct KPT_STATUS : Yosys::Pass {
   }
 } kpt_status;
 
+// The words of a command.
+std::string spaced(std::initializer_list<std::string_view> words) {
+  std::string command;
+  for (const std::string_view word : words) {
+    command += command.empty() ? "" : " ";
+    command += word;
+  }
+  return command;
+}
+
 struct KPT_PROVE : Yosys::Pass {
   KPT_PROVE() : Pass("kpt_prove", "prove a netlist equal to its source by a keypoint database") {}
   void help() override {
@@ -132,18 +144,19 @@ struct KPT_PROVE : Yosys::Pass {
       Yosys::log_cmd_error("There is a module equiv already.\n");
     }
     find_database(name);
-    const std::string both = args[at] + " " + args[at + 1];
     const std::string codes = Yosys::make_temp_file();
+    const std::string both = spaced({args[at], args[at + 1]});
     // Does not clean up between the steps, because that would delete nets by which registers are found.
     for (const std::string& step :
-         {std::string("proc"), "flatten " + both, "memory_collect " + both, "memory_map " + both,
-          "kpt_apply -name " + name + " -encfile " + codes + " " + both, "pmuxtree " + both, "setundef -zero " + both,
-          "async2sync " + both, "equiv_make -encfile " + codes + " " + both + " equiv",
-          "equiv_simple -seq " + simple + " equiv", "equiv_induct -seq " + induct + " equiv"}) {
+         {std::string("proc"), spaced({"flatten", both}), spaced({"memory_collect", both}),
+          spaced({"memory_map", both}), spaced({"kpt_apply -name", name, "-encfile", codes, both}),
+          spaced({"pmuxtree", both}), spaced({"setundef -zero", both}), spaced({"async2sync", both}),
+          spaced({"equiv_make -encfile", codes, both, "equiv"}), spaced({"equiv_simple -seq", simple, "equiv"}),
+          spaced({"equiv_induct -seq", induct, "equiv"})}) {
       Yosys::Pass::call(design, step);
     }
     std::remove(codes.c_str());
-    Yosys::Pass::call(design, "kpt_status -name " + name + " equiv");
+    Yosys::Pass::call(design, spaced({"kpt_status -name", name, "equiv"}));
     Yosys::Pass::call(design, asserts ? "equiv_status -assert equiv" : "equiv_status equiv");
   }
 } kpt_prove;

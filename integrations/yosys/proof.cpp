@@ -123,6 +123,7 @@ class PROOF {
   void tie_gold(const MEMBER& member);
   void miss(const NETS& nets, const char* what, const std::string& name);
   void hide_names();
+  static void drop_messages(RTLIL::Module* module);
   static void part_outputs(RTLIL::Module* module);
   static void part_output(RTLIL::Module* module, RTLIL::Wire* wire);
 
@@ -134,7 +135,18 @@ class PROOF {
   PROOF_SUMMARY m_summary;
 };
 
+// What prints and checks is no part of what is compared, and async2sync does not know it with several triggers.
+void PROOF::drop_messages(RTLIL::Module* module) {
+  for (RTLIL::Cell* const cell : std::vector<RTLIL::Cell*>(module->cells())) {
+    if (const std::string type = cell->type.c_str(); type == "$print" || type == "$check") {
+      module->remove(cell);
+    }
+  }
+}
+
 PROOF_SUMMARY PROOF::run() {
+  drop_messages(m_gold.module());
+  drop_messages(m_gate.module());
   for (const KPT_REGISTER_TRANSFORMATION& map : m_db.get_transformation_set().get_list_of_register_transformations()) {
     apply(map);
   }

@@ -44,3 +44,27 @@ for design in elevator fifo framer; do
   expect log '0 unknown'
   prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "$design: unproven with the database"; }
 done
+
+# abc -dff reads p & q where the source reads r, because both are equal in all states that occur. So r is
+# gone, and s is the same only in these states.
+cat >implied.v <<'V'
+module implied(input clk, input arst, input a, input b, input c, output y, output [1:0] z);
+  reg p, q, r, s;
+  always @(posedge clk or posedge arst)
+    if (arst) begin
+      p <= 1'b0; q <= 1'b0; r <= 1'b0; s <= 1'b0;
+    end else begin
+      p <= a; q <= b; r <= a & b; s <= s ^ r ^ c;
+    end
+  assign y = s ^ c, z = {p, q};
+endmodule
+V
+source=implied.v
+top=implied
+run log "read_verilog implied.v; proc; kpt_track -audit; opt; techmap; simplemap; opt_clean; abc -dff; opt_clean
+         rename -hide w:*; rename -enumerate; kpt_stage; kpt_show -o shown; kpt_save kpt.xml; write_rtlil gate.il"
+expect log '1 unknown' 'Audit: 3 facts hold in 256 runs of 64 cycles, 0 have no known values, 0 are false.'
+[ "$(sed 's/_[0-9]*_$/N/' shown)" = 'p = z[1]
+q = z[0]
+s = N' ] || fail "found: $(cat shown)"
+prove with.log gate.il kpt.xml || { tail -n 20 with.log; fail "unproven with the database"; }
