@@ -48,6 +48,16 @@ TEST(XmlReader, LoadsNothingFromAFileWithAnErrorAtItsEnd) {
   EXPECT_TRUE(loaded.db->get_reference_set()->is_empty());
 }
 
+TEST(XmlReader, SaysWhyAFileWasNotLoadedCompletely) {
+  const FOLDER folder;
+  KPT_XML_READER reader;
+  const DATABASE db = new_database("d");
+  EXPECT_FALSE(
+      reader.load_kpt_xml(folder.file_of("<kpt_db name='d'><transformations_set/><more/></kpt_db>"), db.get()));
+  EXPECT_EQ(reader.problem().kind, KPT_LOAD_PROBLEM::NOT_COMPLETE);
+  EXPECT_EQ(reader.problem().message, "something follows the transformations");
+}
+
 TEST(XmlReader, LoadsOneFileAfterAnother) {
   KPT_XML_READER reader;
   const DATABASE first = new_database("first");

@@ -328,7 +328,7 @@ TEST_F(Record, RefusesAnIncompleteFileWhenToldTo) {
   for (const char* const more : {"--complete", "--keep-going"}) {
     const RUN_RESULT result = kptdb({"record", "e.jsonl", "-o", "e.xml", "--complete", more});
     EXPECT_EQ(result.exit_code, 3);
-    EXPECT_EQ(result.err, "kptdb: e.jsonl:1: the file has no end event: what wrote it may not have come to its end\n");
+    EXPECT_EQ(result.err, "kptdb: e.jsonl:1: the file has no end event, so it may be incomplete\n");
     EXPECT_FALSE(exists("e.xml"));
   }
   EXPECT_EQ(good({"record", "e.jsonl", "-o", "e.xml"}), "e.xml: 1 event recorded\n");
@@ -350,11 +350,11 @@ TEST_F(Record, HoldsAFileToItsEnd) {
 
 TEST_F(Record, RefusesAKeyThatStandsThereTwice) {
   EXPECT_THAT(refusal(R"({"event":"retime_inverter","register":"b","register":"c"})", 3),
-              HasSubstr("the key \"register\" stands there twice"));
+              HasSubstr("the key \"register\" occurs twice"));
   EXPECT_THAT(
       refusal(R"({"event":"associate","reference":{"name":"x","name":"y","entity":"e","type":"t"},"transformed":"c"})",
               3),
-      HasSubstr("the key \"name\" stands there twice"));
+      HasSubstr("the key \"name\" occurs twice"));
 }
 
 }  // namespace

@@ -105,7 +105,7 @@ TEST_F(Wave, DecodesAMachineAndCountsUnknownCodes) {
   dump("$var wire 1 ! h0 $end\n$var wire 1 \" h1 $end\n$var wire 1 # h2 $end\n",
        "#0\n1!\n0\"\n0#\n#10\n0!\n1\"\n#20\n1#\n#30\n0\"\n#40\nx#\n");
   EXPECT_EQ(shown(), "#0 $dumpvars b00 ! $end #10 b01 ! #20 bxx ! #30 b10 ! #40 bxx ! ");
-  EXPECT_THAT(read("report"), HasSubstr("  1 times a state machine had a code that its table does not list, "
+  EXPECT_THAT(read("report"), HasSubstr("  a state machine had a code that its table does not list: 1 time, "
                                         "first s[1] at 20\n"));
 }
 
@@ -120,7 +120,7 @@ TEST_F(Wave, ShowsXWhereReplicasDisagreeAndSaysSo) {
   record("d.xml", kept("a", "t") + "{\"event\":\"replicate\",\"register\":\"t\",\"replica\":\"t2\"}\n");
   dump("$var wire 1 ! t $end\n$var wire 1 \" t2 $end\n", "#0\n0!\n0\"\n#5\n1!\n1\"\n#6\n0!\n#7\n0\"\n#8\nx\"\n");
   EXPECT_EQ(shown(), "#0 $dumpvars 0! $end #5 1! #6 x! #7 0! #8 ");
-  EXPECT_THAT(read("report"), HasSubstr("  1 times copies of a register disagreed, first a at 6\n"));
+  EXPECT_THAT(read("report"), HasSubstr("  copies of a register disagreed: 1 time, first a at 6\n"));
 }
 
 TEST_F(Wave, ShowsWhatATimeEndsWith) {

@@ -38,7 +38,7 @@ class KEYS {
     } else if (event == JSON::parse_event_t::object_end) {
       m_open.pop_back();
     } else if (event == JSON::parse_event_t::key && !m_open.back().insert(parsed.get<std::string>()).second) {
-      refuse(fmt::format("the key \"{}\" stands there twice", printable(parsed.get<std::string>())));
+      refuse(fmt::format("the key \"{}\" occurs twice", printable(parsed.get<std::string>())));
     }
   }
 

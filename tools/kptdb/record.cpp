@@ -80,7 +80,7 @@ class REPLAY {
   void expect_end(RECORDING& recording) {
     if (!m_replay.has_ended()) {
       recording.is_complete = false;
-      refuse(recording, "", "the file has no end event: what wrote it may not have come to its end");
+      refuse(recording, "", "the file has no end event, so it may be incomplete");
     }
   }
 

@@ -37,9 +37,9 @@ JSON json_of(const WAVE_COUNTS& counts, const WAVE_OPTIONS& options) {
 }
 
 std::string event_line(const WAVE_EVENT& event, std::string_view what) {
-  return event.count == 0
-             ? ""
-             : fmt::format("  {} {}, first {} at {}\n", event.count, what, printable(event.name), event.time);
+  return event.count == 0 ? ""
+                          : fmt::format("  {}: {}, first {} at {}\n", what, counted(event.count, "time"),
+                                        printable(event.name), event.time);
 }
 
 std::string count_line(std::size_t count, std::string_view what) {
@@ -53,8 +53,8 @@ std::string text_of(const WAVE_COUNTS& counts, const WAVE_OPTIONS& options) {
          count_line(counts.constant, "constant") + count_line(counts.no_successor, "without a successor") +
          count_line(counts.not_in_dump, "not in the dump") +
          count_line(counts.ambiguous, "ambiguous: their names stand for several signals of the dump") +
-         event_line(counts.disagreement, "times copies of a register disagreed") +
-         event_line(counts.unknown_code, "times a state machine had a code that its table does not list");
+         event_line(counts.disagreement, "copies of a register disagreed") +
+         event_line(counts.unknown_code, "a state machine had a code that its table does not list");
 }
 
 void refuse_nothing_found(const WAVE_COUNTS& counts, const WAVE_OPTIONS& options) {
