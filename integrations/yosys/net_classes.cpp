@@ -1,6 +1,7 @@
 #include "net_classes.h"
 
 #include <algorithm>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <unordered_set>
@@ -15,7 +16,8 @@ namespace {
 
 constexpr std::size_t MOST_NODES = 20000;
 constexpr int MOST_QUESTIONS = 2000;
-constexpr int MOST_SECONDS = 30;  // for one question
+constexpr int MOST_SECONDS = 30;          // for one question
+constexpr int MOST_SECONDS_IN_ALL = 180;  // of processor time, for all questions about a netlist
 constexpr int RUNS = 128;
 constexpr int CYCLES = 48;
 constexpr int CYCLES_AFTER = 160;
@@ -227,7 +229,7 @@ bool NET_CLASSES::search(ezSAT& solver, const std::vector<int>& values, const st
     }
     std::vector<bool> moment;
     const bool found = !any.empty() && solver.solve(asked, moment, solver.expression(ezSAT::OpOr, any));
-    m_gave_up = m_gave_up || solver.getSolverTimoutStatus() || question >= MOST_QUESTIONS;
+    m_gave_up = m_gave_up || solver.getSolverTimoutStatus() || question >= MOST_QUESTIONS || std::clock() > m_end;
     if (!found || m_gave_up) {
       return question == 0;
     }
@@ -401,6 +403,7 @@ std::vector<REGISTER_PAIRS::PAIR> NET_CLASSES::pairs() {
   if (!find_clocks()) {
     return {};
   }
+  m_end = std::clock() + MOST_SECONDS_IN_ALL * CLOCKS_PER_SEC;
   m_signals.push_back({});
   add_signals(false);
   add_signals(true);

@@ -11,6 +11,7 @@
 #ifndef NET_CLASSES_H
 #define NET_CLASSES_H
 
+#include <ctime>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -67,6 +68,7 @@ class NET_CLASSES {
   std::vector<SIGNAL> m_signals;
   std::vector<std::pair<std::string, bool>> m_clocks[2];  // of each register: the input, and whether inverted
   WORDS m_words{std::mt19937_64(1)};
+  std::clock_t m_end = 0;  // the processor time at which the search gives up
   bool m_gave_up = false;
 };
 
