@@ -10,11 +10,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "db/kpt/kpt_held_text.h"
-#include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
-#include "db/kpt/kpt_unregistered_db.h"
-#include "db/kpt/kpt_xml_reader.h"
 #include "tests/format/databases.h"
 #include "tests/format/save_fixture.h"
 #include "tests/format/system_calls.h"

@@ -7,6 +7,7 @@
 #include "db/kpt/kpt_keypoint_set.h"
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_unregistered_db.h"
+#include "db/kpt/kpt_xml_reader.h"
 #include "tests/format/databases.h"
 #include "tests/format/save_fixture.h"
 #include "tests/support/host_lines.h"
