@@ -366,7 +366,7 @@ bool NET_CLASSES::settle() {
   return !m_gave_up;
 }
 
-std::vector<REGISTER_PAIRS::PAIR> NET_CLASSES::pairs_found() const {
+std::vector<REGISTER_PAIR> NET_CLASSES::pairs_found() const {
   std::unordered_map<int, int> registers[2];  // by net
   for (const bool after : {false, true}) {
     for (std::size_t i = 0; i < netlist(after).storage().size(); ++i) {
@@ -394,7 +394,7 @@ std::vector<REGISTER_PAIRS::PAIR> NET_CLASSES::pairs_found() const {
   return found;
 }
 
-std::vector<REGISTER_PAIRS::PAIR> NET_CLASSES::pairs() {
+std::vector<REGISTER_PAIR> NET_CLASSES::pairs() {
   for (const bool after : {false, true}) {
     if (netlist(after).has_loops() || netlist(after).nodes().size() > MOST_NODES) {
       return {};

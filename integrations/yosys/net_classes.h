@@ -18,14 +18,15 @@
 #include <vector>
 
 #include "literals.h"
-#include "register_pairs.h"
+#include "register_pair.h"
+#include "side_by_side.h"
 #include "words.h"
 
 namespace kpt_yosys {
 
 class NET_CLASSES {
  public:
-  using PAIR = REGISTER_PAIRS::PAIR;
+  using PAIR = REGISTER_PAIR;
 
   /// `known` are pairs that hold at all times.
   NET_CLASSES(SIDE_BY_SIDE& both, const std::vector<PAIR>& known) : m_both(both), m_known(known) {}

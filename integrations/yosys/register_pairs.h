@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "register_pair.h"
 #include "side_by_side.h"
 
 namespace kpt_yosys {
@@ -14,12 +15,7 @@ class REGISTER_PAIRS {
  public:
   REGISTER_PAIRS(SIMULATION before, SIMULATION after) : m_both(std::move(before), std::move(after)) {}
 
-  /// Both are numbers in storage(); m_after is -1 for the constant 0.
-  struct PAIR {
-    int m_before = -1;
-    int m_after = -1;
-    bool m_inverted = false;
-  };
+  using PAIR = REGISTER_PAIR;
 
   const SIMULATION& before() const { return m_both.reference(); }
   const SIMULATION& after() const { return m_both.present(); }

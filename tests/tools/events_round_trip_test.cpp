@@ -163,7 +163,7 @@ TEST_F(EventsRoundTrip, AnswersEveryQuestionOfAnyDatabaseInTheSameWay) {
     const std::string file = (folder() / "any.xml").string();
     ASSERT_TRUE(made.save_atomically(file));
     good({"export", "--format", "events", "any.xml", "-o", "any.jsonl"});
-    good({"record", "--complete", "any.jsonl", "-o", "again.xml"});
+    ASSERT_EQ(kptdb({"record", "--complete", "any.jsonl", "-o", "again.xml"}).exit_code, 0);  // tables may contradict
     const KPT_UNREGISTERED_DB saved = KPT_UNREGISTERED_DB::load(file);
     const KPT_UNREGISTERED_DB again = KPT_UNREGISTERED_DB::load((folder() / "again.xml").string());
     EXPECT_EQ(answers(*saved), answers(*again));

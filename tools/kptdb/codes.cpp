@@ -10,8 +10,8 @@ namespace {
 
 // The pairs are sorted and distinct, so two neighbours with the same first code have different second codes.
 std::string contradiction(const STATE_CODES& codes, const char* side, const char* other) {
-  const auto found =
-      std::adjacent_find(codes.begin(), codes.end(), [](const auto& a, const auto& b) { return a.first == b.first; });
+  const auto found = std::adjacent_find(
+      codes.begin(), codes.end(), [](const auto& a, const auto& b) { return a.first == b.first && !a.first.empty(); });
   return found == codes.end() ? std::string()
                               : fmt::format("the {} code {} faces the {} codes {} and {}", side, found->first, other,
                                             found->second, std::next(found)->second);

@@ -14,7 +14,8 @@ namespace kptdb {
 using STATE_CODES = std::vector<std::pair<std::string, std::string>>;
 
 /// A text about the first code of one side that belongs to several codes of the other side,
-/// which is a contradiction; empty when there is none. The same pair may occur twice.
+/// which is a contradiction; empty when there is none. The same pair may occur twice. A side without registers has no
+/// code.
 std::string contradiction_in(STATE_CODES codes);
 
 }  // namespace kptdb

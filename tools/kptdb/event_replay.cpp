@@ -10,25 +10,22 @@ namespace kptdb {
 
 namespace {
 
-// A map that is taken over as it is may contradict itself: it is recorded, because another database has it.
-std::string contradiction_taken_over(const EVENT& event) {
+// A map may list codes that contradict each other, because a database may: a composition leaves out registers that told
+// the states apart. So such a map is recorded, with a warning.
+std::string contradiction_in_map(const EVENT& event) {
   const MAP* const map = std::get_if<MAP>(&event.what);
-  return map == nullptr || !map->as_it_is || !map->table ? std::string() : contradiction_in(map->table->states);
+  return map == nullptr || !map->table ? std::string() : contradiction_in(map->table->states);
 }
 
-// The table of a new machine.
-std::string contradiction_in_new(const EVENT& event) {
-  if (const auto* const machine = std::get_if<ASSOCIATE_FSM>(&event.what)) {
-    return contradiction_in(machine->states);
-  }
-  const MAP* const map = std::get_if<MAP>(&event.what);
-  return map == nullptr || map->as_it_is || !map->table ? std::string() : contradiction_in(map->table->states);
+std::string contradiction_in_machine(const EVENT& event) {
+  const auto* const machine = std::get_if<ASSOCIATE_FSM>(&event.what);
+  return machine == nullptr ? std::string() : contradiction_in(machine->states);
 }
 
 }  // namespace
 
 std::string record_event(const KPT_KEYPOINTS_DB& db, const EVENT& event, HOST_LINES& lines) {
-  const std::string reason = contradiction_in_new(event);
+  const std::string reason = contradiction_in_machine(event);
   return reason.empty() ? replay(db, event, lines) : reason;
 }
 
@@ -42,7 +39,7 @@ std::optional<EVENT_REPLAY::REFUSAL> EVENT_REPLAY::take(std::string_view line, H
       return std::nullopt;
     }
     ++m_events;
-    m_warning = contradiction_taken_over(event);
+    m_warning = contradiction_in_map(event);
     const std::string reason = record_event(m_db, event, host_lines);
     if (!reason.empty()) {
       return REFUSAL{describe(event), reason};
