@@ -227,7 +227,7 @@ bool REGISTER_PAIRS::fails_by_solver(std::vector<char>& fails) {
       }
     }
     std::vector<bool> values;
-    if (left.empty() || !solver->solve(failing, values, {solver->expression(ezSAT::OpOr, left)})) {
+    if (left.empty() || !solver->solve(failing, values, solver->expression(ezSAT::OpOr, left))) {
       m_gave_up = m_gave_up || solver->getSolverTimoutStatus();
       return any;
     }

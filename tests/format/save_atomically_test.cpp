@@ -267,7 +267,7 @@ class SaveAtomicallyBroken : public SaveAtomically, public testing::WithParamInt
   int save_killed_at(unsigned at) const {
     const auto body = [](const std::string& argument) {
       const DATABASE db = large_database();
-      SYSTEM_CALLS watched(SYSTEM_CALLS::KILL, static_cast<unsigned>(argument.front()));
+      SYSTEM_CALLS watched(SYSTEM_CALLS::KILL, static_cast<unsigned char>(argument.front()));
       break_in(watched);
       return db->save_atomically(argument.substr(1)) ? 0 : 1;
     };
@@ -426,7 +426,7 @@ TEST_P(SaveAtomicallyBroken, IsWholeOrNotAtAllWhicheverSystemCallItIsKilledBefor
   for (unsigned at = 0; result == -SIGKILL; ++at) {
     write_file(m_path, EARLIER);
     const auto body = [](const std::string& argument) {
-      const auto killed_at = static_cast<unsigned>(argument.front());
+      const auto killed_at = static_cast<unsigned char>(argument.front());
       return SAVE_WITH_TROUBLE(true, !GetParam(), argument.substr(1), SYSTEM_CALLS::KILL, killed_at, 0).saved() ? 0 : 1;
     };
     result = in_child(body, std::string(1, static_cast<char>(at)) + m_path);
