@@ -22,7 +22,7 @@ std::string contradiction(const STATE_CODES& codes, const char* side, const char
 std::string contradiction_in(STATE_CODES codes) {
   std::sort(codes.begin(), codes.end());
   codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
-  const std::string of_reference = contradiction(codes, "reference", "transformed");
+  std::string of_reference = contradiction(codes, "reference", "transformed");
   if (!of_reference.empty()) {
     return of_reference;
   }
