@@ -208,6 +208,17 @@ TEST(Load, KeepsTheLaterOfTwoRegistersOfOneName) {
   EXPECT_THAT(maps_of("same_name_twice.xml"), ElementsAre("null a~ -> "));
 }
 
+TEST(Load, FindsRegistersWhoseIdsAreFarApart) {
+  const DATABASE db = new_database("d");
+  for (const long id : {1L, 1000000L, 2000000000L}) {
+    db->get_transformation_set()->add_map(db->add_to_register_set(KPT_REFERENCE_SET, id, "r" + std::to_string(id)),
+                                          db->add_to_register_set(KPT_TRANSFORMED_SET, id, "t" + std::to_string(id)));
+  }
+  const FOLDER folder;
+  const LOADED loaded = load(folder.file_of(saved(*db)));
+  EXPECT_THAT(maps(*loaded.db), ElementsAre("r1~ -> t1~", "r1000000~ -> t1000000~", "r2000000000~ -> t2000000000~"));
+}
+
 // The key does not contain the entity.
 TEST(Load, ReplacesAnInstanceByALaterOneOfAnotherEntity) {
   EXPECT_THAT(reference_registers_of("same_instance_twice.xml"), ElementsAre("2:a/u2/dff"));

@@ -65,7 +65,10 @@ INSTANTIATE_TEST_SUITE_P(
                     TEXT{"utf_8", "<a name=\"\xC3\xA9\">\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80</a>"},
                     TEXT{"a_closing_bracket_in_a_text", "<a name=\"d\">count<b/>[3]> ]]&gt;</a>"},
                     TEXT{"quotes_in_texts", "<a name=\"d'\">'\"</a>"},
-                    TEXT{"many_attributes", "<a name=\"d\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\"/>"}),
+                    TEXT{"many_attributes", "<a name=\"d\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\"/>"},
+                    TEXT{"many_attributes_of_one_name_in_two_elements",
+                         "<a name=\"d\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\">"
+                         "<b name=\"d\" b=\"\" c=\"\" d=\"\" e=\"\" f=\"\" g=\"\" h=\"\" i=\"\"/></a>"}),
     name_of);
 
 class OtherFileWith : public testing::TestWithParam<TEXT> {};
@@ -88,6 +91,8 @@ INSTANTIATE_TEST_SUITE_P(
         TEXT{"a_reference_without_an_end", "<a name=\"d\">&lt</a>"},
         TEXT{"the_end_of_a_section", "<a name=\"d\">]]></a>"}, TEXT{"a_control_character", "<a name=\"d\">\x01</a>"},
         TEXT{"a_null", std::string("<a name=\"d\">\0</a>", 17)}, TEXT{"half_a_character", "<a name=\"d\">\xC3</a>"},
+        TEXT{"a_byte_within_a_character", "<a name=\"d\">\x80</a>"},
+        TEXT{"such_a_byte_in_a_value", "<a name=\"\x80\"/>"},
         TEXT{"an_overlong_character", "<a name=\"d\">\xC0\x80</a>"},
         TEXT{"an_encoded_half", "<a name=\"d\">\xED\xA0\x80</a>"},
         TEXT{"no_character", "<a name=\"d\">\xEF\xBF\xBE</a>"},

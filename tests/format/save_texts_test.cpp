@@ -157,6 +157,13 @@ TEST_F(SavedTexts, GivesEveryCharacterOfAnAttributeBack) {
   EXPECT_EQ(std::string_view((*loaded->get_reference_set().begin()).get_attribute(all)), all);
 }
 
+TEST_F(SavedTexts, WritesAReferenceForTheEndOfASectionWithWhichANameBegins) {
+  const DATABASE db = new_database("d");
+  db->add_to_register_set(KPT_REFERENCE_SET, 1, "]]>b");
+  EXPECT_TRUE(db->save_atomically(m_path));
+  EXPECT_THAT(read_file(m_path), testing::HasSubstr("<name>]]&gt;b</name>\n"));
+}
+
 // Escapes only what XML needs escaped, because flows compare files.
 TEST_F(SavedTexts, WritesReferencesForWhatWouldNotComeBackAlone) {
   const DATABASE db = new_database("a\"b");
