@@ -9,6 +9,7 @@
 #include "db/kpt/kpt_xml_reader.h"
 #include "tests/format/databases.h"
 #include "tests/support/host_lines.h"
+#include "tests/support/load_outcome.h"
 
 namespace {
 
@@ -215,7 +216,9 @@ TEST(Load, FindsRegistersWhoseIdsAreFarApart) {
                                           db->add_to_register_set(KPT_TRANSFORMED_SET, id, "t" + std::to_string(id)));
   }
   const FOLDER folder;
-  const LOADED loaded = load(folder.file_of(saved(*db)));
+  const std::string path = folder.file_of(saved(*db));
+  EXPECT_EQ(load_outcome(path, LOAD_WAY::SCANNER_FIRST), load_outcome(path, LOAD_WAY::DOCUMENT));
+  const LOADED loaded = load(path);
   EXPECT_THAT(maps(*loaded.db), ElementsAre("r1~ -> t1~", "r1000000~ -> t1000000~", "r2000000000~ -> t2000000000~"));
 }
 
