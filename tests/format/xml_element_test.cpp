@@ -317,6 +317,13 @@ TEST_F(XmlElement, GivesNamesAndTextsBeyondAsciiInUtf8) {
   EXPECT_TRUE(ok);
 }
 
+// Only names of XML 1.1 have them.
+TEST_F(XmlElement, FindsNamesWithCharactersOfTwoUnits) {
+  const KPT_XML_ELEMENT root = parse("<?xml version='1.1'?><r \xF0\x90\x90\x80='x' \xF0\x9F\x98\x80='y'/>");
+  EXPECT_EQ(root.get_attribute_by_name("\xF0\x90\x90\x80"), "x");
+  EXPECT_EQ(root.get_attribute_by_name("\xF0\x9F\x98\x80"), "y");
+}
+
 TEST_F(XmlElement, FindsNothingUnderANameThatIsNoUtf8) {
   const KPT_XML_ELEMENT root = parse("<r \xC3\xA4='x'/>");
   EXPECT_EQ(root.get_attribute_by_name("\xE4"), "");
