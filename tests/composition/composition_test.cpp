@@ -197,6 +197,13 @@ TEST_F(ComposedStages, AreRefusedWhenTheySayTwoValuesOfARegister) {
   EXPECT_EQ(error(), "stages 1 and 2 say 0 and 1 of \"q\" of netlist 2");
 }
 
+TEST_F(ComposedStages, NameTheOneStageThatContradictsItself) {
+  first->add_groups_as_they_are({group({"q"}, {"q"})}, {group({"q"})}, nullptr);
+  second->associate_registers_signal_to_signal("q", "last");
+  EXPECT_FALSE(compose());
+  EXPECT_EQ(error(), "the maps of stage 1 say 0 and 1 of \"q\" of netlist 1");
+}
+
 TEST_F(ComposedStages, AreNotWrittenIntoADatabaseThatHoldsSomething) {
   all->associate_registers_signal_to_signal("a", "b");
   EXPECT_FALSE(compose());

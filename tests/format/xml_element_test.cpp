@@ -188,6 +188,7 @@ TEST_F(XmlElement, ListsDescendantsOfANameInDocumentOrder) {
   ASSERT_TRUE(ok);
   EXPECT_FALSE(list.is_null());
   std::vector<std::string> texts;
+  texts.reserve(static_cast<std::size_t>(list.size()));
   for (int i = 0; i < list.size(); ++i) {
     texts.emplace_back(list.item(i, &ok).get_text_content());
   }
