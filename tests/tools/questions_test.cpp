@@ -56,6 +56,16 @@ TEST_F(Questions, InfoShowsMemoryByType) {
   EXPECT_GE(memory[0]["peak_bytes"], memory[0]["live_bytes"]);
 }
 
+// The status of a machine is about its first reference register. Its code tells that q is 1 and p is 0.
+TEST_F(Questions, ConstantOfAMachineIsNotTakenForThatOfItsSuccessors) {
+  record("c.xml", R"({"event":"map","reference":[{"same":["a"]}],"transformed":[{"same":["p"]},{"same":["q"]}],)"
+                  R"("states":[["1","01"]],"status":"stuck_at_one"})"
+                  "\n");
+  EXPECT_THAT(good({"show", "c.xml", "a"}), HasSubstr("constant 1"));
+  EXPECT_THAT(good({"show", "c.xml", "p", "q"}), Not(HasSubstr("constant")));
+  EXPECT_EQ(json({"list", "c.xml", "--side", "transformed", "--fate", "machine"})["registers"].size(), 2U);
+}
+
 TEST_F(Questions, InfoOfADatabaseWithoutRegistersHasNoShares) {
   record("empty.xml", "");
   EXPECT_THAT(good({"info", "empty.xml"}), ContainsRegex("mapped +0 +-\n"));

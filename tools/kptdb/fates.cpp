@@ -8,11 +8,12 @@ namespace {
 
 bool is_constant(const KPT_REGISTER_TRANSFORMATION& map) { return map.is_stuck_at_zero() || map.is_stuck_at_one(); }
 
-// In a machine, the first index may be constant, and all others have the same fate.
+// In a machine, the status is about the first reference index alone, and all other columns have the same fate.
 KPT_FATE_ENUM fate_at(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, std::size_t index) {
   const bool is_other_column = map.has_fsm() && (side == KPT_TRANSFORMED_SET || index > 0);
   const std::size_t told = is_other_column ? map.get_number_of_indices(KPT_REFERENCE_SET) - 1 : index;
-  return map.get_fate(static_cast<unsigned short>(told));
+  const KPT_FATE_ENUM fate = map.get_fate(static_cast<unsigned short>(told));
+  return is_other_column && fate == KPT_FATE_CONSTANT ? KPT_FATE_MACHINE : fate;
 }
 
 }  // namespace
