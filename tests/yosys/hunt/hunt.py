@@ -30,11 +30,11 @@ import simulation  # noqa: E402
 class Totals:
     def __init__(self):
         self.designs = self.checked = self.silent = self.nothing = self.broken = self.false = 0
-        self.ended = collections.Counter()  # by Yosys' message
+        self.ended = collections.Counter()  # by the reason
 
     def __str__(self):
         return "%d designs: %d claims checked, %d never seen, %d designs without any; " \
-               "%d netlists wrong, %d flows ended by Yosys; %d false claims" % (
+               "%d netlists wrong, %d flows ended early; %d false claims" % (
                    self.designs, self.checked, self.silent, self.nothing, self.broken, sum(self.ended.values()), self.false)
 
 
@@ -111,7 +111,11 @@ def hunt(seed, folder, options, totals):
         return []
     found = claims.claims(folder + "/kpt.xml")
     models = [options.cells + "/cells.v"]
-    outcome = simulation.simulate(folder, source, found, seed, models)
+    try:
+        outcome = simulation.simulate(folder, source, found, seed, models)
+    except simulation.DoesNotEnd as reason:
+        totals.ended[str(reason)] += 1
+        return []
     with open(folder + "/yosys.log", encoding="utf-8") as log:
         false = outcome.false + [claims.Claim("refused: " + line.strip(), [], []) for line in log
                                  if "The audit refutes" in line]
@@ -150,7 +154,7 @@ def main():
             for claim in false:
                 print("seed %d: false: %s" % (seed, claim.text), flush=True)
     for reason, count in totals.ended.most_common():
-        print("%d ended by Yosys: %s" % (count, reason))
+        print("%d ended early: %s" % (count, reason))
     print(totals)
     return totals.false != 0
 
