@@ -152,6 +152,30 @@ TEST_F(DocumentShape, OfVersion11IsLoaded) {
   EXPECT_NE(m_db, nullptr);
 }
 
+TEST_F(DocumentShape, OfVersion11AllowsMoreNames) {
+  load("<?xml version='1.1'?><kpt_db name='d'><?\xF0\x90\x80\x80?></kpt_db>");
+  EXPECT_NE(m_db, nullptr);
+}
+
+TEST_F(DocumentShape, OfADeclarationWithoutAVersionIsASyntaxError) {
+  const HOST_LINES lines;
+  load("<?xml encoding='UTF-8'?><kpt_db name='d'/>");
+  EXPECT_EQ(m_db, nullptr);
+  EXPECT_THAT(lines.errors(), ElementsAre(HasSubstr("Syntax error in XML Keypoint Database " + m_path)));
+}
+
+// Only an attribute that the document type adds to elements has to have a name that a document can hold.
+TEST_F(DocumentShape, OfAnAttributeWithoutADefaultMayHaveAnyName) {
+  load(with_entities("<!ATTLIST kpt_db \xF0\x90\x80\x80 CDATA #IMPLIED><!ATTLIST a>", ""));
+  EXPECT_NE(m_db, nullptr);
+}
+
+TEST_F(DocumentShape, OfTwoTablesThatAreInstructionsHasAnEmptyOne) {
+  load(with_state("", "<noninverts><kp id='1'/></noninverts>", "<?state_table?><?state_table?>"));
+  ASSERT_NE(m_db, nullptr);
+  EXPECT_THAT(maps(*m_db), ElementsAre("a~ ->  []"));
+}
+
 TEST_F(DocumentShape, OfVersion12Or13IsRefusedWithADebugLineAlone) {
   for (const char* version : {"1.2", "1.3"}) {
     const HOST_LINES lines;

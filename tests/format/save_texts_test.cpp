@@ -11,6 +11,7 @@
 #include "tests/format/databases.h"
 #include "tests/format/save_fixture.h"
 #include "tests/support/host_lines.h"
+#include "tests/support/load_outcome.h"
 
 namespace {
 
