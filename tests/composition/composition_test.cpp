@@ -261,6 +261,18 @@ TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
   EXPECT_EQ(word("r"), "unknown");
 }
 
+TEST_F(ComposedStages, HandOnThatAMachineDoesNotShowAllCopies) {
+  KPT_STATE_TABLE table(2, 1, 1);
+  table.set_reference_entry(2, 1, true);
+  table.set_transformed_entry(2, 1, true);
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"p"}, {"t"}, table));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"q"}, {"u"}, table));
+  first->get_reference_register_transformation("q").add_attribute("partial", "yes");
+  ASSERT_TRUE(all->compose({*first}));
+  EXPECT_EQ(text(map("p").get_attribute("partial")), "");
+  EXPECT_EQ(text(map("q").get_attribute("partial")), "yes");
+}
+
 // The column of a bit is the value of its first register that is not inverted.
 // When that register is removed and inverted replicas stay, the event does not
 // change the column, which is then the inverse of each replica.

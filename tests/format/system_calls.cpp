@@ -155,6 +155,11 @@ KPT_BEFORE_THE_C_LIBRARY int access(const char* path, int mode) noexcept {
   return breaks_too("access") ? -1 : static_cast<int>(::syscall(SYS_faccessat, AT_FDCWD, path, mode));
 }
 
+// The process has one user only, so it does not matter whose permission is asked for.
+KPT_BEFORE_THE_C_LIBRARY int faccessat(int folder, const char* path, int mode, int /*flags*/) noexcept {
+  return breaks_too("faccessat") ? -1 : static_cast<int>(::syscall(SYS_faccessat, folder, path, mode));
+}
+
 KPT_BEFORE_THE_C_LIBRARY int fstat(int descriptor, struct stat* state) noexcept {
   return breaks_too("fstat") ? -1 : static_cast<int>(::syscall(SYS_fstat, descriptor, state));
 }

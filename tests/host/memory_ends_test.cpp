@@ -2,6 +2,7 @@
 // only that allocation fails, and once when all later ones fail as well.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -38,7 +39,10 @@ std::string text_of_file(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string temporary(const char* name) { return testing::TempDir() + "memory_ends_" + name + ".xml"; }
+// The process's own, because several may run at a time.
+std::string temporary(const char* name) {
+  return testing::TempDir() + "memory_ends_" + std::to_string(::getpid()) + "_" + name + ".xml";
+}
 
 KPT_STATE_TABLE two_states() {
   KPT_STATE_TABLE table(2, 2, 2);
@@ -142,6 +146,11 @@ bool act_with(const OPERATION& operation, DB& db, long allocations) {
 class MemoryEnds : public testing::TestWithParam<OPERATION> {
  protected:
   void SetUp() override { record().debug = false; }
+  void TearDown() override {
+    for (const char* name : {"state", "saved", "atomic"}) {
+      std::remove(temporary(name).c_str());
+    }
+  }
 
   // Every n, until all allocations of the operation succeed.
   void try_all() {
@@ -365,7 +374,7 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
 
   // The parser makes thousands of allocations. All of them are tried only when
   // the environment variable KPT_EVERY_ALLOCATION is set.
-  static long step_behind(long n) { return n < 100 || std::getenv("KPT_EVERY_ALLOCATION") != nullptr ? 1 : 41; }
+  static long step_behind(long n) { return n < 100 || std::getenv("KPT_EVERY_ALLOCATION") != nullptr ? 1 : 7; }
 
   std::string m_path = temporary("file");
 };
