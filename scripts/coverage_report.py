@@ -105,7 +105,8 @@ def check(sources):
           f" ({100 * (total - others) / total:.1f}%)")
     if 100 * others > MOST_MISSED * total:
         faults.append(f"{CHECKED}: more than {MOST_MISSED:g}% of the branches that tests can take are never taken")
-    print(*faults, sep="\n", file=sys.stderr)
+    for fault in faults:
+        print(fault, file=sys.stderr)
     return not faults
 
 
