@@ -353,8 +353,8 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
     std::ofstream(m_path) << "<!DOCTYPE kpt_db [<!ENTITY e 'x'>]>" << plain;
   }
 
-  // `create` throws std::bad_alloc or makes a database, which `destroy` destroys.
-  static void create_all(const std::function<void()>& create, const std::function<void()>& destroy) {
+  // `create` throws std::bad_alloc or makes a database. `destroy` answers whether there was one.
+  static void create_all(const std::function<void()>& create, const std::function<bool()>& destroy) {
     for (long n = 0;; ++n) {
       const long blocks = record().live_blocks;
       s_has_failed = false;
@@ -364,9 +364,10 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
       } catch (const std::bad_alloc&) {
       }
       s_allocations_left = -1;
-      destroy();
+      const bool was_made = destroy();
       ASSERT_EQ(record().live_blocks, blocks) << n;
       if (!s_has_failed) {
+        ASSERT_TRUE(was_made);
         return;
       }
     }
@@ -419,12 +420,12 @@ TEST_P(MemoryEndsFor, ADocument) {
 
 TEST_P(MemoryEndsFor, ADatabaseThatIsCreated) {
   create_all([] { manager().create_keypoints_db("a database with a long name"); },
-             [] { manager().destroy_keypoints_db("a database with a long name"); });
+             [] { return manager().destroy_keypoints_db("a database with a long name"); });
 }
 
 TEST_P(MemoryEndsFor, ADatabaseThatNobodyRegisters) {
   KPT_UNREGISTERED_DB db;
-  create_all([&] { db = KPT_UNREGISTERED_DB::create("a database with a long name"); }, [&] { db.destroy(); });
+  create_all([&] { db = KPT_UNREGISTERED_DB::create("a database with a long name"); }, [&] { return db.destroy(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(, MemoryEndsFor, testing::Bool(),
