@@ -11,7 +11,6 @@
 namespace {
 
 using namespace kpt_test;
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
