@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """Prints the share of executed lines and taken branches of each source, from the counts of a build folder.
 
-  coverage_report.py BUILD [PREFIX]   with a prefix: only sources below it, and the lines with a branch never taken
+  coverage_report.py BUILD [PREFIX]   with a prefix: only sources below it, and the branches never taken
+
+docs/coverage.md lists the branches of db/kpt that no test can take, with the reasons. The report fails when more than
+MOST_MISSED percent of the others are never taken, or when a branch of the list does not exist or is taken.
 
 A branch that an exception takes is not counted, and neither is the other branch of the same call: it is no decision
 of the source. The instances of a template and the objects that share a header count as one.
@@ -9,11 +12,15 @@ of the source. The instances of a template and the objects that share a header c
 import collections
 import json
 import pathlib
+import re
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDERS = ("db", "host", "tools", "integrations")
+CHECKED = "db/kpt/"
+MOST_MISSED = 2.0
+LIST = ROOT / "docs/coverage.md"
 
 
 class Source:
@@ -28,6 +35,10 @@ class Source:
         self.lines[number] |= line["count"] > 0
         for place, taken in enumerate(decisions(line.get("branches", []))):
             self.branches[number, place] |= taken
+
+    def missed(self):
+        """The number of branches that nothing took, by line."""
+        return collections.Counter(number for (number, _), taken in sorted(self.branches.items()) if not taken)
 
 
 def decisions(branches):
@@ -67,6 +78,38 @@ def row(name, sources):
     print("   ".join(cells), "", name)
 
 
+def code_of(path):
+    return [line.strip() for line in (ROOT / path).read_text(encoding="utf-8").splitlines()]
+
+
+def listed():
+    """The branches of the list: source, the least and the most that are never taken of a line, and its text."""
+    for line in LIST.read_text(encoding="utf-8").splitlines():
+        if entry := re.fullmatch(r"- `(\S+)`, (up to )?(\d+) of `(.+)`", line):
+            yield pathlib.Path(entry[1]), 0 if entry[2] else int(entry[3]), int(entry[3]), entry[4]
+
+
+def check(sources):
+    """Whether enough branches of the library are taken. Prints the share and what is wrong."""
+    missed = {path: source.missed() for path, source in sources.items() if str(path).startswith(CHECKED)}
+    faults, left_out = [], 0
+    for path, least, most, text in listed():
+        lines = [number for number, code in enumerate(code_of(path), 1) if code == text] if path in missed else []
+        found = sum(missed[path].pop(number, 0) for number in lines)
+        left_out += found
+        if not least <= found <= most:
+            faults.append(f"{LIST.name}: {most} branches of `{text}` in {path} are listed, {found} are never taken")
+    total = sum(len(sources[path].branches) for path in missed) - left_out
+    others = sum(counter.total() for counter in missed.values())
+    print(f"\n{CHECKED}: {left_out} branches that no test can take, {total - others} of {total} others taken"
+          f" ({100 * (total - others) / total:.1f}%)")
+    if 100 * others > MOST_MISSED * total:
+        faults.append(f"{CHECKED}: more than {MOST_MISSED:g}% of the branches that tests can take are never taken")
+    for fault in faults:
+        print(fault, file=sys.stderr)
+    return not faults
+
+
 def main():
     prefix = sys.argv[2] if len(sys.argv) > 2 else ""
     sources = read(pathlib.Path(sys.argv[1]).resolve(), prefix)
@@ -82,8 +125,11 @@ def main():
         print()
         row(prefix, sources.values())
         for path, source in sorted(sources.items()):
-            missed = sorted({number for (number, _), taken in source.branches.items() if not taken})
-            print(*(f"{path}:{number}" for number in missed), sep="\n")
+            code = code_of(path)
+            for number, count in source.missed().items():
+                print(f"{path}:{number}: {count} of `{code[number - 1]}`")
+    if CHECKED.startswith(prefix) and not check(sources):
+        sys.exit(1)
 
 
 if __name__ == "__main__":

@@ -21,9 +21,7 @@ KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(std::string_view file_name, KPT_LO
 
 KPT_UNREGISTERED_DB KPT_UNREGISTERED_DB::load(KPT_BYTES& bytes, std::string_view shown_name, KPT_LOAD_PROBLEM* problem,
                                               KPT_FILE_VISITOR* visitor) {
-  KPT_FILE_LOADER loader(bytes, shown_name);
-  loader.set_visitor(visitor);
-  return KPT_UNREGISTERED_DB(loader.load(make, problem).release());
+  return KPT_UNREGISTERED_DB(KPT_FILE_LOADER::load(bytes, shown_name, visitor, make, problem).release());
 }
 
 KPT_UNREGISTERED_DB::KPT_UNREGISTERED_DB(KPT_UNREGISTERED_DB&& other) noexcept : m_db(other.release()) {}

@@ -1,5 +1,5 @@
 // What compositions say, refuse and report, case by case.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -9,6 +9,7 @@
 
 #include "db/kpt/kpt.h"
 #include "tests/composition/machine_tables.h"
+#include "tests/support/host_lines.h"
 
 namespace {
 
@@ -137,6 +138,15 @@ TEST_F(ComposedStages, HandOnPassesAndTheLeastCertainStatus) {
   EXPECT_EQ(text(map("q").get_attribute("status")), "claimed");
 }
 
+TEST_F(ComposedStages, HandOnEachPassOnce) {
+  first->associate_registers_signal_to_signal("q", "q");
+  first->get_reference_register_transformation("q").add_attribute("pass", "opt_dff, , opt_merge");
+  second->associate_registers_signal_to_signal("q", "q");
+  second->get_reference_register_transformation("q").add_attribute("pass", "opt_merge, abc");
+  ASSERT_TRUE(compose());
+  EXPECT_EQ(text(map("q").get_attribute("pass")), "opt_dff, opt_merge, abc");
+}
+
 TEST_F(ComposedStages, HaveNoStatusWhereNoFactHasOne) {
   first->associate_groups({group({"q"})}, {group({"q"})}).add_attribute("pass", "opt_dff");
   second->associate_registers_signal_to_signal("q", "last");
@@ -161,6 +171,18 @@ TEST_F(ComposedStages, TakeRegistersThatAreNotMentionedForKeptWhenToldTo) {
 }
 
 // Reports and refusals.
+
+// The second stage does not mention the register.
+TEST_F(ComposedStages, FollowARegisterPastAStageThatDoesNotMentionIt) {
+  const KPT_UNREGISTERED_DB third = KPT_UNREGISTERED_DB::create("third");
+  first->associate_registers_signal_to_signal("q", "q1");
+  second->associate_registers_signal_to_signal("p", "p");
+  third->associate_registers_signal_to_signal("q1", "q2");
+  KPT_COMPOSITION_OPTIONS options;
+  options.keeps_unrecorded = true;
+  ASSERT_TRUE(all->compose({*first, *second, *third}, options, &report));
+  EXPECT_EQ(text(map("q").get_transformed(0).get_name()), "q2");
+}
 
 TEST_F(ComposedStages, TellHowWellTheyFit) {
   first->associate_registers_signal_to_signal("a", "b");
@@ -210,6 +232,22 @@ TEST_F(ComposedStages, AreNotWrittenIntoADatabaseThatHoldsSomething) {
   EXPECT_EQ(error(), "the database that is to hold the composition is not empty");
 }
 
+TEST_F(ComposedStages, AreNotWrittenIntoADatabaseWithATransformedRegister) {
+  all->add_register_without_map(KPT_TRANSFORMED_SET, std::string_view("b"));
+  EXPECT_FALSE(compose());
+  EXPECT_EQ(error(), "the database that is to hold the composition is not empty");
+}
+
+TEST_F(ComposedStages, AreNotWrittenIntoOneOfThemselves) {
+  EXPECT_FALSE(all->compose({*all}, {}, &report));
+  EXPECT_EQ(error(), "the database that is to hold the composition is not empty");
+}
+
+TEST_F(ComposedStages, AreRefusedWhenThereAreNone) {
+  EXPECT_FALSE(all->compose(KPT_KEYPOINTS_DB_LIST(), {}, &report));
+  EXPECT_EQ(error(), "there are no stages");
+}
+
 TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
   KPT_STATE_TABLE table(2, 1, 1);
   table.set_reference_entry(2, 1, true);
@@ -221,6 +259,18 @@ TEST_F(ComposedStages, WarnOfAMachineWhoseTableEventsHaveBroken) {
   EXPECT_EQ(text(report.warnings[0]),
             "1 machines have tables that do not fit them and say nothing: of stage 1, with \"r\" of netlist 1");
   EXPECT_EQ(word("r"), "unknown");
+}
+
+TEST_F(ComposedStages, HandOnThatAMachineDoesNotShowAllCopies) {
+  KPT_STATE_TABLE table(2, 1, 1);
+  table.set_reference_entry(2, 1, true);
+  table.set_transformed_entry(2, 1, true);
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"p"}, {"t"}, table));
+  ASSERT_TRUE(first->associate_registers_fsm_signals({"q"}, {"u"}, table));
+  first->get_reference_register_transformation("q").add_attribute("partial", "yes");
+  ASSERT_TRUE(all->compose({*first}));
+  EXPECT_EQ(text(map("p").get_attribute("partial")), "");
+  EXPECT_EQ(text(map("q").get_attribute("partial")), "yes");
 }
 
 // The column of a bit is the value of its first register that is not inverted.
@@ -275,29 +325,85 @@ TEST(Groups, AreRefusedWholeWhenARegisterExists) {
   EXPECT_EQ(db->get_transformed_set().size(), 1U);
 }
 
-TEST(Groups, AreRefusedWhenARegisterIsNamedTwice) {
-  const KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
-  EXPECT_TRUE(db->associate_groups({group({"q"}, {"q"})}, {group({"t"})}).is_null());
+// What a refused map's debug line says of the reason.
+class RefusedGroups : public testing::Test {
+ protected:
+  void expect_refused(const KPT_REGISTER_TRANSFORMATION& map, const std::string& reason) {
+    EXPECT_TRUE(map.is_null());
+    EXPECT_THAT(lines.take_debug(), testing::ElementsAre("Error: Map not recorded: " + reason));
+    EXPECT_TRUE(db->get_reference_set().size() == 0 && db->get_transformed_set().size() == 0);
+  }
+
+  KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
+  kpt_test::HOST_LINES lines;
+};
+
+TEST_F(RefusedGroups, NameARegisterTwice) {
+  expect_refused(db->associate_groups({group({"q"}, {"q"})}, {group({"t"})}), "it names q twice");
 }
 
-TEST(Groups, AreRefusedWhenTheTableDoesNotFit) {
-  const KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
-  EXPECT_TRUE(db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(2, 1, 2)).is_null());
-  EXPECT_TRUE(db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(0, 1, 1)).is_null());
-  EXPECT_TRUE(db->associate_groups({group({"q"}), group({"q2"})}, {group({"t"})}).is_null());
+TEST_F(RefusedGroups, HaveATableOfAnotherSize) {
+  const char* const reason = "its table has not its size";
+  expect_refused(db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(2, 1, 2)), reason);
+  expect_refused(db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(2, 2, 1)), reason);
 }
 
-TEST(Groups, AreRefusedWhenTheTableContradictsTheStatus) {
-  const KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
-  EXPECT_TRUE(
-      db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(1, 1, 1), KPT_STUCK_AT_ONE).is_null());
+TEST_F(RefusedGroups, HaveATableWithoutARow) {
+  expect_refused(db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(0, 1, 1)),
+                 "its table has no row");
+}
+
+TEST_F(RefusedGroups, HaveSeveralIndicesAndNoTable) {
+  const char* const reason = "it has several indices and no table";
+  expect_refused(db->associate_groups({group({"q"}), group({"q2"})}, {group({"t"})}), reason);
+  expect_refused(db->associate_groups({group({"q"})}, {group({"t"}), group({"t2"})}), reason);
+}
+
+TEST_F(RefusedGroups, HaveMoreIndicesThanATableHasColumns) {
+  const char* const reason = "it has too many indices";
+  const KPT_GROUPS_SIDE many(65536, group({"q"}));
+  expect_refused(db->associate_groups(many, {group({"t"})}, KPT_STATE_TABLE(1, 0, 1)), reason);
+  expect_refused(db->associate_groups({group({"t"})}, many, KPT_STATE_TABLE(1, 1, 0)), reason);
+}
+
+TEST_F(RefusedGroups, HaveATableThatContradictsTheirStatus) {
+  const char* const reason = "its table contradicts its status";
+  expect_refused(db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(1, 1, 1), KPT_STUCK_AT_ONE),
+                 reason);
+  expect_refused(db->associate_groups({}, {group({"t"})}, KPT_STATE_TABLE(1, 0, 1), KPT_STUCK_AT_ZERO), reason);
   EXPECT_FALSE(
       db->associate_groups({group({"q"})}, {group({"t"})}, KPT_STATE_TABLE(1, 1, 1), KPT_STUCK_AT_ZERO).is_null());
 }
 
-TEST(Groups, AreRefusedWithoutARegister) {
+TEST_F(RefusedGroups, HaveAStatusThatIsUnknown) {
+  for (const int status : {-1, 5}) {
+    expect_refused(db->associate_groups({group({"q"})}, {group({"t"})}, static_cast<KPT_ELIM_ENUM>(status)),
+                   "its status is unknown");
+  }
+}
+
+TEST_F(RefusedGroups, NameNoRegister) { expect_refused(db->associate_groups({group({})}, {}), "it names no register"); }
+
+TEST(Groups, MayBeInvertedAlone) {
   const KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
-  EXPECT_TRUE(db->associate_groups({group({})}, {}).is_null());
+  EXPECT_FALSE(db->associate_groups({group({}, {"q"})}, {}, KPT_STUCK_AT_ZERO).is_null());
+  EXPECT_FALSE(db->associate_groups({}, {group({}, {"t"})}).is_null());
+}
+
+TEST(Groups, AreAddedAsTheyAreWithATableOfAnySize) {
+  const KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
+  const KPT_STATE_TABLE table(3, 2, 5);
+  const KPT_REGISTER_TRANSFORMATION map = db->add_groups_as_they_are({group({"q"})}, {group({"t"})}, &table);
+  EXPECT_TRUE(map.has_fsm());
+  EXPECT_EQ(map.get_number_of_states(), 3);
+  EXPECT_EQ(map.get_fate(0), KPT_FATE_UNKNOWN);
+}
+
+TEST(Register, WithoutAMapIsAddedOnce) {
+  const KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("db");
+  EXPECT_EQ(text(db->add_register_without_map(KPT_REFERENCE_SET, std::string_view("q")).get_name()), "q");
+  EXPECT_TRUE(db->add_register_without_map(KPT_REFERENCE_SET, std::string_view("q")).is_null());
+  EXPECT_EQ(db->get_reference_set().size(), 1U);
 }
 
 // Attributes in files.
@@ -351,6 +457,21 @@ TEST_F(AttributesInAFile, ChangeNothingElse) {
 TEST_F(AttributesInAFile, AreRefusedWhenAFileCannotHoldThem) {
   db->get_reference_register_transformation("q").add_attribute("note", "a \x01 b");
   EXPECT_FALSE(db.save_atomically(file));
+}
+
+TEST_F(AttributesInAFile, AreRefusedWhenAFileCannotHoldThoseOfARegister) {
+  db->get_reference_set().get_register("q").add_attribute("note", "a \x01 b");
+  EXPECT_FALSE(db.save_atomically(file));
+}
+
+// A file has no place for them, and an absent attribute is empty as well.
+TEST_F(AttributesInAFile, AreNotWrittenWhenTheyAreEmpty) {
+  db->get_reference_set().get_register("q").add_attribute("empty", "");
+  db->get_reference_set().get_register("q").add_attribute("", "without a name");
+  ASSERT_TRUE(db.save_atomically(file));
+  const KPT_UNREGISTERED_DB loaded = KPT_UNREGISTERED_DB::load(file);
+  ASSERT_FALSE(loaded.is_null());
+  EXPECT_EQ(loaded->get_reference_set().get_register("q").get_attributes().size(), 1U);
 }
 
 }  // namespace

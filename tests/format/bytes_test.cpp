@@ -36,6 +36,20 @@ class FAILING_BYTES : public KPT_BYTES {
   bool rewind() override { return true; }
 };
 
+// Whole, but for the end: reading it is an error.
+class BYTES_WITHOUT_AN_END : public KPT_BYTES {
+ public:
+  explicit BYTES_WITHOUT_AN_END(std::string_view bytes) : m_bytes(bytes) {}
+  std::ptrdiff_t read(char* to, std::size_t size) override {
+    const std::ptrdiff_t count = m_bytes.read(to, size);
+    return count > 0 ? count : -1;
+  }
+  bool rewind() override { return m_bytes.rewind(); }
+
+ private:
+  KPT_MEMORY_BYTES m_bytes;
+};
+
 std::string three_maps() { return read_file(data_file("three_maps.xml")); }
 
 std::string saved_by(const KPT_UNREGISTERED_DB& db) {
@@ -75,6 +89,15 @@ TEST(Bytes, WithAnErrorTellThePlaceUnderTheNameThatIsShown) {
   EXPECT_EQ(problem.message, "expected end of tag 'a'");
   EXPECT_THAT(lines.errors(), ElementsAre("Syntax error in XML Keypoint Database shown name at line number 3, column "
                                           "number 3 : expected end of tag 'a'"));
+}
+
+TEST(Bytes, ThatCannotBeReadToTheirEndAreNoDatabase) {
+  const HOST_LINES lines;
+  const std::string file = three_maps();
+  BYTES_WITHOUT_AN_END bytes(file);
+  KPT_LOAD_PROBLEM problem;
+  EXPECT_TRUE(KPT_UNREGISTERED_DB::load(bytes, "bytes", &problem).is_null());
+  EXPECT_EQ(problem.kind, KPT_LOAD_PROBLEM::NOT_WELL_FORMED);
 }
 
 TEST(Bytes, ThatCannotBeReadAreNoDatabase) {

@@ -11,7 +11,6 @@
 namespace {
 
 using namespace kpt_test;
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -150,6 +149,30 @@ TEST_F(DocumentShape, OfADefaultAttributeHasIt) {
 TEST_F(DocumentShape, OfVersion11IsLoaded) {
   load("<?xml version='1.1'?><kpt_db name='d'/>");
   EXPECT_NE(m_db, nullptr);
+}
+
+TEST_F(DocumentShape, OfVersion11AllowsMoreNames) {
+  load("<?xml version='1.1'?><kpt_db name='d'><?\xF0\x90\x80\x80?></kpt_db>");
+  EXPECT_NE(m_db, nullptr);
+}
+
+TEST_F(DocumentShape, OfADeclarationWithoutAVersionIsASyntaxError) {
+  const HOST_LINES lines;
+  load("<?xml encoding='UTF-8'?><kpt_db name='d'/>");
+  EXPECT_EQ(m_db, nullptr);
+  EXPECT_THAT(lines.errors(), ElementsAre(HasSubstr("Syntax error in XML Keypoint Database " + m_path)));
+}
+
+// Only an attribute that the document type adds to elements has to have a name that a document can hold.
+TEST_F(DocumentShape, OfAnAttributeWithoutADefaultMayHaveAnyName) {
+  load(with_entities("<!ATTLIST kpt_db \xF0\x90\x80\x80 CDATA #IMPLIED><!ATTLIST a>", ""));
+  EXPECT_NE(m_db, nullptr);
+}
+
+TEST_F(DocumentShape, OfTwoTablesThatAreInstructionsHasAnEmptyOne) {
+  load(with_state("", "<noninverts><kp id='1'/></noninverts>", "<?state_table?><?state_table?>"));
+  ASSERT_NE(m_db, nullptr);
+  EXPECT_THAT(maps(*m_db), ElementsAre("a~ ->  []"));
 }
 
 TEST_F(DocumentShape, OfVersion12Or13IsRefusedWithADebugLineAlone) {

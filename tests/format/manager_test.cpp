@@ -40,6 +40,11 @@ TEST_F(ManagedFile, SavesBackToItself) {
   EXPECT_EQ(read_file(m_folder.file("again.xml")), read_file(data_file("three_maps.xml")));
 }
 
+TEST_F(ManagedFile, IsNotSavedInAFolderThatIsNotThere) {
+  m_manager->create_keypoints_db("top");
+  EXPECT_FALSE(m_manager->save_db("top", m_folder.file("missing/db.xml")));
+}
+
 TEST_F(ManagedFile, IsNotLoadedOverADatabaseOfItsName) {
   KPT_KEYPOINTS_DB* const earlier = m_manager->create_keypoints_db("top");
   const HOST_LINES lines;

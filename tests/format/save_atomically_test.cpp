@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "db/kpt/kpt_keypoints_db.h"
 #include "tests/format/databases.h"
@@ -21,12 +20,6 @@ namespace {
 
 using namespace kpt_test;
 using testing::ElementsAre;
-
-DATABASE small_database() {
-  DATABASE db = new_database("d");
-  db->add_to_register_set(KPT_REFERENCE_SET, 1, "a");
-  return db;
-}
 
 // Large enough for several writes.
 DATABASE large_database() {
@@ -128,7 +121,7 @@ TEST_F(SaveAtomically, FailsWhenAWriteWritesNothing) {
 TEST_F(SaveAtomically, SaysWhenTheOwnerAndTheGroupCannotBeKept) {
   ASSERT_EQ(::chmod(m_path.c_str(), 0664), 0);
   SYSTEM_CALLS calls;
-  calls.pretend_another_owner();
+  calls.pretend_others({true, true, false});
   const HOST_LINES lines;
   EXPECT_TRUE(small_database()->save_atomically(m_path));
   EXPECT_THAT(calls.names(),
@@ -142,6 +135,36 @@ TEST_F(SaveAtomically, SaysWhenTheOwnerAndTheGroupCannotBeKept) {
   ASSERT_EQ(::stat(m_path.c_str(), &state), 0);
   EXPECT_EQ(state.st_mode & 0777U, 0644U);
 }
+
+struct OTHERS_CASE {
+  const char* name;
+  SYSTEM_CALLS::OTHERS others;
+  bool is_told;
+  mode_t mode;
+};
+void PrintTo(const OTHERS_CASE& others, std::ostream* out) { *out << others.name; }
+
+class SaveAtomicallyOverOthersFiles : public SaveAtomically, public testing::WithParamInterface<OTHERS_CASE> {};
+
+TEST_P(SaveAtomicallyOverOthersFiles, KeepsWhatItMayAndTellsTheRest) {
+  ASSERT_EQ(::chmod(m_path.c_str(), 0664), 0);
+  SYSTEM_CALLS calls;
+  calls.pretend_others(GetParam().others);
+  const HOST_LINES lines;
+  EXPECT_TRUE(small_database()->save_atomically(m_path));
+  EXPECT_EQ(lines.error_tags().size(), GetParam().is_told ? 1U : 0U);
+  struct stat state {};
+  ASSERT_EQ(::stat(m_path.c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 0777U, GetParam().mode);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , SaveAtomicallyOverOthersFiles,
+    testing::Values(OTHERS_CASE{"of_another_owner", {true, false, false}, true, 0664},
+                    OTHERS_CASE{"of_another_group", {false, true, false}, true, 0644},
+                    OTHERS_CASE{"of_another_group_that_may_get_them", {false, true, true}, false, 0664},
+                    OTHERS_CASE{"of_another_owner_and_such_a_group", {true, true, true}, true, 0664}),
+    [](const testing::TestParamInfo<OTHERS_CASE>& p) { return p.param.name; });
 
 // A rename would not ask.
 TEST_F(SaveAtomically, RefusesAFileThatMayNotBeWrittenAsSaveDoes) {
@@ -157,6 +180,15 @@ TEST_F(SaveAtomically, RefusesAFileThatMayNotBeWrittenAsSaveDoes) {
   EXPECT_EQ(in_child(body, m_path), 0);
   EXPECT_EQ(read_file(m_path), EARLIER);
   EXPECT_THAT(m_folder.names(), ElementsAre("db.xml"));
+}
+
+// Each of its names is taken by a save that is still under way.
+TEST_F(SaveAtomically, FailsWhenEveryTemporaryNameIsInUse) {
+  SYSTEM_CALLS calls;
+  calls.refuse_nameless_files();
+  calls.pretend_all_is_locked();
+  EXPECT_FALSE(small_database()->save_atomically(m_path));
+  EXPECT_EQ(read_file(m_path), EARLIER);
 }
 
 TEST_F(SaveAtomically, LeavesTheEarlierFileToItsOtherNames) {
@@ -366,96 +398,6 @@ TEST_P(SaveAtomicallyBroken, LeavesAloneWhatAnotherProcessHasUnderWay) {
   ::close(file);
   EXPECT_EQ(read_file(theirs), their_bytes);
   EXPECT_EQ(m_folder.names(), both);
-}
-
-// ---- Every system call, each with every error that a disk has ----
-
-std::size_t open_descriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-
-// The system calls of a save, with the n-th broken.
-class SAVE_WITH_TROUBLE {
- public:
-  SAVE_WITH_TROUBLE(bool atomically, bool nameless, const std::string& path, SYSTEM_CALLS::TROUBLE trouble, unsigned at,
-                    int error) {
-    const DATABASE db = small_database();
-    SYSTEM_CALLS watched(trouble, at, error);
-    watched.watch_all();
-    if (!nameless) {
-      watched.refuse_nameless_files();
-    }
-    m_saved = atomically ? db->save_atomically(path) : db->save(path);
-    m_calls = static_cast<unsigned>(watched.names().size());
-    m_broken = at < m_calls ? watched.names()[at] : "nothing";
-  }
-  bool saved() const { return m_saved; }
-  unsigned calls() const { return m_calls; }
-  const std::string& broken() const { return m_broken; }
-
- private:
-  bool m_saved;
-  unsigned m_calls;
-  std::string m_broken;
-};
-
-TEST_P(SaveAtomicallyBroken, IsWholeOrNotAtAllWhicheverSystemCallFails) {
-  const std::string after = saved(*small_database());
-  const std::size_t descriptors = open_descriptors();
-  for (const int error : {EIO, ENOSPC, EINTR, EACCES}) {
-    for (unsigned at = 0;; ++at) {
-      write_file(m_path, EARLIER);
-      const SAVE_WITH_TROUBLE save(true, !GetParam(), m_path, SYSTEM_CALLS::FAILURE, at, error);
-      const std::string where = save.broken() + " " + std::to_string(at) + " error " + std::to_string(error);
-      ASSERT_EQ(read_file(m_path), save.saved() ? after : EARLIER) << where;
-      ASSERT_THAT(m_folder.names(), ElementsAre("db.xml")) << where;
-      ASSERT_EQ(open_descriptors(), descriptors) << where;
-      if (at >= save.calls()) {
-        EXPECT_TRUE(save.saved());
-        EXPECT_GT(at, 10U);
-        break;
-      }
-    }
-  }
-}
-
-TEST_P(SaveAtomicallyBroken, IsWholeOrNotAtAllWhicheverSystemCallItIsKilledBefore) {
-  const std::string after = saved(*small_database());
-  int result = -SIGKILL;
-  for (unsigned at = 0; result == -SIGKILL; ++at) {
-    write_file(m_path, EARLIER);
-    const auto body = [](const std::string& argument) {
-      const auto killed_at = static_cast<unsigned char>(argument.front());
-      return SAVE_WITH_TROUBLE(true, !GetParam(), argument.substr(1), SYSTEM_CALLS::KILL, killed_at, 0).saved() ? 0 : 1;
-    };
-    result = in_child(body, std::string(1, static_cast<char>(at)) + m_path);
-    const std::string text = read_file(m_path);
-    ASSERT_TRUE(text == EARLIER || text == after) << at;
-    ASSERT_TRUE(small_database()->save_atomically(m_path)) << at;  // which removes what is left
-    ASSERT_THAT(m_folder.names(), ElementsAre("db.xml")) << at;
-  }
-  EXPECT_EQ(result, 0);
-}
-
-// In place: what cannot be opened is left alone; what cannot be written is lost, and not told.
-TEST_F(SaveAtomically, HasAPlainCounterpartThatGoesOnWhateverFails) {
-  const std::string after = saved(*small_database());
-  const std::size_t descriptors = open_descriptors();
-  for (const int error : {EIO, ENOSPC, EINTR, EACCES}) {
-    for (unsigned at = 0;; ++at) {
-      write_file(m_path, EARLIER);
-      const SAVE_WITH_TROUBLE save(false, true, m_path, SYSTEM_CALLS::FAILURE, at, error);
-      const bool is_interrupted = error == EINTR;
-      const std::string text = read_file(m_path);
-      ASSERT_EQ(save.saved(), save.broken() != "open" || is_interrupted) << save.broken() << error;
-      ASSERT_EQ(text, !save.saved() ? EARLIER : save.broken() == "write" && !is_interrupted ? "" : after);
-      ASSERT_EQ(open_descriptors(), descriptors);
-      if (at >= save.calls()) {
-        break;
-      }
-    }
-  }
 }
 
 INSTANTIATE_TEST_SUITE_P(WhereEveryFileHasAName, SaveAtomicallyBroken, testing::Bool());

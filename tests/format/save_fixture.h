@@ -1,4 +1,5 @@
-// What the tests of saving completely or not at all share: a file of an earlier day, in a folder of its own.
+// What the tests of saving completely or not at all share: a small database, and a
+// file of an earlier day in a folder of its own.
 //
 // Ownership: the fixture owns the folder and removes it.
 #ifndef TESTS_FORMAT_SAVE_FIXTURE_H
@@ -8,11 +9,17 @@
 
 #include <string>
 
-#include "tests/support/load_outcome.h"
+#include "tests/format/databases.h"
 
 namespace kpt_test {
 
 inline constexpr char EARLIER[] = "of an earlier day";
+
+inline DATABASE small_database() {
+  DATABASE db = new_database("d");
+  db->add_to_register_set(KPT_REFERENCE_SET, 1, "a");
+  return db;
+}
 
 class SAVE_TEST : public testing::Test {
  protected:

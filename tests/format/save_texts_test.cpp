@@ -11,6 +11,7 @@
 #include "tests/format/databases.h"
 #include "tests/format/save_fixture.h"
 #include "tests/support/host_lines.h"
+#include "tests/support/load_outcome.h"
 
 namespace {
 
@@ -93,8 +94,8 @@ INSTANTIATE_TEST_SUITE_P(
     , SavedNames,
     testing::Values(NAMES{"control_character", "a\x01z", "a\\x01z"}, NAMES{"escape", "a\x1B", "a\\x1B"},
                     NAMES{"nul", std::string("a\0b", 3), "a\\x00b"}, NAMES{"latin_1", "caf\xE9", "caf\\xE9"},
-                    NAMES{"cut_off", "\xE2\x82", "\\xE2\\x82"}, NAMES{"lone_tail", "\xA9", "\\xA9"},
-                    NAMES{"overlong", "\xC0\xAF", "\\xC0\\xAF"},
+                    NAMES{"delete_beside_one", "\x7F\x01", "\\x7F\\x01"}, NAMES{"cut_off", "\xE2\x82", "\\xE2\\x82"},
+                    NAMES{"lone_tail", "\xA9", "\\xA9"}, NAMES{"overlong", "\xC0\xAF", "\\xC0\\xAF"},
                     NAMES{"overlong_of_three", "\xE0\x80\xAF", "\\xE0\\x80\\xAF"},
                     NAMES{"surrogate", "\xED\xA0\x80", "\\xED\\xA0\\x80"},
                     NAMES{"no_character", "\xC3\xA4\xEF\xBF\xBF", "\xC3\xA4\\xEF\\xBF\\xBF"},

@@ -82,6 +82,34 @@ TEST_F(LoadSources, AgreeOnLargeFilesOfEveryKind) {
   EXPECT_EQ(m_loaded, static_cast<int>(files.size()) - 1) << "all but the one with elements behind the maps";
 }
 
+// Values inside values, whose numbers have blanks, signs, zeros and other characters around them.
+TEST_F(LoadSources, AgreeOnNestedValues) {
+  constexpr int STATES = 400;
+  constexpr unsigned COLUMNS = 4;
+  std::mt19937 random(seed());
+  const auto piece = [&] {
+    constexpr std::string_view CHARACTERS = "001119+- \t\nx/:";
+    std::string text;
+    for (unsigned k = static_cast<unsigned>(random() % 6); k > 0; --k) {
+      text += CHARACTERS[random() % CHARACTERS.size()];
+    }
+    return text;
+  };
+  std::string states;
+  for (int state = 0; state < STATES; ++state) {
+    std::string value;
+    for (unsigned column = 0; column < COLUMNS; ++column) {
+      value = "<value index=\"" + std::to_string(column) + "\">" + piece() + value + piece() + "</value>" + piece();
+    }
+    states += "<state index=\"" + std::to_string(state) + "\"><reference>" + value + "</reference></state>";
+  }
+  expect_agreement(
+      m_folder.file_of("<kpt_db name=\"d\"><transformations_set><transformation><state_table num_states=\"" +
+                       std::to_string(STATES) + "\" num_reference_registers=\"" + std::to_string(COLUMNS) + "\">" +
+                       states + "</state_table></transformation></transformations_set></kpt_db>"));
+  EXPECT_EQ(m_loaded, 1);
+}
+
 // Two stages of a random flow with names and attributes of any characters.
 class RandomDatabases : public LoadSources {
  protected:

@@ -1,3 +1,6 @@
+// A function that the C library checks is defined in its header, so it could not be defined here.
+#undef _FORTIFY_SOURCE
+
 #include "tests/format/system_calls.h"
 
 #include <fcntl.h>
@@ -63,6 +66,14 @@ KPT_BEFORE_THE_C_LIBRARY ssize_t write(int descriptor, const void* from, size_t 
   return breaks("write") ? s_watcher->written() : ::syscall(SYS_write, descriptor, from, size);
 }
 
+KPT_BEFORE_THE_C_LIBRARY ssize_t read(int descriptor, void* to, size_t size) {
+  return breaks_too("read") ? -1 : ::syscall(SYS_read, descriptor, to, size);
+}
+
+KPT_BEFORE_THE_C_LIBRARY off_t lseek(int descriptor, off_t offset, int from) noexcept {
+  return breaks_too("lseek") ? -1 : ::syscall(SYS_lseek, descriptor, offset, from);
+}
+
 KPT_BEFORE_THE_C_LIBRARY int fsync(int descriptor) {
   return breaks("fsync") ? -1 : static_cast<int>(::syscall(SYS_fsync, descriptor));
 }
@@ -72,10 +83,10 @@ KPT_BEFORE_THE_C_LIBRARY int fchmod(int descriptor, mode_t mode) noexcept {
 }
 
 KPT_BEFORE_THE_C_LIBRARY int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
-  if (s_watcher != nullptr && s_watcher->has_another_owner()) {
+  if (s_watcher != nullptr && s_watcher->others().has_value()) {
     breaks("fchown");
     errno = EPERM;
-    return -1;
+    return owner == static_cast<uid_t>(-1) && s_watcher->others()->may_get_groups ? 0 : -1;
   }
   return breaks("fchown") ? -1 : static_cast<int>(::syscall(SYS_fchown, descriptor, owner, group));
 }
@@ -85,9 +96,9 @@ KPT_BEFORE_THE_C_LIBRARY int fstatat(int folder, const char* path, struct stat* 
     return -1;
   }
   const int result = static_cast<int>(::syscall(SYS_newfstatat, folder, path, state, flags));
-  if (result == 0 && s_watcher != nullptr && s_watcher->has_another_owner()) {
-    state->st_uid += 1;
-    state->st_gid += 1;
+  if (result == 0 && s_watcher != nullptr && s_watcher->others().has_value()) {
+    state->st_uid += s_watcher->others()->own ? 1U : 0U;
+    state->st_gid += s_watcher->others()->are_its_group ? 1U : 0U;
   }
   return result;
 }
@@ -132,12 +143,21 @@ KPT_BEFORE_THE_C_LIBRARY int fcntl(int descriptor, int command, ...) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"  // of the structure of that name
 KPT_BEFORE_THE_C_LIBRARY int flock(int descriptor, int operation) noexcept {
+  if (s_watcher != nullptr && s_watcher->all_is_locked()) {
+    errno = EWOULDBLOCK;
+    return -1;
+  }
   return breaks_too("flock") ? -1 : static_cast<int>(::syscall(SYS_flock, descriptor, operation));
 }
 #pragma GCC diagnostic pop
 
 KPT_BEFORE_THE_C_LIBRARY int access(const char* path, int mode) noexcept {
   return breaks_too("access") ? -1 : static_cast<int>(::syscall(SYS_faccessat, AT_FDCWD, path, mode));
+}
+
+// The process has one user only, so it does not matter whose permission is asked for.
+KPT_BEFORE_THE_C_LIBRARY int faccessat(int folder, const char* path, int mode, int /*flags*/) noexcept {
+  return breaks_too("faccessat") ? -1 : static_cast<int>(::syscall(SYS_faccessat, folder, path, mode));
 }
 
 KPT_BEFORE_THE_C_LIBRARY int fstat(int descriptor, struct stat* state) noexcept {

@@ -5,6 +5,7 @@
 #define TESTS_FORMAT_SYSTEM_CALLS_H
 
 #include <cerrno>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,8 @@ class SYSTEM_CALLS {
 
   const std::vector<std::string>& names() const { return m_names; }
 
-  /// From now on every system call by which files are looked at, opened, locked
-  /// and closed is noted, and may go wrong, as well.
+  /// From now on every system call by which files are looked at, opened, read,
+  /// locked and closed is noted, and may go wrong, as well.
   void watch_all() { m_watches_all = true; }
 
   // For the calls themselves.
@@ -40,10 +41,18 @@ class SYSTEM_CALLS {
   void refuse_nameless_files() { m_refuses_nameless = true; }
   bool refuses_nameless_files() const { return m_refuses_nameless; }
 
-  /// From now on files that are asked for by name are another owner's and
-  /// group's, and no file can be given to them.
-  void pretend_another_owner() { m_has_another_owner = true; }
-  bool has_another_owner() const { return m_has_another_owner; }
+  struct OTHERS {
+    bool own = true;              // the files of another owner
+    bool are_its_group = true;    // another group's
+    bool may_get_groups = false;  // a file can be given to a group alone
+  };
+  /// From now on files that are asked for by name are others' files, and no file can be given to an owner.
+  void pretend_others(const OTHERS& others) { m_others = others; }
+  const std::optional<OTHERS>& others() const { return m_others; }
+
+  /// From now on every file is locked by another process.
+  void pretend_all_is_locked() { m_all_is_locked = true; }
+  bool all_is_locked() const { return m_all_is_locked; }
 
  private:
   TROUBLE m_trouble;
@@ -51,7 +60,8 @@ class SYSTEM_CALLS {
   int m_error;
   bool m_watches_all = false;
   bool m_refuses_nameless = false;
-  bool m_has_another_owner = false;
+  std::optional<OTHERS> m_others;
+  bool m_all_is_locked = false;
   std::vector<std::string> m_names;
 };
 

@@ -356,6 +356,17 @@ TEST(XmlNullElement, AnswersEverythingWithNothing) {
   EXPECT_FALSE(ok);
 }
 
+// A list of any class that a client has.
+struct NO_NODES : xercesc_3_2::DOMNodeList {
+  xercesc_3_2::DOMNode* item(XMLSize_t) const override { return nullptr; }
+  XMLSize_t getLength() const override { return 0; }
+};
+
+TEST(XmlNullElement, IsAListWithoutEntriesToo) {
+  NO_NODES none;
+  EXPECT_TRUE(KPT_XML_ELEMENT(&none).is_null());
+}
+
 TEST(XmlNullElement, IsMadeOfNullPointersToo) {
   EXPECT_TRUE(KPT_XML_ELEMENT(static_cast<xercesc_3_2::DOMElement*>(nullptr)).is_null());
   EXPECT_TRUE(KPT_XML_ELEMENT(static_cast<xercesc_3_2::DOMNodeList*>(nullptr)).is_null());

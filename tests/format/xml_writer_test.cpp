@@ -88,6 +88,19 @@ TEST(XmlWriter, StartsItsFileOnceAndThenTakesNoMore) {
   EXPECT_EQ(read_file(folder.file("out")), "kept");
 }
 
+TEST(XmlWriter, StartsItsFileAgainOnceItIsFinished) {
+  const FOLDER folder;
+  {
+    KPT_XML_WRITER writer(folder.file("out"));
+    EXPECT_TRUE(writer.start_file());
+    writer.write_text_content("the first and longer text");
+    EXPECT_TRUE(writer.finish_file());
+    EXPECT_TRUE(writer.start_file());
+    writer.write_text_content("the second text");
+  }
+  EXPECT_EQ(read_file(folder.file("out")), "the second text");
+}
+
 TEST(XmlWriter, GoesOnAnsweringTrueWithoutAFile) {
   KPT_XML_WRITER writer("");
   EXPECT_FALSE(writer.start_file());
@@ -121,6 +134,18 @@ TEST(XmlWriter, IndentsByTwoBlanks) {
               w.space();
             }),
             "    ");
+}
+
+TEST(XmlWriter, IndentsAtEveryDepth) {
+  for (const std::size_t depth : {8U, 9U, 40U}) {
+    EXPECT_EQ(written([&](KPT_XML_WRITER& w) {
+                for (std::size_t k = 0; k < depth; ++k) {
+                  w.indent();
+                }
+                w.space();
+              }),
+              std::string(2 * depth, ' '));
+  }
 }
 
 TEST(XmlWriter, OutdentsByTwoBlanks) {

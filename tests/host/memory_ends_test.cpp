@@ -2,6 +2,7 @@
 // only that allocation fails, and once when all later ones fail as well.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,11 +13,13 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "db/kpt/kpt.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
 #include "db/kpt/kpt_state_table_impl.h"
+#include "db/kpt/kpt_xml_reader.h"
 #include "tests/host/failing_allocation.h"
 #include "tests/host/own_host.h"
 
@@ -36,7 +39,10 @@ std::string text_of_file(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string temporary(const char* name) { return testing::TempDir() + "memory_ends_" + name + ".xml"; }
+// The process's own, because several may run at a time.
+std::string temporary(const char* name) {
+  return testing::TempDir() + "memory_ends_" + std::to_string(::getpid()) + "_" + name + ".xml";
+}
 
 KPT_STATE_TABLE two_states() {
   KPT_STATE_TABLE table(2, 2, 2);
@@ -140,6 +146,11 @@ bool act_with(const OPERATION& operation, DB& db, long allocations) {
 class MemoryEnds : public testing::TestWithParam<OPERATION> {
  protected:
   void SetUp() override { record().debug = false; }
+  void TearDown() override {
+    for (const char* name : {"state", "saved", "atomic"}) {
+      std::remove(temporary(name).c_str());
+    }
+  }
 
   // Every n, until all allocations of the operation succeed.
   void try_all() {
@@ -281,7 +292,8 @@ INSTANTIATE_TEST_SUITE_P(
                   [](DB& db) {
                     const KPT_REGISTER_TRANSFORMATION map(db.get_reference_register_transformation("s[0]"));
                     map.get_transformed_equivalents(0);
-                    return map.get_state_table().get_number_of_states() == 2;
+                    const KPT_STATE_TABLE table = map.get_state_table();
+                    return KPT_STATE_TABLE(table).get_number_of_states() == 2;
                   },
                   true},
         OPERATION{"save", fill, [](DB& db) { return db.save(temporary("saved")); }, true},
@@ -304,34 +316,66 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
     std::remove(m_path.c_str());
   }
 
-  // Null, or the database; nothing is thrown, no memory is left, and the next load succeeds.
-  void load_all(const char* what) {
+  // `act` answers whether it succeeded. It throws nothing, leaves no memory behind,
+  // says when memory ran out, and succeeds when it is repeated.
+  void fail_all(const char* what, const std::function<bool()>& act) {
     for (long n = 0;; n += step_behind(n)) {
       const long blocks = record().live_blocks;
       record().errors.clear();
       s_has_failed = false;
       s_allocations_left = n;
-      const KPT_KEYPOINTS_DB* db = manager().load_db(m_path);
+      const bool done = act();
       s_allocations_left = -1;
       if (!s_has_failed) {
-        ASSERT_NE(db, nullptr);
+        ASSERT_TRUE(done);
         std::printf("%-40s %4ld allocations\n", what, n);
-        manager().destroy_keypoints_db("loaded");
         return;
       }
-      if (db == nullptr && !s_fails_for_good) {
+      if (!done && !s_fails_for_good) {
         ASSERT_THAT(record().errors, testing::Contains(HasSubstr("memory has run out"))) << n;
       }
-      manager().destroy_keypoints_db("loaded");
-      ASSERT_NE(manager().load_db(m_path), nullptr) << n;
-      manager().destroy_keypoints_db("loaded");
+      ASSERT_TRUE(act()) << n;
       ASSERT_EQ(record().live_blocks, blocks) << n;
+    }
+  }
+
+  void load_all(const char* what) {
+    fail_all(what, [&] {
+      const bool loaded = manager().load_db(m_path) != nullptr;
+      manager().destroy_keypoints_db("loaded");
+      return loaded;
+    });
+  }
+
+  // The file as only the parser reads it.
+  void make_general() const {
+    const std::string plain = text_of_file(m_path);
+    std::ofstream(m_path) << "<!DOCTYPE kpt_db [<!ENTITY e 'x'>]>" << plain;
+  }
+
+  // `create` throws std::bad_alloc or makes a database. `destroy` answers whether there was one.
+  static void create_all(const std::function<void()>& create, const std::function<bool()>& destroy) {
+    for (long n = 0;; ++n) {
+      const long blocks = record().live_blocks;
+      s_has_failed = false;
+      s_allocations_left = n;
+      try {
+        create();
+      } catch (const std::bad_alloc&) {
+      }
+      s_allocations_left = -1;
+      const bool was_made = destroy();
+      ASSERT_EQ(record().live_blocks, blocks) << n;
+      if (!s_has_failed) {
+        ASSERT_TRUE(was_made);
+        return;
+      }
     }
   }
 
   // The parser makes thousands of allocations. All of them are tried only when
   // the environment variable KPT_EVERY_ALLOCATION is set.
-  static long step_behind(long n) { return n < 100 || std::getenv("KPT_EVERY_ALLOCATION") != nullptr ? 1 : 41; }
+  static long step_behind(long n) { return n < 100 || std::getenv("KPT_EVERY_ALLOCATION") != nullptr ? 1 : 7; }
 
   std::string m_path = temporary("file");
 };
@@ -339,28 +383,49 @@ class MemoryEndsFor : public testing::TestWithParam<bool> {
 TEST_P(MemoryEndsFor, ALoadOfAPlainFile) { load_all("load a plain file"); }
 
 TEST_P(MemoryEndsFor, ALoadThroughTheParser) {
-  const std::string plain = text_of_file(m_path);
-  std::ofstream(m_path) << "<!DOCTYPE kpt_db [<!ENTITY e 'x'>]>" << plain;
+  make_general();
   load_all("load through the parser");
 }
 
+TEST_P(MemoryEndsFor, ALoadOfADatabaseThatNobodyRegisters) {
+  const auto load = [&] {
+    KPT_LOAD_PROBLEM problem;
+    const bool loaded = !KPT_UNREGISTERED_DB::load(m_path, &problem).is_null();
+    EXPECT_EQ(problem.is_none(), loaded);
+    return loaded;
+  };
+  fail_all("load a plain file by itself", load);
+  fail_all("and without asking for the problem", [&] { return !KPT_UNREGISTERED_DB::load(m_path).is_null(); });
+  make_general();
+  fail_all("load by itself through the parser", load);
+}
+
+TEST_P(MemoryEndsFor, ALoadFromBytes) {
+  const std::string text = text_of_file(m_path);
+  fail_all("load from bytes", [&] {
+    KPT_MEMORY_BYTES bytes(text);
+    return !KPT_UNREGISTERED_DB::load(bytes, "bytes that are shown by a long name").is_null();
+  });
+}
+
+TEST_P(MemoryEndsFor, ADocument) {
+  fail_all("read the name in a document", [&] { return KPT_XML_READER().get_db_name(m_path) == "loaded"; });
+  fail_all("load a document", [&] {
+    const long left = std::exchange(s_allocations_left, -1);
+    DB db("loaded");
+    s_allocations_left = left;
+    return KPT_XML_READER().load_kpt_xml(m_path, &db);
+  });
+}
+
 TEST_P(MemoryEndsFor, ADatabaseThatIsCreated) {
-  for (long n = 0;; ++n) {
-    const long blocks = record().live_blocks;
-    s_has_failed = false;
-    s_allocations_left = n;
-    try {
-      manager().create_keypoints_db("a database with a long name");
-    } catch (const std::bad_alloc&) {
-    }
-    s_allocations_left = -1;
-    const bool created = manager().destroy_keypoints_db("a database with a long name");
-    ASSERT_EQ(record().live_blocks, blocks) << n;
-    if (!s_has_failed) {
-      ASSERT_TRUE(created);
-      return;
-    }
-  }
+  create_all([] { manager().create_keypoints_db("a database with a long name"); },
+             [] { return manager().destroy_keypoints_db("a database with a long name"); });
+}
+
+TEST_P(MemoryEndsFor, ADatabaseThatNobodyRegisters) {
+  KPT_UNREGISTERED_DB db;
+  create_all([&] { db = KPT_UNREGISTERED_DB::create("a database with a long name"); }, [&] { return db.destroy(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(, MemoryEndsFor, testing::Bool(),

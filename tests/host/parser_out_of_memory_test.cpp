@@ -1,6 +1,7 @@
 // What the library does when memory runs out inside the XML parser.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -43,7 +44,7 @@ class ParserOutOfMemory : public testing::Test {
     }
   }
 
-  std::string m_path = testing::TempDir() + "parser_out_of_memory.xml";
+  std::string m_path = testing::TempDir() + "parser_out_of_memory_" + std::to_string(::getpid()) + ".xml";
   std::string m_caught = "KPT: Caught Unknown XML exception while parsing file " + m_path;
 };
 

@@ -30,6 +30,33 @@ TEST(KeypointSetUnion, AddsWhatIsMissingWithFreshIds) {
   EXPECT_TRUE(set.get_register("q", "", "dff")->register_is_blockinstance());
 }
 
+TEST(KeypointSetUnion, AddsManyToAnEmptySetInTheirOrder) {
+  KPT_KEYPOINT_SET_IMPL set;
+  KPT_KEYPOINT_SET_IMPL other;
+  for (int k = 0; k < 100; ++k) {
+    other.add_register(k, "signal " + std::to_string(k));
+    other.add_register(k, "instance " + std::to_string(k), "u1", "dff");
+  }
+  long next_id = 0;
+  EXPECT_TRUE(set.make_union(other, next_id));
+  EXPECT_EQ(names_in(set), names_in(other));
+}
+
+// The register may be the same as the other set's register of its present kind.
+TEST(KeypointSetUnion, TellsNoNamesakeOfARegisterWhoseKindHasChanged) {
+  KPT_KEYPOINT_SET_IMPL set;
+  KPT_KEYPOINT_SET_IMPL other;
+  KPT_REGISTER_KEYPOINT_IMPL* const changed = other.add_register(101, "a");
+  KPT_REGISTER_KEYPOINT_IMPL* const same = other.add_register(102, "b");
+  changed->substitute_with_instance("a", "u1", "dff");
+  long next_id = 0;
+  KPT_NAMESAKES namesakes;
+  EXPECT_TRUE(set.make_union(other, next_id, &namesakes));
+  EXPECT_EQ(namesakes.find(KPT_KEYPOINT::slot_of(changed)), nullptr);
+  EXPECT_EQ(namesakes.find(KPT_KEYPOINT::slot_of(same)), set.get_register("b"));
+  EXPECT_THAT(names_in(set), ElementsAre("a", "b"));
+}
+
 TEST(KeypointSetUnion, LeavesTheOtherSetAlone) {
   KPT_KEYPOINT_SET_IMPL set;
   KPT_KEYPOINT_SET_IMPL other;

@@ -181,6 +181,25 @@ TEST_F(Merging, MergeWithAMachineIsRecordedInItsTable) {
   EXPECT_THAT(lines.debug(), ElementsAre(EMPTY_T_SIDE, EMPTY_T_SIDE, "Merged registers: x <- z"));
 }
 
+// A client may have renamed the registers through their handles.
+TEST_F(Merging, LineSaysTheNamesThatTheCallHas) {
+  ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
+  ASSERT_TRUE(db->associate_registers_signal_to_signal("b", "y"));
+  db.t("x")->set_element_name("renamed x");
+  db.t("y")->set_element_name("renamed y");
+  EXPECT_TRUE(db->set_merged_registers("x", "y"));
+  EXPECT_EQ(db.of_r("b"), "a b~ -> renamed x~");
+  EXPECT_THAT(lines.debug(), testing::Contains("Merged registers: x <- y"));
+}
+
+TEST_F(Merging, TakesInAMapWithoutReferenceRegisters) {
+  ASSERT_TRUE(db->associate_registers_signal_to_signal("a", "x"));
+  ASSERT_FALSE(db->associate_groups({}, {KPT_GROUPS{{std::string_view("y")}, {}}}).is_null());
+  EXPECT_TRUE(db->set_merged_registers("x", "y"));
+  EXPECT_EQ(db.of_t("x"), "a~ -> x~");
+  EXPECT_EQ(db.t_names(), "x");
+}
+
 // --- inverter retiming ---
 
 TEST_F(InverterRetiming, RegisterTurnsItsPolarity) {

@@ -98,6 +98,12 @@ TEST_F(UnregisteredDb, IsSavedAndLoadedBesideOthersOfItsName) {
   EXPECT_EQ(manager.get_keypoints_db("d"), nullptr);
 }
 
+TEST_F(UnregisteredDb, IsNotSavedInAFolderThatIsNotThere) {
+  const KPT_UNREGISTERED_DB db = example();
+  EXPECT_FALSE(db.save(file("missing/d.xml")));
+  EXPECT_FALSE(db.save_atomically(file("missing/d.xml")));
+}
+
 TEST_F(UnregisteredDb, BecomesTheManagersByRecording) {
   KPT_UNREGISTERED_DB db = example();
   KPT_KEYPOINTS_DB* recorded = manager.record_db(std::move(db));

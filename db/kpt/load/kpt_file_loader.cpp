@@ -50,6 +50,19 @@ std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(std::string_view fi
   }
 }
 
+// There may be no memory even for the name.
+std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(KPT_BYTES& bytes, std::string_view shown_name,
+                                                             KPT_FILE_VISITOR* visitor, const CREATE& create,
+                                                             KPT_LOAD_PROBLEM* problem) {
+  try {
+    KPT_FILE_LOADER loader(bytes, shown_name);
+    loader.set_visitor(visitor);
+    return loader.load(create, problem);
+  } catch (const std::bad_alloc&) {
+    return report_end_of_memory(shown_name, problem);
+  }
+}
+
 std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> KPT_FILE_LOADER::load(const CREATE& create, KPT_LOAD_PROBLEM* problem) {
   try {
     std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> db = read(create) ? finish() : nullptr;

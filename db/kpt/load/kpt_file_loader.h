@@ -29,6 +29,10 @@ class KPT_EXPORT KPT_FILE_LOADER {
   /// it is null, then gets the reason.
   static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(std::string_view file_name, const CREATE& create,
                                                      KPT_LOAD_PROBLEM* problem);
+  /// The same from bytes. Messages use the name that is shown. `visitor` may be null.
+  static std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(KPT_BYTES& bytes, std::string_view shown_name,
+                                                     KPT_FILE_VISITOR* visitor, const CREATE& create,
+                                                     KPT_LOAD_PROBLEM* problem);
   std::unique_ptr<KPT_KEYPOINTS_DB_IMPL> load(const CREATE& create, KPT_LOAD_PROBLEM* problem);
 
   explicit KPT_FILE_LOADER(std::string_view file_name, SOURCES sources = ALL_SOURCES);
