@@ -10,6 +10,7 @@
 #include <cstring>
 #include <new>
 
+#include "db/kpt/kpt_steps.h"
 #include "db/kpt/msg_kpt.h"
 #include "h/gen_sys.h"
 
@@ -245,6 +246,12 @@ void KPT_XML_WRITER::put_number_attribute(std::string_view name, long value) {
 KPT_XML_WRITER::KPT_XML_WRITER(std::string_view file_name) : m_file_name(file_name) {}
 
 KPT_XML_WRITER::~KPT_XML_WRITER() = default;
+
+void KPT_XML_WRITER::step() {
+  if (m_steps != nullptr) {
+    m_steps->next();
+  }
+}
 
 bool KPT_XML_WRITER::start_file() { return m_stream.open(m_file_name); }
 

@@ -19,6 +19,8 @@
 
 #include "db/kpt/kpt_types.h"
 
+class KPT_STEPS;
+
 class KPT_EXPORT KPT_XML_WRITER {
  public:
   /// Does not open the file; `start_file` does.
@@ -92,6 +94,11 @@ class KPT_EXPORT KPT_XML_WRITER {
   /// The next key point is written with these attributes.
   void set_key_point_attributes(KPT_ATTRIBUTE_LIST attributes) { m_attributes = std::move(attributes); }
 
+  /// From now on, counts the registers and maps that are written. `steps` outlives the writer.
+  void count(KPT_STEPS& steps) { m_steps = &steps; }
+  /// A register or map is written.
+  void step();
+
   // For a file that must be complete or not exist. `start_file_on` takes an open
   // descriptor in place of `start_file`. `finish_file` writes everything to the
   // disk, closes the file, and returns whether every write succeeded.
@@ -155,6 +162,7 @@ class KPT_EXPORT KPT_XML_WRITER {
   bool m_keeps_attributes = false;
   KPT_ATTRIBUTE_LIST m_attributes;  // for the next key point
   KPT_STRING m_number;
+  KPT_STEPS* m_steps = nullptr;
 };
 
 #endif

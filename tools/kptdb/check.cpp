@@ -102,7 +102,7 @@ class CHECK {
   }
 
   void check_maps() {
-    PROGRESS progress("checking maps", m_db.maps().size(), PROGRESS::REGISTERS);
+    PROGRESS progress("checking maps", m_db.maps().size(), PROGRESS::MAPS);
     const std::vector<std::size_t>& lines = m_file.map_lines();
     std::size_t k = 0;
     for (const KPT_REGISTER_TRANSFORMATION& map : m_db.maps()) {
