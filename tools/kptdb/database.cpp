@@ -111,6 +111,9 @@ DATABASE DATABASE::load(const std::string& path, OUTLINE* outline) {
   OUTLINE own;
   OUTLINE& shape = outline == nullptr ? own : *outline;
   const bool is_shown = is_read_once || outline != nullptr;
+  if (is_read_once) {
+    shape.on_read_once();
+  }
   const auto see_shape = [&] {
     if (!is_shown) {
       look_again(input, own);
