@@ -34,12 +34,10 @@ bool save_side(KPT_XML_WRITER& writer, std::string_view type, const NI_PAIR_VECT
     saved = writer.write_tr_state_start_xml(index) && saved;
     saved = saved && save_group(writer, kpt_words::NONINVERTS, pair.first);
     saved = saved && save_group(writer, kpt_words::INVERTS, pair.second);
-    writer.space();
-    writer.end_tag(kpt_words::KP_STATE);
+    writer.write_tr_state_end_xml();
     ++index;
   }
-  writer.space();
-  writer.end_tag(kpt_words::KP_SET);
+  writer.write_tr_set_end_xml();
   return saved;
 }
 
@@ -55,7 +53,6 @@ bool KPT_TRANSFORMATION_IMPL::save_transformation(KPT_XML_WRITER& writer) const 
   if (writer.keeps_attributes() && !m_attributes.empty()) {
     writer.write_attributes(m_attributes.sorted());
   }
-  writer.space();
-  writer.end_tag(kpt_words::TRANSFORMATION);
+  writer.write_transformation_end_xml();
   return saved;
 }

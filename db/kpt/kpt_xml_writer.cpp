@@ -1,25 +1,45 @@
 #include "db/kpt/kpt_xml_writer.h"
-#include "db/kpt/files/kpt_format_words.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
+#include <array>
 #include <cstring>
-#include <new>
 
+#include "db/kpt/files/kpt_format_words.h"
+#include "db/kpt/files/kpt_xml_stream.h"
 #include "db/kpt/kpt_steps.h"
-#include "db/kpt/msg_kpt.h"
 #include "h/gen_sys.h"
 
 namespace {
 
-constexpr std::size_t BLOCK_SIZE = std::size_t{1} << 20;
 constexpr int LEVEL_STEP = 2;
 constexpr std::string_view BLANKS = "                ";
-constexpr mode_t PERMISSIONS = 0666;
+constexpr std::string_view ESCAPED = "<&\">\t\n\r";
+
+// A text that the compiler knows, such as the name of an element.
+class FIXED_TEXT {
+ public:
+  consteval explicit FIXED_TEXT(std::string_view text) : m_text(text) {}
+  constexpr std::string_view view() const { return m_text; }
+
+ private:
+  std::string_view m_text;
+};
+
+// Whether a character may need a reference, for each character.
+constexpr std::array<bool, 256> MAY_NEED_REFERENCE = [] {
+  std::array<bool, 256> result{};
+  for (const char c : ESCAPED) {
+    result[static_cast<unsigned char>(c)] = true;
+  }
+  return result;
+}();
+
+bool may_need_references(std::string_view text) {
+  bool result = false;
+  for (const char c : text) {
+    result |= MAY_NEED_REFERENCE[static_cast<unsigned char>(c)];
+  }
+  return result;
+}
 
 // The reference for the character at a position; empty for a character that needs
 // none.
@@ -44,206 +64,142 @@ std::string_view reference_for(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-// Takes ownership of the descriptor, also when it fails.
-bool KPT_XML_WRITER::STREAM::start(int descriptor) {
-  if (m_block == nullptr) {
-    m_block.reset(new (std::nothrow) char[BLOCK_SIZE]);
+// A save takes about a hundred steps for each register. So a pen holds what they
+// need in variables of its own, which the compiler keeps in registers, and its steps
+// are inline also where the compiler would not choose so: only then is the length of a
+// fixed text known where it is copied.
+//
+// The fixed texts and blanks between two values are shorter than the room that a
+// space has at least. They are put without a check.
+//
+// The name of an element is a FIXED_TEXT, or a std::string_view that a caller gives.
+#define KPT_STEP [[gnu::always_inline]] inline
+class KPT_XML_WRITER::PEN {
+ public:
+  explicit PEN(KPT_XML_WRITER& writer)
+      : m_writer(writer), m_space(writer.m_stream->space()), m_level(writer.m_indent_level) {}
+  ~PEN() {
+    m_writer.m_stream->advance_to(m_space.at);
+    m_writer.m_indent_level = m_level;
   }
-  if (descriptor >= 0 && m_block == nullptr) {
-    ::close(descriptor);
-    descriptor = -1;
-  }
-  m_descriptor = descriptor;
-  m_good = is_open();
-  m_at = m_block.get();
-  m_end = m_good ? m_at + BLOCK_SIZE : m_at;
-  return m_good;
-}
+  PEN(const PEN&) = delete;
+  PEN& operator=(const PEN&) = delete;
 
-// A stream that is already open is not opened again; its later writes are lost.
-bool KPT_XML_WRITER::STREAM::open(const KPT_STRING& file_name) {
-  if (is_open()) {
-    flush();
-    m_good = false;
-    m_end = m_at;
-    return false;
-  }
-  if (file_name.find('\0') != KPT_STRING::npos) {
-    return false;
-  }
-  struct stat state {};
-  if (::stat(file_name.c_str(), &state) == 0 && S_ISFIFO(state.st_mode)) {
-    kpt_msg_debug("Info: %s is a pipe: saving waits until it is read", file_name.c_str());
-  }
-  int descriptor = -1;
-  do {
-    descriptor = ::open(file_name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, PERMISSIONS);
-  } while (descriptor < 0 && errno == EINTR);
-  return start(descriptor);
-}
+  KPT_STEP void put(FIXED_TEXT text) { m_space.at += text.view().copy(m_space.at, text.view().size()); }
 
-bool KPT_XML_WRITER::STREAM::attach(int descriptor) { return start(descriptor); }
-
-void KPT_XML_WRITER::STREAM::write_out(const char* from, std::size_t size) {
-  while (size > 0 && m_good) {
-    const ssize_t written = ::write(m_descriptor, from, size);
-    if (written > 0) {
-      from += written;
-      size -= static_cast<std::size_t>(written);
-    } else if (written == 0 || errno != EINTR) {
-      m_good = false;
+  KPT_STEP void put(std::string_view text) {
+    if (text.size() + KPT_XML_STREAM::ROOM <= static_cast<std::size_t>(m_space.end - m_space.at)) {
+      m_space.at += text.copy(m_space.at, text.size());
+    } else {
+      m_writer.m_stream->advance_to(m_space.at);
+      m_space = m_writer.m_stream->append(text);
     }
   }
-}
 
-// Writes the content of the block. After a failure the block has no room.
-void KPT_XML_WRITER::STREAM::flush() {
-  char* const block = m_block.get();
-  write_out(block, static_cast<std::size_t>(m_at - block));
-  m_at = block;
-  m_end = m_good && is_open() ? block + BLOCK_SIZE : block;
-}
-
-void KPT_XML_WRITER::STREAM::append_past_end(std::string_view text) {
-  if (!is_open()) {
-    return;
+  // A level is small, so one store of fixed size writes the blanks. The text that
+  // follows overwrites those beyond the level.
+  KPT_STEP void space() {
+    std::size_t count = m_level;
+    for (; count > BLANKS.size(); count -= BLANKS.size()) {
+      put(BLANKS);
+    }
+    std::memcpy(m_space.at, BLANKS.data(), BLANKS.size());
+    m_space.at += count;
   }
-  flush();
-  if (text.size() > room()) {
-    write_out(text.data(), text.size());
-  } else {
-    m_at += text.copy(m_at, text.size());
+
+  KPT_STEP void step_in() { m_level = static_cast<std::uint16_t>(m_level + LEVEL_STEP); }
+
+  KPT_STEP void step_out() {
+    if (m_level >= LEVEL_STEP) {
+      m_level = static_cast<std::uint16_t>(m_level - LEVEL_STEP);
+    }
   }
-}
 
-void KPT_XML_WRITER::STREAM::append_blanks_past_end(std::size_t count) {
-  while (count > 0) {
-    const std::size_t piece = std::min(count, BLANKS.size());
-    append(BLANKS.substr(0, piece));
-    count -= piece;
+  template <class NAME>
+  KPT_STEP void start_tag(NAME name) {
+    space();
+    put(FIXED_TEXT("<"));
+    put(name);
   }
-}
 
-void KPT_XML_WRITER::STREAM::append(std::string_view text) {
-  if (text.size() <= room()) {
-    m_at += text.copy(m_at, text.size());
-  } else {
-    append_past_end(text);
+  KPT_STEP void value(std::string_view text) {
+    put(m_writer.m_escapes && may_need_references(text) ? m_writer.escaped(text) : text);
   }
-}
 
-// A level is small, so one store of fixed size writes the blanks. The text that
-// follows overwrites those beyond the level.
-void KPT_XML_WRITER::STREAM::append_blanks(std::size_t count) {
-  if (count <= BLANKS.size() && room() >= BLANKS.size()) {
-    std::memcpy(m_at, BLANKS.data(), BLANKS.size());
-    m_at += count;
-  } else {
-    append_blanks_past_end(count);
+  template <class NAME>
+  KPT_STEP void attribute(NAME name, std::string_view text) {
+    put(FIXED_TEXT(" "));
+    put(name);
+    put(FIXED_TEXT("=\""));
+    value(text);
+    put(FIXED_TEXT("\""));
   }
-}
 
-bool KPT_XML_WRITER::STREAM::sync() {
-  if (!is_open()) {
-    return false;
+  // The host converts ints, so an id beyond that range is written as another number.
+  KPT_STEP void number_attribute(FIXED_TEXT name, long number) {
+    gen_itoa(static_cast<int>(number), m_writer.m_number, 10);
+    attribute(name, m_writer.m_number);
   }
-  flush();
-  while (m_good && ::fsync(m_descriptor) != 0) {
-    m_good = errno == EINTR;
+
+  KPT_STEP void new_line() { put(FIXED_TEXT(">\n")); }
+
+  template <class NAME>
+  KPT_STEP void end_tag(NAME name) {
+    step_out();
+    space();
+    put(FIXED_TEXT("</"));
+    put(name);
+    new_line();
+    step_in();
   }
-  return m_good;
-}
 
-bool KPT_XML_WRITER::STREAM::close() {
-  if (!is_open()) {
-    return false;
+  template <class NAME>
+  KPT_STEP void simple_text_element(NAME name, std::string_view text) {
+    put(FIXED_TEXT("<"));
+    put(name);
+    put(FIXED_TEXT(">"));
+    value(text);
+    put(FIXED_TEXT("</"));
+    put(name);
+    new_line();
   }
-  flush();
-  const bool closed = ::close(m_descriptor) == 0 || errno == EINTR;
-  m_descriptor = -1;
-  m_end = m_at;
-  m_good = m_good && closed;
-  return m_good;
-}
 
-void KPT_XML_WRITER::put(std::string_view text) { m_stream.append(text); }
-
-void KPT_XML_WRITER::put_space() { m_stream.append_blanks(m_indent_level); }
-
-void KPT_XML_WRITER::step_in() { m_indent_level = static_cast<std::uint16_t>(m_indent_level + LEVEL_STEP); }
-
-bool KPT_XML_WRITER::step_out() {
-  if (m_indent_level < LEVEL_STEP) {
-    return false;
+  KPT_STEP void end_element(FIXED_TEXT name) {
+    space();
+    end_tag(name);
   }
-  m_indent_level = static_cast<std::uint16_t>(m_indent_level - LEVEL_STEP);
-  return true;
-}
 
-void KPT_XML_WRITER::put_start_tag(std::string_view name) {
-  put_space();
-  put("<");
-  put(name);
-}
-
-void KPT_XML_WRITER::put_value(std::string_view text) {
-  if (m_escapes) {
-    put_escaped(text);
-  } else {
-    put(text);
+  KPT_STEP void attribute_elements(const KPT_ATTRIBUTE_LIST& attributes) {
+    for (const auto& [name, text] : attributes) {
+      if (!name.empty() && !text.empty()) {
+        space();
+        start_tag(FIXED_TEXT(kpt_words::ATTRIBUTE));
+        attribute(FIXED_TEXT(kpt_words::NAME), name);
+        attribute(FIXED_TEXT(kpt_words::VALUE), text);
+        put(FIXED_TEXT("> "));
+        end_tag(FIXED_TEXT(kpt_words::ATTRIBUTE));
+      }
+    }
   }
-}
 
-void KPT_XML_WRITER::put_escaped(std::string_view text) {
-  constexpr std::string_view ESCAPED = "<&\">\t\n\r";
-  std::size_t written = 0;
-  for (std::size_t at = text.find_first_of(ESCAPED); at != text.npos; at = text.find_first_of(ESCAPED, at + 1)) {
+ private:
+  KPT_XML_WRITER& m_writer;
+  KPT_XML_STREAM::SPACE m_space;
+  std::uint16_t m_level;
+};
+#undef KPT_STEP
+
+std::string_view KPT_XML_WRITER::escaped(std::string_view text) {
+  m_escaped.clear();
+  for (std::size_t at = 0; at < text.size(); ++at) {
     const std::string_view reference = reference_for(text, at);
-    if (!reference.empty()) {
-      put(text.substr(written, at - written));
-      put(reference);
-      written = at + 1;
-    }
+    m_escaped += reference.empty() ? text.substr(at, 1) : reference;
   }
-  put(text.substr(written));
+  return m_escaped;
 }
 
-void KPT_XML_WRITER::put_attribute(std::string_view name, std::string_view value) {
-  put(" ");
-  put(name);
-  put("=\"");
-  put_value(value);
-  put("\"");
-}
-
-void KPT_XML_WRITER::put_new_line() { put(">\n"); }
-
-void KPT_XML_WRITER::put_end_tag(std::string_view name) {
-  step_out();
-  put_space();
-  put("</");
-  put(name);
-  put_new_line();
-  step_in();
-}
-
-void KPT_XML_WRITER::put_simple_text_element(std::string_view name, std::string_view text) {
-  put("<");
-  put(name);
-  put(">");
-  put_value(text);
-  put("</");
-  put(name);
-  put_new_line();
-}
-
-// The host converts ints, so an id beyond that range is written as another number.
-void KPT_XML_WRITER::put_number_attribute(std::string_view name, long value) {
-  gen_itoa(static_cast<int>(value), m_number, 10);
-  put_attribute(name, m_number);
-}
-
-KPT_XML_WRITER::KPT_XML_WRITER(std::string_view file_name) : m_file_name(file_name) {}
+KPT_XML_WRITER::KPT_XML_WRITER(std::string_view file_name)
+    : m_file_name(file_name), m_stream(std::make_unique<KPT_XML_STREAM>()) {}
 
 KPT_XML_WRITER::~KPT_XML_WRITER() = default;
 
@@ -253,168 +209,189 @@ void KPT_XML_WRITER::step() {
   }
 }
 
-bool KPT_XML_WRITER::start_file() { return m_stream.open(m_file_name); }
+bool KPT_XML_WRITER::start_file() { return m_stream->open(m_file_name); }
 
-bool KPT_XML_WRITER::start_file_on(int descriptor) { return m_stream.attach(descriptor); }
+bool KPT_XML_WRITER::start_file_on(int descriptor) { return m_stream->attach(descriptor); }
 
 bool KPT_XML_WRITER::finish_file() {
-  const bool synced = m_stream.sync();
-  return m_stream.close() && synced;
+  const bool synced = m_stream->sync();
+  return m_stream->close() && synced;
 }
 
 bool KPT_XML_WRITER::space() {
-  put_space();
+  PEN pen(*this);
+  pen.space();
   return true;
 }
 
 bool KPT_XML_WRITER::indent() {
-  step_in();
+  PEN(*this).step_in();
   return true;
 }
 
-bool KPT_XML_WRITER::outdent() { return step_out(); }
+bool KPT_XML_WRITER::outdent() {
+  const bool goes_down = m_indent_level >= LEVEL_STEP;
+  PEN(*this).step_out();
+  return goes_down;
+}
 
 bool KPT_XML_WRITER::start_tag(std::string_view name) {
-  put_start_tag(name);
+  PEN pen(*this);
+  pen.start_tag(name);
   return true;
 }
 
 bool KPT_XML_WRITER::write_attribute(std::string_view name, std::string_view value) {
-  put_attribute(name, value);
+  PEN pen(*this);
+  pen.attribute(name, value);
   return true;
 }
 
 bool KPT_XML_WRITER::new_line() {
-  put_new_line();
+  PEN pen(*this);
+  pen.new_line();
   return true;
 }
 
 bool KPT_XML_WRITER::close_tag() {
-  put("> ");
+  PEN pen(*this);
+  pen.put(FIXED_TEXT("> "));
   return true;
 }
 
 bool KPT_XML_WRITER::end_tag(std::string_view name) {
-  put_end_tag(name);
+  PEN pen(*this);
+  pen.end_tag(name);
   return true;
 }
 
 bool KPT_XML_WRITER::write_text_content(std::string_view text) {
-  put(text);
+  PEN pen(*this);
+  pen.put(text);
   return true;
 }
 
 bool KPT_XML_WRITER::write_simple_text_element(std::string_view name, std::string_view text) {
-  put_simple_text_element(name, text);
+  PEN pen(*this);
+  pen.simple_text_element(name, text);
   return true;
 }
 
 bool KPT_XML_WRITER::write_empty_content_element(std::string_view name) {
-  put_start_tag(name);
-  put_new_line();
-  put_space();
-  put_end_tag(name);
+  PEN pen(*this);
+  pen.start_tag(name);
+  pen.new_line();
+  pen.space();
+  pen.end_tag(name);
   return true;
 }
 
 bool KPT_XML_WRITER::write_db_start_xml(std::string_view db_name) {
-  put_start_tag(kpt_words::KPT_DB);
-  put_attribute(kpt_words::NAME, db_name);
-  put_new_line();
+  PEN pen(*this);
+  pen.start_tag(FIXED_TEXT(kpt_words::KPT_DB));
+  pen.attribute(FIXED_TEXT(kpt_words::NAME), db_name);
+  pen.new_line();
   return true;
 }
 
 bool KPT_XML_WRITER::write_attributes(const KPT_ATTRIBUTE_LIST& attributes) {
-  for (const auto& [name, value] : attributes) {
-    if (!name.empty() && !value.empty()) {
-      put_space();
-      put_start_tag(kpt_words::ATTRIBUTE);
-      put_attribute(kpt_words::NAME, name);
-      put_attribute(kpt_words::VALUE, value);
-      put("> ");
-      put_end_tag(kpt_words::ATTRIBUTE);
-    }
-  }
+  PEN pen(*this);
+  pen.attribute_elements(attributes);
   return true;
 }
 
-void KPT_XML_WRITER::put_attributes() {
-  if (!m_attributes.empty()) {
-    write_attributes(m_attributes);
-    m_attributes.clear();
-  }
-}
-
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name) {
-  step_in();
-  put_space();
-  put_start_tag(kpt_words::KEY_POINT);
-  put_attribute(kpt_words::ID, id);
-  put_attribute(kpt_words::TYPE, type);
-  put_new_line();
-  step_in();
-  put_space();
-  put_simple_text_element(kpt_words::NAME, name);
-  put_attributes();
-  step_out();
-  put_space();
-  put_end_tag(kpt_words::KEY_POINT);
-  step_out();
+  PEN pen(*this);
+  pen.step_in();
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::KEY_POINT));
+  pen.attribute(FIXED_TEXT(kpt_words::ID), id);
+  pen.attribute(FIXED_TEXT(kpt_words::TYPE), type);
+  pen.new_line();
+  pen.step_in();
+  pen.space();
+  pen.simple_text_element(FIXED_TEXT(kpt_words::NAME), name);
+  pen.attribute_elements(m_attributes);
+  pen.step_out();
+  pen.space();
+  pen.end_tag(FIXED_TEXT(kpt_words::KEY_POINT));
+  pen.step_out();
+  m_attributes.clear();
   return true;
 }
 
 bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view type, std::string_view name,
                                         std::string_view entity, std::string_view reg_type) {
-  put_space();
-  put_start_tag(kpt_words::KEY_POINT);
-  step_in();
-  put_attribute(kpt_words::ID, id);
-  put_attribute(kpt_words::TYPE, type);
-  put_new_line();
-  step_in();
-  put_space();
-  put_simple_text_element(kpt_words::NAME, name);
-  put_space();
-  put_simple_text_element(kpt_words::ENTITY, entity);
-  put_space();
-  put_simple_text_element(kpt_words::REG_TYPE, reg_type);
-  put_attributes();
-  step_out();
-  put_space();
-  put_end_tag(kpt_words::KEY_POINT);
-  step_out();
+  PEN pen(*this);
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::KEY_POINT));
+  pen.step_in();
+  pen.attribute(FIXED_TEXT(kpt_words::ID), id);
+  pen.attribute(FIXED_TEXT(kpt_words::TYPE), type);
+  pen.new_line();
+  pen.step_in();
+  pen.space();
+  pen.simple_text_element(FIXED_TEXT(kpt_words::NAME), name);
+  pen.space();
+  pen.simple_text_element(FIXED_TEXT(kpt_words::ENTITY), entity);
+  pen.space();
+  pen.simple_text_element(FIXED_TEXT(kpt_words::REG_TYPE), reg_type);
+  pen.attribute_elements(m_attributes);
+  pen.step_out();
+  pen.space();
+  pen.end_tag(FIXED_TEXT(kpt_words::KEY_POINT));
+  pen.step_out();
+  m_attributes.clear();
   return true;
 }
 
 bool KPT_XML_WRITER::write_transformation_start_xml(std::string_view elim_type) {
-  step_in();
-  put_space();
-  put_start_tag(kpt_words::TRANSFORMATION);
+  PEN pen(*this);
+  pen.step_in();
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::TRANSFORMATION));
   if (!elim_type.empty()) {
-    put_attribute(kpt_words::ELIM_TYPE, elim_type);
+    pen.attribute(FIXED_TEXT(kpt_words::ELIM_TYPE), elim_type);
   }
-  put_new_line();
-  step_out();
+  pen.new_line();
+  pen.step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_tr_set_start_xml(std::string_view type) {
-  step_in();
-  put_space();
-  put_start_tag(kpt_words::KP_SET);
-  put_attribute(kpt_words::TYPE, type);
-  put_new_line();
-  step_out();
+  PEN pen(*this);
+  pen.step_in();
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::KP_SET));
+  pen.attribute(FIXED_TEXT(kpt_words::TYPE), type);
+  pen.new_line();
+  pen.step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_tr_state_start_xml(unsigned short index) {
-  step_in();
-  put_space();
-  put_start_tag(kpt_words::KP_STATE);
-  put_number_attribute(kpt_words::INDEX, index);
-  put_new_line();
-  step_out();
+  PEN pen(*this);
+  pen.step_in();
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::KP_STATE));
+  pen.number_attribute(FIXED_TEXT(kpt_words::INDEX), index);
+  pen.new_line();
+  pen.step_out();
+  return true;
+}
+
+bool KPT_XML_WRITER::write_tr_state_end_xml() {
+  PEN(*this).end_element(FIXED_TEXT(kpt_words::KP_STATE));
+  return true;
+}
+
+bool KPT_XML_WRITER::write_tr_set_end_xml() {
+  PEN(*this).end_element(FIXED_TEXT(kpt_words::KP_SET));
+  return true;
+}
+
+bool KPT_XML_WRITER::write_transformation_end_xml() {
+  PEN(*this).end_element(FIXED_TEXT(kpt_words::TRANSFORMATION));
   return true;
 }
 
@@ -427,46 +404,51 @@ bool KPT_XML_WRITER::write_transformation_xml(std::string_view tag, unsigned sho
 }
 
 bool KPT_XML_WRITER::begin_transformation_xml(std::string_view tag) {
-  step_in();
-  put_space();
-  put_start_tag(tag);
-  put_new_line();
-  step_in();
+  PEN pen(*this);
+  pen.step_in();
+  pen.space();
+  pen.start_tag(tag);
+  pen.new_line();
+  pen.step_in();
   return true;
 }
 
 bool KPT_XML_WRITER::write_kp_xml(long id) {
-  put_space();
-  put_start_tag(kpt_words::KP);
-  put_number_attribute(kpt_words::ID, id);
-  put("> ");
-  put_end_tag(kpt_words::KP);
+  PEN pen(*this);
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::KP));
+  pen.number_attribute(FIXED_TEXT(kpt_words::ID), id);
+  pen.put(FIXED_TEXT("> "));
+  pen.end_tag(FIXED_TEXT(kpt_words::KP));
   return true;
 }
 
 bool KPT_XML_WRITER::end_transformation_xml(std::string_view tag) {
-  put_space();
-  step_out();
-  put_end_tag(tag);
-  step_out();
+  PEN pen(*this);
+  pen.space();
+  pen.step_out();
+  pen.end_tag(tag);
+  pen.step_out();
   return true;
 }
 
 bool KPT_XML_WRITER::write_state_index_xml(unsigned short index) {
-  put_start_tag(kpt_words::STATE);
-  put_number_attribute(kpt_words::INDEX, index);
-  put_new_line();
+  PEN pen(*this);
+  pen.start_tag(FIXED_TEXT(kpt_words::STATE));
+  pen.number_attribute(FIXED_TEXT(kpt_words::INDEX), index);
+  pen.new_line();
   return true;
 }
 
 bool KPT_XML_WRITER::write_state_table_xml(unsigned short index, std::string_view value) {
-  step_in();
-  put_space();
-  put_start_tag(kpt_words::VALUE);
-  put_number_attribute(kpt_words::INDEX, index);
-  put("> ");
-  put(value);
-  put_end_tag(kpt_words::VALUE);
-  step_out();
+  PEN pen(*this);
+  pen.step_in();
+  pen.space();
+  pen.start_tag(FIXED_TEXT(kpt_words::VALUE));
+  pen.number_attribute(FIXED_TEXT(kpt_words::INDEX), index);
+  pen.put(FIXED_TEXT("> "));
+  pen.put(value);
+  pen.end_tag(FIXED_TEXT(kpt_words::VALUE));
+  pen.step_out();
   return true;
 }

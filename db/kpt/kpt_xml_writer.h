@@ -20,6 +20,7 @@
 #include "db/kpt/kpt_types.h"
 
 class KPT_STEPS;
+class KPT_XML_STREAM;
 
 class KPT_EXPORT KPT_XML_WRITER {
  public:
@@ -73,6 +74,10 @@ class KPT_EXPORT KPT_XML_WRITER {
   bool write_transformation_start_xml(std::string_view elim_type);
   bool write_tr_set_start_xml(std::string_view type);
   bool write_tr_state_start_xml(unsigned short index);
+  // The ends of these elements: `space`, and `end_tag` with the element's name.
+  bool write_tr_state_end_xml();
+  bool write_tr_set_end_xml();
+  bool write_transformation_end_xml();
   /// One group: `tag` around one "kp" element per id. `index` is not used.
   bool write_transformation_xml(std::string_view tag, unsigned short index, const KPT_ID_LIST& ids);
   bool write_state_index_xml(unsigned short index);
@@ -106,62 +111,19 @@ class KPT_EXPORT KPT_XML_WRITER {
   bool finish_file();
 
  private:
-  // A file with a large buffer: one system call for each full buffer, however
-  // short the texts. After the first failure nothing more is written.
-  class STREAM {
-   public:
-    STREAM() = default;
-    ~STREAM() { close(); }
-    STREAM(const STREAM&) = delete;
-    STREAM& operator=(const STREAM&) = delete;
+  // Puts the steps of one operation.
+  class PEN;
 
-    bool open(const KPT_STRING& file_name);
-    bool attach(int descriptor);
-    inline void append(std::string_view text);
-    inline void append_blanks(std::size_t count);
-    bool sync();
-    bool close();
-
-   private:
-    bool is_open() const { return m_descriptor >= 0; }
-    std::size_t room() const { return static_cast<std::size_t>(m_end - m_at); }
-    bool start(int descriptor);
-    void append_past_end(std::string_view text);
-    void append_blanks_past_end(std::size_t count);
-    void flush();
-    void write_out(const char* from, std::size_t size);
-
-    int m_descriptor = -1;
-    bool m_good = true;
-    std::unique_ptr<char[]> m_block;
-    // The free part of the block; empty unless the file is open.
-    char* m_at = nullptr;
-    char* m_end = nullptr;
-  };
-
-  // The steps of the operations. A save takes about a hundred steps for each
-  // register, so they are inline. Exported functions are not inlined.
-  inline void put(std::string_view text);
-  inline void put_value(std::string_view text);
-  void put_escaped(std::string_view text);
-  inline void put_space();
-  inline void step_in();
-  inline bool step_out();
-  inline void put_start_tag(std::string_view name);
-  inline void put_attribute(std::string_view name, std::string_view value);
-  inline void put_new_line();
-  inline void put_end_tag(std::string_view name);
-  void put_attributes();
-  inline void put_simple_text_element(std::string_view name, std::string_view text);
-  inline void put_number_attribute(std::string_view name, long value);
+  std::string_view escaped(std::string_view text);
 
   KPT_STRING m_file_name;
-  STREAM m_stream;
+  std::unique_ptr<KPT_XML_STREAM> m_stream;
   std::uint16_t m_indent_level = 0;
   bool m_escapes = false;
   bool m_keeps_attributes = false;
   KPT_ATTRIBUTE_LIST m_attributes;  // for the next key point
-  KPT_STRING m_number;
+  KPT_STRING m_number;              // the last number that was converted
+  KPT_STRING m_escaped;             // the last text that needed references
   KPT_STEPS* m_steps = nullptr;
 };
 

@@ -56,14 +56,22 @@ int gen_atoi(const MEM_STRING& text) {
 }
 
 MEM_STRING gen_itoa(int value, int base) {
-  constexpr int HIGHEST_BASE = 36;
-  std::array<char, std::numeric_limits<unsigned int>::digits + 1> digits{};
-  const int used = base >= 2 && base <= HIGHEST_BASE ? base : DECIMAL;
-  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value, used);
-  return {digits.data(), end};
+  MEM_STRING text;
+  gen_itoa(value, text, base);
+  return text;
 }
 
-void gen_itoa(int value, MEM_STRING& out, int base) { out = gen_itoa(value, base); }
+// The text keeps its memory: a save converts several numbers for each register.
+void gen_itoa(int value, MEM_STRING& out, int base) {
+  constexpr int HIGHEST_BASE = 36;
+  std::array<char, std::numeric_limits<unsigned int>::digits + 1> digits;
+  char* const first = digits.data();
+  char* const last = first + digits.size();
+  const bool is_usual = base == DECIMAL || base < 2 || base > HIGHEST_BASE;
+  const char* const end =
+      is_usual ? std::to_chars(first, last, value).ptr : std::to_chars(first, last, value, base).ptr;
+  out.assign(first, static_cast<std::size_t>(end - first));
+}
 
 void gen_sprintf(MEM_STRING* out, const char* format, ...) {
   va_list args;

@@ -30,11 +30,11 @@ import simulation  # noqa: E402
 class Totals:
     def __init__(self):
         self.designs = self.checked = self.silent = self.nothing = self.broken = self.false = 0
-        self.ended = collections.Counter()  # by Yosys' message
+        self.ended = collections.Counter()  # by the reason
 
     def __str__(self):
         return "%d designs: %d claims checked, %d never seen, %d designs without any; " \
-               "%d netlists wrong, %d flows ended by Yosys; %d false claims" % (
+               "%d netlists wrong, %d flows ended early; %d false claims" % (
                    self.designs, self.checked, self.silent, self.nothing, self.broken, sum(self.ended.values()), self.false)
 
 
@@ -45,26 +45,26 @@ class TookTooLong(RuntimeError):
     pass
 
 
-def yosys(folder, script, log, plugin=()):
+def yosys(folder, script, log, plugin=(), seconds=MOST_SECONDS):
     """Runs the lines of a script with the output in folder/<log>. False when they end with an error."""
     with open(folder + "/flow.ys", "w", encoding="utf-8") as file:
         file.write("\n".join("\n".join(part.strip() for part in step.split(";")) for step in script) + "\n")
     done = subprocess.run(["yosys", *plugin, "-q", "-s", "flow.ys"], cwd=folder, capture_output=True, text=True,
                           check=False,
-                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (MOST_SECONDS, MOST_SECONDS + 9)))
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 9)))
     with open(folder + "/" + log, "w", encoding="utf-8") as file:
         file.write(done.stdout + done.stderr)
     if done.returncode == -signal.SIGXCPU:
-        raise TookTooLong("Yosys took more than %d seconds of processor time" % MOST_SECONDS)
+        raise TookTooLong("Yosys took more than %d seconds of processor time" % seconds)
     if done.returncode not in (0, 1):
         raise RuntimeError("Yosys ended with %d: %s" % (done.returncode, done.stderr[-300:]))
     return done.returncode == 0
 
 
 def takes_too_long_alone(folder, steps):
-    """Whether Yosys takes too long without the plugin: the combinations of large machines explode."""
+    """Whether Yosys takes much of the time without the plugin: the combinations of large machines explode."""
     try:
-        yosys(folder, ["read_verilog source.v", "hierarchy -top top"] + steps, "alone.log")
+        yosys(folder, ["read_verilog source.v", "hierarchy -top top"] + steps, "alone.log", seconds=MOST_SECONDS // 4)
         return False
     except TookTooLong:
         return True
@@ -111,7 +111,11 @@ def hunt(seed, folder, options, totals):
         return []
     found = claims.claims(folder + "/kpt.xml")
     models = [options.cells + "/cells.v"]
-    outcome = simulation.simulate(folder, source, found, seed, models)
+    try:
+        outcome = simulation.simulate(folder, source, found, seed, models)
+    except simulation.DoesNotEnd as reason:
+        totals.ended[str(reason)] += 1
+        return []
     with open(folder + "/yosys.log", encoding="utf-8") as log:
         false = outcome.false + [claims.Claim("refused: " + line.strip(), [], []) for line in log
                                  if "The audit refutes" in line]
@@ -150,7 +154,7 @@ def main():
             for claim in false:
                 print("seed %d: false: %s" % (seed, claim.text), flush=True)
     for reason, count in totals.ended.most_common():
-        print("%d ended by Yosys: %s" % (count, reason))
+        print("%d ended early: %s" % (count, reason))
     print(totals)
     return totals.false != 0
 

@@ -2,6 +2,8 @@
 
 import json
 import re
+import resource
+import signal
 import subprocess
 
 # Resets are active in the first cycles, and sometimes later.
@@ -128,6 +130,13 @@ def _powered_up(netlist):
                   flags=re.MULTILINE)
 
 
+MOST_SECONDS = 60  # of processor time for a simulation; most take less than one
+
+
+class DoesNotEnd(RuntimeError):
+    """A netlist with a loop of latches may change for ever at one time."""
+
+
 def _run(folder, text, models):
     """What the bench prints; it stands in `text` with all that it needs but folder/gate.v and `models`."""
     with open(folder + "/gate.v", encoding="utf-8") as file:
@@ -136,7 +145,12 @@ def _run(folder, text, models):
         file.write(text)
     subprocess.run(["iverilog", "-g2012", "-o", folder + "/bench", "-s", "bench", folder + "/bench.v"] + models,
                    check=True, capture_output=True, text=True)
-    return subprocess.run(["vvp", "-n", folder + "/bench"], check=True, capture_output=True, text=True).stdout.split()
+    done = subprocess.run(["vvp", "-n", folder + "/bench"], capture_output=True, text=True,
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (MOST_SECONDS, MOST_SECONDS + 9)))
+    if done.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
+        raise DoesNotEnd("A simulation took more than %d seconds of processor time" % MOST_SECONDS)
+    done.check_returncode()
+    return done.stdout.split()
 
 
 def is_netlist_wrong(folder, source, seed, models, runs=4, cycles=4000):
