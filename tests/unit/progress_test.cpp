@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "db/kpt/kpt.h"
+#include "tests/support/host_lines.h"
 
 namespace {
 
@@ -55,6 +56,7 @@ TEST(Progress, OfASaveThatFailsDoesNotEnd) {
 }
 
 TEST(Progress, OfATextThatCannotBeSavedDoesNotBegin) {
+  const kpt_test::HOST_LINES lines;
   KPT_UNREGISTERED_DB db = KPT_UNREGISTERED_DB::create("d");
   db->associate_registers_signal_to_signal("\x01", "b");
   TOLD told;
