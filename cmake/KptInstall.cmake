@@ -18,6 +18,7 @@ install(DIRECTORY db DESTINATION ${kpt_headers} COMPONENT dev
         PATTERN files EXCLUDE
         PATTERN load EXCLUDE
         PATTERN unite EXCLUDE
+        PATTERN kpt_steps.h EXCLUDE
         PATTERN kpt_ticks.h EXCLUDE
         PATTERN kpt_translation.h EXCLUDE)
 install(FILES db/kpt/files/kpt_xml_memory.h db/kpt/files/kpt_xml_platform.h

@@ -31,6 +31,7 @@
 #include "db/kpt/kpt_keypoints_db.h"
 #include "db/kpt/kpt_keypoints_manager.h"
 #include "db/kpt/kpt_load_problem.h"
+#include "db/kpt/kpt_progress.h"
 #include "db/kpt/kpt_register_group.h"
 #include "db/kpt/kpt_register_keypoint.h"
 #include "db/kpt/kpt_register_transformation.h"

@@ -5,6 +5,7 @@
 
 #include "db/kpt/composition/kpt_composition_writer.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_steps.h"
 #include "db/kpt/msg_kpt.h"
 #include "h/gen_sys.h"
 
@@ -22,12 +23,30 @@ KPT_STRING listed(const KPT_STRING_VECTOR& items) {
   return result;
 }
 
+// What a composition passes: every register, every map, and the registers that are written.
+struct PASSES {
+  explicit PASSES(const KPT_COMPOSITION::STAGES& stages) {
+    for (KPT_KEYPOINTS_DB_IMPL* stage : stages) {
+      registers += stage->get_reference_set()->size() + stage->get_transformed_set()->size();
+      maps += stage->get_transformation_set()->get_list_of_register_transformations().size();
+    }
+    ends = 2 * stages.front()->get_reference_set()->size() + stages.back()->get_transformed_set()->size();
+  }
+  std::size_t all() const { return registers + maps + ends; }
+
+  std::size_t registers = 0;
+  std::size_t maps = 0;
+  std::size_t ends = 0;  // the first netlist twice: it is entered, and then written
+};
+
 }  // namespace
 
 // One pass over the stages.
 struct KPT_COMPOSITION::SOLUTION {
-  SOLUTION(const STAGES& stages, bool keeps_unrecorded)
-      : netlists(stages, keeps_unrecorded, classes), machines(classes), statements(netlists, classes, machines) {}
+  SOLUTION(const STAGES& stages, bool keeps_unrecorded, KPT_STEPS& steps)
+      : netlists(stages, keeps_unrecorded, classes, steps),
+        machines(classes),
+        statements(netlists, classes, machines) {}
 
   KPT_CLASSES classes;
   KPT_NETLISTS netlists;
@@ -46,23 +65,29 @@ bool KPT_COMPOSITION::compose(KPT_KEYPOINTS_DB_IMPL& result) {
       std::find(m_stages.begin(), m_stages.end(), &result) != m_stages.end()) {
     return refuse("the database that is to hold the composition is not empty");
   }
-  SOLUTION solution(m_stages, m_options.keeps_unrecorded);
+  const PASSES passes(m_stages);
+  KPT_STEPS steps(m_options.progress, passes.all());
+  steps.begin(passes.registers);
+  SOLUTION solution(m_stages, m_options.keeps_unrecorded, steps);
   if (!stages_fit(solution)) {
     return false;
   }
-  if (!solve(solution, SKIPPED(m_stages.size()))) {
+  steps.begin(passes.maps);
+  if (!solve(solution, SKIPPED(m_stages.size()), steps)) {
     tell_contradiction(solution);
     return false;
   }
   warn(solution);
   const KPT_COMPOSITION_FACTS facts(m_stages, solution.netlists, solution.statements, solution.classes);
-  KPT_COMPOSITION_WRITER(solution.netlists, solution.classes, solution.machines, facts, result).write();
+  steps.begin(passes.ends);
+  KPT_COMPOSITION_WRITER(solution.netlists, solution.classes, solution.machines, facts, result).write(steps);
+  steps.finish();
   return true;
 }
 
-bool KPT_COMPOSITION::solve(SOLUTION& solution, const SKIPPED& skipped) const {
+bool KPT_COMPOSITION::solve(SOLUTION& solution, const SKIPPED& skipped, KPT_STEPS& steps) const {
   for (std::size_t stage = 0; stage < m_stages.size(); ++stage) {
-    if (!skipped[stage] && !solution.statements.read(stage, *m_stages[stage])) {
+    if (!skipped[stage] && !solution.statements.read(stage, *m_stages[stage], steps)) {
       return false;
     }
   }
@@ -116,8 +141,9 @@ KPT_STRING KPT_COMPOSITION::contradicting_stages() const {
   KPT_STRING_VECTOR stages;
   for (std::size_t stage = 0; stage < m_stages.size(); ++stage) {
     skipped[stage] = true;
-    SOLUTION solution(m_stages, m_options.keeps_unrecorded);
-    if (solve(solution, skipped)) {
+    KPT_STEPS untold(nullptr, 0);
+    SOLUTION solution(m_stages, m_options.keeps_unrecorded, untold);
+    if (solve(solution, skipped, untold)) {
       skipped[stage] = false;
       stages.push_back(text(stage + 1));
     }

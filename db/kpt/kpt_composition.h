@@ -28,6 +28,9 @@
 
 #include "db/kpt/kpt_types.h"
 
+class KPT_PROGRESS;
+class KPT_STEPS;
+
 struct KPT_COMPOSITION_OPTIONS {
   /// The least share, 0 to 1, of a stage's reference registers that the stage before
   /// has to know. This bound refuses stages that are swapped or repeated. It does
@@ -37,6 +40,8 @@ struct KPT_COMPOSITION_OPTIONS {
   /// it does not mention, and a register that no earlier stage mentions is a
   /// register of the first netlist.
   bool keeps_unrecorded = false;
+  /// Gets how far the composition has come, unless it is null.
+  KPT_PROGRESS* progress = nullptr;
 };
 
 /// What a composition reports, in lines of text.
@@ -65,7 +70,7 @@ class KPT_EXPORT KPT_COMPOSITION {
  private:
   struct SOLUTION;
   using SKIPPED = std::vector<bool>;
-  bool solve(SOLUTION& solution, const SKIPPED& skipped) const;
+  bool solve(SOLUTION& solution, const SKIPPED& skipped, KPT_STEPS& steps) const;
   bool stages_fit(const SOLUTION& solution);
   void tell_contradiction(const SOLUTION& solution);
   KPT_STRING contradicting_stages() const;

@@ -227,6 +227,7 @@ bool KPT_KEYPOINT_SET_IMPL::save_keypoint_set(KPT_SET_ENUM set, KPT_XML_WRITER& 
   writer.write_attribute(kpt_words::TYPE, kpt_words::name_of(set));
   writer.new_line();
   for_each_keypoint([&](const KPT_REGISTER_KEYPOINT_IMPL* keypoint) {
+    writer.step();
     ok = keypoint->save_register(writer);
     return ok;
   });

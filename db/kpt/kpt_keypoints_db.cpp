@@ -120,11 +120,15 @@ KPT_KEYPOINT_SET KPT_KEYPOINTS_DB::get_transformed_set() const {
   return KPT_KEYPOINT_SET(impl().get_transformed_set());
 }
 
-bool KPT_KEYPOINTS_DB::unite(const KPT_KEYPOINTS_DB& other) const { return impl().unite_db(other.impl()); }
+bool KPT_KEYPOINTS_DB::unite(const KPT_KEYPOINTS_DB& other, KPT_PROGRESS* progress) const {
+  return impl().unite_db(other.impl(), progress);
+}
 
 bool KPT_KEYPOINTS_DB::save(std::string_view file_name) const { return impl().save(file_name); }
 
-bool KPT_KEYPOINTS_DB::save_atomically(std::string_view file_name) const { return impl().save_atomically(file_name); }
+bool KPT_KEYPOINTS_DB::save_atomically(std::string_view file_name, KPT_PROGRESS* progress) const {
+  return impl().save_atomically(file_name, progress);
+}
 
 KPT_REGISTER_TRANSFORMATION KPT_KEYPOINTS_DB::get_reference_register_transformation(std::string_view name) const {
   return KPT_REGISTER_TRANSFORMATION(impl().get_reference_register_transformation(name));

@@ -16,6 +16,7 @@
 #include "db/kpt/kpt_types.h"
 
 class KPT_KEYPOINT_SET;
+class KPT_PROGRESS;
 class KPT_TRANSFORMATION_SET;
 
 using KPT_KEYPOINTS_DB_LIST = std::vector<KPT_KEYPOINTS_DB, MEM_STL_ALLOCATOR<KPT_KEYPOINTS_DB>>;
@@ -96,7 +97,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   bool compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options = {},
                KPT_COMPOSITION_REPORT* report = nullptr) const;
   /// Appends the next stage, which does not change. What this database then says can be false.
-  bool unite(const KPT_KEYPOINTS_DB& other) const;
+  /// `progress`, unless it is null, gets how far the union has come.
+  bool unite(const KPT_KEYPOINTS_DB& other, KPT_PROGRESS* progress = nullptr) const;
   /// Writes the database file in place; false when it cannot be opened. True
   /// also when the disk is full or writing fails otherwise; `save_atomically`
   /// returns false in such a case. It waits until a pipe is read, and a debug line
@@ -108,8 +110,9 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// message EKPT_TEXTS_CANNOT_BE_SAVED. Keeps the owner and the group of an earlier
   /// file, or says with the message EKPT_OWNER_NOT_KEPT that it cannot. On failure an earlier file is unchanged,
   /// and no other file is left. A killed process may leave a file ".kpt-*", which
-  /// a later save that replaces the target removes if it may write it.
-  bool save_atomically(std::string_view file_name) const;
+  /// a later save that replaces the target removes if it may write it. `progress`,
+  /// unless it is null, gets how far the save has come.
+  bool save_atomically(std::string_view file_name, KPT_PROGRESS* progress = nullptr) const;
 
   /// The map of a signal register, or a null handle.
   KPT_REGISTER_TRANSFORMATION get_reference_register_transformation(std::string_view name) const;

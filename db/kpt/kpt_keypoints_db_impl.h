@@ -30,6 +30,9 @@
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/kpt_types.h"
 
+class KPT_PROGRESS;
+class KPT_STEPS;
+
 class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
  public:
   explicit KPT_KEYPOINTS_DB_IMPL(std::string_view name);
@@ -126,7 +129,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// What they say can be false: docs/behaviours.md. There is no rollback. After
   /// std::bad_alloc the database spans the two stages in part; it can be used,
   /// saved and destroyed.
-  bool unite_db(KPT_KEYPOINTS_DB_IMPL& db2);
+  /// `progress`, unless it is null, gets how far the union has come.
+  bool unite_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_PROGRESS* progress = nullptr);
   /// Gives this database a pass-through map for every register that `db2` starts
   /// from and that it lacks. After std::bad_alloc the maps made so far stay.
   bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2);
@@ -144,8 +148,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   /// earlier file of that name is then unchanged, and no other file is
   /// left. A process that is killed meanwhile may leave a file ".kpt-*" in
   /// the folder, which a later save that replaces the target removes if it
-  /// may write it.
-  bool save_atomically(std::string_view file_name);
+  /// may write it. `progress`, unless it is null, gets how far the save has come.
+  bool save_atomically(std::string_view file_name, KPT_PROGRESS* progress = nullptr);
 
   /// Fills this database from a parsed file. False when an element follows the transformations.
   bool load_db(KPT_XML_ELEMENT& root);
@@ -183,7 +187,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB_IMPL : public KPT_ZEROED {
   KPT_TRANSFORMATION_IMPL* add_groups(const KPT_GROUPS_SIDE& r, const KPT_GROUPS_SIDE& t, KPT_STATE_TABLE_IMPL* states,
                                       KPT_ELIM_ENUM status, bool as_they_are);
   void take_back(KPT_SET_ENUM set, const KPT_KEYPOINT_LIST& created);
-  bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation);
+  bool make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation, KPT_STEPS& steps);
   bool add_pass_through(const KPT_REGISTER_KEYPOINT_IMPL& k);
   void align_pass_through(KPT_KEYPOINT* t, KPT_KEYPOINTS_DB_IMPL& db2, KPT_KEYPOINT* k);
   bool cleanup_keypoint_set(KPT_SET_ENUM set);

@@ -9,6 +9,7 @@
 #include "db/kpt/kpt_held_text.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
 #include "db/kpt/kpt_register_keypoint_impl.h"
+#include "db/kpt/kpt_steps.h"
 #include "db/kpt/kpt_xml_writer.h"
 #include "db/kpt/msg_kpt.h"
 
@@ -120,19 +121,31 @@ void tell_of_owner(const KPT_STRING& file_name) {
   }
 }
 
-bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name) {
+// What a save passes.
+std::size_t registers_and_maps(KPT_KEYPOINTS_DB_IMPL& db) {
+  return db.get_reference_set()->size() + db.get_transformed_set()->size() +
+         db.get_transformation_set()->get_list_of_register_transformations().size();
+}
+
+bool replace_file(KPT_KEYPOINTS_DB_IMPL& db, const KPT_STRING& file_name, KPT_PROGRESS* progress) {
+  KPT_STEPS steps(progress, registers_and_maps(db));
+  steps.begin(registers_and_maps(db));
   KPT_FILE_REPLACEMENT file(file_name);
   KPT_XML_WRITER writer(file_name);
   writer.keep_attributes();
   writer.escape_texts();
+  writer.count(steps);
   bool saved = writer.start_file_on(file.open()) && write_database(db, writer);
   saved = writer.finish_file() && saved && file.replace_target();
   if (!saved) {
     kpt_msg_debug("Error: cannot write %s", file_name.c_str());
-  } else if (!file.keeps_owner()) {
+    return false;
+  }
+  if (!file.keeps_owner()) {
     tell_of_owner(file_name);
   }
-  return saved;
+  steps.finish();
+  return true;
 }
 
 }  // namespace
@@ -147,9 +160,9 @@ bool KPT_KEYPOINTS_DB_IMPL::save(std::string_view file_name) {
   }
 }
 
-bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name) {
+bool KPT_KEYPOINTS_DB_IMPL::save_atomically(std::string_view file_name, KPT_PROGRESS* progress) {
   try {
-    return TEXT_CHECK(file_name).database(*this) && replace_file(*this, KPT_STRING(file_name));
+    return TEXT_CHECK(file_name).database(*this) && replace_file(*this, KPT_STRING(file_name), progress);
   } catch (const std::bad_alloc&) {
     kpt_tell_out_of_memory(file_name);
     return false;

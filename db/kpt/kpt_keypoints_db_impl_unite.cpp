@@ -1,30 +1,40 @@
 // The union of two databases: what it does to the keypoint sets before and after
 // the union of the maps.
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_steps.h"
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_translation.h"
 #include "db/kpt/msg_kpt.h"
 
 // The second database is only read: its maps are translated to the keypoints of
 // this database, and the union consumes the translation.
-bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2) {
+bool KPT_KEYPOINTS_DB_IMPL::unite_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_PROGRESS* progress) {
   kpt_msg_debug("TIME: Start unite at : %s", gen_get_current_time().c_str());
   const unsigned long start = gen_get_tick_count();
   KPT_TRANSLATION translation(m_transformed_set);
-  make_complete_db(db2, translation);
+  const std::size_t starts_from = db2.m_reference_set.size();
+  const std::size_t ends_in = db2.m_transformed_set.size();
+  KPT_STEPS steps(progress, starts_from + ends_in + m_transformation_set.steps_of_union(db2.m_transformation_set));
+  steps.begin(starts_from);
+  make_complete_db(db2, translation, steps);
+  steps.begin(ends_in);
   KPT_TRANSFORMATION_SET_IMPL second;
   const bool ok = m_transformed_set.make_union(db2.m_transformed_set, s_t_id, &translation.namesakes()) &&
                   second.translate_map_set(db2.m_transformation_set, translation) &&
-                  m_transformation_set.unite(second) && cleanup_reference_keypoint_set() &&
+                  m_transformation_set.unite(second, steps) && cleanup_reference_keypoint_set() &&
                   cleanup_transformed_keypoint_set();
   kpt_msg_debug("TIME: Unite time: %s", kpt_ticks_since(start).c_str());
   kpt_msg_debug("TIME: End unite at : %s", gen_get_current_time().c_str());
+  if (ok) {
+    steps.finish();
+  }
   return ok;
 }
 
 bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
   KPT_TRANSLATION translation(m_transformed_set);
-  return make_complete_db(db2, translation);
+  KPT_STEPS untold(nullptr, 0);
+  return make_complete_db(db2, translation, untold);
 }
 
 // `t` is the last register that had to be added. It is kept from step to step: a
@@ -32,10 +42,12 @@ bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2) {
 // map of `t`. Flows compare the groups that result from this. The result is that
 // of the last step that did anything, so a later success hides an earlier
 // failure.
-bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation) {
+bool KPT_KEYPOINTS_DB_IMPL::make_complete_db(KPT_KEYPOINTS_DB_IMPL& db2, KPT_TRANSLATION& translation,
+                                             KPT_STEPS& steps) {
   bool ok = true;
   KPT_KEYPOINT* t = nullptr;
   db2.m_reference_set.for_each_keypoint([&](KPT_REGISTER_KEYPOINT_IMPL* k) {
+    steps.next();
     m_transformed_set.fetch_namesakes_behind(*k, db2.m_reference_set);
     if (translation.of(*k, db2.m_reference_set) == nullptr) {
       ok = add_pass_through(*k);

@@ -198,6 +198,7 @@ bool KPT_TRANSFORMATION_SET_IMPL::save_transformation_set(KPT_XML_WRITER& writer
   writer.start_tag(kpt_words::TRANSFORMATIONS_SET);
   writer.new_line();
   for (const KPT_TRANSFORMATION_IMPL* map : m_maps) {
+    writer.step();
     ok = map->save_transformation(writer);
   }
   writer.space();

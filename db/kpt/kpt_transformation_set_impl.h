@@ -29,6 +29,7 @@
 #include "db/kpt/kpt_transformation_list.h"
 #include "db/kpt/kpt_types.h"
 
+class KPT_STEPS;
 class KPT_TRANSLATION;
 
 class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
@@ -106,6 +107,10 @@ class KPT_EXPORT KPT_TRANSFORMATION_SET_IMPL : public KPT_ZEROED {
   /// Changes this set so that its maps lead to the transformed registers of
   /// `db2`, whose maps list the same keypoint objects. `db2` is consumed.
   bool unite(KPT_TRANSFORMATION_SET_IMPL& db2);
+  /// The same. Every map that a loop passes is a step.
+  bool unite(KPT_TRANSFORMATION_SET_IMPL& db2, KPT_STEPS& steps);
+  /// The number of steps of a union with a copy of `db2`, as far as it is known before.
+  std::size_t steps_of_union(const KPT_TRANSFORMATION_SET_IMPL& db2) const;
   /// Appends a copy of every map of `source`, with each keypoint replaced by its
   /// namesake in `keypoints`. A keypoint without a namesake is dropped.
   bool translate_map_set(const KPT_TRANSFORMATION_SET_IMPL& source, const KPT_KEYPOINT_SET_IMPL& keypoints);

@@ -38,8 +38,8 @@ KPT_KEYPOINTS_DB_IMPL* KPT_UNREGISTERED_DB::release() { return std::exchange(m_d
 
 bool KPT_UNREGISTERED_DB::save(std::string_view file_name) const { return !is_null() && m_db.save(file_name); }
 
-bool KPT_UNREGISTERED_DB::save_atomically(std::string_view file_name) const {
-  return !is_null() && m_db.save_atomically(file_name);
+bool KPT_UNREGISTERED_DB::save_atomically(std::string_view file_name, KPT_PROGRESS* progress) const {
+  return !is_null() && m_db.save_atomically(file_name, progress);
 }
 
 bool KPT_UNREGISTERED_DB::destroy() { return m_db.delete_keypoints_db(); }

@@ -51,7 +51,7 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
 
   /// Like the handle's operations; false when there is no database.
   bool save(std::string_view file_name) const;
-  bool save_atomically(std::string_view file_name) const;
+  bool save_atomically(std::string_view file_name, KPT_PROGRESS* progress = nullptr) const;
   /// Destroys the database. False when there is none.
   bool destroy();
 

@@ -5,6 +5,7 @@
 
 #include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/files/kpt_xml_stream.h"
+#include "db/kpt/kpt_steps.h"
 #include "h/gen_sys.h"
 
 namespace {
@@ -201,6 +202,12 @@ KPT_XML_WRITER::KPT_XML_WRITER(std::string_view file_name)
     : m_file_name(file_name), m_stream(std::make_unique<KPT_XML_STREAM>()) {}
 
 KPT_XML_WRITER::~KPT_XML_WRITER() = default;
+
+void KPT_XML_WRITER::step() {
+  if (m_steps != nullptr) {
+    m_steps->next();
+  }
+}
 
 bool KPT_XML_WRITER::start_file() { return m_stream->open(m_file_name); }
 

@@ -19,6 +19,7 @@
 
 #include "db/kpt/kpt_types.h"
 
+class KPT_STEPS;
 class KPT_XML_STREAM;
 
 class KPT_EXPORT KPT_XML_WRITER {
@@ -98,6 +99,11 @@ class KPT_EXPORT KPT_XML_WRITER {
   /// The next key point is written with these attributes.
   void set_key_point_attributes(KPT_ATTRIBUTE_LIST attributes) { m_attributes = std::move(attributes); }
 
+  /// From now on, counts the registers and maps that are written. `steps` outlives the writer.
+  void count(KPT_STEPS& steps) { m_steps = &steps; }
+  /// A register or map is written.
+  void step();
+
   // For a file that must be complete or not exist. `start_file_on` takes an open
   // descriptor in place of `start_file`. `finish_file` writes everything to the
   // disk, closes the file, and returns whether every write succeeded.
@@ -118,6 +124,7 @@ class KPT_EXPORT KPT_XML_WRITER {
   KPT_ATTRIBUTE_LIST m_attributes;  // for the next key point
   KPT_STRING m_number;              // the last number that was converted
   KPT_STRING m_escaped;             // the last text that needed references
+  KPT_STEPS* m_steps = nullptr;
 };
 
 #endif

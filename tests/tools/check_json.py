@@ -93,6 +93,10 @@ def main():
     expect("check", 0, "check", "a.xml", "--json")
     expect("check", 1, "check", "odd.xml", "--json")
     expect("compose", 0, "compose", "a.xml", "b.xml", "-o", "c.xml", "--json")
+    for register in ("shift[2]", "state[0]", "parity_odd"):
+        expect("explain", 0, "explain", register, "a.xml", "b.xml", "--json")
+    expect("explain", 0, "explain", "shift_reg[2]", "a.xml", "--transformed", "--json")
+    expect("error", 1, "explain", "shift[2]", "a.xml", "a.xml", "--json")
     expect("unite", 0, "unite", "a.xml", "b.xml", "-o", "u.xml", "--json")
     expect("wave", 0, "wave", "small.xml", "gate.vcd", "--scope", "tb.dut", "-o", "shown.vcd", "--json")
     audit = ("audit", "small.xml", "rtl.vcd", "--clock", "tb.clk", "--scope", "tb.dut", "--json")

@@ -60,6 +60,19 @@ TEST_F(Compose, ExplainsTheWayOfARegister) {
             "q: constant\n");
 }
 
+TEST_F(Compose, ExplainsTheWayAsJson) {
+  record_inverted_constant();
+  EXPECT_EQ(JSON::parse(good({"explain", "q", "1.xml", "2.xml", "--json"})), JSON::parse(R"({
+    "format": 1, "register": "q", "side": "reference", "fate": "constant",
+    "steps": [
+      {"stage": 1, "register": "q", "text": "q becomes q1, inverted", "registers": [{"register": "q1", "inverted": true}]},
+      {"stage": 2, "register": "q1", "text": "q1 is always 0", "registers": []}],
+    "together": {"register": "q", "text": "q is always 1", "registers": []}})"));
+  const JSON back = JSON::parse(good({"explain", "q1", "1.xml", "--transformed", "--json"}));
+  EXPECT_EQ(back["steps"][0]["registers"], JSON::parse(R"([{"register": "q", "inverted": true}])"));
+  EXPECT_EQ(back["fate"], nullptr);
+}
+
 TEST_F(Compose, ExplainsTheWayBack) {
   record_inverted_constant();
   EXPECT_EQ(good({"explain", "p2", "1.xml", "2.xml", "--transformed"}),

@@ -72,11 +72,27 @@ TEST_F(Manners, ProgressTellsHowMuchOfAllIsDone) {
   EXPECT_THAT(check.err, ContainsRegex("checking names: 1 of 15 registers, 6%"));
   EXPECT_THAT(kptdb({"diff", "d.xml", "d.xml", "--progress"}).err, ContainsRegex("comparing: 1 of 30 registers"));
   EXPECT_THAT(kptdb({"check", "d.xml"}).err, Not(HasSubstr("reading")));
+  EXPECT_THAT(check.err, HasSubstr("checking maps: 1 of 6 maps, 16%"));
   const RUN_RESULT unite = kptdb({"unite", "d.xml", "d.xml", "-o", "u.xml", "--progress"});
-  EXPECT_THAT(unite.err, HasSubstr("uniting d.xml: 8 registers, 0 s"));
-  EXPECT_THAT(unite.err, ContainsRegex("writing u.xml: [0-9]+ registers, 0 s"));
+  EXPECT_THAT(unite.err, HasSubstr("uniting d.xml: 1 of 33 registers and maps, 3%"));
+  EXPECT_THAT(unite.err, ContainsRegex("writing u.xml: 1 of [0-9]+ registers and maps, [0-9]+%"));
   EXPECT_THAT(kptdb({"compose", "d.xml", "d.xml", "--share", "0", "-o", "c.xml", "--progress"}).err,
-              HasSubstr("composing: 8 registers, 0 s"));
+              HasSubstr("composing: 1 of 65 registers and maps, 1%"));
+}
+
+TEST_F(Manners, ProgressTellsHowMuchOfAllIsExported) {
+  const auto told = [&](const std::string& format) {
+    return kptdb({"export", "d.xml", "--format", format, "-o", "out", "--progress"}).err;
+  };
+  for (const char* format : {"json", "csv", "dot"}) {
+    EXPECT_THAT(told(format), HasSubstr("exporting: 1 of 21 registers and maps, 4%")) << format;
+  }
+  EXPECT_THAT(told("events"), HasSubstr("exporting: 1 of 6 maps, 16%"));
+  for (const char* format : {"tcl", "eqy"}) {
+    EXPECT_THAT(told(format), HasSubstr("exporting: 1 of 8 registers, 12%")) << format;
+  }
+  EXPECT_THAT(told("sqlite"), HasSubstr("exporting registers: 1 of 8 registers, 12%"));
+  EXPECT_THAT(told("sqlite"), HasSubstr("exporting maps: 1 of 6 maps, 16%"));
 }
 
 TEST_F(Manners, AShortWorkShowsNoProgressOnATerminal) {

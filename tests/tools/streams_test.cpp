@@ -118,9 +118,46 @@ TEST_F(Streams, FindingsOfAPackedStreamKeepTheirLines) {
 }
 
 TEST_F(Streams, StandardInputIsNamedOnce) {
-  const RUN_RESULT result = kptdb({"diff", "-", "-"}, read("d.xml"));
-  EXPECT_EQ(result.exit_code, 2);
-  EXPECT_EQ(result.err, "kptdb: standard input is named twice\n");
+  const std::vector<std::vector<std::string>> commands = {
+      {"diff", "-", "-"},
+      {"unite", "-", "-", "-o", "u.xml"},
+      {"compose", "-", "-", "--share", "0", "-o", "c.xml"},
+      {"explain", "carry", "-", "-"},
+      {"report", "-", "--against", "-", "-o", "r.html"},
+      {"show", "-", "--names-from", "-"},
+      {"wave", "-", "-", "-o", "w.vcd"},
+      {"audit", "-", "-", "g.vcd", "--at", "1ns"},
+      {"export", "-", "--format", "gtkwave", "--dump", "-", "-o", "views"},
+  };
+  for (const std::vector<std::string>& command : commands) {
+    const RUN_RESULT result = kptdb(command, read("d.xml"));
+    EXPECT_EQ(result.exit_code, 2) << command.front();
+    EXPECT_EQ(result.err, "kptdb: standard input is named twice\n") << command.front();
+    EXPECT_EQ(result.out, "") << command.front();
+  }
+  const RUN_RESULT recorded = kptdb({"record", "-", "-", "--name", "x", "-o", "x.xml"}, DESIGN);
+  EXPECT_EQ(recorded.exit_code, 2);
+  EXPECT_EQ(recorded.err, "kptdb: standard input is named twice\n");
+  EXPECT_THAT(names(), ElementsAre("d.jsonl", "d.xml"));
+}
+
+TEST_F(Streams, AUnionReadsStandardInputOnce) {
+  good({"unite", "d.xml", "d.xml", "-o", "of_files.xml"});
+  const RUN_RESULT result = kptdb({"unite", "-", "d.xml", "-o", "of_stream.xml"}, read("d.xml"));
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(read("of_stream.xml"), read("of_files.xml"));
+}
+
+TEST_F(Streams, StandardOutputIsNamedOnce) {
+  for (const std::string command :
+       {"record d.jsonl", "unite d.xml d.xml", "report d.xml", "export d.xml", "completion bash"}) {
+    const RUN_RESULT result = shell("\"$KPTDB\" " + command + " -o - -o -");
+    const std::string name = command.substr(0, command.find(' '));
+    EXPECT_EQ(result.exit_code, 2) << command;
+    EXPECT_EQ(result.err, "kptdb: " + name + ": --output is given 2 times, but may be given once (kptdb help " + name +
+                              " tells more)\n");
+    EXPECT_EQ(result.out, "") << command;
+  }
 }
 
 TEST_F(Streams, AnEventFileIsToldFromADatabase) {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
+#include <memory>
+#include <optional>
 
 #include "codes.h"
 #include "colour.h"
@@ -21,7 +23,9 @@ namespace {
 
 class CHECK {
  public:
-  CHECK(const DATABASE& db, const FILE_FINDINGS& file) : m_db(db), m_file(file), m_findings(file.all()) {}
+  CHECK(const DATABASE& db, const FILE_FINDINGS& file) : m_db(db), m_file(file), m_findings(file.all()) {
+    m_listed.reserve(register_count());
+  }
 
   std::vector<FINDING> run() {
     check_names();
@@ -102,7 +106,7 @@ class CHECK {
   }
 
   void check_maps() {
-    PROGRESS progress("checking maps", m_db.maps().size(), PROGRESS::REGISTERS);
+    PROGRESS progress("checking maps", m_db.maps().size(), PROGRESS::MAPS);
     const std::vector<std::size_t>& lines = m_file.map_lines();
     std::size_t k = 0;
     for (const KPT_REGISTER_TRANSFORMATION& map : m_db.maps()) {
@@ -190,6 +194,27 @@ class CHECK {
   boost::unordered_flat_map<KPT_REGISTER_KEYPOINT, std::size_t, std::hash<KPT_REGISTER_KEYPOINT>> m_repeated;
 };
 
+// A database, and the faults of its file. A file in which a register takes the place of another one is
+// read twice.
+struct LOADED {
+  explicit LOADED(const std::string& path) {
+    load(path, FILE_FINDINGS::WITHOUT_NAMES);
+    if (findings->misses_names(*db)) {
+      load(path, FILE_FINDINGS::WITH_NAMES);
+    }
+  }
+
+  std::unique_ptr<FILE_FINDINGS> findings;
+  std::optional<DATABASE> db;
+
+ private:
+  void load(const std::string& path, FILE_FINDINGS::NAMES names) {
+    db.reset();
+    findings = std::make_unique<FILE_FINDINGS>(names);
+    db.emplace(DATABASE::load(path, findings.get()));
+  }
+};
+
 std::string_view severity(const FINDING& finding) { return finding.is_error ? "error" : "warning"; }
 
 JSON json_of(const std::string& file, const std::vector<FINDING>& findings) {
@@ -211,9 +236,9 @@ JSON json_of(const std::string& file, const std::vector<FINDING>& findings) {
 }  // namespace
 
 EXIT_CODE run_check(const CHECK_OPTIONS& options) {
-  FILE_FINDINGS file;
-  const DATABASE db = DATABASE::load(options.file, &file);
-  const std::vector<FINDING> findings = CHECK(db, file).run();
+  const LOADED loaded(options.file);
+  const DATABASE& db = *loaded.db;
+  const std::vector<FINDING> findings = CHECK(db, *loaded.findings).run();
   RESULT_FILE out("");
   if (options.json) {
     out.write(json_text(json_of(options.file, findings)) + "\n");

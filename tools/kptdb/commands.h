@@ -96,6 +96,7 @@ struct EXPLAIN_OPTIONS {
   std::vector<std::string> files;  // in the order of the stages
   bool transformed = false;        // the register is one of the last netlist
   double share = 0.5;              // as for compose
+  bool json = false;
 };
 EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options);
 

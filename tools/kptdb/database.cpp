@@ -111,6 +111,9 @@ DATABASE DATABASE::load(const std::string& path, OUTLINE* outline) {
   OUTLINE own;
   OUTLINE& shape = outline == nullptr ? own : *outline;
   const bool is_shown = is_read_once || outline != nullptr;
+  if (is_read_once) {
+    shape.on_read_once();
+  }
   const auto see_shape = [&] {
     if (!is_shown) {
       look_again(input, own);
@@ -159,9 +162,8 @@ void DATABASE::refuse_ids_that_do_not_survive(const std::string& path) const {
 
 void DATABASE::save_plainly(const std::string& path, const std::string& shown) const {
   const HOST_LINES lines;
-  const WAITING waiting("writing " + shown,
-                        registers(KPT_REFERENCE_SET).size() + registers(KPT_TRANSFORMED_SET).size());
-  if (!m_db.save_atomically(path)) {
+  PROGRESS progress("writing " + shown);
+  if (!m_db.save_atomically(path, &progress)) {
     const std::string reason = lines.reason();
     throw FAILURE(EXIT_FOUND,
                   fmt::format("{}: not written: {}", shown, reason.empty() ? "it cannot be saved" : reason));

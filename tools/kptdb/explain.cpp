@@ -8,7 +8,9 @@
 
 #include "commands.h"
 #include "database.h"
+#include "fates.h"
 #include "files.h"
+#include "model.h"
 #include "stages.h"
 #include "text.h"
 
@@ -165,15 +167,31 @@ std::string without_end(std::string text) {
   return text;
 }
 
-std::string way(const std::list<DATABASE>& stages, KPT_SET_ENUM from, const KPT_REGISTER_KEYPOINT& start) {
+// What is said of one register, by one stage or by all together, and the registers that it becomes.
+struct ANSWER {
+  std::size_t stage = 0;
+  KPT_REGISTER_KEYPOINT keypoint;
   std::string text;
+  STEPS next;
+};
+using ANSWERS = std::vector<ANSWER>;
+
+ANSWER answer_of(std::size_t number, const KPT_KEYPOINTS_DB& stage, KPT_SET_ENUM from, const STEP& step) {
+  ANSWER answer{number, step.keypoint, {}, {}};
+  answer.text = without_end(line_of(stage, from, step, &answer.next));
+  return answer;
+}
+
+ANSWERS way(const std::list<DATABASE>& stages, KPT_SET_ENUM from, const KPT_REGISTER_KEYPOINT& start) {
+  ANSWERS answers;
   STEPS steps{{start, false, false}};
   std::size_t number = from == KPT_REFERENCE_SET ? 0 : stages.size() + 1;
   const auto tell = [&](const DATABASE& stage) {
     number = from == KPT_REFERENCE_SET ? number + 1 : number - 1;
     STEPS next;
     for (const STEP& step : steps) {
-      text += fmt::format("stage {}: {}\n", number, without_end(line_of(stage.handle(), from, step, &next)));
+      answers.push_back(answer_of(number, stage.handle(), from, step));
+      next.insert(next.end(), answers.back().next.begin(), answers.back().next.end());
     }
     steps = next;
   };
@@ -182,20 +200,41 @@ std::string way(const std::list<DATABASE>& stages, KPT_SET_ENUM from, const KPT_
   } else {
     std::for_each(stages.rbegin(), stages.rend(), tell);
   }
-  return text;
+  return answers;
 }
 
-// What all stages say of it together.
-std::string together(const KPT_KEYPOINTS_DB& all, KPT_SET_ENUM from, const KPT_REGISTER_KEYPOINT& start) {
-  STEPS next;
-  std::string text = "together: " + without_end(line_of(all, from, {start, false, false}, &next));
-  if (from == KPT_REFERENCE_SET) {
-    const KPT_REGISTER_KEYPOINT keypoint = found_in(all.get_reference_set(), start);
-    const KPT_REGISTER_TRANSFORMATION map = all.get_reference_register_transformation(keypoint);
-    const auto index = static_cast<unsigned short>(map.is_null() ? 0 : place_of(map, from, keypoint).index);
-    text += fmt::format("\n{}: {}", name_of(start), kpt_fate_word(map.get_fate(index)));
+KPT_FATE_ENUM fate_of(const KPT_KEYPOINTS_DB& all, const KPT_REGISTER_KEYPOINT& start) {
+  const KPT_REGISTER_KEYPOINT keypoint = found_in(all.get_reference_set(), start);
+  const KPT_REGISTER_TRANSFORMATION map = all.get_reference_register_transformation(keypoint);
+  const std::size_t index = map.is_null() ? 0 : place_of(map, KPT_REFERENCE_SET, keypoint).index;
+  return map.get_fate(static_cast<unsigned short>(index));
+}
+
+JSON json_of(const ANSWER& answer) {
+  JSON result;
+  result["register"] = name_of(answer.keypoint);
+  result["text"] = answer.text;
+  result["registers"] = JSON::array();
+  for (const STEP& step : answer.next) {
+    result["registers"].push_back(
+        {{"register", name_of(step.keypoint)}, {"inverted", step.encoded ? JSON(nullptr) : JSON(step.inverted)}});
   }
-  return text + "\n";
+  return result;
+}
+
+JSON json_of(const ANSWERS& answers, const ANSWER& together, KPT_SET_ENUM from, const KPT_KEYPOINTS_DB& all) {
+  JSON result = new_result();
+  result["register"] = name_of(together.keypoint);
+  result["side"] = side_word(from);
+  result["steps"] = JSON::array();
+  for (const ANSWER& answer : answers) {
+    JSON step{{"stage", answer.stage}};
+    step.update(json_of(answer));
+    result["steps"].push_back(std::move(step));
+  }
+  result["together"] = json_of(together);
+  result["fate"] = from == KPT_REFERENCE_SET ? JSON(fate_word(fate_of(all, together.keypoint))) : JSON(nullptr);
+  return result;
 }
 
 // A name means a signal, or the only block instance of that name. When there are
@@ -228,14 +267,25 @@ EXIT_CODE run_explain(const EXPLAIN_OPTIONS& options) {
     throw FAILURE(EXIT_FOUND, fmt::format("{} is no register of the {} netlist", options.name,
                                           options.transformed ? "last" : "first"));
   }
+  const ANSWERS answers = way(stages.databases(), from, start);
   RESULT_FILE out("");
-  out.write(way(stages.databases(), from, start));
-  out.finish();
+  for (const ANSWER& answer : answers) {
+    if (!options.json) {
+      out.write(fmt::format("stage {}: {}\n", answer.stage, answer.text));
+    }
+  }
   KPT_COMPOSITION_REPORT report;
   const DATABASE all = stages.composed({options.share, false}, &report);
-  RESULT_FILE end("");
-  end.write(together(all.handle(), from, start));
-  end.finish();
+  const ANSWER together = answer_of(0, all.handle(), from, {start, false, false});
+  if (options.json) {
+    out.write(json_text(json_of(answers, together, from, all.handle())) + "\n");
+  } else {
+    out.write(fmt::format("together: {}\n", together.text));
+    if (from == KPT_REFERENCE_SET) {
+      out.write(fmt::format("{}: {}\n", name_of(start), kpt_fate_word(fate_of(all.handle(), start))));
+    }
+  }
+  out.finish();
   return EXIT_DONE;
 }
 

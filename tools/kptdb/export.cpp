@@ -30,10 +30,15 @@ void export_json(const DATABASE& db, RESULT_FILE& out) {
   out.write("{\"format\": 1,\n\"name\": " + json_text(JSON(db.name())));
   JSON_LIST registers(out, "registers");
   FATES fates;
-  for_each_register(db, [&](const REGISTER& reg) { registers.add(json_of(reg, fates.of(reg))); });
+  EXPORT_PROGRESS progress(db);
+  for_each_register(db, [&](const REGISTER& reg) {
+    progress.next();
+    registers.add(json_of(reg, fates.of(reg)));
+  });
   registers.close();
   JSON_LIST maps(out, "maps");
   for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    progress.next();
     maps.add(json_of(map));
   }
   maps.close();
@@ -87,12 +92,15 @@ void export_csv(const DATABASE& db, RESULT_FILE& out) {
       "map,kind,elimination,side,index,group,id,name,register_kind,entity,type,reference_code,"
       "transformed_code\n");
   std::size_t number = 0;
+  EXPORT_PROGRESS progress(db);
   for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
+    progress.next();
     write_map_rows(out, number, map);
     write_state_rows(out, number, map);
     ++number;
   }
   for_each_register(db, [&](const REGISTER& reg) {
+    progress.next();
     if (reg.map.is_null()) {
       out.write(fmt::format(",,,{},,,{}\n", side_word(reg.side), columns_of(reg.keypoint)));
     }

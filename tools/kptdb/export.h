@@ -7,8 +7,24 @@
 #include "commands.h"
 #include "database.h"
 #include "files.h"
+#include "progress.h"
 
 namespace kptdb {
+
+/// Shows how many of a database's registers and maps are exported.
+class EXPORT_PROGRESS {
+ public:
+  explicit EXPORT_PROGRESS(const DATABASE& db)
+      : m_progress("exporting",
+                   db.registers(KPT_REFERENCE_SET).size() + db.registers(KPT_TRANSFORMED_SET).size() + db.maps().size(),
+                   PROGRESS::REGISTERS_AND_MAPS) {}
+  /// One more of them is exported.
+  void next() { m_progress.at(++m_done); }
+
+ private:
+  PROGRESS m_progress;
+  std::uint64_t m_done = 0;
+};
 
 /// A picture for Graphviz of all maps, or of the maps of one register.
 void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& out);

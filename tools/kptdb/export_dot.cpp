@@ -82,10 +82,13 @@ void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& 
   const MAPS maps = wanted_maps(db, options);
   out.write(fmt::format("digraph {} {{\n  rankdir=LR;\n  node [shape=box];\n", dot_text(db.name())));
   std::size_t number = 0;
+  EXPORT_PROGRESS progress(db);
   for (const KPT_REGISTER_TRANSFORMATION& map : maps) {
+    progress.next();
     write_map(out, number++, map, options.around);
   }
   for_each_register(db, [&](const REGISTER& reg) {
+    progress.next();
     const bool is_centre = std::string_view(reg.keypoint.get_name()) == options.around;
     if (reg.map.is_null() && (options.around.empty() || is_centre)) {
       write_register(out, reg.side, reg.keypoint, is_centre);

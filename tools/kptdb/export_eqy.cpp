@@ -7,6 +7,7 @@
 #include <set>
 
 #include "export_facts.h"
+#include "progress.h"
 #include "text.h"
 #include "wave/indexed_name.h"
 
@@ -40,7 +41,10 @@ struct UNSAID {
 };
 
 void write_matches(const FACTS& facts, RESULT_FILE& out, UNSAID& unsaid) {
+  PROGRESS progress("exporting", facts.subjects().size(), PROGRESS::REGISTERS);
+  std::uint64_t done = 0;
   for (const SUBJECT& subject : facts.subjects()) {
+    progress.at(++done);
     unsaid.constant += facts.constant_of(subject) ? 1U : 0U;
     if (facts.fact_of(subject).kind != PLAIN_FACT) {
       continue;

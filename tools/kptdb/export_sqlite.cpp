@@ -11,6 +11,7 @@
 
 #include "export_facts.h"
 #include "files.h"
+#include "progress.h"
 #include "sqlite_file.h"
 #include "text.h"
 
@@ -121,6 +122,7 @@ class SQLITE_TABLES {
       }
     }
     std::int64_t number = 0;
+    PROGRESS progress("exporting registers", registers.size(), PROGRESS::REGISTERS);
     for (std::uint32_t f = 0; f < m_facts.all().size(); ++f) {
       RANGE& range = m_ranges[f].at(static_cast<std::size_t>(side));
       range.first = number;
@@ -128,6 +130,7 @@ class SQLITE_TABLES {
         if (is_here[k]) {  // a map may also list registers that left its side
           const FACT_MEMBER& member = m_facts.member(k);
           start_row(insert, side, number++, member.reg);
+          progress.at(static_cast<std::uint64_t>(number));
           insert.number(f).number(member.column).number(member.inverse ? 1 : 0).end_row();
         }
       }
@@ -153,7 +156,9 @@ class SQLITE_TABLES {
 
   void write_maps() {
     SQL_INSERT insert(m_file, "maps", 8, m_design);
+    PROGRESS progress("exporting maps", m_facts.all().size(), PROGRESS::MAPS);
     for (std::uint32_t f = 0; f < m_facts.all().size(); ++f) {
+      progress.at(f + 1);
       const FACT& fact = m_facts.all()[f];
       insert.number(f).text(word_of(fact.kind));
       if (fact.kind == CONSTANT_FACT) {

@@ -4,6 +4,7 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include "export_facts.h"
+#include "progress.h"
 #include "text.h"
 
 namespace kptdb {
@@ -129,7 +130,10 @@ void write_machine(const FACTS& facts, const FACT& fact, std::size_t number, RES
 void export_tcl(const FACTS& facts, RESULT_FILE& out) {
   out.write(HEADER);
   boost::unordered_flat_map<std::uint32_t, std::size_t> machines;  // by fact
+  PROGRESS progress("exporting", facts.subjects().size(), PROGRESS::REGISTERS);
+  std::uint64_t done = 0;
   for (const SUBJECT& subject : facts.subjects()) {
+    progress.at(++done);
     const std::string key = word(name_in_netlist(subject.reg, '.'));
     if (const auto constant = facts.constant_of(subject)) {
       set(out, "constant", key, *constant ? "1" : "0");

@@ -23,6 +23,11 @@ std::optional<int> number(std::string_view text) {
 
 }  // namespace
 
+bool FILE_FINDINGS::misses_names(const DATABASE& db) const {
+  return !m_names && (db.registers(KPT_REFERENCE_SET).size() != m_read.at(KPT_REFERENCE_SET) ||
+                      db.registers(KPT_TRANSFORMED_SET).size() != m_read.at(KPT_TRANSFORMED_SET));
+}
+
 std::size_t FILE_FINDINGS::line_of(KPT_SET_ENUM side, long id) const {
   return std::max<std::size_t>(m_lines.find(side, id), 1);
 }
@@ -47,6 +52,13 @@ void FILE_FINDINGS::on_key_point(const KEY_POINT& k) {
     return;
   }
   check_id(k);
+  ++m_read.at(static_cast<std::size_t>(k.side));
+  if (m_names) {
+    check_name(k, *m_names);
+  }
+}
+
+void FILE_FINDINGS::check_name(const KEY_POINT& k, NAME_TABLE& names) {
   // A length separates the name from the type after it.
   const std::string_view name = k.name ? std::string_view(*k.name) : std::string_view();
   m_name = k.side == KPT_REFERENCE_SET ? 'r' : 't';
@@ -57,7 +69,7 @@ void FILE_FINDINGS::on_key_point(const KEY_POINT& k) {
     m_name += '\n';
     m_name += *k.reg_type;
   }
-  if (!m_names.insert(m_name)) {
+  if (!names.insert(m_name)) {
     error(k.line, "name-duplicate",
           fmt::format("{} register {} takes the place of an earlier one", side_word(k.side),
                       printable(k.name.value_or(""))));

@@ -18,18 +18,7 @@ namespace {
 constexpr unsigned READ_BLOCK = 1U << 18;
 constexpr std::size_t BEGINNING = 64;
 
-// Only one input can read standard input, and only once.
 bool s_standard_input_is_taken = false;
-
-int open_descriptor(const std::string& path) {
-  if (path != "-") {
-    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  }
-  if (std::exchange(s_standard_input_is_taken, true)) {
-    throw FAILURE(EXIT_WRONG_USE, "standard input is named twice");
-  }
-  return ::dup(STDIN_FILENO);
-}
 
 // Whether the file begins like a gzip file. False for a file that cannot be sought.
 bool is_packed(int descriptor) {
@@ -40,10 +29,20 @@ bool is_packed(int descriptor) {
 
 }  // namespace
 
+int open_to_read(const std::string& path) {
+  if (path != "-") {
+    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  }
+  if (std::exchange(s_standard_input_is_taken, true)) {
+    throw FAILURE(EXIT_WRONG_USE, "standard input is named twice");
+  }
+  return ::dup(STDIN_FILENO);
+}
+
 bool is_packed_name(std::string_view path) { return path.ends_with(".gz"); }
 
 INPUT::INPUT(const std::string& path) : m_shown(path == "-" ? "standard input" : path), m_file(nullptr, gzclose_r) {
-  const int descriptor = open_descriptor(path);
+  const int descriptor = open_to_read(path);
   if (descriptor < 0) {
     fail(std::strerror(errno));
   }

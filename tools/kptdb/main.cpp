@@ -180,6 +180,7 @@ struct COMMAND_LINE {
     c->add_option("FILES", explain.files, "Database files in the order of the stages")->required()->expected(1, 1000);
     c->add_flag("--transformed", explain.transformed, "The register is one of the last netlist");
     add_share(c, explain.share);
+    add_json(c, explain.json);
 
     c = add_command(app, run, "report", "Write a page that shows where the registers went", report, kptdb::run_report);
     c->add_option("FILES", report.files, "Database files in the order of the stages")->required()->expected(1, 1000);

@@ -47,6 +47,9 @@ class OUTLINE : public KPT_FILE_VISITOR {
   void start_reference() final { ++m_references; }
   void end_reference() final { --m_references; }
 
+  /// Called before a load whose input can be read only once, so that no second reading can tell more.
+  virtual void on_read_once() {}
+
  protected:
   /// An element where it does not belong.
   virtual void on_unexpected(std::size_t line, std::string_view name);

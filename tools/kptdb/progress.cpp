@@ -29,6 +29,19 @@ std::string amount(std::uint64_t count, PROGRESS::UNIT unit) {
   return unit == PROGRESS::BYTES ? fmt::format("{:.1f}", static_cast<double>(count) / 1e6) : std::to_string(count);
 }
 
+const char* word(PROGRESS::UNIT unit) {
+  switch (unit) {
+    case PROGRESS::BYTES:
+      return "MB";
+    case PROGRESS::REGISTERS:
+      return "registers";
+    case PROGRESS::MAPS:
+      return "maps";
+    default:
+      return "registers and maps";
+  }
+}
+
 }  // namespace
 
 void PROGRESS::set_mode(MODE mode) { s_mode = mode; }
@@ -46,7 +59,7 @@ PROGRESS::~PROGRESS() {
   }
 }
 
-// Reads the clock only for every 64 KB or 1,000 registers.
+// Reads the clock only for every 64 KB, or 1,000 registers or maps.
 void PROGRESS::look(std::uint64_t done) {
   m_next_look = done + (m_unit == BYTES ? 65536 : 1000);
   const auto now = CLOCK::now();
@@ -58,46 +71,13 @@ void PROGRESS::look(std::uint64_t done) {
 }
 
 std::string PROGRESS::text(std::uint64_t done) const {
-  const char* const unit = m_unit == BYTES ? "MB" : "registers";
+  const char* const unit = word(m_unit);
   if (m_whole == 0) {
     return fmt::format("{}: {} {}", m_what, amount(done, m_unit), unit);
   }
   const std::uint64_t part = std::min(done, m_whole);
   return fmt::format("{}: {} of {} {}, {}%", m_what, amount(part, m_unit), amount(m_whole, m_unit), unit,
                      part * 100 / m_whole);
-}
-
-WAITING::WAITING(std::string what, std::uint64_t registers)
-    : m_text(fmt::format("{}: {} registers", std::move(what), registers)) {
-  if (is_wanted()) {
-    m_thread = std::thread([this] { run(); });
-  }
-}
-
-WAITING::~WAITING() {
-  if (m_thread.joinable()) {
-    {
-      const std::lock_guard<std::mutex> lock(m_mutex);
-      m_is_over = true;
-    }
-    m_changed.notify_one();
-    m_thread.join();
-  }
-}
-
-void WAITING::run() {
-  const auto start = std::chrono::steady_clock::now();
-  std::unique_lock<std::mutex> lock(m_mutex);
-  bool is_over = s_mode != PROGRESS::ON && m_changed.wait_for(lock, PATIENCE, [this] { return m_is_over; });
-  const bool is_shown = !is_over;
-  while (!is_over) {
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-    show(fmt::format("{}, {:.0f} s", m_text, passed.count()));
-    is_over = m_changed.wait_for(lock, 10 * STEP, [this] { return m_is_over; });
-  }
-  if (is_shown) {
-    show("");
-  }
 }
 
 }  // namespace kptdb

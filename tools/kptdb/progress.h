@@ -6,17 +6,16 @@
 #define KPTDB_PROGRESS_H
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <string>
-#include <thread>
+
+#include "db/kpt/kpt.h"
 
 namespace kptdb {
 
-class PROGRESS {
+class PROGRESS : public KPT_PROGRESS {
  public:
-  enum UNIT : bool { BYTES, REGISTERS };
+  enum UNIT : std::uint8_t { BYTES, REGISTERS, MAPS, REGISTERS_AND_MAPS };
   /// When lines are shown. OFF: never; AUTO: on a terminal, after the work has
   /// taken a second; ON: from the beginning, wherever standard error goes.
   enum MODE : std::uint8_t { AUTO, ON, OFF };
@@ -24,7 +23,9 @@ class PROGRESS {
 
   /// `whole` is the size of the work; 0 when it is not known.
   PROGRESS(std::string what, std::uint64_t whole, UNIT unit = BYTES);
-  ~PROGRESS();
+  /// For an operation of the library, which says how large its work is.
+  explicit PROGRESS(std::string what) : PROGRESS(std::move(what), 0, REGISTERS_AND_MAPS) {}
+  ~PROGRESS() override;
   PROGRESS(const PROGRESS&) = delete;
   PROGRESS& operator=(const PROGRESS&) = delete;
 
@@ -33,6 +34,10 @@ class PROGRESS {
     if (m_is_wanted && done >= m_next_look) {
       look(done);
     }
+  }
+  void at(std::size_t done, std::size_t all) override {
+    m_whole = all;
+    at(done);
   }
 
  private:
@@ -47,25 +52,6 @@ class PROGRESS {
   bool m_is_shown = false;
   std::uint64_t m_next_look = 0;
   CLOCK::time_point m_next;
-};
-
-/// The same for work that is one call of the library, which does not say how far it has come: how many
-/// registers it is about, and for how long it has been at it. Shown by a thread of its own.
-class WAITING {
- public:
-  WAITING(std::string what, std::uint64_t registers);
-  ~WAITING();
-  WAITING(const WAITING&) = delete;
-  WAITING& operator=(const WAITING&) = delete;
-
- private:
-  void run();
-
-  std::string m_text;
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_is_over = false;
-  std::thread m_thread;  // none while nothing is to be shown
 };
 
 }  // namespace kptdb

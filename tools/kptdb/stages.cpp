@@ -34,9 +34,11 @@ DATABASE STAGES::composed(const KPT_COMPOSITION_OPTIONS& options, KPT_COMPOSITIO
 std::optional<DATABASE> compose(const KPT_KEYPOINTS_DB_LIST& stages, const std::string& name,
                                 const KPT_COMPOSITION_OPTIONS& options, KPT_COMPOSITION_REPORT* report) {
   const HOST_LINES lines;
-  const WAITING waiting("composing", stages.front().get_reference_set().size());
+  PROGRESS progress("composing");
+  KPT_COMPOSITION_OPTIONS shown = options;
+  shown.progress = &progress;
   DATABASE all = DATABASE::create(name);
-  return all.handle().compose(stages, options, report) ? std::optional(std::move(all)) : std::nullopt;
+  return all.handle().compose(stages, shown, report) ? std::optional(std::move(all)) : std::nullopt;
 }
 
 std::string joined(const KPT_STRING_VECTOR& lines) {

@@ -7,6 +7,7 @@
 #include <list>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "database.h"
@@ -20,6 +21,8 @@ class STAGES {
   explicit STAGES(const std::vector<std::string>& files);
 
   const std::list<DATABASE>& databases() const { return m_databases; }
+  /// The caller owns the databases afterwards.
+  std::list<DATABASE> release() { return std::move(m_databases); }
   /// What the stages say together; empty when they do not fit, and the report then says why.
   std::optional<DATABASE> try_composed(const KPT_COMPOSITION_OPTIONS& options, KPT_COMPOSITION_REPORT* report) const;
   /// The same; FAILURE with the reasons when they do not fit.

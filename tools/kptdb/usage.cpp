@@ -67,6 +67,17 @@ std::string told_of_extra(const CLI::App& app, const CLI::App* command, const st
   return with_hint("no option " + printable(option), nearest(option, names));
 }
 
+// The parser's own words count values, where the reader wrote an option twice.
+std::string told_plainly(std::string text) {
+  constexpr std::string_view REPEATED = ": At Most 1 required but received ";
+  const std::size_t at = text.find(REPEATED);
+  if (at == std::string::npos) {
+    return text;
+  }
+  return fmt::format("{} is given {} times, but may be given once", text.substr(0, at),
+                     text.substr(at + REPEATED.size()));
+}
+
 }  // namespace
 
 std::vector<const CLI::App*> commands_of(const CLI::App& app) {
@@ -103,7 +114,7 @@ std::string told(const CLI::App& app, const CLI::ParseError& problem) {
   const CLI::App* const command = command_given(app);
   std::vector<std::string> extras = app.remaining(true);
   const bool is_extra = problem.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) && !extras.empty();
-  std::string text = is_extra ? told_of_extra(app, command, extras.front()) : std::string(problem.what());
+  std::string text = is_extra ? told_of_extra(app, command, extras.front()) : told_plainly(problem.what());
   if (command != nullptr) {
     return fmt::format("{}: {} (kptdb help {} tells more)", command->get_name(), text, command->get_name());
   }

@@ -71,9 +71,10 @@ void KPT_COMPOSITION_WRITER::place_machines() {
   }
 }
 
-void KPT_COMPOSITION_WRITER::write() {
-  enter_first();
+void KPT_COMPOSITION_WRITER::write(KPT_STEPS& steps) {
+  enter_first(steps);
   for (NUMBER number = 0; number < m_next.size(); ++number) {
+    steps.next();
     fetch_behind(number);
     const NODE leader = m_classes.find(end(number).node).leader;
     if (m_heads[leader] == number) {
@@ -94,9 +95,10 @@ void copy_attributes(const KPT_REGISTER_KEYPOINT_IMPL& from, KPT_REGISTER_KEYPOI
 
 }  // namespace
 
-void KPT_COMPOSITION_WRITER::enter_first() {
+void KPT_COMPOSITION_WRITER::enter_first(KPT_STEPS& steps) {
   m_written.reserve(m_netlists.first().size());
   for (const auto& [node, keypoint, set] : m_netlists.first()) {
+    steps.next();
     KPT_REGISTER_KEYPOINT_IMPL* made =
         m_db.get_reference_set()->add_register(KPT_KEYPOINTS_DB_IMPL::get_next_r_id(), set->get_texts(*keypoint));
     copy_attributes(*keypoint, *made);

@@ -16,14 +16,15 @@ class KPT_COMPOSITION_WRITER {
 
   KPT_COMPOSITION_WRITER(const KPT_NETLISTS& netlists, KPT_CLASSES& classes, const KPT_MACHINES& machines,
                          const KPT_COMPOSITION_FACTS& facts, KPT_KEYPOINTS_DB_IMPL& db);
-  void write();
+  /// Every register is a step, those of the first netlist twice.
+  void write(KPT_STEPS& steps);
 
  private:
   using NUMBER = std::uint32_t;  // of a register of the first netlist, then of the last one
   static constexpr NUMBER NONE = UINT32_MAX;
   struct MEMBERS;
 
-  void enter_first();
+  void enter_first(KPT_STEPS& steps);
   void chain(const KPT_NETLISTS::ENDS& ends, NUMBER from);
   void place_machines();
   bool is_first(NUMBER number) const { return number < m_netlists.first().size(); }

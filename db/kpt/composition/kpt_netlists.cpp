@@ -4,7 +4,7 @@
 #include "db/kpt/kpt_register_texts.h"
 #include "h/gen_sys.h"
 
-KPT_NETLISTS::KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes)
+KPT_NETLISTS::KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes, KPT_STEPS& steps)
     : m_stages(stages), m_keeps_unrecorded(keeps_unrecorded), m_classes(classes), m_nodes(stages.size()) {
   std::size_t registers = r_set(0).size();
   for (std::size_t stage = 0; stage < stages.size(); ++stage) {
@@ -12,21 +12,22 @@ KPT_NETLISTS::KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLAS
   }
   classes.reserve(registers);
   m_taken.reserve(registers);
-  add_first();
+  add_first(steps);
   for (std::size_t stage = 0; stage < stages.size(); ++stage) {
     if (stage > 0) {
-      link(stage);
+      link(stage, steps);
     }
-    add_t(stage);
+    add_t(stage, steps);
   }
   for (std::size_t stage = 0; stage + 1 < stages.size(); ++stage) {
     mark_lost(stage);
   }
 }
 
-void KPT_NETLISTS::add_first() {
+void KPT_NETLISTS::add_first(KPT_STEPS& steps) {
   m_first.reserve(r_set(0).size());
   r_set(0).for_each_keypoint([&](REGISTER* keypoint) {
+    steps.next();
     const NODE node = m_classes.add(KPT_CLASSES::AT_AN_END);
     m_first.push_back({node, keypoint, &r_set(0)});
     m_nodes[0].at(KPT_KEYPOINT::slot_of(keypoint)) = node + 1;
@@ -35,12 +36,13 @@ void KPT_NETLISTS::add_first() {
   m_taken.resize(m_classes.size());
 }
 
-void KPT_NETLISTS::add_t(std::size_t stage) {
+void KPT_NETLISTS::add_t(std::size_t stage, KPT_STEPS& steps) {
   const bool is_last = stage + 1 == m_stages.size();
   if (is_last) {
     m_last.reserve(t_set(stage).size());
   }
   t_set(stage).for_each_keypoint([&](REGISTER* keypoint) {
+    steps.next();
     const NODE node = m_classes.add(is_last ? KPT_CLASSES::AT_AN_END : KPT_CLASSES::UNMARKED);
     if (is_last) {
       m_last.push_back({node, keypoint, &t_set(stage)});
@@ -66,10 +68,11 @@ KPT_NETLISTS::NODE KPT_NETLISTS::node_in_t(std::size_t stage, REGISTER& keypoint
   return node(stage, t_set(stage).get_namesake(keypoint, its_set));
 }
 
-void KPT_NETLISTS::link(std::size_t stage) {
+void KPT_NETLISTS::link(std::size_t stage, KPT_STEPS& steps) {
   FIT fit{0, 0};
   const KPT_KEYPOINT_SET_IMPL& before = t_set(stage - 1);
   r_set(stage).for_each_keypoint([&](REGISTER* keypoint) {
+    steps.next();
     before.fetch_namesakes_behind(*keypoint, r_set(stage));
     NODE node = node_in_t(stage - 1, *keypoint, r_set(stage));
     if (!take(node)) {

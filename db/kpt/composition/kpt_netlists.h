@@ -13,6 +13,7 @@
 #include "db/kpt/composition/kpt_classes.h"
 #include "db/kpt/containers/kpt_by_slot.h"
 #include "db/kpt/kpt_keypoints_db_impl.h"
+#include "db/kpt/kpt_steps.h"
 
 class KPT_NETLISTS {
  public:
@@ -34,7 +35,8 @@ class KPT_NETLISTS {
   };
 
   /// `keeps_unrecorded`: a stage does not change a register that it does not mention.
-  KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes);
+  /// Every register is a step.
+  KPT_NETLISTS(const STAGES& stages, bool keeps_unrecorded, KPT_CLASSES& classes, KPT_STEPS& steps);
 
   /// NONE for a keypoint that is null or not in the stage's sets.
   NODE node(std::size_t stage, const KPT_KEYPOINT* keypoint) const {
@@ -54,9 +56,9 @@ class KPT_NETLISTS {
   KPT_KEYPOINT_SET_IMPL& r_set(std::size_t stage) const { return *m_stages[stage]->get_reference_set(); }
   KPT_KEYPOINT_SET_IMPL& t_set(std::size_t stage) const { return *m_stages[stage]->get_transformed_set(); }
   NODE node_in_t(std::size_t stage, REGISTER& keypoint, const KPT_KEYPOINT_SET_IMPL& its_set) const;
-  void add_first();
-  void link(std::size_t stage);
-  void add_t(std::size_t stage);
+  void add_first(KPT_STEPS& steps);
+  void link(std::size_t stage, KPT_STEPS& steps);
+  void add_t(std::size_t stage, KPT_STEPS& steps);
   NODE kept_before(std::size_t stage, REGISTER& keypoint);
   bool is_kept_behind(std::size_t stage, REGISTER& keypoint) const;
   void mark_lost(std::size_t stage);

@@ -25,10 +25,11 @@ bool representative_is_inverted(const NI_PAIR& pair) { return pair.first.empty()
 
 }  // namespace
 
-bool KPT_STATEMENTS::read(std::size_t stage, KPT_KEYPOINTS_DB_IMPL& db) {
+bool KPT_STATEMENTS::read(std::size_t stage, KPT_KEYPOINTS_DB_IMPL& db, KPT_STEPS& steps) {
   m_stage = stage;
   KPT_TRANSFORMATION_SET_IMPL& maps = *db.get_transformation_set();
   for (MAP* map : maps.get_list_of_register_transformations()) {
+    steps.next();
     m_has_attributes |= !map->attributes().empty();
     if (!(map->map_has_fsm_transformation() ? read_machine(*map) : read_plain(*map))) {
       return false;

@@ -20,8 +20,8 @@ class KPT_STATEMENTS {
   KPT_STATEMENTS(const KPT_NETLISTS& netlists, KPT_CLASSES& classes, KPT_MACHINES& machines)
       : m_netlists(netlists), m_classes(classes), m_machines(machines) {}
 
-  /// False at the first contradiction; `conflict` then has the registers.
-  bool read(std::size_t stage, KPT_KEYPOINTS_DB_IMPL& db);
+  /// False at the first contradiction; `conflict` then has the registers. Every map is a step.
+  bool read(std::size_t stage, KPT_KEYPOINTS_DB_IMPL& db, KPT_STEPS& steps);
   const KPT_VECTOR<NODE>& conflict() const { return m_conflict; }
   /// One register of each machine whose table does not fit it.
   const KPT_VECTOR<FACT>& silent_machines() const { return m_silent; }

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "db/kpt/containers/kpt_undo.h"
+#include "db/kpt/kpt_steps.h"
 #include "db/kpt/kpt_ticks.h"
 #include "db/kpt/kpt_transformation_set_impl.h"
 #include "db/kpt/msg_kpt.h"
@@ -31,7 +32,8 @@ const char* name_of(const KPT_KEYPOINT* keypoint) {
 
 class KPT_UNITE {
  public:
-  KPT_UNITE(KPT_TRANSFORMATION_SET_IMPL& first, KPT_TRANSFORMATION_SET_IMPL& second) : db1(first), db2(second) {}
+  KPT_UNITE(KPT_TRANSFORMATION_SET_IMPL& first, KPT_TRANSFORMATION_SET_IMPL& second, KPT_STEPS& counted)
+      : db1(first), db2(second), steps(counted) {}
   bool run();
 
  private:
@@ -60,6 +62,7 @@ class KPT_UNITE {
 
   KPT_TRANSFORMATION_SET_IMPL& db1;
   KPT_TRANSFORMATION_SET_IMPL& db2;
+  KPT_STEPS& steps;
   bool ok = true;  // false ends the present loop and skips the later ones
   // Members, so that a plain map needs no allocation.
   CANDIDATES candidates;
@@ -73,14 +76,25 @@ class KPT_UNITE {
 
 // When a set is united with itself, a copy of it is consumed.
 bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2) {
+  KPT_STEPS untold(nullptr, 0);
+  return unite(db2, untold);
+}
+
+bool KPT_TRANSFORMATION_SET_IMPL::unite(KPT_TRANSFORMATION_SET_IMPL& db2, KPT_STEPS& steps) {
   if (&db2 != this) {
-    return KPT_UNITE(*this, db2).run();
+    return KPT_UNITE(*this, db2, steps).run();
   }
   KPT_TRANSFORMATION_SET_IMPL copy;
   for (const KPT_TRANSFORMATION_IMPL* map : m_maps) {
     copy.entered(copy.create_map(*map));
   }
-  return KPT_UNITE(*this, copy).run();
+  return KPT_UNITE(*this, copy, steps).run();
+}
+
+// A loop passes the maps that are there when it begins: some are added before the
+// first loop, and loops fuse some.
+std::size_t KPT_TRANSFORMATION_SET_IMPL::steps_of_union(const KPT_TRANSFORMATION_SET_IMPL& db2) const {
+  return 2 * m_maps.size() + db2.m_maps.size();
 }
 
 // Each timing line counts from the start of the union, not of its loop.
@@ -100,10 +114,12 @@ bool KPT_UNITE::run() {
 // these are fused into one.
 void KPT_UNITE::loop_1_fuse_maps_of_db2() {
   const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db1, KPT_TRANSFORMED_SET, db2);
+  steps.begin(db1.m_maps.size());
   for (MAP* m1 : db1.m_maps) {
     if (!ok) {
       return;
     }
+    steps.next();
     look_ahead.from(*m1);
     if (m1->map_has_fsm_transformation()) {
       continue;
@@ -132,10 +148,12 @@ void KPT_UNITE::fuse_db2_maps_fed_by(MAP& m1, unsigned short t_index) {
 // and its composition with a plain map is not defined.
 void KPT_UNITE::loop_2_fuse_maps_of_db1() {
   const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db2, KPT_REFERENCE_SET, db1);
+  steps.begin(db2.m_maps.size());
   for (MAP* m2 : db2.m_maps) {
     if (!ok) {
       return;
     }
+    steps.next();
     look_ahead.from(*m2);
     for (unsigned short i = 0; ok && i < m2->get_num_reference_registers(); ++i) {
       fuse_db1_maps_feeding(*m2, i);
@@ -214,10 +232,12 @@ void KPT_UNITE::fuse(KPT_TRANSFORMATION_SET_IMPL& set) {
 // second-stage map of its registers.
 void KPT_UNITE::loop_3_compose() {
   const KPT_LOOK_AHEAD look_ahead = look_ahead_from(db1, KPT_TRANSFORMED_SET, db2);
+  steps.begin(db1.m_maps.size());
   for (MAP* m1 : db1.m_maps) {
     if (!ok) {
       return;
     }
+    steps.next();
     look_ahead.from(*m1);
     fetch_entries_behind(look_ahead, *m1);
     if (!m1->map_has_fsm_transformation() && m1->get_elim_status() == KPT_NOT_ELIMINATED) {

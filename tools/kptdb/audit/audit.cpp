@@ -7,6 +7,7 @@
 #include <set>
 
 #include "../database.h"
+#include "../files.h"
 #include "../model.h"
 #include "../text.h"
 #include "claims.h"
@@ -272,7 +273,9 @@ EXIT_CODE run_audit(const AUDIT_OPTIONS& options) {
                         options.transformed_scope.empty() ? options.scope : options.transformed_scope, divider));
   const std::size_t moments = check_all(claims, reference, transformed, options, units);
   const REPORT report(claims, options, units, moments);
-  std::fputs((options.json ? json_text(report.json()) + "\n" : report.text()).c_str(), stdout);
+  RESULT_FILE out = RESULT_FILE::beside(options.write ? options.file : std::string());
+  out.write(options.json ? json_text(report.json()) + "\n" : report.text());
+  out.finish();
   if (!report.has_checked()) {
     throw FAILURE(EXIT_FOUND, "nothing was checked: no claim had known values at any moment");
   }

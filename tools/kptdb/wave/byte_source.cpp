@@ -1,12 +1,12 @@
 #include "byte_source.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
+#include "../input.h"
 #include "../outcome.h"
 
 namespace kptdb {
@@ -19,7 +19,7 @@ constexpr unsigned READ_BLOCK = 1U << 18;
 
 BYTE_SOURCE::BYTE_SOURCE(const std::string& path)
     : m_path(path == "-" ? "standard input" : path), m_file(nullptr, gzclose_r) {
-  const int descriptor = path == "-" ? ::dup(STDIN_FILENO) : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int descriptor = open_to_read(path);
   if (descriptor < 0) {
     fail(std::strerror(errno));
   }
