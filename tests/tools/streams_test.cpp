@@ -154,8 +154,10 @@ TEST_F(Streams, StandardOutputIsNamedOnce) {
     const RUN_RESULT result = shell("\"$KPTDB\" " + command + " -o - -o -");
     const std::string name = command.substr(0, command.find(' '));
     EXPECT_EQ(result.exit_code, 2) << command;
-    EXPECT_EQ(result.err, "kptdb: " + name + ": --output is given 2 times, but may be given once (kptdb help " + name +
-                              " tells more)\n");
+    std::string expected = "kptdb: ";
+    expected.append(name).append(": --output is given 2 times, but may be given once (kptdb help ");
+    expected.append(name).append(" tells more)\n");
+    EXPECT_EQ(result.err, expected);
     EXPECT_EQ(result.out, "") << command;
   }
 }
