@@ -20,6 +20,8 @@ namespace ID = Yosys::ID;
 using RTLIL::SigBit;
 using RTLIL::State;
 
+constexpr int MOST_MULTIPLEXERS = 100;
+
 bool is_undefined(SigBit bit) { return bit.wire == nullptr && bit.data != State::S0 && bit.data != State::S1; }
 
 bool is_equiv(const RTLIL::Cell* cell) { return cell->type == RTLIL::IdString("$equiv"); }
@@ -89,13 +91,10 @@ struct OPEN_VALUES {
     if (a.m_open == State::S0 || b.m_open == State::S0) {
       return {value, a.m_open == State::S0 ? m_gates.both(a.m_value, b.m_open) : m_gates.both(a.m_open, b.m_value)};
     }
-    const SigBit may_be_1 =
-        m_gates.both(m_gates.either(a.m_open, a.m_value), m_gates.either(b.m_open, b.m_value));
+    const SigBit may_be_1 = m_gates.both(m_gates.either(a.m_open, a.m_value), m_gates.either(b.m_open, b.m_value));
     return {value, m_gates.both(may_be_1, m_gates.either(a.m_open, b.m_open))};
   }
-  VALUE differ(VALUE a, VALUE b) {
-    return {m_gates.differ(a.m_value, b.m_value), m_gates.either(a.m_open, b.m_open)};
-  }
+  VALUE differ(VALUE a, VALUE b) { return {m_gates.differ(a.m_value, b.m_value), m_gates.either(a.m_open, b.m_open)}; }
   VALUE chosen(VALUE select, VALUE one, VALUE zero) {
     const SigBit value = m_gates.chosen(select.m_value, one.m_value, zero.m_value);
     const SigBit open = m_gates.chosen(select.m_value, one.m_open, zero.m_open);
@@ -126,10 +125,11 @@ class CHOICES {
   SigBit open_register(RTLIL::Cell* cell);
   bool is_boundary(const RTLIL::Cell* equiv) const;
   RTLIL::Cell* driver(SigBit bit) const;
-  SigBit input(const RTLIL::Cell* cell, const RTLIL::IdString& port) const {
-    return m_sigmap(cell->getPort(port)[0]);
-  }
+  SigBit input(const RTLIL::Cell* cell, const RTLIL::IdString& port) const { return m_sigmap(cell->getPort(port)[0]); }
+  void find_never_defined();
+  bool loads_only_registers(SigBit data, std::vector<SigBit>& registers) const;
   static bool is_register(const RTLIL::Cell* cell);
+  static bool is_plain_register(RTLIL::Cell* cell);
 
   RTLIL::Module* m_module;
   Yosys::SigMap m_sigmap;
@@ -141,6 +141,7 @@ class CHOICES {
   Yosys::pool<RTLIL::Cell*> m_gold;
   Yosys::pool<SigBit> m_may_be_open;
   Yosys::pool<RTLIL::Cell*> m_inner;  // comparisons within the logic, of values that may be open
+  Yosys::pool<SigBit> m_never_defined;
   Yosys::dict<SigBit, SigBit> m_open;
   Yosys::pool<SigBit> m_on_stack;
   std::vector<std::pair<RTLIL::Cell*, SigBit>> m_registers;  // whose companions have no data input yet
@@ -286,18 +287,79 @@ void CHOICES::take_apart() {
   }
 }
 
+// Registers that power up undefined and load nothing that is defined.
+void CHOICES::find_never_defined() {
+  Yosys::dict<SigBit, std::vector<SigBit>> loaded_by;
+  std::vector<SigBit> defined;
+  for (RTLIL::Cell* const cell : m_gold) {
+    if (!is_plain_register(cell)) {
+      continue;
+    }
+    const SigBit output = input(cell, ID::Q);
+    std::vector<SigBit> loaded;
+    if (m_initial(output) == State::Sx && loads_only_registers(input(cell, ID::D), loaded)) {
+      m_never_defined.insert(output);
+      for (const SigBit& bit : loaded) {
+        loaded_by[bit].push_back(output);
+      }
+    } else {
+      defined.push_back(output);
+    }
+  }
+  while (!defined.empty()) {
+    const SigBit bit = defined.back();
+    defined.pop_back();
+    for (const SigBit& reader : loaded_by[bit]) {
+      if (m_never_defined.erase(reader) != 0) {
+        defined.push_back(reader);
+      }
+    }
+  }
+}
+
+// Or what is undefined, through multiplexers, as far as they are few.
+bool CHOICES::loads_only_registers(SigBit data, std::vector<SigBit>& registers) const {
+  std::vector<SigBit> waiting{data};
+  for (int seen = 0; !waiting.empty(); ++seen) {
+    const SigBit bit = waiting.back();
+    waiting.pop_back();
+    if (is_undefined(bit)) {
+      continue;
+    }
+    RTLIL::Cell* const cell = driver(bit);
+    if (cell == nullptr || seen == MOST_MULTIPLEXERS) {
+      return false;
+    }
+    if (is_plain_register(cell)) {
+      registers.push_back(bit);
+    } else if (cell->type == RTLIL::IdString("$_MUX_")) {
+      waiting.push_back(input(cell, ID::A));
+      waiting.push_back(input(cell, ID::B));
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool CHOICES::is_plain_register(RTLIL::Cell* cell) {
+  if (!is_register(cell)) {
+    return false;
+  }
+  const Yosys::FfData ff(nullptr, cell);
+  return (ff.has_clk || ff.has_gclk) && !ff.has_ce && !ff.has_srst && !ff.has_arst && !ff.has_aload && !ff.has_sr &&
+         ff.width == 1;
+}
+
 // A register of which nothing but the clock is known holds what its data input was, open or not.
 SigBit CHOICES::open_register(RTLIL::Cell* cell) {
-  const Yosys::FfData ff(nullptr, cell);
-  const bool plain = (ff.has_clk || ff.has_gclk) && !ff.has_ce && !ff.has_srst && !ff.has_arst && !ff.has_aload &&
-                     !ff.has_sr && ff.width == 1;
-  if (!plain) {
+  if (m_never_defined.count(input(cell, ID::Q)) != 0) {
+    return State::S1;
+  }
+  if (!is_plain_register(cell)) {
     return State::S0;
   }
   const SigBit data = input(cell, ID::D);
-  if (is_undefined(data) && m_initial(input(cell, ID::Q)) == State::Sx) {
-    return State::S1;
-  }
   const SigBit open = m_module->addWire(NEW_ID);
   RTLIL::Cell* const companion = m_module->addCell(NEW_ID, cell);
   companion->setPort(ID::Q, open);
@@ -380,6 +442,7 @@ std::size_t CHOICES::run() {
   find_open();
   take_apart();
   free_gate();
+  find_never_defined();
   std::size_t count = 0;
   for (RTLIL::Cell* const equiv : m_equivs) {
     const SigBit gold = input(equiv, ID::A);

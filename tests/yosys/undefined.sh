@@ -5,7 +5,7 @@
 cat >free.v <<'V'
 module free(input clk, input [1:0] s, input [2:0] one, input d, input e, input [1:0] wa, input we,
             output reg q, output held, output [1:0] y, output reg p, output m);
-  reg hold, last, lasted;
+  reg hold, last, lasted, idle, idled;
   reg [2:0] words [2:0];
   wire either = s[1] ? 1'bx : d;
   always @(posedge clk) begin
@@ -20,9 +20,11 @@ module free(input clk, input [1:0] s, input [2:0] one, input d, input e, input [
     endcase
     last <= 1'bx;
     lasted <= last & ~e;
+    if (d) idle <= 1'bx;
+    if (e) idled <= idle;
     if (we) words[wa] <= {s, d};
   end
-  assign held = hold ^ lasted;
+  assign held = hold ^ lasted ^ (idled & we);
   assign y = e ? {q, hold} : 2'bxx;
   assign m = e ? ^words[wa] : 1'bx;
 endmodule
