@@ -4,8 +4,8 @@ locate "$1"
 
 [ "$top" = elevator ] || cells=
 flow="read_verilog $source; kpt_track -top $top; synth -flatten -top $top; $cells; rename -hide w:*"
-run log "$flow; kpt_stage"
-grep -q '^Warning: [0-9]* registers have private names, which write_verilog replaces: kpt_stage -names gives lasting ones\.$' log ||
+[ "$top" = des ] || run log "$flow; kpt_stage"  # des takes 10 seconds
+[ "$top" = des ] || grep -q '^Warning: [0-9]* registers have private names, which write_verilog replaces: kpt_stage -names gives lasting ones\.$' log ||
   fail "not told of private names"
 
 run log "$flow; kpt_stage -names; kpt_save kpt.xml; kpt_show -o shown; write_rtlil gate.il
