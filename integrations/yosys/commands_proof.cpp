@@ -8,6 +8,7 @@
 #include "netlist_choices.h"
 #include "proof.h"
 #include "proof_status.h"
+#include "written_choices.h"
 
 namespace {
 

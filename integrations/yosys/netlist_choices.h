@@ -4,7 +4,7 @@
 // equiv_make makes, a value of the gold side is compared with a value of the gate side. Beside the
 // gold value, logic is added that tells whether it is undefined, as each gate of the gold side tells
 // it from its inputs. Where it is, the gold side takes the gate side's value. A register of the
-// gold side that took a choice holds it, and all its readers read it.
+// gold side that took a choice holds it, and all its readers read it. Call write_down_choices() first.
 //
 // Ownership: modules are used only during the calls.
 #ifndef NETLIST_CHOICES_H
@@ -15,11 +15,6 @@
 #include "kernel/yosys.h"
 
 namespace kpt_yosys {
-
-/// Undefined values are then undefined constants that a multiplexer selects. Call it before gates are made
-/// of the module. Makes plain what Yosys' cells mean: a $pmux with two active selects is undefined, and
-/// `===` with an undefined constant is never true.
-void write_down_choices(Yosys::RTLIL::Module* module);
 
 /// Returns the number of compared values that the gold side may take from the gate side. The gold side
 /// consists of gates and of flip-flops with only a clock; what other cells give counts as defined. An
