@@ -401,9 +401,10 @@ std::size_t CHOICES::run() {
       ++count;
     }
   }
-  for (std::size_t i = 0; i < m_registers.size(); ++i) {  // grows
-    const auto [companion, data] = m_registers[i];
-    companion->setPort(ID::D, open(data));
+  while (!m_registers.empty()) {
+    const auto [companion, data] = m_registers.back();
+    m_registers.pop_back();
+    companion->setPort(ID::D, open(data));  // may add registers
   }
   return count;
 }
