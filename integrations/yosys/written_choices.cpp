@@ -102,9 +102,9 @@ void open_overlap(RTLIL::Cell* cell) {
 void part_undefined_nets(RTLIL::Module* module) {
   std::vector<RTLIL::SigSig> connections = module->connections();
   for (RTLIL::SigSig& connection : connections) {
-    for (int i = 0; i < connection.second.size(); ++i) {
-      if (is_undefined(connection.second[i])) {
-        connection.second[i] = module->addWire(NEW_ID);
+    for (SigBit& bit : connection.second) {
+      if (is_undefined(bit)) {
+        bit = module->addWire(NEW_ID);
       }
     }
   }
