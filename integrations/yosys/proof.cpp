@@ -119,6 +119,7 @@ class PROOF {
   void apply_machine(const KPT_REGISTER_TRANSFORMATION& map);
   void apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std::vector<unsigned short>& r,
                           const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes);
+  void demand_code(const std::string& name, const RTLIL::SigSpec& held, const std::vector<std::string>& codes);
   RTLIL::Wire* shared_wire(const NETS& nets, const std::string& name, int width);
   void tie_gold(const MEMBER& member);
   void miss(const NETS& nets, const char* what, const std::string& name);
@@ -334,14 +335,38 @@ void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std
     m_gold.find(map.get_reference(r[i]), bit);
     take_over(m_gold, bit, RTLIL::SigBit(gold_code, static_cast<int>(i)), false);
   }
+  RTLIL::Wire* const held = m_gate.module()->addWire(NEW_ID, static_cast<int>(t.size()));
   for (std::size_t i = 0; i < t.size(); ++i) {
     m_gate.find(map.get_transformed(t[i]), bit);
     take_over(m_gate, bit, RTLIL::SigBit(gate_code, static_cast<int>(i)), false);
+    take_over(m_gate, bit, RTLIL::SigBit(held, static_cast<int>(i)), false);
+  }
+  std::map<std::string, std::string> encoded;  // by the gold module's code, for which equiv_make takes one code
+  for (const auto& [gate_bits, gold_bits] : codes) {
+    encoded.emplace(gold_bits, gate_bits);
   }
   m_codes << ".fsm " << text_of(m_gold.module()->name) << " " << name << "\n";
-  for (const auto& [gate_bits, gold_bits] : codes) {
+  std::vector<std::string> gate_codes;
+  for (const auto& [gold_bits, gate_bits] : encoded) {
     m_codes << ".map " << gold_bits << " " << gate_bits << "\n";
+    gate_codes.push_back(gate_bits);
   }
+  demand_code(net_of_code(to_string(map.get_reference(r.front()).get_name())), held, gate_codes);
+}
+
+// equiv_make takes a code that is in no line of the file for the code of zeros, in the place of which the
+// readers of the state would then get a right code. So one more value is compared: that the netlist's
+// registers hold one of the codes. It reads the registers themselves and not what equiv_make puts there.
+void PROOF::demand_code(const std::string& name, const RTLIL::SigSpec& held, const std::vector<std::string>& codes) {
+  RTLIL::Module* const gate = m_gate.module();
+  RTLIL::SigSpec holds;
+  for (const std::string& code : codes) {
+    RTLIL::Wire* const one = gate->addWire(NEW_ID);
+    gate->addEq(NEW_ID, held, RTLIL::Const::from_string(code), one);
+    holds.append(one);
+  }
+  gate->addReduceOr(NEW_ID, holds, shared_wire(m_gate, name, 1));
+  m_gold.module()->addBufGate(NEW_ID, RTLIL::State::S1, shared_wire(m_gold, name, 1));
 }
 
 // Both modules use a common name for the same signal. When the database says what
@@ -398,6 +423,7 @@ void PROOF::part_output(RTLIL::Module* module, RTLIL::Wire* wire) {
 
 std::string net_of_register(const std::string& name) { return "kpt:" + name; }
 std::string net_of_machine(const std::string& first) { return "kpt:machine:" + first; }
+std::string net_of_code(const std::string& first) { return "kpt:code:" + first; }
 
 PROOF_SUMMARY prepare_proof(const KPT_KEYPOINTS_DB& db, RTLIL::Module* gold, RTLIL::Module* gate, std::ostream& codes) {
   return PROOF(db, gold, gate, codes).run();

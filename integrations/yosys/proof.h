@@ -26,6 +26,8 @@ struct PROOF_SUMMARY {
 /// state machine whose first register in the gold module it is.
 std::string net_of_register(const std::string& name);
 std::string net_of_machine(const std::string& first);
+/// Likewise for the net that is 1 while the machine of the gate module is in a state of the database.
+std::string net_of_code(const std::string& first);
 
 /// Writes the codes of state machines to `codes`, in the form that equiv_make reads.
 PROOF_SUMMARY prepare_proof(const KPT_KEYPOINTS_DB& db, Yosys::RTLIL::Module* gold, Yosys::RTLIL::Module* gate,

@@ -113,13 +113,17 @@ std::vector<COMPARED> STATUS_READER::compared(const KPT_REGISTER_TRANSFORMATION&
   std::vector<COMPARED> all;
   if (map.has_fsm()) {
     for (unsigned short i = 0; i < map.get_state_reference_size(); ++i) {
-      const std::string name = net_of_machine(std::string(map.get_reference(i).get_name()));
+      const std::string first(map.get_reference(i).get_name());
+      const std::string name = net_of_machine(first);
       const RTLIL::Wire* const code = map.get_reference(i).is_null() ? nullptr : wire(name);
       if (code != nullptr && code->width != map.get_state_reference_size()) {
         return {};  // the gold module lacks some of its registers
       }
       for (int bit = 0; code != nullptr && bit < code->width; ++bit) {
         all.push_back({name, bit});
+      }
+      if (code != nullptr) {
+        all.push_back({net_of_code(first), 0});
       }
     }
     return all;

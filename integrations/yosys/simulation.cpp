@@ -1,9 +1,8 @@
 #include "simulation.h"
 
 #include <algorithm>
-#include <functional>
-#include <map>
 
+#include "gate_functions.h"
 #include "netlist_names.h"
 #include "yosys_version.h"
 
@@ -112,37 +111,22 @@ void SIMULATION::add_cell(RTLIL::Cell* cell) {
 }
 
 void SIMULATION::add_gate(const std::string& type, RTLIL::Cell* cell) {
+  struct NODES {
+    using VALUE = int;
+    SIMULATION& m_simulation;
+    VALUE inverse(VALUE a) { return m_simulation.add(KIND::NOT, a); }
+    VALUE both(VALUE a, VALUE b) { return m_simulation.add(KIND::AND, a, b); }
+    VALUE differ(VALUE a, VALUE b) { return m_simulation.add(KIND::XOR, a, b); }
+    VALUE chosen(VALUE select, VALUE one, VALUE zero) { return m_simulation.add(KIND::MUX, zero, one, select); }
+  };
   const auto in = [&](const RTLIL::IdString& port) {
     return cell->hasPort(port) ? net_of(cell->getPort(port)[0]) : NEVER_KNOWN;
   };
-  const int a = in(Yosys::ID::A);
-  const int b = in(Yosys::ID::B);
-  const int c = in(Yosys::ID::C);
-  const int d = in(Yosys::ID::D);
-  const int s = in(Yosys::ID::S);
-  const auto inverse = [this](int net) { return add(KIND::NOT, net); };
-  const auto both = [this](int x, int y) { return add(KIND::AND, x, y); };
-  const auto either = [&](int x, int y) { return inverse(both(inverse(x), inverse(y))); };
-  const std::map<std::string, std::function<int()>> gates = {
-      {"BUF", [&] { return inverse(inverse(a)); }},
-      {"NOT", [&] { return inverse(a); }},
-      {"AND", [&] { return both(a, b); }},
-      {"NAND", [&] { return inverse(both(a, b)); }},
-      {"OR", [&] { return either(a, b); }},
-      {"NOR", [&] { return inverse(either(a, b)); }},
-      {"XOR", [&] { return add(KIND::XOR, a, b); }},
-      {"XNOR", [&] { return inverse(add(KIND::XOR, a, b)); }},
-      {"ANDNOT", [&] { return both(a, inverse(b)); }},
-      {"ORNOT", [&] { return either(a, inverse(b)); }},
-      {"MUX", [&] { return add(KIND::MUX, a, b, s); }},
-      {"NMUX", [&] { return inverse(add(KIND::MUX, a, b, s)); }},
-      {"AOI3", [&] { return inverse(either(both(a, b), c)); }},
-      {"OAI3", [&] { return inverse(both(either(a, b), c)); }},
-      {"AOI4", [&] { return inverse(either(both(a, b), both(c, d))); }},
-      {"OAI4", [&] { return inverse(both(either(a, b), either(c, d))); }},
-  };
-  if (const auto gate = gates.find(type); gate != gates.end()) {
-    join(net_of(cell->getPort(Yosys::ID::Y)[0]), gate->second());
+  NODES nodes{*this};
+  const GATE_INPUTS<int> inputs = {in(Yosys::ID::A), in(Yosys::ID::B), in(Yosys::ID::C), in(Yosys::ID::D),
+                                   in(Yosys::ID::S)};
+  if (int value = 0; gate_value(nodes, type, inputs, value)) {
+    join(net_of(cell->getPort(Yosys::ID::Y)[0]), value);
   }
 }
 

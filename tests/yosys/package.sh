@@ -10,6 +10,12 @@ for package in libkpt0 yosys-plugin-kpt; do
   dpkg-deb --extract debs/"$package"_*.deb root
 done
 
+# A plugin fits only the version of Yosys that it was built for.
+version=$(yosys -V | sed -n 's/^Yosys \([0-9]*\.[0-9]*\).*/\1/p')
+next=${version%.*}.$((${version#*.} + 1))
+dpkg-deb --field debs/yosys-plugin-kpt_*.deb Depends | grep -qF "yosys (>= $version), yosys (<< $next~)" ||
+  fail "not for Yosys $version"
+
 # As packaged, after the symbols are stripped.
 "${0%/*}/../install/elf_is_hardened" $(find root -type f -name '*.so*') || fail "what is packaged is not hardened"
 

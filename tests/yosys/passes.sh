@@ -104,6 +104,18 @@ V
 after narrow.v 'wreduce; opt_clean'
 expect log '4 kept under their name' '4 without fanout' '0 unknown'
 
+# After async2sync, a register with an asynchronous reset holds another value until the next edge.
+cat >reset.v <<'V'
+module reset(input clk, input rst, input d, output reg p, output reg q);
+  always @(posedge clk or posedge rst) if (rst) p <= 0; else p <= d;
+  always @(posedge clk) q <= d;
+endmodule
+V
+after reset.v 'opt; async2sync; opt_clean'
+expect log '1 kept under their name' '1 unknown' 'State machines: 0. New registers: 1. Facts not recorded: 0.' \
+  'Unknown after async2sync: 1.'
+expect shown 'q = q'
+
 # When a machine is not put back into the netlist, its bits are unknown.
 if [ -e "$KPT_RTL/elevator.v" ]; then
   after "$KPT_RTL/elevator.v" 'flatten; opt -nodffe -nosdff; fsm -nomap'

@@ -32,3 +32,23 @@ wrong 'a wrong state code' '/<state index="3">/,/<\/reference>/s/index="0"> 1 /i
 # A warning names each register that a module lacks.
 run log "read_rtlil gate.il; rename $top gate; kpt_load kpt.xml; kpt_apply -encfile codes gate gate"
 expect log 'Warning: Module gate has no register armed.'
+
+# A warning names each register whose net is gone: opt_clean between flatten and kpt_apply deletes the nets
+# that are named after pins.
+run log "read_verilog $source; hierarchy -top $top; proc; flatten; rename $top gold; read_rtlil gate.il
+         rename $top gate; read_verilog $KPT_RTL/cells.v; proc; flatten gate; opt_clean -purge gate
+         kpt_load kpt.xml; kpt_apply -encfile codes gold gate"
+expect log 'Warning: Module gate has no net for register armed.'
+grep -q '^Warning: Module gate has no net for state bit ' log || fail "not told of state bits"
+missing=$(sed -n 's/^Matched .* \([0-9]*\) are missing\.$/\1/p' log)
+[ "$missing" -eq "$(grep -c '^Warning: Module gate has no ' log)" ] || fail "$missing are missing, other warnings"
+
+# A machine two of whose states have one code is left out of a proof, with a warning.
+sed '/<transformed>/,/<\/transformed>/s/\(<value index="[0-9]*">\) 1 /\1 0 /' kpt.xml >same.xml
+! cmp -s kpt.xml same.xml || fail "no code was edited"
+run log "read_verilog $source; hierarchy -top $top; proc; flatten; rename $top gold; read_rtlil gate.il
+         rename $top gate; read_verilog $KPT_RTL/cells.v; proc; flatten gate
+         kpt_load same.xml; kpt_apply -encfile codes gold gate"
+expect log 'Warning: Two states of a state machine have the same code in the netlist, so the proof leaves the machine out.'
+grep -q ' and 0 state machines;' log || fail "the machine is in the proof"
+[ ! -s codes ] || fail "codes were written"

@@ -77,3 +77,31 @@ run log "read_verilog open.v; kpt_track -settle -top open; synth -flatten -top o
 expect log '19 of 19 reference registers accounted for'
 run log "read_verilog open.v; proc; rename open gold; read_rtlil gate.il; rename open gate; kpt_load kpt.xml
          kpt_prove -assert gold gate"
+
+# The machine of this netlist is in no state after a reset. A code of zeros does not stand for it.
+cat >coded.v <<'V'
+module coded(input clk, input rst, input go, output idle, output [1:0] at);
+  reg [2:0] s;
+  always @(posedge clk or posedge rst)
+    if (rst) s <= 3'b000;
+    else case (s)
+      3'b000: if (go) s <= 3'b101;
+      3'b101: s <= go ? 3'b110 : 3'b011;
+      3'b110: s <= go ? 3'b000 : 3'b111;
+      3'b011: s <= go ? 3'b111 : 3'b101;
+      3'b111: s <= 3'b000;
+    endcase
+  assign idle = s == 3'b000;
+  assign at = {s == 3'b110, s == 3'b101};
+endmodule
+V
+run log "read_verilog coded.v; kpt_track -top coded; synth -flatten -top coded; rename -hide w:*; kpt_stage
+         kpt_save kpt.xml; write_rtlil gate.il"
+expect log '3 in a re-encoded state machine'
+[ "$(grep -c '_DFF_PP1_' gate.il)" -eq 1 ] || fail "not one register is set by the reset"
+sed 's/_DFF_PP1_/_DFF_PP0_/' gate.il >wrong.il
+run log "read_verilog coded.v; proc; rename coded gold; read_rtlil gate.il; rename coded gate; kpt_load kpt.xml
+         kpt_prove -assert gold gate"
+run log "read_verilog coded.v; proc; rename coded gold; read_rtlil wrong.il; rename coded gate; kpt_load kpt.xml
+         kpt_prove gold gate"
+expect log 'Unproven: s[0].'
