@@ -22,7 +22,8 @@ class MachineJoins : public testing::Test {
   void add_stage(const STATES& states) {
     STATES both;
     for (const std::string& state : states) {
-      both.push_back(state + " " + state);
+      both.push_back(state);
+      both.back().append(" ").append(state);
     }
     add_machine({"a", "b", "c"}, {"a", "b", "c"}, KPT_STATE_TABLE(make_table(both)));
   }

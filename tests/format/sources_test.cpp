@@ -99,7 +99,10 @@ TEST_F(LoadSources, AgreeOnNestedValues) {
   for (int state = 0; state < STATES; ++state) {
     std::string value;
     for (unsigned column = 0; column < COLUMNS; ++column) {
-      value = "<value index=\"" + std::to_string(column) + "\">" + piece() + value + piece() + "</value>" + piece();
+      value.insert(0, "<value index=\"" + std::to_string(column) + "\">" + piece());
+      value += piece();
+      value += "</value>";
+      value += piece();
     }
     states += "<state index=\"" + std::to_string(state) + "\"><reference>" + value + "</reference></state>";
   }
