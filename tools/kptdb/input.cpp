@@ -1,14 +1,13 @@
 #include "input.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <utility>
 
+#include "open_to_read.h"
 #include "outcome.h"
 
 namespace kptdb {
@@ -18,8 +17,6 @@ namespace {
 constexpr unsigned READ_BLOCK = 1U << 18;
 constexpr std::size_t BEGINNING = 64;
 
-bool s_standard_input_is_taken = false;
-
 // Whether the file begins like a gzip file. False for a file that cannot be sought.
 bool is_packed(int descriptor) {
   unsigned char magic[2] = {};
@@ -28,16 +25,6 @@ bool is_packed(int descriptor) {
 }
 
 }  // namespace
-
-int open_to_read(const std::string& path) {
-  if (path != "-") {
-    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  }
-  if (std::exchange(s_standard_input_is_taken, true)) {
-    throw FAILURE(EXIT_WRONG_USE, "standard input is named twice");
-  }
-  return ::dup(STDIN_FILENO);
-}
 
 bool is_packed_name(std::string_view path) { return path.ends_with(".gz"); }
 

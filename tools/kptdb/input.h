@@ -19,10 +19,6 @@
 
 namespace kptdb {
 
-/// Opens a file, or standard input for "-", and returns its descriptor; negative when
-/// that fails, with `errno`. FAILURE when standard input was opened before: it can be read only once.
-int open_to_read(const std::string& path);
-
 class INPUT : public KPT_BYTES {
  public:
   /// FAILURE for a path that cannot be opened, a folder or a device.

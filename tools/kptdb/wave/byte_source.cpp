@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "../input.h"
+#include "../open_to_read.h"
 #include "../outcome.h"
 
 namespace kptdb {
