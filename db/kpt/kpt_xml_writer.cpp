@@ -182,6 +182,23 @@ class KPT_XML_WRITER::PEN {
     }
   }
 
+  KPT_STEP void key_point_name(std::string_view id, std::string_view type, std::string_view name) {
+    attribute(FIXED_TEXT(kpt_words::ID), id);
+    attribute(FIXED_TEXT(kpt_words::TYPE), type);
+    new_line();
+    step_in();
+    space();
+    simple_text_element(FIXED_TEXT(kpt_words::NAME), name);
+  }
+
+  KPT_STEP void end_key_point(const KPT_ATTRIBUTE_LIST& attributes) {
+    attribute_elements(attributes);
+    step_out();
+    space();
+    end_tag(FIXED_TEXT(kpt_words::KEY_POINT));
+    step_out();
+  }
+
  private:
   KPT_XML_WRITER& m_writer;
   KPT_XML_STREAM::SPACE m_space;
@@ -305,17 +322,8 @@ bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view ty
   pen.step_in();
   pen.space();
   pen.start_tag(FIXED_TEXT(kpt_words::KEY_POINT));
-  pen.attribute(FIXED_TEXT(kpt_words::ID), id);
-  pen.attribute(FIXED_TEXT(kpt_words::TYPE), type);
-  pen.new_line();
-  pen.step_in();
-  pen.space();
-  pen.simple_text_element(FIXED_TEXT(kpt_words::NAME), name);
-  pen.attribute_elements(m_attributes);
-  pen.step_out();
-  pen.space();
-  pen.end_tag(FIXED_TEXT(kpt_words::KEY_POINT));
-  pen.step_out();
+  pen.key_point_name(id, type, name);
+  pen.end_key_point(m_attributes);
   m_attributes.clear();
   return true;
 }
@@ -326,21 +334,12 @@ bool KPT_XML_WRITER::write_keypoint_xml(std::string_view id, std::string_view ty
   pen.space();
   pen.start_tag(FIXED_TEXT(kpt_words::KEY_POINT));
   pen.step_in();
-  pen.attribute(FIXED_TEXT(kpt_words::ID), id);
-  pen.attribute(FIXED_TEXT(kpt_words::TYPE), type);
-  pen.new_line();
-  pen.step_in();
-  pen.space();
-  pen.simple_text_element(FIXED_TEXT(kpt_words::NAME), name);
+  pen.key_point_name(id, type, name);
   pen.space();
   pen.simple_text_element(FIXED_TEXT(kpt_words::ENTITY), entity);
   pen.space();
   pen.simple_text_element(FIXED_TEXT(kpt_words::REG_TYPE), reg_type);
-  pen.attribute_elements(m_attributes);
-  pen.step_out();
-  pen.space();
-  pen.end_tag(FIXED_TEXT(kpt_words::KEY_POINT));
-  pen.step_out();
+  pen.end_key_point(m_attributes);
   m_attributes.clear();
   return true;
 }
