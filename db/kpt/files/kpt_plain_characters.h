@@ -59,28 +59,94 @@ inline const char* behind(const char* p, KIND kind) {
   return p;
 }
 
-/// The same for texts, with 16 readable bytes after the end.
-inline const char* behind_text(const char* p) {
+/// The functions from here to `are_same` read blocks of bytes, and need this many
+/// readable bytes after the end of what they are given.
+inline constexpr std::size_t BLOCK = 16;
+
 #ifdef __x86_64__
+
+inline __m128i block_at(const char* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline __m128i where_equal(__m128i bytes, char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); }
+/// The first byte from `p` on of those that `ends` marks in a block.
+template <class ENDS>
+[[gnu::always_inline]] inline const char* first_of(const char* p, ENDS ends) {
   while (true) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const auto marks = static_cast<unsigned>(_mm_movemask_epi8(ends(block_at(p))));
+    if (marks != 0) {
+      return p + __builtin_ctz(marks);
+    }
+    p += BLOCK;
+  }
+}
+
+/// `behind` for texts.
+inline const char* behind_text(const char* p) {
+  static_assert('\n' == '\t' + 1 && ('<' | 2) == '>');
+  return first_of(p, [](__m128i bytes) {
     // The comparison is signed, so bytes beyond ASCII count as less, too.
     const __m128i low = _mm_cmplt_epi8(bytes, _mm_set1_epi8(' '));
-    const __m128i blanks =
-        _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\t')));
-    const __m128i marks = _mm_or_si128(
-        _mm_cmpeq_epi8(bytes, _mm_set1_epi8('&')),
-        _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('>'))));
-    const auto ends = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_andnot_si128(blanks, low), marks)));
-    if (ends != 0) {
-      return p + __builtin_ctz(ends);
-    }
-    p += sizeof bytes;
-  }
-#else
-  return behind(p, IN_TEXT);
-#endif
+    const __m128i from_tab = _mm_add_epi8(bytes, _mm_set1_epi8(0x80 - '\t'));
+    const __m128i blanks = _mm_cmplt_epi8(from_tab, _mm_set1_epi8(-128 + 2));
+    const __m128i angles = where_equal(_mm_or_si128(bytes, _mm_set1_epi8(2)), '>');
+    return _mm_or_si128(_mm_andnot_si128(blanks, low), _mm_or_si128(angles, where_equal(bytes, '&')));
+  });
 }
+
+/// `behind` for the values of attributes.
+inline const char* behind_value(const char* p) {
+  return first_of(p, [](__m128i bytes) {
+    const __m128i low = _mm_cmplt_epi8(bytes, _mm_set1_epi8(' '));
+    const __m128i marks = _mm_or_si128(where_equal(bytes, '&'), where_equal(bytes, '<'));
+    return _mm_or_si128(_mm_or_si128(low, where_equal(bytes, '"')), marks);
+  });
+}
+
+/// `behind` for names. Most have only small letters and underscores.
+inline const char* behind_name(const char* p) {
+  static_assert('_' + 1 == '`' && '`' + 1 == 'a');
+  const char* const end = first_of(p, [](__m128i bytes) {
+    const __m128i less = _mm_cmplt_epi8(bytes, _mm_set1_epi8('_'));
+    const __m128i more = _mm_cmpgt_epi8(bytes, _mm_set1_epi8('z'));
+    return _mm_or_si128(_mm_or_si128(less, more), where_equal(bytes, '`'));
+  });
+  return behind(end, IN_NAME);
+}
+
+/// Copies a text to a place that has room for it and a block.
+inline void copy_blocks(char* to, std::string_view text) {
+  const char* const end = to + text.size();
+  for (const char* from = text.data(); to < end; from += BLOCK, to += BLOCK) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), block_at(from));
+  }
+}
+
+/// Whether the text stands at `p`.
+inline bool are_same(const char* p, std::string_view text) {
+  const char* with = text.data();
+  std::size_t left = text.size();
+  while (true) {
+    const auto differ = ~static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block_at(p), block_at(with))));
+    if (left < BLOCK) {
+      return (differ & ((1U << left) - 1)) == 0;
+    }
+    if ((differ & 0xFFFFU) != 0) {
+      return false;
+    }
+    p += BLOCK;
+    with += BLOCK;
+    left -= BLOCK;
+  }
+}
+
+#else
+
+inline const char* behind_text(const char* p) { return behind(p, IN_TEXT); }
+inline const char* behind_value(const char* p) { return behind(p, IN_VALUE); }
+inline const char* behind_name(const char* p) { return behind(p, IN_NAME); }
+inline void copy_blocks(char* to, std::string_view text) { text.copy(to, text.size()); }
+inline bool are_same(const char* p, std::string_view text) { return std::string_view(p, text.size()) == text; }
+
+#endif
 
 /// Writes a character in UTF-8 and returns its length. `out` has room for four bytes.
 std::size_t encode(std::uint32_t c, char* out);

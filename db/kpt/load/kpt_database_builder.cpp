@@ -160,14 +160,9 @@ void KPT_DATABASE_BUILDER::hand_attributes_to(OWNER* owner) {
 void KPT_DATABASE_BUILDER::finish(ROLE role) {
   switch (role) {
     case ROOT:
-      m_lines.add(KPT_LOAD_LINES::LOAD_ENDS);
-      break;
     case KEYPOINT_SET:
-      m_lines.add(KPT_LOAD_LINES::SET_IS_LOADED, ticks_since(m_start));
-      break;
     case MAPS:
-      m_ids = {};
-      m_lines.add(KPT_LOAD_LINES::MAPS_ARE_LOADED, ticks_since(m_start));
+      finish_set(role);
       break;
     case KEYPOINT:
       finish_keypoint();
@@ -180,6 +175,17 @@ void KPT_DATABASE_BUILDER::finish(ROLE role) {
       break;
     default:
       break;
+  }
+}
+
+void KPT_DATABASE_BUILDER::finish_set(ROLE role) {
+  if (role == ROOT) {
+    m_lines.add(KPT_LOAD_LINES::LOAD_ENDS);
+  } else if (role == KEYPOINT_SET) {
+    m_lines.add(KPT_LOAD_LINES::SET_IS_LOADED, ticks_since(m_start));
+  } else {
+    m_ids = {};
+    m_lines.add(KPT_LOAD_LINES::MAPS_ARE_LOADED, ticks_since(m_start));
   }
 }
 

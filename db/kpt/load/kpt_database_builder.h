@@ -101,6 +101,7 @@ class KPT_DATABASE_BUILDER {
   void start_table(const KPT_ELEMENT_ATTRIBUTES& attributes);
 
   void finish(ROLE role);
+  void finish_set(ROLE role);
   void finish_keypoint();
   void finish_map();
   void finish_state();

@@ -1,92 +1,27 @@
 #include "db/kpt/load/kpt_plain_scanner.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "db/kpt/files/kpt_format_words.h"
 #include "db/kpt/files/kpt_plain_characters.h"
 #include "db/kpt/files/kpt_window.h"
 #include "db/kpt/load/kpt_line_counter.h"
+#include "db/kpt/load/kpt_open_elements.h"
+#include "db/kpt/load/kpt_plain_attributes.h"
 
 namespace {
 
 using namespace kpt_plain;
 
-// The attributes of one start tag, as they are written in it.
-class ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
- public:
-  void clear() { m_attributes.clear(); }
-  // `is_as_is`: the value has neither a reference nor a blank that is to be replaced.
-  void add(std::string_view name, std::string_view value, bool is_as_is) {
-    m_attributes.push_back({name, value, is_as_is});
-  }
-  bool are_unique();
+static_assert(KPT_WINDOW::SLACK >= BLOCK);
 
-  std::string_view value(std::string_view name) const override {
-    for (const ATTRIBUTE& attribute : m_attributes) {
-      if (attribute.name == name) {
-        return attribute.is_as_is ? attribute.value : replaced(attribute.value);
-      }
-    }
-    return {};
-  }
-
- private:
-  struct ATTRIBUTE {
-    std::string_view name;
-    std::string_view value;
-    bool is_as_is;
-  };
-  std::string_view replaced(std::string_view value) const;
-
-  std::vector<ATTRIBUTE, MEM_STL_ALLOCATOR<ATTRIBUTE>> m_attributes;
-  std::vector<std::string_view, MEM_STL_ALLOCATOR<std::string_view>> m_sorted;
-  mutable KPT_STRING m_replaced;
-};
-
-// A few are compared with each other, many are sorted.
-bool ATTRIBUTES::are_unique() {
-  constexpr std::size_t FEW = 8;
-  if (m_attributes.size() <= FEW) {
-    for (auto attribute = m_attributes.begin(); attribute != m_attributes.end(); ++attribute) {
-      if (std::any_of(m_attributes.begin(), attribute, [&](const ATTRIBUTE& a) { return a.name == attribute->name; })) {
-        return false;
-      }
-    }
-    return true;
-  }
-  m_sorted.clear();
-  for (const ATTRIBUTE& attribute : m_attributes) {
-    m_sorted.push_back(attribute.name);
-  }
-  std::sort(m_sorted.begin(), m_sorted.end());
-  return std::adjacent_find(m_sorted.begin(), m_sorted.end()) == m_sorted.end();
-}
-
-// Each blank becomes a space, and the two characters of a line end become one. A
-// blank that a reference names is not replaced.
-std::string_view ATTRIBUTES::replaced(std::string_view value) const {
-  m_replaced.clear();
-  while (!value.empty()) {
-    std::size_t taken = 1;
-    if (value.front() == '&') {
-      char out[4];
-      std::size_t size = 0;
-      taken = reference_length(value, out, size);
-      m_replaced.append(out, size);
-    } else if (is(value.front(), BLANK)) {
-      taken = value.starts_with("\r\n") ? 2 : 1;
-      m_replaced += ' ';
-    } else {
-      m_replaced += value.front();
-    }
-    value.remove_prefix(taken);
-  }
-  return m_replaced;
-}
-
-// Goes through a file once. The handler has start(name, attributes), end() and
-// text(piece), and may have set_line(line), which is called before the first two.
+// Goes through a file once. The handler has start(name, attributes), end(),
+// wants_text() and text(piece), and may have set_line(line), which is called before
+// the first two.
+//
+// A register of a file takes about thirteen tags, which are a few dozen steps each.
+// So the steps of a tag are inline also where the compiler would not choose so.
+#define KPT_STEP [[gnu::always_inline]] inline
 template <class HANDLER>
 class SCANNER {
  public:
@@ -97,7 +32,7 @@ class SCANNER {
     if (!passes_blanks() || m_at == m_window.end() || !passes_tag()) {
       return false;
     }
-    while (!m_levels.empty()) {
+    while (!m_open.empty()) {
       if (!passes_text() || !passes_tag()) {
         return false;
       }
@@ -161,11 +96,11 @@ class SCANNER {
   }
 
   // Goes to the next tag.
-  bool passes_text() {
+  KPT_STEP bool passes_text() {
     while (true) {
       const char* const start = m_at;
       m_at = behind_text(start);
-      if (m_at != start) {
+      if (m_at != start && m_handler.wants_text()) {
         m_handler.text({start, static_cast<std::size_t>(m_at - start)});
       }
       if (*m_at == '<') {
@@ -222,7 +157,7 @@ class SCANNER {
 
   // A tag is read as a whole. When the window ends within a tag, the tag is read
   // again from its beginning with more of it in the window.
-  bool passes_tag() {
+  KPT_STEP bool passes_tag() {
     while (true) {
       const STEP step = m_at[1] == '/' ? end_tag() : start_tag();
       if (step != CUT_OFF) {
@@ -234,12 +169,12 @@ class SCANNER {
     }
   }
 
-  STEP start_tag() {
+  KPT_STEP STEP start_tag() {
     const char* const start = m_at + 1;
     if (!is(*start, NAME_START)) {
       return unexpected(start);
     }
-    const char* p = behind(start + 1, IN_NAME);
+    const char* p = behind_name(start + 1);
     const std::string_view name(start, static_cast<std::size_t>(p - start));
     m_attributes.clear();
     while (*p != '>' && *p != '/') {
@@ -261,15 +196,14 @@ class SCANNER {
     if (is_empty) {
       m_handler.end();
     } else {
-      m_names += name;
-      m_levels.push_back(name.size());
+      m_open.push(name);
     }
     m_at = p + 1;
     return PASSED;
   }
 
   // One attribute and the blanks around it.
-  STEP attribute(const char*& p) {
+  KPT_STEP STEP attribute(const char*& p) {
     const char* const name = behind(p, BLANK);
     if (*name == '>' || *name == '/') {
       p = name;
@@ -299,8 +233,8 @@ class SCANNER {
     return is_reserved(text) ? NOT_PLAIN : PASSED;
   }
 
-  STEP value_end(const char*& p, bool& is_as_is) const {
-    while (*(p = behind(p, IN_VALUE)) != '"') {
+  KPT_STEP STEP value_end(const char*& p, bool& is_as_is) const {
+    while (*(p = behind_value(p)) != '"') {
       const std::string_view rest(p, static_cast<std::size_t>(m_window.end() - p));
       char out[4];
       std::size_t size = 0;
@@ -319,24 +253,23 @@ class SCANNER {
     return PASSED;
   }
 
-  STEP end_tag() {
+  KPT_STEP STEP end_tag() {
     const char* p = m_at + 2;
-    if (m_levels.empty()) {
+    if (m_open.empty()) {
       return NOT_PLAIN;
     }
-    const std::size_t size = m_levels.back();
+    const std::size_t size = m_open.size_of_last();
     if (static_cast<std::size_t>(m_window.end() - p) <= size) {
       return CUT_OFF;
     }
-    if (std::memcmp(p, m_names.data() + m_names.size() - size, size) != 0) {
+    if (!m_open.last_is_at(p, size)) {
       return NOT_PLAIN;
     }
     p = behind(p + size, BLANK);
     if (*p != '>') {
       return unexpected(p);
     }
-    m_names.resize(m_names.size() - size);
-    m_levels.pop_back();
+    m_open.pop(size);
     tell_line(p);
     m_handler.end();
     m_at = p + 1;
@@ -345,7 +278,7 @@ class SCANNER {
 
   // Names that begin with "xml" have a meaning for a parser.
   static bool is_reserved(std::string_view name) {
-    return name.size() >= 3 && (name[0] | 0x20) == 'x' && (name[1] | 0x20) == 'm' && (name[2] | 0x20) == 'l';
+    return (name[0] | 0x20) == 'x' && name.size() >= 3 && (name[1] | 0x20) == 'm' && (name[2] | 0x20) == 'l';
   }
 
   KPT_WINDOW m_window;
@@ -353,24 +286,24 @@ class SCANNER {
   const char* m_at;
   const char* m_counted;  // the lines before it are counted
   KPT_LINE_COUNTER m_lines;
-  ATTRIBUTES m_attributes;
-  // The names of the open elements, joined, and their lengths.
-  KPT_STRING m_names;
-  std::vector<std::size_t, MEM_STL_ALLOCATOR<std::size_t>> m_levels;
+  KPT_PLAIN_ATTRIBUTES m_attributes;
+  KPT_OPEN_ELEMENTS m_open;
 };
+#undef KPT_STEP
 
 // Keeps only the name of the database.
 class NAME_READER {
  public:
   explicit NAME_READER(KPT_STRING& name) : m_name(name) {}
 
-  void start(std::string_view, const ATTRIBUTES& attributes) {
+  void start(std::string_view, const KPT_PLAIN_ATTRIBUTES& attributes) {
     if (!m_had_root) {
       m_name = attributes.value(kpt_words::NAME);
       m_had_root = true;
     }
   }
   void end() {}
+  static bool wants_text() { return false; }
   void text(std::string_view) {}
 
  private:
