@@ -11,7 +11,8 @@ namespace {
 // With the readable bytes after its end that the class asks for.
 class NAME {
  public:
-  explicit NAME(const std::string& name) : m_bytes(name + std::string(2 * kpt_plain::BLOCK, '\0')), m_size(name.size()) {}
+  explicit NAME(const std::string& name)
+      : m_bytes(name + std::string(2 * kpt_plain::BLOCK, '\0')), m_size(name.size()) {}
   std::string_view view() const { return {m_bytes.data(), m_size}; }
 
  private:

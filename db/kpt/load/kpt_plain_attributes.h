@@ -16,7 +16,7 @@ class KPT_PLAIN_ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
   void clear() { m_attributes.clear(); }
   /// `is_as_is`: the value has neither a reference nor a blank that is to be replaced.
   void add(std::string_view name, std::string_view value, bool is_as_is) {
-    m_attributes.push_back({name, value, is_as_is});
+    m_attributes.emplace_back(name, value, is_as_is);
   }
   /// Whether no two have the same name.
   bool are_unique() { return m_attributes.size() < 2 || several_are_unique(); }
@@ -24,7 +24,10 @@ class KPT_PLAIN_ATTRIBUTES final : public KPT_ELEMENT_ATTRIBUTES {
   std::string_view value(std::string_view name) const override;
 
  private:
+  // Constructed in its place: a copy would wait for the stores of the parts.
   struct ATTRIBUTE {
+    ATTRIBUTE(std::string_view n, std::string_view v, bool as_is) : name(n), value(v), is_as_is(as_is) {}
+
     std::string_view name;
     std::string_view value;
     bool is_as_is;
