@@ -1,6 +1,10 @@
 #include "event_lines.h"
 
-#include <unordered_set>
+#include <algorithm>
+#include <boost/unordered/unordered_flat_set.hpp>
+#include <functional>
+#include <utility>
+#include <vector>
 
 #include "model.h"
 #include "outcome.h"
@@ -18,7 +22,10 @@ class EVENTS {
       write_map(map);
     }
     write_registers();
-    write(JSON{{"event", "end"}, {"events", m_events}});
+    write([&](JSON_LINE& line) {
+      line.add("event", "end");
+      line.add("events", static_cast<long>(m_events));
+    });
     return m_lost;
   }
 
@@ -26,62 +33,97 @@ class EVENTS {
   using SIDES = std::array<KPT_SET_ENUM, 2>;
   static constexpr SIDES BOTH{KPT_REFERENCE_SET, KPT_TRANSFORMED_SET};
 
-  // Only a text that is written unchanged can be read back unchanged.
-  void write(const JSON& event) {
+  using ATTRIBUTES = std::vector<std::pair<std::string, std::string>>;
+
+  // Writes the event whose parts `put_event` adds to an open object. Only a text that
+  // is written unchanged can be read back unchanged.
+  template <class PUT>
+  void write(PUT put_event) {
     try {
-      m_sink(event.dump() + "\n");
+      m_line.clear();
+      put_object(m_line, put_event);
     } catch (const JSON::exception&) {
-      throw FAILURE(EXIT_FOUND, "a text that is not UTF-8 cannot be written as an event: " + json_text(event, -1));
+      JSON_LINE shown;
+      put_object(shown, put_event);
+      throw FAILURE(EXIT_FOUND, "a text that is not UTF-8 cannot be written as an event: " + shown.text());
     }
+    m_line.end_line();
+    m_sink(m_line.text());
     ++m_events;
   }
+  template <class PUT>
+  static void put_object(JSON_LINE& line, PUT put_parts_of_it) {
+    line.open_object();
+    put_parts_of_it(line);
+    line.close_object();
+  }
 
-  static JSON text(const KPT_STRING& string) { return std::string(std::string_view(string)); }
-
-  static JSON named(const KPT_REGISTER_KEYPOINT& reg) {
+  static void put_named(JSON_LINE& line, const KPT_REGISTER_KEYPOINT& reg) {
     if (reg.get_name().empty()) {
       throw FAILURE(EXIT_FOUND, "a register without a name cannot be written as an event");
     }
-    return reg.is_signal() ? text(reg.get_name())
-                           : JSON{{"name", text(reg.get_name())},
-                                  {"entity", text(reg.get_entity_name())},
-                                  {"type", text(reg.get_type())}};
+    if (reg.is_signal()) {
+      line.add(std::string_view(reg.get_name()));
+    } else {
+      put(line, reg);
+    }
   }
 
-  static JSON groups_of(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
-    JSON list = JSON::array();
-    for (std::size_t k = 0; k < map.get_number_of_indices(side); ++k) {
-      JSON groups = JSON::object();
-      for (const bool inverted : {false, true}) {
-        for (const KPT_REGISTER_KEYPOINT& reg : map.get_group(side, k, inverted)) {
-          if (!reg.is_null()) {
-            groups[inverted ? "inverse" : "same"].push_back(named(reg));
-          }
-        }
+  static void put_group(JSON_LINE& line, std::string_view name, const KPT_REGISTER_GROUP& group) {
+    bool is_open = false;
+    for (const KPT_REGISTER_KEYPOINT& reg : group) {
+      if (reg.is_null()) {
+        continue;
       }
-      list.push_back(std::move(groups));
+      if (!std::exchange(is_open, true)) {
+        line.key(name);
+        line.open_list();
+      }
+      put_named(line, reg);
     }
-    return list;
+    if (is_open) {
+      line.close_list();
+    }
   }
 
-  static void add_table(const KPT_REGISTER_TRANSFORMATION& map, JSON* event) {
+  static void put_groups(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+    line.key(side_word(side));
+    line.open_list();
+    for (std::size_t k = 0; k < map.get_number_of_indices(side); ++k) {
+      line.open_object();
+      put_group(line, "same", map.get_group(side, k, false));
+      put_group(line, "inverse", map.get_group(side, k, true));
+      line.close_object();
+    }
+    line.close_list();
+  }
+
+  static void put_table(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map, bool is_checked) {
     const KPT_STATE_TABLE table = map.get_state_table();
-    JSON& states = (*event)["states"] = JSON::array();
-    for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
-      states.push_back({code_of(table, KPT_REFERENCE_SET, s), code_of(table, KPT_TRANSFORMED_SET, s)});
-    }
-    if (event->contains("as_it_is")) {
-      (*event)["columns"] = {width_of(table, KPT_REFERENCE_SET), width_of(table, KPT_TRANSFORMED_SET)};
+    line.key("states");
+    put_states(line, table);
+    if (!is_checked) {
+      line.key("columns");
+      line.open_list();
+      line.add(static_cast<long>(width_of(table, KPT_REFERENCE_SET)));
+      line.add(static_cast<long>(width_of(table, KPT_TRANSFORMED_SET)));
+      line.close_list();
     }
   }
 
-  static JSON attributes_of(const KPT_ATTRIBUTE_LIST& attributes) {
-    JSON result = JSON::object();
-    for (const auto& [name, value] : attributes) {
-      result[std::string(std::string_view(name))] = text(value);
+  static void put_attributes(JSON_LINE& line, const ATTRIBUTES& attributes) {
+    if (attributes.empty()) {
+      return;
     }
-    return result;
+    line.key("attributes");
+    line.open_object();
+    for (const auto& [name, value] : attributes) {
+      line.add_named(name, value);
+    }
+    line.close_object();
   }
+
+  static ATTRIBUTES attributes_of(const KPT_ATTRIBUTE_LIST& list) { return {list.begin(), list.end()}; }
 
   // One register on each side, not inverted: the shorter event says the same.
   static bool is_kept(const KPT_REGISTER_TRANSFORMATION& map) {
@@ -136,10 +178,13 @@ class EVENTS {
     return map.get_elimination() != KPT_NOT_ELIMINATED && !(has_lost && map.get_elimination() != KPT_NO_FANOUT);
   }
 
-  static JSON attributes_of(const KPT_REGISTER_TRANSFORMATION& map, bool has_lost) {
-    JSON attributes = attributes_of(map.get_attributes());
+  static ATTRIBUTES attributes_of(const KPT_REGISTER_TRANSFORMATION& map, bool has_lost) {
+    ATTRIBUTES attributes = attributes_of(map.get_attributes());
     if (has_lost) {
-      attributes["partial"] = map.has_fsm() ? "table" : "yes";
+      const auto partial =
+          std::find_if(attributes.begin(), attributes.end(), [](const auto& a) { return a.first == "partial"; });
+      (partial == attributes.end() ? attributes.emplace_back("partial", "") : *partial).second =
+          map.has_fsm() ? "table" : "yes";
     }
     return attributes;
   }
@@ -148,29 +193,36 @@ class EVENTS {
     const std::size_t lost = lost_places(map);
     m_lost += lost;
     const bool is_checked = is_checkable(map);
-    const JSON attributes = attributes_of(map, lost != 0);
+    const ATTRIBUTES attributes = attributes_of(map, lost != 0);
     if (is_checked && is_kept(map) && attributes.empty()) {
-      write(JSON{{"event", "associate"},
-                 {"reference", named(map.get_reference_group(0, false)[0])},
-                 {"transformed", named(map.get_transformed_group(0, false)[0])}});
+      write_association(map);
       return;
     }
-    JSON event{{"event", "map"},
-               {"reference", groups_of(map, KPT_REFERENCE_SET)},
-               {"transformed", groups_of(map, KPT_TRANSFORMED_SET)}};
-    if (!is_checked) {
-      event["as_it_is"] = true;
-    }
-    if (map.has_fsm()) {
-      add_table(map, &event);
-    }
-    if (tells_status(map, lost != 0)) {
-      event["status"] = std::string(kpt_elim_word(map.get_elimination()));
-    }
-    if (!attributes.empty()) {
-      event["attributes"] = attributes;
-    }
-    write(event);
+    write([&](JSON_LINE& line) {
+      line.add("event", "map");
+      put_groups(line, map, KPT_REFERENCE_SET);
+      put_groups(line, map, KPT_TRANSFORMED_SET);
+      if (!is_checked) {
+        line.add("as_it_is", true);
+      }
+      if (map.has_fsm()) {
+        put_table(line, map, is_checked);
+      }
+      if (tells_status(map, lost != 0)) {
+        line.add("status", kpt_elim_word(map.get_elimination()));
+      }
+      put_attributes(line, attributes);
+    });
+  }
+
+  void write_association(const KPT_REGISTER_TRANSFORMATION& map) {
+    write([&](JSON_LINE& line) {
+      line.add("event", "associate");
+      line.key("reference");
+      put_named(line, map.get_reference_group(0, false)[0]);
+      line.key("transformed");
+      put_named(line, map.get_transformed_group(0, false)[0]);
+    });
   }
 
   // Writes the registers that no map lists, and those that have attributes.
@@ -183,20 +235,23 @@ class EVENTS {
   }
 
   void write_register(KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& reg) {
-    const KPT_ATTRIBUTE_LIST attributes = reg.get_attributes();
+    const ATTRIBUTES attributes = attributes_of(reg.get_attributes());
     if (m_listed.contains(reg) && attributes.empty()) {
       return;
     }
-    JSON event{{"event", "register"}, {"side", side_word(side)}, {"register", named(reg)}};
-    if (!attributes.empty()) {
-      event["attributes"] = attributes_of(attributes);
-    }
-    write(event);
+    write([&](JSON_LINE& line) {
+      line.add("event", "register");
+      line.add("side", side_word(side));
+      line.key("register");
+      put_named(line, reg);
+      put_attributes(line, attributes);
+    });
   }
 
   const KPT_KEYPOINTS_DB& m_db;
   const LINE_SINK& m_sink;
-  std::unordered_set<KPT_REGISTER_KEYPOINT> m_listed;
+  JSON_LINE m_line{JSON_LINE::REFUSED};
+  boost::unordered_flat_set<KPT_REGISTER_KEYPOINT, std::hash<KPT_REGISTER_KEYPOINT>> m_listed;
   std::size_t m_events = 0;
   std::size_t m_lost = 0;
 };

@@ -15,14 +15,20 @@ namespace {
 class JSON_LIST {
  public:
   JSON_LIST(RESULT_FILE& out, std::string_view name) : m_out(out) { m_out.write(fmt::format(",\n\"{}\": [", name)); }
-  void add(const JSON& entry) {
-    m_out.write((m_is_first ? "\n" : ",\n") + json_text(entry, -1));
+  /// The arguments are those of `put`.
+  template <class... A>
+  void add(const A&... what) {
+    m_line.clear();
+    put(m_line, what...);
+    m_out.write(m_is_first ? "\n" : ",\n");
+    m_out.write(m_line.text());
     m_is_first = false;
   }
   void close() { m_out.write("]"); }
 
  private:
   RESULT_FILE& m_out;
+  JSON_LINE m_line;
   bool m_is_first = true;
 };
 
@@ -33,13 +39,13 @@ void export_json(const DATABASE& db, RESULT_FILE& out) {
   EXPORT_PROGRESS progress(db);
   for_each_register(db, [&](const REGISTER& reg) {
     progress.next();
-    registers.add(json_of(reg, fates.of(reg)));
+    registers.add(reg, fates.of(reg));
   });
   registers.close();
   JSON_LIST maps(out, "maps");
   for (const KPT_REGISTER_TRANSFORMATION& map : db.maps()) {
     progress.next();
-    maps.add(json_of(map));
+    maps.add(map);
   }
   maps.close();
   out.write("}\n");

@@ -17,11 +17,17 @@ namespace {
 using MAPS = std::vector<KPT_REGISTER_TRANSFORMATION>;
 
 std::string dot_text(std::string_view text) {
-  std::string result = "\"";
-  for (const char c : printable(text)) {
-    result += c == '"' || c == '\\' ? std::string{'\\', c} : std::string(1, c);
+  const std::string shown = printable(text);
+  std::string result;
+  result.reserve(shown.size() + 2);
+  result += '"';
+  for (const char c : shown) {
+    if (c == '"' || c == '\\') {
+      result += '\\';
+    }
+    result += c;
   }
-  return result + '"';
+  return result += '"';
 }
 
 std::string node_of(KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& k) {
@@ -48,16 +54,16 @@ MAPS wanted_maps(const DATABASE& db, const EXPORT_OPTIONS& options) {
   return result;
 }
 
-void write_register(RESULT_FILE& out, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& k, bool is_centre) {
-  out.write(fmt::format("  {} [label={}{}];\n", node_of(side, k), dot_text(label(k)), is_centre ? ", style=bold" : ""));
+void write_register(RESULT_FILE& out, std::string_view node, const KPT_REGISTER_KEYPOINT& k, bool is_centre) {
+  out.write(fmt::format("  {} [label={}{}];\n", node, dot_text(label(k)), is_centre ? ", style=bold" : ""));
 }
 
-void write_edge(RESULT_FILE& out, std::size_t map, KPT_SET_ENUM side, const KPT_REGISTER_KEYPOINT& k, bool inverting) {
-  const std::string attributes = inverting ? " [style=dashed, label=inverted]" : "";
+void write_edge(RESULT_FILE& out, std::size_t map, KPT_SET_ENUM side, std::string_view node, bool inverting) {
+  const std::string_view attributes = inverting ? " [style=dashed, label=inverted]" : "";
   if (side == KPT_REFERENCE_SET) {
-    out.write(fmt::format("  {} -> \"map {}\"{};\n", node_of(side, k), map, attributes));
+    out.write(fmt::format("  {} -> \"map {}\"{};\n", node, map, attributes));
   } else {
-    out.write(fmt::format("  \"map {}\" -> {}{};\n", map, node_of(side, k), attributes));
+    out.write(fmt::format("  \"map {}\" -> {}{};\n", map, node, attributes));
   }
 }
 
@@ -69,8 +75,9 @@ void write_map(RESULT_FILE& out, std::size_t number, const KPT_REGISTER_TRANSFOR
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     for_each_place(map, side, [&](std::size_t, bool inverting, const KPT_REGISTER_KEYPOINT& reg) {
       if (!reg.is_null()) {
-        write_register(out, side, reg, std::string_view(reg.get_name()) == centre);
-        write_edge(out, number, side, reg, inverting);
+        const std::string node = node_of(side, reg);
+        write_register(out, node, reg, std::string_view(reg.get_name()) == centre);
+        write_edge(out, number, side, node, inverting);
       }
     });
   }
@@ -91,7 +98,7 @@ void export_dot(const DATABASE& db, const EXPORT_OPTIONS& options, RESULT_FILE& 
     progress.next();
     const bool is_centre = std::string_view(reg.keypoint.get_name()) == options.around;
     if (reg.map.is_null() && (options.around.empty() || is_centre)) {
-      write_register(out, reg.side, reg.keypoint, is_centre);
+      write_register(out, node_of(reg.side, reg.keypoint), reg.keypoint, is_centre);
     }
   });
   out.write("}\n");

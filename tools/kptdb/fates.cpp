@@ -57,14 +57,18 @@ void FATES::remember(const KPT_REGISTER_TRANSFORMATION& map) {
   }
 }
 
-JSON json_of(const REGISTER& reg, const FATE& fate) {
-  JSON result;
-  result["side"] = side_word(reg.side);
-  result["id"] = reg.keypoint.get_id();
-  result["kind"] = register_kind_word(reg.keypoint);
-  result.update(json_of(reg.keypoint));
-  result["fate"] = fate_word(fate.word);
-  return result;
+void put_parts(JSON_LINE& line, const REGISTER& reg, const FATE& fate) {
+  line.add("side", side_word(reg.side));
+  line.add("id", reg.keypoint.get_id());
+  line.add("kind", register_kind_word(reg.keypoint));
+  put_parts(line, reg.keypoint);
+  line.add("fate", fate_word(fate.word));
+}
+
+void put(JSON_LINE& line, const REGISTER& reg, const FATE& fate) {
+  line.open_object();
+  put_parts(line, reg, fate);
+  line.close_object();
 }
 
 }  // namespace kptdb

@@ -46,7 +46,10 @@ class FATES {
 /// The value of a register at a place of a map with a constant.
 bool constant_at(const KPT_REGISTER_TRANSFORMATION& map, bool inverting);
 
-JSON json_of(const REGISTER& reg, const FATE& fate);
+/// The register and its fate, for an object that is open.
+void put_parts(JSON_LINE& line, const REGISTER& reg, const FATE& fate);
+/// The same as an object.
+void put(JSON_LINE& line, const REGISTER& reg, const FATE& fate);
 
 }  // namespace kptdb
 

@@ -110,27 +110,32 @@ class PARTNERS {
   std::string m_text;
 };
 
-JSON json_of_entry(const REGISTER& reg, const FATE& fate) {
-  JSON result = json_of(reg, fate);
-  JSON partners = JSON::array();
+void put_entry(JSON_LINE& line, const REGISTER& reg, const FATE& fate) {
+  line.open_object();
+  put_parts(line, reg, fate);
   if (!reg.map.is_null()) {
-    result["map"] = kind_word(kind_of(reg.map));
-    const std::string_view reason = reason_word(reg.map);
-    result["elimination"] = reason.empty() ? JSON(nullptr) : JSON(reason);
-    for (const KPT_REGISTER_KEYPOINT& k : members(reg.map, other_side(reg.side))) {
-      partners.push_back(json_of(k));
-    }
+    line.add("map", kind_word(kind_of(reg.map)));
+    put_elimination(line, reg.map);
   }
-  result["partners"] = std::move(partners);
-  return result;
+  line.key("partners");
+  line.open_list();
+  if (!reg.map.is_null()) {
+    for_each_member(reg.map, other_side(reg.side), [&](const KPT_REGISTER_KEYPOINT& k) { put(line, k); });
+  }
+  line.close_list();
+  line.close_object();
 }
 
 // One register at a time, because the text of all registers of a netlist is too large.
 std::size_t write_json(RESULT_FILE& out, const WANTED& wanted) {
   out.write("{\"format\": 1, \"registers\": [");
   std::size_t count = 0;
+  JSON_LINE line;
   wanted.for_each([&](const REGISTER& reg, FATES& fates) {
-    out.write((count++ == 0 ? "\n  " : ",\n  ") + json_text(json_of_entry(reg, fates.of(reg)), -1));
+    line.clear();
+    put_entry(line, reg, fates.of(reg));
+    out.write(count++ == 0 ? "\n  " : ",\n  ");
+    out.write(line.text());
   });
   out.write("\n]}\n");
   return count;

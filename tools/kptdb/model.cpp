@@ -37,8 +37,7 @@ std::string_view register_kind_word(const KPT_REGISTER_KEYPOINT& reg) {
 
 std::size_t member_count(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   std::size_t count = 0;
-  for_each_place(map, side,
-                 [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) { count += reg.is_null() ? 0U : 1U; });
+  for_each_member(map, side, [&](const KPT_REGISTER_KEYPOINT&) { ++count; });
   return count;
 }
 
@@ -90,11 +89,7 @@ KPT_SET_ENUM other_side(KPT_SET_ENUM side) {
 
 std::vector<KPT_REGISTER_KEYPOINT> members(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
   std::vector<KPT_REGISTER_KEYPOINT> result;
-  for_each_place(map, side, [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) {
-    if (!reg.is_null()) {
-      result.push_back(reg);
-    }
-  });
+  for_each_member(map, side, [&](const KPT_REGISTER_KEYPOINT& reg) { result.push_back(reg); });
   return result;
 }
 
@@ -156,61 +151,84 @@ std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned st
 
 JSON new_result() { return JSON{{"format", 1}}; }
 
-JSON json_of(const KPT_REGISTER_KEYPOINT& reg) {
-  if (reg.is_null()) {
-    return nullptr;
-  }
-  JSON result;
-  result["name"] = std::string_view(reg.get_name());
+void put_parts(JSON_LINE& line, const KPT_REGISTER_KEYPOINT& reg) {
+  line.add("name", std::string_view(reg.get_name()));
   if (!reg.is_signal()) {
-    result["entity"] = std::string_view(reg.get_entity_name());
-    result["type"] = std::string_view(reg.get_type());
+    line.add("entity", std::string_view(reg.get_entity_name()));
+    line.add("type", std::string_view(reg.get_type()));
   }
-  return result;
+}
+
+void put(JSON_LINE& line, const KPT_REGISTER_KEYPOINT& reg) {
+  if (reg.is_null()) {
+    line.add(nullptr);
+    return;
+  }
+  line.open_object();
+  put_parts(line, reg);
+  line.close_object();
+}
+
+void put_states(JSON_LINE& line, const KPT_STATE_TABLE& table) {
+  line.open_list();
+  for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
+    line.open_list();
+    line.add(code_of(table, KPT_REFERENCE_SET, s));
+    line.add(code_of(table, KPT_TRANSFORMED_SET, s));
+    line.close_list();
+  }
+  line.close_list();
 }
 
 namespace {
 
-JSON json_of_states(const KPT_STATE_TABLE& table) {
-  JSON states = JSON::array();
-  for (unsigned s = 0; s < table.get_number_of_states(); ++s) {
-    states.push_back({code_of(table, KPT_REFERENCE_SET, s), code_of(table, KPT_TRANSFORMED_SET, s)});
+void put_group(JSON_LINE& line, const KPT_REGISTER_GROUP& group) {
+  line.open_list();
+  for (const KPT_REGISTER_KEYPOINT& reg : group) {
+    put(line, reg);
   }
-  return states;
+  line.close_list();
 }
 
-JSON json_of_side(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
-  const auto group = [&](std::size_t index, bool inverting) {
-    JSON list = JSON::array();
-    for (const KPT_REGISTER_KEYPOINT& reg : map.get_group(side, index, inverting)) {
-      list.push_back(json_of(reg));
-    }
-    return list;
-  };
-  JSON result = JSON::array();
+void put_side(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side) {
+  line.open_list();
   const std::size_t count = map.get_number_of_indices(side);
   for (std::size_t k = 0; k < count; ++k) {
-    JSON index;
-    index["noninverting"] = group(k, false);
-    index["inverting"] = group(k, true);
-    result.push_back(std::move(index));
+    line.open_object();
+    line.key("noninverting");
+    put_group(line, map.get_group(side, k, false));
+    line.key("inverting");
+    put_group(line, map.get_group(side, k, true));
+    line.close_object();
   }
-  return result;
+  line.close_list();
 }
 
 }  // namespace
 
-JSON json_of(const KPT_REGISTER_TRANSFORMATION& map) {
-  JSON result;
-  result["kind"] = kind_word(kind_of(map));
+void put_elimination(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map) {
   const std::string_view reason = reason_word(map);
-  result["elimination"] = reason.empty() ? JSON(nullptr) : JSON(reason);
-  result["reference"] = json_of_side(map, KPT_REFERENCE_SET);
-  result["transformed"] = json_of_side(map, KPT_TRANSFORMED_SET);
-  if (map.has_fsm()) {
-    result["states"] = json_of_states(map.get_state_table());
+  line.key("elimination");
+  if (reason.empty()) {
+    line.add(nullptr);
+  } else {
+    line.add(reason);
   }
-  return result;
+}
+
+void put(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map) {
+  line.open_object();
+  line.add("kind", kind_word(kind_of(map)));
+  put_elimination(line, map);
+  line.key("reference");
+  put_side(line, map, KPT_REFERENCE_SET);
+  line.key("transformed");
+  put_side(line, map, KPT_TRANSFORMED_SET);
+  if (map.has_fsm()) {
+    line.key("states");
+    put_states(line, map.get_state_table());
+  }
+  line.close_object();
 }
 
 std::string json_text(const JSON& json, int indent) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "database.h"
+#include "json_line.h"
 
 namespace kptdb {
 
@@ -69,6 +70,16 @@ void for_each_place(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, V
   }
 }
 
+/// Calls visit(register) for every register of a side, without null ones.
+template <class VISIT>
+void for_each_member(const KPT_REGISTER_TRANSFORMATION& map, KPT_SET_ENUM side, VISIT visit) {
+  for_each_place(map, side, [&](std::size_t, bool, const KPT_REGISTER_KEYPOINT& reg) {
+    if (!reg.is_null()) {
+      visit(reg);
+    }
+  });
+}
+
 /// The name, and for a block instance its entity and type; "(no register)" for null.
 std::string label(const KPT_REGISTER_KEYPOINT& reg);
 
@@ -93,8 +104,23 @@ std::string code_of(const KPT_STATE_TABLE& table, KPT_SET_ENUM side, unsigned st
 
 /// The beginning of every result in JSON: the number of the format.
 JSON new_result();
-JSON json_of(const KPT_REGISTER_KEYPOINT& reg);
-JSON json_of(const KPT_REGISTER_TRANSFORMATION& map);
+/// A register as an object, or null.
+void put(JSON_LINE& line, const KPT_REGISTER_KEYPOINT& reg);
+/// The name, and for a block instance its entity and type: for an object that is open.
+void put_parts(JSON_LINE& line, const KPT_REGISTER_KEYPOINT& reg);
+/// A map as an object.
+void put(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map);
+/// The key of the elimination and its word, or null.
+void put_elimination(JSON_LINE& line, const KPT_REGISTER_TRANSFORMATION& map);
+/// The states of a table, each with the codes of both sides.
+void put_states(JSON_LINE& line, const KPT_STATE_TABLE& table);
+/// The same as a tree, to which a command can add. The arguments are those of `put`.
+template <class... A>
+JSON json_of(const A&... what) {
+  JSON_LINE line;
+  put(line, what...);
+  return JSON::parse(line.text());
+}
 /// JSON as text. Bytes that are not UTF-8 are replaced, so that any database can be printed.
 std::string json_text(const JSON& json, int indent = 2);
 

@@ -8,10 +8,14 @@
 namespace kptdb {
 
 std::string printable(std::string_view text) {
+  const auto is_shown = [](char c) { return c >= 0x20 && c <= 0x7E; };
+  if (std::all_of(text.begin(), text.end(), is_shown)) {
+    return std::string(text);
+  }
   std::string result;
   result.reserve(text.size());
   for (const char c : text) {
-    if (c >= 0x20 && c <= 0x7E) {
+    if (is_shown(c)) {
       result += c;
     } else {
       result += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
