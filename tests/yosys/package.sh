@@ -19,10 +19,19 @@ dpkg-deb --field debs/yosys-plugin-kpt_*.deb Depends | grep -qF "yosys (>= $vers
 # As packaged, after the symbols are stripped.
 "${0%/*}/../install/elf_is_hardened" $(find root -type f -name '*.so*') || fail "what is packaged is not hardened"
 
-# Yosys looks for plugins below the folder of its program.
+# Where a Yosys looks for plugins: it says so when there is none of the name.
+plugins_of() {
+  realpath -m "$("$1" -m kpt_none 2>&1 | sed -n 's|.*: \(/.*\)/kpt_none\.so: .*|\1|p')"
+}
+plugins=$(plugins_of yosys)
+[ -e "root$plugins/kpt.so" ] || fail "the plugin is not in $plugins, where Yosys looks"
+
+# Some look below the folder of their program, others always at the same place, where a test puts nothing.
 mkdir -p root/usr/bin
 cp "$(command -v yosys)" root/usr/bin/yosys
-root/usr/bin/yosys -m kpt -p 'help kpt_track' >log 2>&1 || { cat log; fail "the plugin is not found"; }
+plugin=kpt
+[ "$(plugins_of root/usr/bin/yosys)" = "$(realpath "root$plugins")" ] || plugin=root$plugins/kpt.so
+root/usr/bin/yosys -m "$plugin" -p 'help kpt_track' >log 2>&1 || { cat log; fail "the plugin is not found"; }
 grep -q 'Follows every flip-flop bit' log || fail "no help"
 
 # A prefix of another kind, where the plugin is loaded by its path.
