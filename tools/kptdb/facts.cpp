@@ -43,6 +43,51 @@ FACT_KIND plain_kind(const FACT& fact, bool has_copy) {
 
 }  // namespace
 
+// Finds registers in facts. A register is where its name is: no two registers share the place.
+class FACTS::MEMBERS {
+ public:
+  explicit MEMBERS(const FACTS& facts) : m_facts(facts) {
+    for (std::uint32_t fact = 0; fact < facts.m_facts.size(); ++fact) {
+      if (is_large(facts.m_facts[fact])) {
+        enter(fact);
+      }
+    }
+  }
+
+  /// A register that is not in the fact has none.
+  SUBJECT subject(const KPT_REGISTER_KEYPOINT& reg, std::uint32_t fact) const {
+    const std::uint32_t member = find(&reg.get_name(), fact);
+    return member == SUBJECT::NONE ? SUBJECT{reg} : SUBJECT{reg, fact, member};
+  }
+
+ private:
+  // Most facts have two members, which are found faster without a table.
+  static bool is_large(const FACT& fact) { return fact.end_member - fact.first_member > 16; }
+
+  void enter(std::uint32_t fact) {
+    for (std::uint32_t k = m_facts.m_facts[fact].first_member; k < m_facts.m_facts[fact].end_member; ++k) {
+      m_large.try_emplace({&m_facts.m_members[k].reg.get_name(), fact}, k);
+    }
+  }
+
+  std::uint32_t find(const void* name, std::uint32_t number) const {
+    const FACT& fact = m_facts.m_facts[number];
+    if (is_large(fact)) {
+      const auto found = m_large.find({name, number});
+      return found == m_large.end() ? SUBJECT::NONE : found->second;
+    }
+    for (std::uint32_t k = fact.first_member; k < fact.end_member; ++k) {
+      if (&m_facts.m_members[k].reg.get_name() == name) {
+        return k;
+      }
+    }
+    return SUBJECT::NONE;
+  }
+
+  const FACTS& m_facts;
+  boost::unordered_flat_map<std::pair<const void*, std::uint32_t>, std::uint32_t> m_large;
+};
+
 FACTS::FACTS(const KPT_KEYPOINTS_DB& db) {
   boost::unordered_flat_map<KPT_REGISTER_TRANSFORMATION, std::uint32_t, std::hash<KPT_REGISTER_TRANSFORMATION>> facts;
   facts.reserve(db.get_transformation_set().size());
@@ -50,27 +95,14 @@ FACTS::FACTS(const KPT_KEYPOINTS_DB& db) {
     facts.try_emplace(map, static_cast<std::uint32_t>(m_facts.size()));
     add_fact(map);
   }
-  // A register is where its name is: no two registers share the place.
-  boost::unordered_flat_map<std::pair<const void*, std::uint32_t>, std::uint32_t> members;
-  members.reserve(m_members.size());
-  for (std::uint32_t fact = 0; fact < m_facts.size(); ++fact) {
-    for (std::uint32_t k = m_facts[fact].first_member; k < m_facts[fact].end_member; ++k) {
-      members.try_emplace({&m_members[k].reg.get_name(), fact}, k);
-    }
-  }
+  const MEMBERS members(*this);
   for (const KPT_SET_ENUM side : {KPT_REFERENCE_SET, KPT_TRANSFORMED_SET}) {
     std::vector<SUBJECT>& subjects = side == KPT_REFERENCE_SET ? m_subjects : m_successors;
+    subjects.reserve(db.get_set(side).size());
     for (const KPT_REGISTER_KEYPOINT& reg : db.get_set(side)) {
-      SUBJECT subject;
-      subject.reg = reg;
       const auto fact = facts.find(side == KPT_REFERENCE_SET ? db.get_reference_register_transformation(reg)
                                                              : db.get_transformed_register_transformation(reg));
-      const auto member = fact == facts.end() ? members.end() : members.find({&reg.get_name(), fact->second});
-      if (member != members.end()) {
-        subject.fact = fact->second;
-        subject.member = member->second;
-      }
-      subjects.push_back(subject);
+      subjects.push_back(fact == facts.end() ? SUBJECT{reg} : members.subject(reg, fact->second));
     }
   }
 }

@@ -83,6 +83,8 @@ class FACTS {
   std::vector<CODE_PAIR> codes_of(const FACT& fact) const;
 
  private:
+  class MEMBERS;
+
   void add_fact(const KPT_REGISTER_TRANSFORMATION& map);
   void add_members(const FACT& fact, KPT_SET_ENUM side);
 
