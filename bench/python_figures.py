@@ -1,15 +1,19 @@
 """What the calls of the Python module cost beside the C++ calls that they make.
 
-  python_figures.py RECORD_FIGURES [associations]
+  python_figures.py RECORD_FIGURES PAGE [associations]
+
+Writes a table into the page.
 
 The same names as RECORD_FIGURES has; processor time, the best of three; what a loop over the names itself takes is not counted.
 """
+import pathlib
 import re
 import subprocess
 import sys
 import time
 
 import kpt
+import page_part
 
 TURNS = 3
 
@@ -51,7 +55,7 @@ def walk(names):
 
 
 def main():
-    count = int(sys.argv[2]) if len(sys.argv) > 2 else 1000000
+    page, count = pathlib.Path(sys.argv[2]), int(sys.argv[3]) if len(sys.argv) > 3 else 1000000
     reference, transformed = register_names(count, "data"), register_names(count, "dffr")
     cpp = cpp_figures(sys.argv[1], count)
     empty = best(lambda _: walk(reference), count)
@@ -74,13 +78,14 @@ def main():
         scattered.append(reference[at])
     far = best(lambda _: look_up(db, scattered), count) - best(lambda _: walk(scattered), count)
     records = best(lambda _: db.to_records(numpy=False), count)
-    rows = [("associate_many", many, cpp["associate"]), ("associate in a loop", one, cpp["associate"]),
-            ("db[name], in order", found, cpp["look up, in order"]),
-            ("db[name], scattered", far, cpp["look up, scattered"]), ("to_records", records, None)]
-    print(f"{count} associations; ns each     Python     C++  ratio  more")
+    rows = [("`associate_many`", many, cpp["associate"]), ("`associate` in a loop", one, cpp["associate"]),
+            ("`db[name]`, in order", found, cpp["look up, in order"]),
+            ("`db[name]`, scattered", far, cpp["look up, scattered"]), ("`to_records`", records, None)]
+    text = f"| Call, {count:,} times | ns each | in C++ | ratio | more |\n|---|---|---|---|---|\n"
     for what, python, plain in rows:
-        beside = "" if plain is None else f"{plain:8.0f} {python / plain:6.2f} {python - plain:5.0f}"
-        print(f"{what:27} {python:10.0f}{beside}")
+        beside = "| | |" if plain is None else f"{plain:.0f} | {python / plain:.2f} | {python - plain:.0f} |"
+        text += f"| {what} | {python:.0f} | {beside}\n"
+    page_part.replace(page, "scripts/bench-python", text)
 
 
 if __name__ == "__main__":

@@ -10,10 +10,9 @@ import subprocess
 import sys
 import tempfile
 
+import page_part
 import tool_workloads
 
-BEGIN = "<!-- measured by scripts/bench-tool: begin -->"
-END = "<!-- measured by scripts/bench-tool: end -->"
 REGISTERS = 1_000_000
 WAVE_REGISTERS = 1_000
 WAVE_CYCLES = 200_000
@@ -64,15 +63,14 @@ def main():
 
     with tempfile.TemporaryDirectory() as folder:
         files = tool_workloads.Files(folder, count, run)
-        text = f"\nA stage of {count:,} registers is {os.path.getsize(files.path('1.xml')) / 1e6:.0f} MB.\n\n"
+        text = f"A stage of {count:,} registers is {os.path.getsize(files.path('1.xml')) / 1e6:.0f} MB.\n\n"
         text += "| Command | User + system | Peak memory |\n|---|---|---|\n" + "".join(rows(kptdb, files.commands()))
     with tempfile.TemporaryDirectory() as folder:
         dumps = tool_workloads.Dumps(folder, WAVE_REGISTERS, WAVE_CYCLES, run)
         text += (f"\nThe dumps of {WAVE_REGISTERS:,} registers and {WAVE_CYCLES:,} cycles have "
                  f"{os.path.getsize(dumps.path('gate.vcd')) / 1e6:.0f} MB each. An audit reads two.\n\n")
         text += "| Command | Time | Read | Peak memory |\n|---|---|---|---|\n" + "".join(dump_rows(kptdb, read_lines, dumps))
-    old = page.read_text()
-    page.write_text(old.split(BEGIN)[0] + BEGIN + "\n" + text + "\n" + END + old.split(END)[1])
+    page_part.replace(page, "scripts/bench-tool", text)
 
 
 if __name__ == "__main__":

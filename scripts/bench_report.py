@@ -12,8 +12,8 @@ import re
 import subprocess
 import sys
 
-BEGIN = "<!-- measured by scripts/bench: begin -->"
-END = "<!-- measured by scripts/bench: end -->"
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "bench"))
+import page_part  # noqa: E402  (it is beside the workloads)
 
 # A workload, the one that it is compared with, and the aim for their ratio: "at most"
 # for our cost over the other's, "at least" for the other's cost over ours. The cost is
@@ -134,8 +134,6 @@ def main():
     sizes = sorted(figures["record/kpt"])
     heads = [f"{size:,}" for size in sizes]
     text = "\n".join([
-        BEGIN,
-        "",
         "Ratios, each of one run. \"At most\" is our cost over the other's, \"at least\" the other's over ours.",
         "",
         table(["measured", "beside", "aim"] + heads, ratio_rows(figures, sizes)),
@@ -153,12 +151,8 @@ def main():
         "",
         table(["container", "as"] + heads + ["bytes"], own_rows(figures, sizes)),
         "![nanoseconds per register over the number of registers](figures/cost.svg)",
-        "",
-        END,
     ])
-    old = page.read_text()
-    head, tail = old.split(BEGIN)[0], old.split(END)[1]
-    page.write_text(head + text + tail)
+    page_part.replace(page, "scripts/bench", text)
     plot(figures, folder)
 
 
