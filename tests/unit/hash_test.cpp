@@ -135,6 +135,36 @@ TEST(RegisterTexts, NamesOfOneStringHashHaveManyHashes) {
   EXPECT_GT(hashes.size(), 250U);
 }
 
+// Salted hashes of 32 bits are equal by chance once in four billion pairs.
+TEST(RegisterTexts, EveryByteOfANameCounts) {
+  for (std::size_t size = 1; size < 40; ++size) {
+    const std::string name(size, 'n');
+    for (std::size_t k = 0; k < size; ++k) {
+      std::string other = name;
+      other[k] = 'm';
+      EXPECT_NE(KPT_REGISTER_TEXTS(name).hash, KPT_REGISTER_TEXTS(other).hash) << size << " " << k;
+    }
+  }
+}
+
+TEST(RegisterTexts, TheLengthOfANameCounts) {
+  std::set<std::uint32_t> hashes;
+  for (std::size_t size = 0; size < 40; ++size) {
+    hashes.insert(KPT_REGISTER_TEXTS(std::string(size, '\0')).hash);
+  }
+  EXPECT_EQ(hashes.size(), 40U);
+}
+
+TEST(RegisterTexts, HashDependsOnNothingBesideTheText) {
+  for (std::size_t size = 0; size < 40; ++size) {
+    const std::string text = std::string(size, 'n');
+    for (std::size_t at = 0; at < 9; ++at) {
+      const std::string around = std::string(at, '<') + text + std::string(9, '>');
+      EXPECT_EQ(KPT_REGISTER_TEXTS(std::string_view(around).substr(at, size)).hash, KPT_REGISTER_TEXTS(text).hash);
+    }
+  }
+}
+
 TEST(RegisterTexts, HashIsOfNameAndTypeAndNotOfTheEntity) {
   EXPECT_EQ(KPT_REGISTER_TEXTS("u", "E", "dff").hash, KPT_REGISTER_TEXTS("u", "F", "dff").hash);
   EXPECT_NE(KPT_REGISTER_TEXTS("u", "E", "dff").hash, KPT_REGISTER_TEXTS("u", "E", "latch").hash);
