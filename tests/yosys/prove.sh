@@ -153,3 +153,22 @@ for edit in 's/c <= a/c <= ~a/' 's/if (e) c/if (e | b) c/'; do
   copied wrong.v
   expect log 'Unproven: q.'
 done
+
+# From r = 1 at power-up, this netlist is not reset. But once it has agreed with the source for two clocks, r is
+# 0. So one step has to prove it, and more steps are for who asks for them.
+cat >reset.v <<'V'
+module reset(input clk, input rst, input d, output reg r);
+  always @(posedge clk)
+    if (rst) r <= 1'b0;
+    else r <= r & d;
+endmodule
+V
+run log "read_verilog reset.v; proc; kpt_track; opt_clean; kpt_stage; kpt_save kpt.xml"
+sed -e 's/if (rst) r <= 1.b0/if (rst) r <= r \& d/' -e "s/else r <= r & d/else r <= 1'b0/" reset.v >wrong.v
+reset="read_verilog reset.v; proc; rename reset gold; read_verilog wrong.v; proc; rename reset gate; kpt_load kpt.xml"
+for option in '' -undef; do
+  run log "$reset; kpt_prove $option gold gate"
+  expect log 'Unproven: r.'
+done
+run log "$reset; kpt_prove -induct 2 gold gate"
+grep -q 'Unproven cells: 0\.$' log || fail "this netlist is no example: $(grep Facts log)"
