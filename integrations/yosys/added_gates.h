@@ -48,12 +48,16 @@ class ADDED_GATES {
     return a == State::S0 || a == b ? b : b == State::S0 ? a : m_module->OrGate(NEW_ID, a, b);
   }
   SigBit differ(SigBit a, SigBit b) {
-    if (a.wire == nullptr || b.wire == nullptr) {
-      const bool inverts = a == State::S1 || b == State::S1;
-      const SigBit other = a.wire == nullptr ? b : a;
-      return a == b ? SigBit(State::S0) : inverts && (a.wire != b.wire) ? inverse(other) : other;
+    if (a == b) {
+      return State::S0;
     }
-    return a == b ? SigBit(State::S0) : SigBit(m_module->XorGate(NEW_ID, a, b));
+    if (a.wire == nullptr) {
+      return a == State::S1 ? inverse(b) : b;
+    }
+    if (b.wire == nullptr) {
+      return b == State::S1 ? inverse(a) : a;
+    }
+    return m_module->XorGate(NEW_ID, a, b);
   }
   SigBit chosen(SigBit select, SigBit one, SigBit zero) {
     if (select.wire == nullptr || one == zero) {

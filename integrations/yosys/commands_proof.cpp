@@ -22,7 +22,7 @@ struct KPT_APPLY : Yosys::Pass {
         "Gives the registers of two flat modules, before and after synthesis, names that both\n"
         "share, and writes the codes of state machines to the file. Then prove:\n\n"
         "    equiv_make -encfile <file> gold gate equiv\n"
-        "    equiv_simple equiv; equiv_induct equiv; equiv_status -assert equiv\n\n");
+        "    equiv_induct -seq 1 equiv; equiv_status -assert equiv\n\n");
   }
   void execute(Arguments args, RTLIL::Design* design) override {
     std::string name = "kpt";
@@ -48,6 +48,9 @@ struct KPT_APPLY : Yosys::Pass {
     }
     Yosys::log("Matched %zu registers, %zu constants and %zu state machines; %zu have no fanout, %zu are missing.\n",
                done.m_registers, done.m_constants, done.m_machines, done.m_no_fanout, done.m_missing);
+    if (done.m_copies != 0) {
+      Yosys::log("%zu more registers of the netlist seem to be copies, and are compared as well.\n", done.m_copies);
+    }
   }
 } kpt_apply;
 
@@ -122,16 +125,18 @@ struct KPT_PROVE : Yosys::Pass {
         "asynchronous resets synchronous. Then makes the module 'equiv' of both, proves what it can and\n"
         "reads the outcome back ('kpt_status'). Both modules are changed.\n\n"
         "    -name <name>\n        the database (default: kpt)\n\n"
-        "    -simple <number>\n        how many clocks equiv_simple looks back (default: 2)\n\n"
-        "    -induct <number>\n        how many steps equiv_induct goes up to (default: 4)\n\n"
+        "    -simple <number>\n        prove what is left with equiv_simple, which looks back so many clocks\n\n"
+        "    -induct <number>\n        then prove with equiv_induct in up to so many steps (default: 1). With more than\n"
+        "        one clock or step, the proof holds only once both sides have agreed for as many clocks:\n"
+        "        a netlist may be wrong after power-up, and may for example not be reset\n\n"
         "    -undef\n        let the source take the netlist's choice where it leaves a value undefined, instead of\n"
         "        settling it at zero: for a netlist that was synthesised without kpt_track -settle\n\n"
         "    -assert\n        end with an error when something stays unproven\n\n");
   }
   void execute(Arguments args, RTLIL::Design* design) override {
     std::string name = "kpt";
-    std::string simple = "2";
-    std::string induct = "4";
+    std::string simple;
+    std::string induct = "1";
     bool asserts = false;
     bool undefined = false;
     std::size_t at = 1;
@@ -174,9 +179,14 @@ struct KPT_PROVE : Yosys::Pass {
       run_steps(design,
                 {spaced({"pmuxtree", both}), spaced({"setundef -zero", both}), spaced({"async2sync", both}), make});
     }
-    // One step proves most. What it leaves is then proven alone, which takes a fraction of the time.
-    run_steps(design, {spaced({"equiv_simple -short -seq", simple, "equiv"}), "equiv_induct -seq 1 equiv",
-                       spaced({"equiv_induct -seq", induct, "equiv"})});
+    // A proven $equiv cell no longer says that both sides are equal, so the step that takes all of them comes first.
+    Yosys::Pass::call(design, "equiv_induct -seq 1 equiv");
+    if (!simple.empty()) {
+      Yosys::Pass::call(design, spaced({"equiv_simple -short -seq", simple, "equiv"}));
+    }
+    if (induct != "1") {
+      Yosys::Pass::call(design, spaced({"equiv_induct -seq", induct, "equiv"}));
+    }
     std::remove(codes.c_str());
     Yosys::Pass::call(design, spaced({"kpt_status -name", name, "equiv"}));
     Yosys::Pass::call(design, asserts ? "equiv_status -assert equiv" : "equiv_status equiv");

@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::size_t MOST_NODES = 20000;
 constexpr int MOST_QUESTIONS = 2000;
-constexpr int MOST_SECONDS = 30;          // for one question
 constexpr int MOST_SECONDS_IN_ALL = 180;  // of processor time, for all questions about a netlist
 constexpr int RUNS = 128;
 constexpr int CYCLES = 48;
@@ -296,9 +295,9 @@ void NET_CLASSES::demand_classes(ezSAT& solver, const std::vector<int>& values) 
 // Power-up values with which all classes hold, while nothing sets registers asynchronously. Those
 // that the netlist gives stay.
 bool NET_CLASSES::choose_power_up(std::vector<bool>& held) {
-  Yosys::ezSatPtr solver;
-  solver->setSolverTimeout(MOST_SECONDS);
-  LITERALS literals{*solver};
+  TIMED_SOLVER timed;
+  ezSAT* const solver = timed.m_solver.get();
+  LITERALS& literals = timed.m_literals;
   MOMENT<LITERALS> moment(literals, m_both, any_values(literals, netlist(false).storage().size()),
                           any_values(literals, netlist(true).storage().size()), any_inputs(literals, m_both));
   demand_known(literals, moment);
@@ -328,9 +327,9 @@ bool NET_CLASSES::holds_at_power_up() {
     m_gave_up = true;
     return false;
   }
-  Yosys::ezSatPtr solver;
-  solver->setSolverTimeout(MOST_SECONDS);
-  LITERALS literals{*solver};
+  TIMED_SOLVER timed;
+  ezSAT* const solver = timed.m_solver.get();
+  LITERALS& literals = timed.m_literals;
   std::vector<int> values[2];
   for (std::size_t i = 0; i < held.size(); ++i) {
     values[i < netlist(false).storage().size() ? 0 : 1].push_back(held[i] ? LITERALS::one() : LITERALS::zero());
@@ -340,9 +339,9 @@ bool NET_CLASSES::holds_at_power_up() {
 }
 
 bool NET_CLASSES::holds_after_step() {
-  Yosys::ezSatPtr solver;
-  solver->setSolverTimeout(MOST_SECONDS);
-  LITERALS literals{*solver};
+  TIMED_SOLVER timed;
+  ezSAT* const solver = timed.m_solver.get();
+  LITERALS& literals = timed.m_literals;
   MOMENT<LITERALS> now(literals, m_both, any_values(literals, netlist(false).storage().size()),
                        any_values(literals, netlist(true).storage().size()), any_inputs(literals, m_both));
   demand_known(literals, now);

@@ -11,6 +11,7 @@
 #include "kernel/ff.h"
 #include "kernel/ffinit.h"
 #include "kernel/sigtools.h"
+#include "open_machines.h"
 
 namespace kpt_yosys {
 
@@ -66,6 +67,8 @@ class CHOICES {
   void free_inputs(RTLIL::Cell* cell);
   void find_open();
   void take_apart();
+  bool compares_state(const RTLIL::Cell* equiv) const { return m_codes.count(input(equiv, ID::Y)) != 0; }
+  void let_codes_open();
   SigBit open(SigBit bit);
   SigBit known_open(SigBit bit) const;
   bool open_inputs_known(const RTLIL::Cell* cell, std::vector<SigBit>& stack);
@@ -80,6 +83,7 @@ class CHOICES {
   static bool is_plain_register(RTLIL::Cell* cell);
 
   RTLIL::Module* m_module;
+  std::vector<OPEN_MACHINE> m_machines;  // found first, because that changes cells
   Yosys::SigMap m_sigmap;
   Yosys::FfInitVals m_initial;
   ADDED_GATES m_gates;
@@ -87,6 +91,7 @@ class CHOICES {
   Yosys::dict<SigBit, std::vector<RTLIL::Cell*>> m_readers;
   std::vector<RTLIL::Cell*> m_equivs;
   Yosys::pool<RTLIL::Cell*> m_gold;
+  Yosys::dict<SigBit, SigBit> m_codes;  // by the compared bits of a machine's state: whether the netlist is in a code
   Yosys::pool<SigBit> m_may_be_open;
   Yosys::pool<RTLIL::Cell*> m_inner;  // comparisons within the logic, of values that may be open
   Yosys::pool<SigBit> m_never_defined;
@@ -95,7 +100,17 @@ class CHOICES {
   std::vector<std::pair<RTLIL::Cell*, SigBit>> m_registers;  // whose companions have no data input yet
 };
 
-CHOICES::CHOICES(RTLIL::Module* equiv) : m_module(equiv), m_sigmap(equiv), m_initial(&m_sigmap, equiv), m_gates(equiv) {
+CHOICES::CHOICES(RTLIL::Module* equiv)
+    : m_module(equiv),
+      m_machines(find_open_machines(equiv)),
+      m_sigmap(equiv),
+      m_initial(&m_sigmap, equiv),
+      m_gates(equiv) {
+  for (const OPEN_MACHINE& machine : m_machines) {
+    for (const RTLIL::Cell* const state : machine.m_states) {
+      m_codes[input(state, ID::Y)] = input(machine.m_code, ID::B);
+    }
+  }
   for (const auto& [name, cell] : equiv->cells_) {
     if (is_equiv(cell)) {
       m_equivs.push_back(cell);
@@ -196,8 +211,10 @@ void CHOICES::find_open() {
           continue;
         }
         for (RTLIL::Cell* const reader : m_readers[bit]) {
-          const bool inner = is_equiv(reader) && input(reader, ID::A) == bit && !is_boundary(reader);
-          if (m_gold.count(reader) != 0 || (inner && m_inner.insert(reader).second)) {
+          const bool compared = is_equiv(reader) && input(reader, ID::A) == bit;
+          const bool inner = compared && !is_boundary(reader);
+          if (m_gold.count(reader) != 0 || (compared && compares_state(reader)) ||
+              (inner && m_inner.insert(reader).second)) {
             waiting.push_back(reader);
           }
         }
@@ -265,7 +282,7 @@ void CHOICES::find_never_defined() {
   }
 }
 
-// Or what is undefined, through multiplexers, as far as they are few.
+// Or what is undefined, through multiplexers and comparisons, as far as they are few.
 bool CHOICES::loads_only_registers(SigBit data, std::vector<SigBit>& registers) const {
   std::vector<SigBit> waiting{data};
   for (int seen = 0; !waiting.empty(); ++seen) {
@@ -280,6 +297,8 @@ bool CHOICES::loads_only_registers(SigBit data, std::vector<SigBit>& registers) 
     }
     if (is_plain_register(cell)) {
       registers.push_back(bit);
+    } else if (is_equiv(cell)) {  // readers read the compared value instead of the register
+      waiting.push_back(input(cell, ID::A));
     } else if (cell->type == RTLIL::IdString("$_MUX_")) {
       waiting.push_back(input(cell, ID::A));
       waiting.push_back(input(cell, ID::B));
@@ -318,6 +337,9 @@ SigBit CHOICES::open_register(RTLIL::Cell* cell) {
 SigBit CHOICES::open_output(RTLIL::Cell* cell) {
   if (is_register(cell)) {
     return open_register(cell);
+  }
+  if (is_equiv(cell)) {  // a state that the netlist chose is defined when it has a code
+    return m_gates.both(known_open(input(cell, ID::A)), m_gates.inverse(m_codes.at(input(cell, ID::Y))));
   }
   const std::string type = cell->type.c_str();
   if (!type.starts_with("$_") || !cell->hasPort(ID::Y)) {
@@ -385,12 +407,26 @@ SigBit CHOICES::open(SigBit bit) {
   return known_open(bit);
 }
 
+// Only a state of the source that is undefined in all bits allows the netlist a state without a code.
+void CHOICES::let_codes_open() {
+  for (const OPEN_MACHINE& machine : m_machines) {
+    SigBit all = State::S1;
+    for (const RTLIL::Cell* const state : machine.m_states) {
+      all = m_gates.both(all, open(input(state, ID::A)));
+      open(input(state, ID::Y));  // is found now, because the input changes
+    }
+    const SigBit demanded = machine.m_code->getPort(ID::A)[0];
+    machine.m_code->setPort(ID::A, m_gates.chosen(all, machine.m_code->getPort(ID::B)[0], demanded));
+  }
+}
+
 std::size_t CHOICES::run() {
   find_gold();
   find_open();
   take_apart();
   free_gate();
   find_never_defined();
+  let_codes_open();
   std::size_t count = 0;
   for (RTLIL::Cell* const equiv : m_equivs) {
     const SigBit gold = input(equiv, ID::A);

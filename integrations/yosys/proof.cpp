@@ -1,5 +1,6 @@
 #include "proof.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -9,6 +10,7 @@
 #include "kernel/ffinit.h"
 #include "kernel/sigtools.h"
 #include "netlist_names.h"
+#include "register_copies.h"
 
 namespace kpt_yosys {
 
@@ -121,7 +123,10 @@ class PROOF {
                           const std::vector<unsigned short>& t, const std::map<std::string, std::string>& codes);
   void demand_code(const std::string& name, const RTLIL::SigSpec& held, const std::vector<std::string>& codes);
   RTLIL::Wire* shared_wire(const NETS& nets, const std::string& name, int width);
-  void tie_gold(const MEMBER& member);
+  RTLIL::Wire* tie_gold(const MEMBER& member);
+  void take(RTLIL::SigBit gate_bit);
+  void add_copies();
+  void add_copy(const REGISTER_BIT& copy, const REGISTER_BIT& original);
   void miss(const NETS& nets, const char* what, const std::string& name);
   void hide_names();
   static void drop_messages(RTLIL::Module* module);
@@ -133,6 +138,9 @@ class PROOF {
   NETS m_gate;
   std::ostream& m_codes;
   std::set<RTLIL::Wire*> m_known;  // wires of the gold module that the database explains
+  std::set<REGISTER_BIT> m_taken;  // registers of the gate module that the database explains
+  // Of those that are one register of the gold module each: its net there, and whether they hold the inverse.
+  std::map<REGISTER_BIT, std::pair<RTLIL::Wire*, bool>> m_originals;
   PROOF_SUMMARY m_summary;
 };
 
@@ -151,6 +159,7 @@ PROOF_SUMMARY PROOF::run() {
   for (const KPT_REGISTER_TRANSFORMATION& map : m_db.get_transformation_set().get_list_of_register_transformations()) {
     apply(map);
   }
+  add_copies();
   hide_names();
   for (RTLIL::Module* const module : {m_gold.module(), m_gate.module()}) {
     part_outputs(module);
@@ -214,8 +223,16 @@ RTLIL::Wire* PROOF::shared_wire(const NETS& nets, const std::string& name, int w
   return nets.module()->addWire(nets.module()->uniquify(RTLIL::IdString("\\" + name)), width);
 }
 
-void PROOF::tie_gold(const MEMBER& member) {
-  take_over(m_gold, member.m_bit, shared_wire(m_gold, net_of_register(member.m_name), 1), false);
+RTLIL::Wire* PROOF::tie_gold(const MEMBER& member) {
+  RTLIL::Wire* const tied = shared_wire(m_gold, net_of_register(member.m_name), 1);
+  take_over(m_gold, member.m_bit, tied, false);
+  return tied;
+}
+
+void PROOF::take(RTLIL::SigBit gate_bit) {
+  if (const NETS::DRIVER driver = m_gate.register_of(gate_bit); driver.m_cell != nullptr) {
+    m_taken.emplace(driver.m_cell, driver.m_index);
+  }
 }
 
 // A cell of its own drives the gate side. If the net were connected to a
@@ -242,11 +259,14 @@ void PROOF::apply_plain(const KPT_REGISTER_TRANSFORMATION& map, const std::vecto
   }
   const bool inverted = map.is_negative_unate(0, 0) != members.front().m_inverted;
   const RTLIL::SigBit first = shared_wire(m_gate, net_of_register(members.front().m_name), 1);
+  const NETS::DRIVER driver = m_gate.register_of(gate_bit);
+  take(gate_bit);
   take_over(m_gate, gate_bit, first, inverted);
   for (const MEMBER& member : members) {
-    tie_gold(member);
+    RTLIL::Wire* const tied = tie_gold(member);
     ++m_summary.m_registers;
     if (&member == &members.front()) {
+      m_originals.emplace(REGISTER_BIT(driver.m_cell, driver.m_index), std::pair(tied, inverted));
       continue;
     }
     RTLIL::Wire* const copy = shared_wire(m_gate, net_of_register(member.m_name), 1);
@@ -338,6 +358,7 @@ void PROOF::apply_machine_bits(const KPT_REGISTER_TRANSFORMATION& map, const std
   RTLIL::Wire* const held = m_gate.module()->addWire(NEW_ID, static_cast<int>(t.size()));
   for (std::size_t i = 0; i < t.size(); ++i) {
     m_gate.find(map.get_transformed(t[i]), bit);
+    take(bit);
     take_over(m_gate, bit, RTLIL::SigBit(gate_code, static_cast<int>(i)), false);
     take_over(m_gate, bit, RTLIL::SigBit(held, static_cast<int>(i)), false);
   }
@@ -367,6 +388,38 @@ void PROOF::demand_code(const std::string& name, const RTLIL::SigSpec& held, con
   }
   gate->addReduceOr(NEW_ID, holds, shared_wire(m_gate, name, 1));
   m_gold.module()->addBufGate(NEW_ID, RTLIL::State::S1, shared_wire(m_gold, name, 1));
+}
+
+// Synthesis may copy a register, like the address of a memory, and the database does not tell. A register
+// that no map names and that seems to be a copy is compared with the gold module's register.
+void PROOF::add_copies() {
+  RTLIL::Module* const gate = m_gate.module();
+  bool any = false;
+  for (const auto& [name, cell] : gate->cells_) {
+    const bool is_register = RTLIL::builtin_ff_cell_types().count(cell->type) != 0;
+    for (int i = 0; is_register && i < cell->getPort(Yosys::ID::Q).size(); ++i) {
+      any = any || !m_taken.contains({cell, i});
+    }
+  }
+  for (const std::vector<REGISTER_BIT>& alike :
+       any ? registers_alike(gate) : std::vector<std::vector<REGISTER_BIT>>()) {
+    const auto original =
+        std::find_if(alike.begin(), alike.end(), [this](const REGISTER_BIT& bit) { return m_originals.contains(bit); });
+    for (const REGISTER_BIT& bit : original != alike.end() ? alike : std::vector<REGISTER_BIT>()) {
+      if (!m_taken.contains(bit)) {
+        add_copy(bit, *original);
+      }
+    }
+  }
+}
+
+void PROOF::add_copy(const REGISTER_BIT& copy, const REGISTER_BIT& original) {
+  const auto& [gold_bit, inverted] = m_originals.at(original);
+  const RTLIL::SigBit gate_bit = copy.first->getPort(Yosys::ID::Q)[copy.second];
+  const std::string name = "kpt:copy:" + text_of(*gate_bit.wire, gate_bit.offset);
+  m_gold.module()->addBufGate(NEW_ID, gold_bit, shared_wire(m_gold, name, 1));
+  take_over(m_gate, gate_bit, shared_wire(m_gate, name, 1), inverted);
+  ++m_summary.m_copies;
 }
 
 // Both modules use a common name for the same signal. When the database says what

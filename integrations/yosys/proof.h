@@ -18,6 +18,7 @@ struct PROOF_SUMMARY {
   std::size_t m_constants = 0;
   std::size_t m_machines = 0;
   std::size_t m_no_fanout = 0;
+  std::size_t m_copies = 0;   // registers of the gate module that seem to be copies of one that a map names
   std::size_t m_hidden = 0;   // names of the gate module with another meaning in the gold module
   std::size_t m_missing = 0;  // registers and state bits that a module does not have
 };

@@ -17,7 +17,6 @@ constexpr int RUNS = 128;
 constexpr int CYCLES = 48;
 constexpr std::size_t MOST_NODES = 200000;
 constexpr std::size_t MOST_PAIRS = 4000000;
-constexpr int MOST_SECONDS = 30;  // for one question: a netlist with a large multiplier is given up
 
 // Classes of registers that hold the same value or the inverse.
 class CLASSES {
@@ -209,9 +208,9 @@ bool REGISTER_PAIRS::fails_at_random(std::uint64_t seed, std::vector<char>& fail
 
 // A moment at which one candidate fails refutes every candidate that fails at it.
 bool REGISTER_PAIRS::fails_by_solver(std::vector<char>& fails) {
-  Yosys::ezSatPtr solver;
-  solver->setSolverTimeout(MOST_SECONDS);
-  LITERALS literals{*solver};
+  TIMED_SOLVER timed;
+  ezSAT* const solver = timed.m_solver.get();
+  LITERALS& literals = timed.m_literals;
   MOMENT<LITERALS> moment(literals, *this, m_known, m_candidates, fails);
   std::vector<int> failing;
   for (const PAIR& pair : m_candidates) {

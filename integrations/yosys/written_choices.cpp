@@ -97,6 +97,23 @@ void open_overlap(RTLIL::Cell* cell) {
   module->addMux(NEW_ID, chosen, RTLIL::Const(State::Sx, output.size()), two, output);
 }
 
+// A $pmux with an undefined select is undefined in all bits. The gates that take its place would leave those
+// bits defined that all its values share. So each bit gets gates that change no value, and that are
+// undefined when a select is.
+void open_selects(RTLIL::Cell* cell) {
+  RTLIL::Module* const module = cell->module;
+  SigBit nothing = State::S0;
+  for (const SigBit& select : cell->getPort(ID::S).to_sigbit_vector()) {
+    nothing = module->XorGate(NEW_ID, nothing, module->XorGate(NEW_ID, select, select));
+  }
+  const RTLIL::SigSpec output = cell->getPort(ID::Y);
+  const RTLIL::SigSpec chosen = module->addWire(NEW_ID, output.size());
+  cell->setPort(ID::Y, chosen);
+  for (int i = 0; i < output.size(); ++i) {
+    module->addXorGate(NEW_ID, chosen[i], nothing, output[i]);
+  }
+}
+
 // equiv_make takes all undefined constants for one value, that of a net that is connected to one. A
 // net without a driver is undefined as well, and no other net is.
 void part_undefined_nets(RTLIL::Module* module) {
@@ -124,6 +141,7 @@ void write_down_choices(RTLIL::Module* module) {
   }
   for (RTLIL::Cell* const cell : module->cells().to_vector()) {
     if (cell->type == RTLIL::IdString("$pmux")) {
+      open_selects(cell);
       if (!SELECTS(sigmap, drivers).exclude_each_other(cell->getPort(ID::S).to_sigbit_vector())) {
         open_overlap(cell);
       }

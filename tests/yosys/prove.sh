@@ -105,3 +105,70 @@ run log "read_verilog coded.v; proc; rename coded gold; read_rtlil gate.il; rena
 run log "read_verilog coded.v; proc; rename coded gold; read_rtlil wrong.il; rename coded gate; kpt_load kpt.xml
          kpt_prove gold gate"
 expect log 'Unproven: s[0].'
+
+# What is proven first is no longer assumed, so a first proof of the easy values must not take away what
+# the others need: that never is 0, and that u and v are equal.
+cat >order.v <<'V'
+module order(input clk, input a, input b, input e, input f, output r);
+  reg never, u, v, s;
+  always @(posedge clk) begin
+    never <= 1'b0;
+    if (e) u <= a;
+    if (e) v <= a;
+    if (f) s <= never ^ u ^ v ^ b;
+  end
+  assign r = s & u;
+endmodule
+V
+run log "read_verilog order.v; kpt_track -top order; synth -flatten -top order; kpt_stage; kpt_save kpt.xml
+         write_rtlil gate.il"
+run log "read_verilog order.v; proc; rename order gold; read_rtlil gate.il; rename order gate; kpt_load kpt.xml
+         kpt_prove -assert gold gate"
+
+# A register of the netlist that no fact names may be a copy of one. The proof compares it as well.
+cat >copy.v <<'V'
+module copy(input clk, input e, input f, input a, input b, output reg q, output reg p);
+  reg r;
+  always @(posedge clk) begin
+    if (e) r <= a;
+    if (f) q <= r ^ b;
+    if (f) p <= r & b;
+  end
+endmodule
+V
+run log "read_verilog copy.v; proc; kpt_track; opt_clean; kpt_stage; kpt_save kpt.xml"
+sed -e 's/reg r;/reg r, c;/' -e 's/if (e) r <= a;/& if (e) c <= a;/' -e 's/q <= r/q <= c/' copy.v >copied.v
+# copied file option: proves the netlist in the file.
+copied() {
+  run log "read_verilog copy.v; proc; rename copy gold; read_verilog $1; proc; simplemap; rename copy gate; kpt_load kpt.xml
+           kpt_prove ${2:-} gold gate"
+}
+for option in '' -undef; do
+  copied copied.v $option
+  expect log '1 more registers of the netlist seem to be copies, and are compared as well.'
+  grep -q 'Unproven cells: 0\.$' log || fail "a copy is unproven: $(grep Facts log)"
+done
+for edit in 's/c <= a/c <= ~a/' 's/if (e) c/if (e | b) c/'; do
+  sed "$edit" copied.v >wrong.v
+  copied wrong.v
+  expect log 'Unproven: q.'
+done
+
+# From r = 1 at power-up, this netlist is not reset. But once it has agreed with the source for two clocks, r is
+# 0. So one step has to prove it, and more steps are for who asks for them.
+cat >reset.v <<'V'
+module reset(input clk, input rst, input d, output reg r);
+  always @(posedge clk)
+    if (rst) r <= 1'b0;
+    else r <= r & d;
+endmodule
+V
+run log "read_verilog reset.v; proc; kpt_track; opt_clean; kpt_stage; kpt_save kpt.xml"
+sed -e 's/if (rst) r <= 1.b0/if (rst) r <= r \& d/' -e "s/else r <= r & d/else r <= 1'b0/" reset.v >wrong.v
+reset="read_verilog reset.v; proc; rename reset gold; read_verilog wrong.v; proc; rename reset gate; kpt_load kpt.xml"
+for option in '' -undef; do
+  run log "$reset; kpt_prove $option gold gate"
+  expect log 'Unproven: r.'
+done
+run log "$reset; kpt_prove -induct 2 gold gate"
+grep -q 'Unproven cells: 0\.$' log || fail "this netlist is no example: $(grep Facts log)"

@@ -114,3 +114,74 @@ top=loop
 run log "read_verilog loop.v; hierarchy -top loop; proc; kpt_track; opt_clean; kpt_stage; kpt_save kpt.xml"
 proofs log 'read_verilog loop.v; proc' -undef
 grep -q '^Facts: ' log || fail "no end"
+
+# The state is undefined when two parallel cases are active. The netlist then goes to a state without a code.
+cat >machine.v <<'V'
+module machine(input clk, input rst, input go, input [2:0] one, input d, output reg q, output at, output reg [1:0] y);
+  reg [2:0] s;
+  reg k;
+  assign at = s == 3'd0;
+  always @(posedge clk) begin
+    k <= d;
+    if (rst) s <= 3'd0;
+    else case (s)
+      3'd0: if (go)
+        (* parallel_case *)
+        case (1'b1)
+          one[0]: s <= 3'd3;
+          one[1]: s <= 3'd5;
+          one[2]: s <= 3'd6;
+        endcase
+      3'd3: s <= d ? 3'd5 : 3'd0;
+      3'd5: s <= go ? 3'd6 : 3'd3;
+      3'd6: s <= 3'd0;
+      default: s <= 3'bx;
+    endcase
+    if (rst) q <= 1'b0;
+    else if (s == 3'd3 || s == 3'd6) q <= d ^ k;
+    case (s)
+      3'd0: y <= {d, k};
+      3'd3: y <= {k, q};
+      3'd5: y <= 2'b10;
+      default: y <= 2'bx;
+    endcase
+  end
+endmodule
+V
+source=machine.v
+top=machine
+# In the netlist, the machine as the database knows it, and a source that has the edit.
+machine() {
+  sed "$2" machine.v >edited.v
+  run log "read_verilog edited.v; hierarchy -top machine; proc; kpt_track -top machine; synth -flatten -top machine
+           rename -hide w:*; kpt_stage; kpt_save kpt.xml; write_rtlil gate.il"
+  expect log '3 in a re-encoded state machine'
+  proofs "$1" 'read_rtlil gate.il' -undef
+}
+machine log ''
+grep -q '^Facts: 5 proved, 0 claimed, 0 refuted, .* Unproven cells: 0\.$' log || fail "machine: $(grep Facts log)"
+for edit in "s/if (rst) s <= 3'd0/if (rst) s <= 3'd3/" "s/one\[1\]: s <= 3'd5/one[1]: s <= 3'd6/" "s/go ? 3'd6/d ? 3'd6/" \
+            "s/at = s == 3'd0/at = s == 3'd6/" 's/else if (s == 3/else if (d | s == 3/' 's/{d, k}/{k, k}/'; do
+  machine wrong.log "$edit"
+  cmp -s machine.v edited.v && fail "nothing was edited: $edit"
+  grep -q 'Unproven cells: [1-9]' wrong.log || fail "proven all the same: $edit"
+done
+
+# A choice between the constants, and an output that is never defined and that holds itself.
+cat >never.v <<'V'
+module never(input clk, input d, input e, input g, output reg idle, output reg q, output reg k);
+  reg hold;
+  wire open = e ? 1'bx : d;
+  always @(posedge clk) begin
+    if (d) idle <= 1'bx;
+    q <= open ? 1'b1 : 1'b0;
+    hold <= d ^ k;
+    if (g) k <= open ? 1'b0 : hold;
+  end
+endmodule
+V
+source=never.v
+top=never
+synthesised kpt never.v
+proofs log 'read_rtlil kpt.il' -undef
+grep -q 'Unproven cells: 0\.$' log || fail "a choice between constants, or one that holds itself: $(grep Facts log)"
