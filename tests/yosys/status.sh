@@ -8,7 +8,7 @@ status() {
             read_verilog $source; hierarchy -top $top; proc; flatten; rename $top gold; design -stash gold
             design -copy-from gold gold; design -copy-from gate gate
             kpt_load $3; kpt_apply -encfile codes gold gate; pmuxtree; setundef -zero; async2sync
-            equiv_make -encfile codes gold gate equiv; hierarchy -top equiv; equiv_simple -seq 2; equiv_induct
+            equiv_make -encfile codes gold gate equiv; hierarchy -top equiv; equiv_induct -seq 1
             kpt_status; kpt_save read.xml"
 }
 
