@@ -44,8 +44,7 @@ TEST(JsonLine, WritesEveryKindOfValue) {
   line.add("nothing", nullptr);
   line.add_named("a \"name\"", "value");
   line.close_object();
-  EXPECT_EQ(line.text(),
-            R"({"text":"t","number":-12,"yes":true,"no":false,"nothing":null,"a \"name\"":"value"})");
+  EXPECT_EQ(line.text(), R"({"text":"t","number":-12,"yes":true,"no":false,"nothing":null,"a \"name\"":"value"})");
 }
 
 TEST(JsonLine, IsUsedAgainAfterClear) {

@@ -5,6 +5,7 @@
 #define KPTDB_FATES_H
 
 #include <array>
+#include <numeric>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -16,8 +17,16 @@ namespace kptdb {
 /// In the order in which commands count and list them.
 constexpr std::array ALL_FATES{KPT_FATE_MAPPED, KPT_FATE_MACHINE, KPT_FATE_CONSTANT, KPT_FATE_WITHOUT_FANOUT,
                                KPT_FATE_UNKNOWN};
-/// Counts by fate; indexed by KPT_FATE_ENUM.
-using FATE_COUNTS = std::array<std::size_t, ALL_FATES.size()>;
+/// Counts by fate, at first zero.
+class FATE_COUNTS {
+ public:
+  std::size_t& at(KPT_FATE_ENUM fate) { return m_counts.at(static_cast<std::size_t>(fate)); }
+  std::size_t at(KPT_FATE_ENUM fate) const { return m_counts.at(static_cast<std::size_t>(fate)); }
+  std::size_t sum() const { return std::accumulate(m_counts.begin(), m_counts.end(), std::size_t{0}); }
+
+ private:
+  std::array<std::size_t, ALL_FATES.size()> m_counts{};
+};
 
 /// "mapped", "machine", "constant", "without_fanout" or "unknown": as options and JSON have it.
 std::string_view fate_word(KPT_FATE_ENUM fate);

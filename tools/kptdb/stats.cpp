@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 
 #include "commands.h"
 #include "coverage.h"
@@ -16,8 +15,6 @@
 namespace kptdb {
 
 namespace {
-
-std::size_t sum(const FATE_COUNTS& counts) { return std::accumulate(counts.begin(), counts.end(), std::size_t{0}); }
 
 // The instances of one side of a database. The counts of an instance contain all instances below it.
 class TREE {
@@ -88,11 +85,11 @@ std::string text_of(const TREE& tree, const STATS_OPTIONS& options) {
   tree.for_each(options.depth, [&](const std::string&, std::string_view name, unsigned depth,
                                    const FATE_COUNTS& counts) {
     std::vector<std::string> row{std::string(2 * std::size_t{depth}, ' ') + (depth == 0 ? "(all)" : printable(name)),
-                                 std::to_string(sum(counts))};
+                                 std::to_string(counts.sum())};
     for (const KPT_FATE_ENUM fate : ALL_FATES) {
       row.push_back(std::to_string(counts.at(fate)));
     }
-    row.push_back(percent(sum(counts) - counts.at(KPT_FATE_UNKNOWN), sum(counts)));
+    row.push_back(percent(counts.sum() - counts.at(KPT_FATE_UNKNOWN), counts.sum()));
     table.add(std::move(row));
   });
   return table.text();
@@ -108,7 +105,7 @@ JSON json_of(const TREE& tree, const STATS_OPTIONS& options, const DATABASE& db)
                   JSON entry;
                   entry["path"] = path_of(path);
                   entry["depth"] = depth;
-                  entry["registers"] = sum(counts);
+                  entry["registers"] = counts.sum();
                   for (const KPT_FATE_ENUM fate : ALL_FATES) {
                     entry[std::string(fate_word(fate))] = counts.at(fate);
                   }
