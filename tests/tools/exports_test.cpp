@@ -61,6 +61,22 @@ TEST_F(ExportFacts, TclSaysPinsSensesCopiesConstantsAndMachines) {
             "{net {h[0]} same} {net {h[1]} same} {net {h[2]} same}\n{00 100} {01 010} {10 001}\n");
 }
 
+// Registers of a large map are found by a table, and those of a small one without.
+TEST_F(ExportFacts, EveryRegisterOfASmallAndOfALargeMapHasItsOwnValue) {
+  for (const int count : {2, 16, 17, 40}) {
+    std::string names;
+    std::string values;
+    for (int k = 1; k < count; ++k) {
+      names += (k > 1 ? ",\"r" : "\"r") + std::to_string(k) + '"';
+      values += "1\n";
+    }
+    record("d.xml", R"({"event":"map","reference":[{"same":[)" + names + R"(],"inverse":["r0"]}],"transformed":[{}],)" +
+                        R"("status":"stuck_at_one"})" + "\n");
+    EXPECT_EQ(tcl("for {set k 0} {$k < " + std::to_string(count) + "} {incr k} { puts $kpt::constant(r$k) }\n"),
+              "0\n" + values);
+  }
+}
+
 TEST_F(ExportFacts, EqyEscapesNamesAndCountsWhatItCannotSay) {
   record("d.xml", kept("u.q[3]", "_9_[0]") + kept("a", "t") + kept("b", "v") + MACHINE +
                       "{\"event\":\"retime_inverter\",\"register\":\"t\"}\n"

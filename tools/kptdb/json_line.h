@@ -5,6 +5,7 @@
 #ifndef KPTDB_JSON_LINE_H
 #define KPTDB_JSON_LINE_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 

@@ -67,6 +67,7 @@ inline constexpr std::size_t BLOCK = 16;
 
 inline __m128i block_at(const char* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline __m128i where_equal(__m128i bytes, char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); }
+
 /// The first byte from `p` on of those that `ends` marks in a block.
 template <class ENDS>
 [[gnu::always_inline]] inline const char* first_of(const char* p, ENDS ends) {
