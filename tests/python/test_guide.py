@@ -20,6 +20,9 @@ BLOCKS = re.findall(r"```python\n(.*?)```(?:\n\n```text\n(.*?)```)?", GUIDE, re.
 def folder(tmp_path_factory):
     """One folder for all blocks: the later ones read what the earlier ones wrote."""
     folder = tmp_path_factory.mktemp("guide")
+    # Matplotlib lists the fonts of a machine once. Where that takes long it says so on the error
+    # stream, which the first plot of a test would then find.
+    run(folder, "-c", "import matplotlib.font_manager")
     for events in (SOURCES / "examples" / "events").glob("*.jsonl"):
         shutil.copy(events, folder)
     return folder
