@@ -251,9 +251,11 @@ std::vector<typename ALGEBRA::VALUE> NET_CLASSES::values_of(ALGEBRA& algebra, MO
   return values;
 }
 
-// What the registers hold after a step, in which each clock has an edge or has none.
+// What the registers hold after a step, in which each clock has an edge or has none. Returns
+// whether any clock has one.
 template <class ALGEBRA, class MOMENT>
-void NET_CLASSES::after_step(ALGEBRA& algebra, MOMENT& now, std::vector<typename ALGEBRA::VALUE> (&next)[2]) const {
+typename ALGEBRA::VALUE NET_CLASSES::after_step(ALGEBRA& algebra, MOMENT& now,
+                                                std::vector<typename ALGEBRA::VALUE> (&next)[2]) const {
   std::map<std::pair<std::string, bool>, typename ALGEBRA::VALUE> edges;
   for (const bool after : {false, true}) {
     std::vector<typename ALGEBRA::VALUE>& held = next[after ? 1 : 0];
@@ -271,6 +273,11 @@ void NET_CLASSES::after_step(ALGEBRA& algebra, MOMENT& now, std::vector<typename
       held.push_back(algebra.chosen(edges[clock], now.frame(after).next(i), stays));
     }
   }
+  auto any = algebra.zero();
+  for (const auto& [clock, edge] : edges) {
+    any = algebra.either(any, edge);
+  }
+  return any;
 }
 
 // Demands that the known pairs hold.
@@ -282,6 +289,20 @@ void NET_CLASSES::demand_known(LITERALS& literals, MOMENT& moment) const {
         pair.m_after < 0 ? LITERALS::zero() : moment.frame(true).output(static_cast<std::size_t>(pair.m_after));
     literals.m_solver.assume(literals.m_solver.IFF(before, pair.m_inverted ? literals.inverse(after) : after));
   }
+}
+
+// Whether any register is set or loaded without a clock.
+template <class MOMENT>
+int NET_CLASSES::set_asynchronously(LITERALS& literals, MOMENT& moment) const {
+  int any = LITERALS::zero();
+  for (const bool after : {false, true}) {
+    for (const SIMULATION::STORAGE& storage : netlist(after).storage()) {
+      for (const int net : {storage.m_load, storage.m_clear, storage.m_set}) {
+        any = net > 0 ? literals.either(any, moment.frame(after).net(net)) : any;
+      }
+    }
+  }
+  return any;
 }
 
 void NET_CLASSES::demand_classes(ezSAT& solver, const std::vector<int>& values) const {
@@ -302,6 +323,7 @@ bool NET_CLASSES::choose_power_up(std::vector<bool>& held) {
                           any_values(literals, netlist(true).storage().size()), any_inputs(literals, m_both));
   demand_known(literals, moment);
   demand_classes(*solver, values_of(literals, moment));
+  solver->assume(literals.inverse(set_asynchronously(literals, moment)));
   std::vector<int> all;
   for (const bool after : {false, true}) {
     const std::vector<int>& values = moment.held(after);
@@ -309,11 +331,6 @@ bool NET_CLASSES::choose_power_up(std::vector<bool>& held) {
       const SIMULATION::STORAGE& storage = netlist(after).storage()[i];
       if (storage.m_initial.known() != 0) {
         solver->assume(storage.m_initial.m_one != 0 ? values[i] : literals.inverse(values[i]));
-      }
-      for (const int net : {storage.m_load, storage.m_clear, storage.m_set}) {
-        if (net > 0) {
-          solver->assume(literals.inverse(moment.frame(after).net(net)));
-        }
       }
     }
     all.insert(all.end(), values.begin(), values.end());
@@ -338,6 +355,10 @@ bool NET_CLASSES::holds_at_power_up() {
   return search(*solver, values_of(literals, moment), {});
 }
 
+// The step has an edge of a clock, or registers are set without one. Otherwise the state stays the
+// same, and the classes hold in it for all inputs, not only for those of this moment. So a step
+// that changes nothing need not be asked for. Asking for it would lose the classes that hold for
+// the inputs of one moment because of the inputs of the moment before.
 bool NET_CLASSES::holds_after_step() {
   TIMED_SOLVER timed;
   ezSAT* const solver = timed.m_solver.get();
@@ -347,7 +368,8 @@ bool NET_CLASSES::holds_after_step() {
   demand_known(literals, now);
   demand_classes(*solver, values_of(literals, now));
   std::vector<int> next[2];
-  after_step(literals, now, next);
+  const int edge = after_step(literals, now, next);
+  solver->assume(literals.either(edge, set_asynchronously(literals, now)));
   std::vector<int> held = next[0];
   held.insert(held.end(), next[1].begin(), next[1].end());
   MOMENT<LITERALS> then(literals, m_both, std::move(next[0]), std::move(next[1]), any_inputs(literals, m_both));

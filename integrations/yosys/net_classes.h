@@ -3,9 +3,9 @@
 // A pass may simplify a register's function by what is true of all states that occur. Then the
 // functions before and after agree only in these states. Classes of equal nets describe the states:
 // at first, nets that a simulation does not tell apart. A class is split when a SAT solver finds
-// either that it need not hold at power-up, or that it can fail after a step from a state in which
-// all classes hold. What is left holds at all times, for a choice of the power-up values that are
-// not given.
+// either that it need not hold at power-up, or that it can fail for some inputs after a step from a
+// state and inputs for which all classes hold. What is left holds at all times, for a choice of the power-up values
+// that are not given.
 //
 // Ownership: refers to both netlists, which outlive it.
 #ifndef NET_CLASSES_H
@@ -57,9 +57,12 @@ class NET_CLASSES {
   template <class ALGEBRA, class MOMENT>
   std::vector<typename ALGEBRA::VALUE> values_of(ALGEBRA& algebra, MOMENT& moment) const;
   template <class ALGEBRA, class MOMENT>
-  void after_step(ALGEBRA& algebra, MOMENT& now, std::vector<typename ALGEBRA::VALUE> (&next)[2]) const;
+  typename ALGEBRA::VALUE after_step(ALGEBRA& algebra, MOMENT& now,
+                                     std::vector<typename ALGEBRA::VALUE> (&next)[2]) const;
   template <class MOMENT>
   void demand_known(LITERALS& literals, MOMENT& moment) const;
+  template <class MOMENT>
+  int set_asynchronously(LITERALS& literals, MOMENT& moment) const;
   void demand_classes(ezSAT& solver, const std::vector<int>& values) const;
   std::vector<PAIR> pairs_found() const;
   const SIMULATION& netlist(bool after) const { return after ? m_both.present() : m_both.reference(); }
