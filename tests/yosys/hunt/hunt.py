@@ -113,7 +113,7 @@ def hunt(seed, folder, options, totals):
     models = [options.cells + "/cells.v"]
     try:
         outcome = simulation.simulate(folder, source, found, seed, models)
-    except simulation.DoesNotEnd as reason:
+    except simulation.NoSimulation as reason:
         totals.ended[str(reason)] += 1
         return []
     with open(folder + "/yosys.log", encoding="utf-8") as log:

@@ -133,8 +133,22 @@ def _powered_up(netlist):
 MOST_SECONDS = 60  # of processor time for a simulation; most take less than one
 
 
-class DoesNotEnd(RuntimeError):
-    """A netlist with a loop of latches may change for ever at one time."""
+class NoSimulation(RuntimeError):
+    """The netlist cannot be simulated: with a loop of latches it may change for ever at one time, and
+    some wires that splitnets made lack their declarations in what write_verilog writes."""
+
+
+def _compile(folder, arguments):
+    return subprocess.run(["iverilog", "-g2012"] + arguments, cwd=folder, check=True, capture_output=True, text=True)
+
+
+def _is_verilog(folder, models):
+    """Whether folder/gate.v compiles alone."""
+    try:
+        _compile(folder, ["-t", "null", "gate.v"] + models)
+    except subprocess.CalledProcessError:
+        return False
+    return True
 
 
 def _run(folder, text, models):
@@ -143,12 +157,16 @@ def _run(folder, text, models):
         text += _powered_up(file.read())
     with open(folder + "/bench.v", "w", encoding="utf-8") as file:
         file.write(text)
-    subprocess.run(["iverilog", "-g2012", "-o", folder + "/bench", "-s", "bench", folder + "/bench.v"] + models,
-                   check=True, capture_output=True, text=True)
+    try:
+        _compile(folder, ["-o", "bench", "-s", "bench", "bench.v"] + models)
+    except subprocess.CalledProcessError:
+        if _is_verilog(folder, models):
+            raise
+        raise NoSimulation("The netlist as Verilog lacks declarations") from None
     done = subprocess.run(["vvp", "-n", folder + "/bench"], capture_output=True, text=True,
                           preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (MOST_SECONDS, MOST_SECONDS + 9)))
     if done.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
-        raise DoesNotEnd("A simulation took more than %d seconds of processor time" % MOST_SECONDS)
+        raise NoSimulation("A simulation took more than %d seconds of processor time" % MOST_SECONDS)
     done.check_returncode()
     return done.stdout.split()
 
