@@ -7,6 +7,7 @@
 #include <pybind11/pybind11.h>
 
 #include <optional>
+#include <utility>
 
 #include "db/kpt/kpt.h"
 
@@ -15,7 +16,8 @@ namespace kpt_python {
 class PYTHON_BYTES : public KPT_BYTES {
  public:
   /// `rewind` is a function that goes back to the first byte, or None.
-  PYTHON_BYTES(pybind11::object file, pybind11::object rewind) : m_read(file.attr("read")), m_rewind(rewind) {}
+  PYTHON_BYTES(const pybind11::object& file, pybind11::object rewind)
+      : m_read(file.attr("read")), m_rewind(std::move(rewind)) {}
 
   std::ptrdiff_t read(char* to, std::size_t size) override;
   bool rewind() override;

@@ -115,6 +115,15 @@ void run_steps(RTLIL::Design* design, std::initializer_list<std::string> steps) 
   }
 }
 
+// Lets ABC merge gates of both sides that compute the same, whatever the compared values are. The solver then
+// has less to show. Cells that compare are kept, also those whose output nothing reads. What is undefined may
+// be any value, which ABC would take for 0.
+void merge_equal_gates(RTLIL::Design* design) {
+  run_steps(design, {"setattr -set keep 1 equiv/t:$equiv", "setundef -undriven -anyseq equiv",
+                     "abc -g AND,XOR,MUX -script +strash;ifraig;map equiv",
+                     "opt_merge equiv/t:$_*_ equiv/t:$_DFF_*_ %d", "opt_clean equiv"});
+}
+
 struct KPT_PROVE : Yosys::Pass {
   KPT_PROVE() : Pass("kpt_prove", "prove a netlist equal to its source by a keypoint database") {}
   void help() override {
@@ -122,8 +131,8 @@ struct KPT_PROVE : Yosys::Pass {
         "\n    kpt_prove [options] <gold> <gate>\n\n"
         "Flattens both modules, makes registers of their memories and lets the database say which\n"
         "registers belong together ('kpt_apply'), settles what the source leaves open at zero and makes\n"
-        "asynchronous resets synchronous. Then makes the module 'equiv' of both, proves what it can and\n"
-        "reads the outcome back ('kpt_status'). Both modules are changed.\n\n"
+        "asynchronous resets synchronous. Then makes the module 'equiv' of both, merges gates that compute\n"
+        "the same, proves what it can and reads the outcome back ('kpt_status'). Both modules are changed.\n\n"
         "    -name <name>\n        the database (default: kpt)\n\n"
         "    -simple <number>\n        prove what is left with equiv_simple, which looks back so many clocks\n\n"
         "    -induct <number>\n        then prove with equiv_induct in up to so many steps (default: 1). With more "
@@ -172,14 +181,16 @@ struct KPT_PROVE : Yosys::Pass {
     if (undefined) {
       write_down_choices(design->module(RTLIL::escape_id(args[at])));
       write_down_choices(design->module(RTLIL::escape_id(args[at + 1])));
-      run_steps(design, {spaced({"async2sync", both}), spaced({"dffunmap", both}), spaced({"techmap", args[at]}),
-                         spaced({"simplemap", args[at]}), make});
+      run_steps(design, {spaced({"async2sync", both}), spaced({"dffunmap", both}), spaced({"techmap", both}),
+                         spaced({"simplemap", both}), make});
       Yosys::log("The source leaves %zu of the compared values to the netlist, always or at times.\n",
                  take_choices(design->module(RTLIL::escape_id("equiv"))));
     } else {
-      run_steps(design,
-                {spaced({"pmuxtree", both}), spaced({"setundef -zero", both}), spaced({"async2sync", both}), make});
+      run_steps(design, {spaced({"pmuxtree", both}), spaced({"setundef -zero", both}), spaced({"async2sync", both}),
+                         spaced({"dffunmap", both}), spaced({"techmap", both}), spaced({"simplemap", both}),
+                         spaced({"setundef -zero", both}), make});
     }
+    merge_equal_gates(design);
     // A proven $equiv cell no longer says that both sides are equal, so the step that takes all of them comes first.
     Yosys::Pass::call(design, "equiv_induct -seq 1 equiv");
     if (!simple.empty()) {

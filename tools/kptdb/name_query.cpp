@@ -17,7 +17,7 @@ std::vector<std::string> names_from(const std::string& path) {
   std::vector<std::string> names;
   LINE_READER reader(path);
   for (std::string line; reader.next(line);) {
-    line.erase(line.find_last_not_of("\r") + 1);
+    line.erase(line.find_last_not_of('\r') + 1);
     if (!line.empty()) {
       names.push_back(line);
     }
