@@ -82,6 +82,7 @@ std::vector<RECOGNITION::FOUND> RECOGNITION::find(const std::vector<KNOWN>& know
     return found_numbers(pairs, known, lost, after);
   });
   std::vector<FOUND> all;
+  all.reserve(numbers.size());
   for (const int number : numbers) {
     all.push_back(found_by(number));
   }
