@@ -23,7 +23,6 @@ using kpt_test::index_differences;
 using kpt_test::make_table;
 using kpt_test::STATES;
 using kpt_test::states_of;
-using kpt_test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -43,10 +42,10 @@ TEST_F(KeypointsDb, StartsEmptyUnderItsName) {
 }
 
 TEST_F(KeypointsDb, NameIsACopyOfAnyBytes) {
-  std::string name("a\0b \xff<&>", 9);
+  std::string name("a\0b \xff<&>", 8);
   const DATABASE other(name);
   name[0] = 'z';
-  EXPECT_EQ(std::string(other->get_name()), std::string("a\0b \xff<&>", 9));
+  EXPECT_EQ(std::string(other->get_name()), std::string("a\0b \xff<&>", 8));
 }
 
 TEST_F(KeypointsDb, NameMayBeEmpty) {

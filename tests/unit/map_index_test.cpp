@@ -22,8 +22,8 @@ enum ORIGIN { FIRST_SET, SECOND_SET, THIRD_SET, NO_SET };
 class MapIndex : public testing::TestWithParam<ORIGIN> {
  protected:
   MapIndex() {
-    for (int n = 0; n < 3; ++n) {
-      KPT_KEYPOINT* met = sets[n].add_register(0, "met");
+    for (KPT_KEYPOINT_SET_IMPL& set : sets) {
+      KPT_KEYPOINT* met = set.add_register(0, "met");
       if (GetParam() != FIRST_SET) {
         index.set(slot(met), 1);
         index.erase(slot(met));
@@ -159,6 +159,7 @@ TEST_P(MapIndex, EntriesOfADestroyedIndexAreDead) {
 TEST_P(MapIndex, ManyKeypointsAreToldApart) {
   KPT_KEYPOINT_SET_IMPL& set = sets[GetParam() == NO_SET ? 0 : GetParam()];
   std::vector<KPT_KEYPOINT*> keypoints;
+  keypoints.reserve(3000);
   for (int n = 0; n < 3000; ++n) {
     keypoints.push_back(set.add_register(n, "q" + std::to_string(n)));
   }

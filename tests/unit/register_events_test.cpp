@@ -15,7 +15,6 @@
 
 namespace {
 
-using kpt_test::EMPTY_R_SIDE;
 using kpt_test::EMPTY_T_SIDE;
 using kpt_test::HOST_LINES;
 using kpt_test::index_differences;
@@ -24,7 +23,6 @@ using kpt_test::MERGE_OF_INVERSES;
 using kpt_test::MERGE_OF_TWO_MACHINES;
 using kpt_test::NOT_FOUND_TO_ELIMINATE;
 using kpt_test::NOT_FOUND_TO_RETIME;
-using kpt_test::REFUSED_READ;
 using kpt_test::STATES;
 using kpt_test::states_of;
 using kpt_test::text_of;
