@@ -93,7 +93,7 @@ class TransformationModel : public testing::Test {
       }
     }
     return most > MOST_REGISTERS || plain.sides[R].size() > 2 * MOST_INDICES ||
-           plain.sides[T].size() > 2 * MOST_INDICES || plain.table.rows > MOST_STATES * MOST_STATES;
+           plain.sides[T].size() > 2 * MOST_INDICES || plain.table.rows > std::size_t{MOST_STATES} * MOST_STATES;
   }
 
   void create(SUBJECT& subject);
