@@ -2,8 +2,8 @@
 // handles to databases, registers, maps and state tables. It includes no
 // header of the XML parser.
 //
-// Ownership: the manager owns the databases. Handles own nothing, except that
-// a KPT_STATE_TABLE owns a copy of a table.
+// Ownership: the manager owns the databases that it knows, and a KPT_UNREGISTERED_DB
+// its own. Handles own nothing, but a KPT_STATE_TABLE owns a copy of a table.
 //
 // Threads: the manager may be called in any thread, and different databases may
 // be used in different threads at once. Only one thread at a time may use a database

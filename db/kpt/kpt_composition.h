@@ -1,7 +1,7 @@
 // The composition of stages: what they say together, and nothing else.
 //
-// A database makes statements about values. A plain map says that the members
-// of the n groups of an index are equal, and that those of its i groups are
+// A database makes statements about values. A plain map says that the members of
+// its non-inverting groups are equal, and that those of its inverting groups are
 // their inverse. An eliminated map says that its reference registers are
 // constant or drive nothing. A machine says that the columns of both sides
 // together take only the rows of its table. The composition is the conjunction
@@ -33,8 +33,8 @@ class KPT_STEPS;
 
 struct KPT_COMPOSITION_OPTIONS {
   /// The least share, 0 to 1, of a stage's reference registers that the stage before
-  /// has to know. This bound refuses stages that are swapped or repeated. It does
-  /// not change the result otherwise.
+  /// has to know. Stages that are swapped or repeated are usually below it, and are
+  /// refused. Otherwise it does not change the result.
   double least_share = 0.5;
   /// For hosts that record only changes: a stage does not change a register that
   /// it does not mention, and a register that no earlier stage mentions is a
@@ -58,7 +58,7 @@ class KPT_EXPORT KPT_COMPOSITION {
  public:
   using STAGES = std::vector<KPT_KEYPOINTS_DB_IMPL*, MEM_STL_ALLOCATOR<KPT_KEYPOINTS_DB_IMPL*>>;
 
-  /// The stages, first to last; a database may occur more than once.
+  /// The stages, first to last. A database may occur more than once if it fits each time.
   explicit KPT_COMPOSITION(STAGES stages, const KPT_COMPOSITION_OPTIONS& options = {});
 
   /// Fills an empty database that is none of the stages. False, and nothing is

@@ -25,8 +25,8 @@ class KPT_EXPORT KPT_FILE_VISITOR {
   /// A piece of the text of the innermost element that has not ended, with
   /// references replaced.
   virtual void text(std::string_view piece) = 0;
-  /// Called before and after the content of an entity. A load reads texts and
-  /// values of tables there, but no registers and no maps.
+  /// Called before and after what replaces a reference to an XML entity. A load
+  /// reads texts and values of tables there, but no registers and no maps.
   virtual void start_reference() {}
   virtual void end_reference() {}
 };

@@ -70,7 +70,7 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// Issues "%s does not exist in T", "%s already exists in T", or on success
   /// "Replicated register: %s is a replicate of %s".
   bool set_replicated_registers(std::string_view t_name, std::string_view replica_name) const;
-  /// Issues "Error: Can't find %s in T set", or "Merged registers: %s <- %s" even when the merge is refused.
+  /// Issues "Error: Can't find %s in T set", or else "Merged registers: %s <- %s", also when the merge is refused.
   bool set_merged_registers(std::string_view kept_name, std::string_view merged_name) const;
   /// Issues "Error: Can't find %s in T set", or "Inverter retimed register %s".
   bool set_inverter_retimed_register(std::string_view t_name) const;
@@ -78,8 +78,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   bool set_eliminated_register_stuck_at_zero(std::string_view t_name) const;
   bool set_eliminated_register_stuck_at_one(std::string_view t_name) const;
   bool set_eliminated_register_no_fanout(std::string_view t_name) const;
-  /// An elimination without a reason is refused. The map of the register is
-  /// then no longer found by the transformed name.
+  /// Returns false, because an elimination needs a reason. The map of the register
+  /// is no longer found by the transformed name all the same.
   bool set_eliminated_register(std::string_view t_name) const;
 
   KPT_TRANSFORMATION_SET get_transformation_set() const;
@@ -96,8 +96,8 @@ class KPT_EXPORT KPT_KEYPOINTS_DB {
   /// can only be destroyed.
   bool compose(const KPT_KEYPOINTS_DB_LIST& stages, const KPT_COMPOSITION_OPTIONS& options = {},
                KPT_COMPOSITION_REPORT* report = nullptr) const;
-  /// Appends the next stage, which does not change. What this database then says can be false.
-  /// `progress`, unless it is null, gets how far the union has come.
+  /// Appends the next stage, which does not change. What this database then says can be false: `compose` is exact.
+  /// `progress`, unless it is null, gets how far the union has come. When memory runs out, some maps may be united.
   bool unite(const KPT_KEYPOINTS_DB& other, KPT_PROGRESS* progress = nullptr) const;
   /// Writes the database file in place; false when it cannot be opened. True
   /// also when the disk is full or writing fails otherwise; `save_atomically`

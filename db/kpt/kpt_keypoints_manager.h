@@ -32,9 +32,9 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   /// The one manager, which the first call makes. The pointer is always valid.
   static KPT_KEYPOINTS_MANAGER* get_instance();
 
-  /// Creates and records an empty database, and returns the first database of
-  /// that name: an earlier one when there is one. Flows that open their database
-  /// twice rely on getting the first.
+  /// Creates and records an empty database, also when the name is in use. Returns
+  /// the first database of that name, which may be an earlier one. Flows that open
+  /// their database twice rely on getting the first.
   KPT_KEYPOINTS_DB* create_keypoints_db(std::string_view name);
   /// A database that the caller owns. The caller then records or deletes it.
   KPT_KEYPOINTS_DB_IMPL* create_keypoints_db_impl(std::string_view name);
@@ -45,10 +45,10 @@ class KPT_EXPORT KPT_KEYPOINTS_MANAGER {
   KPT_KEYPOINTS_DB* record_db(KPT_UNREGISTERED_DB&& db);
   /// The first database of that name (byte for byte), or null.
   KPT_KEYPOINTS_DB* get_keypoints_db(std::string_view name);
-  /// Loads a database file and records the database. Null when the file cannot
-  /// be read or has no name. Null with the message EKPT_OUT_OF_MEMORY when there
-  /// is too little memory. Null with the line "DB called %s already exists\n"
-  /// when a database of its name is recorded.
+  /// Loads a database file and records the database. Null for each problem of
+  /// KPT_LOAD_PROBLEM. Syntax errors are messages, and so is EKPT_OUT_OF_MEMORY,
+  /// for too little memory. The debug line "DB called %s already exists\n" says
+  /// that a database of its name is recorded.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name);
   /// The same. When the result is null, `problem` says why: the first problem.
   KPT_KEYPOINTS_DB* load_db(std::string_view file_name, KPT_LOAD_PROBLEM& problem);

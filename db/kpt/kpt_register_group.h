@@ -4,8 +4,8 @@
 // Ownership: none, and no copy of the list. Valid until the map is changed,
 // deleted or absorbed, or its database is destroyed.
 //
-// A keypoint that is not a register is a null handle. A loaded file may list
-// ids that it does not define.
+// A group may contain null handles, because a file may list ids that it does not
+// define.
 #ifndef KPT_REGISTER_GROUP_H
 #define KPT_REGISTER_GROUP_H
 

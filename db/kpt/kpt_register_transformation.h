@@ -2,8 +2,8 @@
 //
 // Ownership: none. A copy points to the same map. The handle is valid until the
 // map is deleted or absorbed by a merge or a union, or its database is destroyed.
-// Every call but `is_null` needs a handle that is not null; debug builds assert
-// this. Registers are returned as handles, which are null where there is none.
+// Every call but `is_null` and `get_fate` needs a handle that is not null; debug
+// builds assert this. Registers are returned as handles, which are null where there is none.
 //
 // An index (from 0) is one bit of the state encoding: index k is column k + 1
 // of that side of the state table. An index beyond the side's indices, and an
@@ -32,8 +32,8 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
 
   /// Whether the map is that of a re-encoded state machine.
   bool has_fsm() const;
-  /// An independent copy of the table. A map without a state machine has the
-  /// table of a kept register, or the table that a union with a machine left.
+  /// An independent copy of the table. A map without a state machine has a table
+  /// of the states 0 and 1, or the table that a union with a machine left.
   KPT_STATE_TABLE get_state_table() const;
 
   /// The representative of the index.
@@ -61,15 +61,15 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   std::size_t get_number_of_indices(KPT_SET_ENUM side) const;
 
   /// Whether the two representatives have the same value, or inverse values.
-  /// Both are false for registers that are only at an index above 0, and both
-  /// are true for the registers of a state machine.
+  /// In a plain map, both are false for representatives that are not at index 0.
+  /// In the map of a state machine, both are true.
   bool is_positive_unate(unsigned short r_index, unsigned short t_index) const;
   bool is_negative_unate(unsigned short r_index, unsigned short t_index) const;
 
   /// The number of indices of the side, modulo 65,536; get_number_of_indices has the full number.
   unsigned short get_state_reference_size() const;
   unsigned short get_state_transformed_size() const;
-  /// 2 without a state machine.
+  /// The number of states; 2 for a map without a state machine.
   unsigned short get_number_of_states() const;
 
   /// Whether and why registers of the map were eliminated.

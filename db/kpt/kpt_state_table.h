@@ -25,8 +25,8 @@ class KPT_EXPORT KPT_STATE_TABLE : public KPT_ZEROED {
   bool set_reference_entry(unsigned short row, unsigned short column, bool value);
   bool set_transformed_entry(unsigned short row, unsigned short column, bool value);
 
-  /// 0 or 1; 2 out of bounds. A column beyond the count may instead read an entry
-  /// of the rows below, so stay within the sizes below.
+  /// 0 or 1; 2 for a row that does not exist. A column that does not exist may give
+  /// an entry of another row instead of 2, so stay within the sizes of the table.
   int get_reference_entry(unsigned short row, unsigned short column) const;
   int get_transformed_entry(unsigned short row, unsigned short column) const;
 

@@ -2,7 +2,7 @@
 // words, names, and lists of keypoints and maps.
 //
 // Ownership: the containers own their cells, not the keypoints or maps that the
-// cells point to. All memory is counted by the host's trackers.
+// cells point to. The host's trackers count the memory of the containers.
 #ifndef KPT_TYPES_H
 #define KPT_TYPES_H
 
@@ -29,8 +29,8 @@ class KPT_TRANSFORMATION_SET_IMPL;
 class KPT_XML_ELEMENT;
 class KPT_XML_WRITER;
 
-// The enums are ints, and a value outside the list is an ordinary value. Each
-// operation says what it does with such a value.
+// The enums are ints, so a caller may pass a value outside the list. Operations
+// say what they do with such a value where it is possible.
 
 /// Which netlist: the design as written, or the design after optimisation.
 enum KPT_SET_ENUM : int { KPT_REFERENCE_SET = 0, KPT_TRANSFORMED_SET = 1 };

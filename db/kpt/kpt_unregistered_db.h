@@ -30,8 +30,8 @@ class KPT_EXPORT KPT_UNREGISTERED_DB {
   /// does not matter.
   static KPT_UNREGISTERED_DB load(std::string_view file_name, KPT_LOAD_PROBLEM* problem = nullptr);
   /// The same from the caller's bytes. Messages name `shown_name` instead of the
-  /// file. A source that counts what it has read can show progress; a file that
-  /// the library wrote is read twice. `visitor`, unless it is null, gets every
+  /// file. A plain file is read twice, so a source that shows progress by what it
+  /// has read counts up to twice the size. `visitor`, unless it is null, gets every
   /// element once.
   static KPT_UNREGISTERED_DB load(KPT_BYTES& bytes, std::string_view shown_name, KPT_LOAD_PROBLEM* problem = nullptr,
                                   KPT_FILE_VISITOR* visitor = nullptr);
