@@ -25,6 +25,7 @@ constexpr int ROUNDS = 3;
 void in_threads(const std::function<void(int)>& work) {
   std::atomic<int> waiting = THREADS;
   std::vector<std::thread> threads;
+  threads.reserve(THREADS);
   for (int k = 0; k < THREADS; ++k) {
     threads.emplace_back([&, k] {
       for (--waiting; waiting > 0;) {
@@ -173,6 +174,7 @@ class Threads : public testing::Test {
 
 TEST_F(Threads, ComeToWhatEachComesToAlone) {
   std::vector<std::string> alone;
+  alone.reserve(THREADS);
   std::vector<std::string> together(THREADS);
   for (int k = 0; k < THREADS; ++k) {
     alone.push_back(flow(m_folder, k, 20 + k));

@@ -6,7 +6,6 @@
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 using JSON = nlohmann::json;
 
 std::string kept(const std::string& r, const std::string& t) {

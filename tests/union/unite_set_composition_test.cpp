@@ -9,7 +9,6 @@ namespace {
 
 using kpt_test::LINES;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using namespace kpt_test;
 
 using UniteSetComposition = TWO_SETS;
