@@ -4,8 +4,8 @@
 // functions before and after agree only in these states. Classes of equal nets describe the states:
 // at first, nets that a simulation does not tell apart. A class is split when a SAT solver finds
 // either that it need not hold at power-up, or that it can fail for some inputs after a step from a
-// state and inputs for which all classes hold. What is left holds at all times, for a choice of the power-up values
-// that are not given.
+// state and inputs for which all classes hold. What is left holds at all times, for a choice of the
+// power-up values that are not given.
 //
 // Ownership: refers to both netlists, which outlive it.
 #ifndef NET_CLASSES_H
