@@ -115,6 +115,29 @@ void run_steps(RTLIL::Design* design, std::initializer_list<std::string> steps) 
   }
 }
 
+// Makes gates of both modules, and the module 'equiv' that compares them. What is undefined in the source is
+// 0, or with `undefined` what the netlist chooses.
+void make_equiv(RTLIL::Design* design, const std::string& gold, const std::string& gate, const std::string& codes,
+                bool undefined) {
+  const std::string both = spaced({gold, gate});
+  if (undefined) {
+    write_down_choices(design->module(RTLIL::escape_id(gold)));
+    write_down_choices(design->module(RTLIL::escape_id(gate)));
+  } else {
+    run_steps(design, {spaced({"pmuxtree", both}), spaced({"setundef -zero", both})});
+  }
+  run_steps(design, {spaced({"async2sync", both}), spaced({"dffunmap", both}), spaced({"techmap", both}),
+                     spaced({"simplemap", both})});
+  if (!undefined) {
+    Yosys::Pass::call(design, spaced({"setundef -zero", both}));
+  }
+  Yosys::Pass::call(design, spaced({"equiv_make -encfile", codes, both, "equiv"}));
+  if (undefined) {
+    Yosys::log("The source leaves %zu of the compared values to the netlist, always or at times.\n",
+               take_choices(design->module(RTLIL::escape_id("equiv"))));
+  }
+}
+
 // Lets ABC merge gates of both sides that compute the same, whatever the compared values are. The solver then
 // has less to show. Cells that compare are kept, also those whose output nothing reads. What is undefined may
 // be any value, which ABC would take for 0.
@@ -177,19 +200,7 @@ struct KPT_PROVE : Yosys::Pass {
     // Does not clean up between the steps, because that would delete nets by which registers are found.
     run_steps(design, {"proc", spaced({"flatten", both}), spaced({"memory_collect", both}),
                        spaced({"memory_map", both}), spaced({"kpt_apply -name", name, "-encfile", codes, both})});
-    const std::string make = spaced({"equiv_make -encfile", codes, both, "equiv"});
-    if (undefined) {
-      write_down_choices(design->module(RTLIL::escape_id(args[at])));
-      write_down_choices(design->module(RTLIL::escape_id(args[at + 1])));
-      run_steps(design, {spaced({"async2sync", both}), spaced({"dffunmap", both}), spaced({"techmap", both}),
-                         spaced({"simplemap", both}), make});
-      Yosys::log("The source leaves %zu of the compared values to the netlist, always or at times.\n",
-                 take_choices(design->module(RTLIL::escape_id("equiv"))));
-    } else {
-      run_steps(design, {spaced({"pmuxtree", both}), spaced({"setundef -zero", both}), spaced({"async2sync", both}),
-                         spaced({"dffunmap", both}), spaced({"techmap", both}), spaced({"simplemap", both}),
-                         spaced({"setundef -zero", both}), make});
-    }
+    make_equiv(design, args[at], args[at + 1], codes, undefined);
     merge_equal_gates(design);
     // A proven $equiv cell no longer says that both sides are equal, so the step that takes all of them comes first.
     Yosys::Pass::call(design, "equiv_induct -seq 1 equiv");
