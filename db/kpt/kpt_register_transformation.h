@@ -61,8 +61,8 @@ class KPT_EXPORT KPT_REGISTER_TRANSFORMATION {
   std::size_t get_number_of_indices(KPT_SET_ENUM side) const;
 
   /// Whether the two representatives have the same value, or inverse values.
-  /// In a plain map, both are false for representatives that are not at index 0.
-  /// In the map of a state machine, both are true.
+  /// Both are false when one of them is only at an index above 0, where the search
+  /// does not look. Otherwise both are true in the map of a state machine.
   bool is_positive_unate(unsigned short r_index, unsigned short t_index) const;
   bool is_negative_unate(unsigned short r_index, unsigned short t_index) const;
 
